@@ -1,0 +1,36 @@
+# What every room shares: warnings as errors, sanitizers where asked for, and the declaration of rooms and tests.
+include(GoogleTest)
+
+add_library(vantrel_flags INTERFACE)
+# -Wrestrict of GCC 12 misjudges std::string's operator+ on optimised code.
+target_compile_options(vantrel_flags INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror -Wno-restrict)
+target_compile_definitions(vantrel_flags INTERFACE VANTREL_VERSION="${PROJECT_VERSION}")
+if(VANTREL_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+if(WIN32)
+  # UNICODE: every call of the window is the wide one; ANSI stdio: printf with the standard's conversions.
+  target_compile_definitions(vantrel_flags INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX
+                             _WIN32_WINNT=0x0A00 __USE_MINGW_ANSI_STDIO=1)
+else()
+  target_compile_definitions(vantrel_flags INTERFACE _FILE_OFFSET_BITS=64)
+endif()
+
+# vantrel_room(NAME SOURCES ... USES ...): one static library per room, so that a wrong include does not link.
+function(vantrel_room name)
+  cmake_parse_arguments(room "" "" "SOURCES;USES" ${ARGN})
+  add_library(vantrel_${name} STATIC ${room_SOURCES})
+  target_include_directories(vantrel_${name} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_link_libraries(vantrel_${name} PUBLIC ${room_USES} PRIVATE vantrel_flags)
+endfunction()
+
+# vantrel_unit_test(NAME SOURCES ... USES ...): a GoogleTest program whose cases ctest lists as "<preset>.<name>.<case>".
+function(vantrel_unit_test name)
+  cmake_parse_arguments(unit "" "" "SOURCES;USES" ${ARGN})
+  add_executable(${name} ${unit_SOURCES})
+  target_link_libraries(${name} PRIVATE ${unit_USES} vantrel_test_support vantrel_flags GTest::gmock_main)
+  get_filename_component(preset ${CMAKE_BINARY_DIR} NAME)
+  gtest_discover_tests(${name} TEST_PREFIX "${preset}.${name}." DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
+                       PROPERTIES TIMEOUT 300)
+endfunction()

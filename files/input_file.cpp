@@ -1,0 +1,71 @@
+#include "files/input_file.h"
+
+#include <algorithm>
+
+namespace vantrel {
+
+namespace {
+
+constexpr std::size_t kBufferSize = 256U * 1024U;
+
+}  // namespace
+
+bool CInputFile::Open(const std::string& path, ESharing sharing) {
+    Close();
+    m_failed = false;
+    return m_file.Open(path, EOpenMode::Read, sharing);
+}
+
+void CInputFile::Close() {
+    m_file.Close();
+    m_bufferStart = 0;
+    m_bufferLength = 0;
+    m_position = 0;
+    m_filePosition = 0;
+}
+
+bool CInputFile::Seek(std::int64_t position) {
+    if (position < 0) {
+        return false;
+    }
+    m_position = position;
+    return true;
+}
+
+bool CInputFile::FillBuffer() {
+    if (m_filePosition != m_position && !m_file.Seek(m_position)) {
+        m_failed = true;
+        return false;
+    }
+    m_buffer.resize(kBufferSize);
+    m_bufferStart = m_position;
+    m_bufferLength = m_file.Read(m_buffer, m_failed);
+    m_filePosition = m_position + static_cast<std::int64_t>(m_bufferLength);
+    return m_bufferLength > 0;
+}
+
+std::size_t CInputFile::Read(std::span<std::uint8_t> buffer) {
+    std::size_t done = 0;
+    while (done < buffer.size()) {
+        const std::int64_t offset = m_position - m_bufferStart;
+        if (offset < 0 || offset >= static_cast<std::int64_t>(m_bufferLength)) {
+            if (!FillBuffer()) {
+                break;
+            }
+            continue;
+        }
+        const auto start = static_cast<std::size_t>(offset);
+        const std::size_t count = std::min(buffer.size() - done, m_bufferLength - start);
+        std::copy_n(m_buffer.begin() + static_cast<std::ptrdiff_t>(start), count,
+                    buffer.begin() + static_cast<std::ptrdiff_t>(done));
+        done += count;
+        m_position += static_cast<std::int64_t>(count);
+    }
+    return done;
+}
+
+std::size_t CInputFile::ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) {
+    return Seek(position) ? Read(buffer) : 0;
+}
+
+}  // namespace vantrel

@@ -1,0 +1,49 @@
+// A file that is read, through a small buffer, by position or in order.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "files/native_file.h"
+
+namespace vantrel {
+
+class CInputFile {
+public:
+    /// Opens an existing file. False, with LastFileError() set, when that fails.
+    bool Open(const std::string& path, ESharing sharing = ESharing::Anyone);
+    bool IsOpen() const { return m_file.IsOpen(); }
+    void Close();
+
+    /// Length in bytes, −1 when it cannot be told.
+    std::int64_t Size() const { return m_file.Size(); }
+    std::int64_t Position() const { return m_position; }
+
+    /// Moves to a byte position from the start. False for a negative position, which leaves the position as it was.
+    bool Seek(std::int64_t position);
+
+    /// Reads at the current position and moves on; the number of bytes read is smaller than the buffer only at the end
+    /// of the file or after an error. The rest of the buffer is left as it was.
+    std::size_t Read(std::span<std::uint8_t> buffer);
+
+    /// Seek and Read in one; 0 when the position is negative.
+    std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer);
+
+    /// Whether the system ever reported an error (not the mere end of the file) while reading.
+    bool HasFailed() const { return m_failed; }
+
+private:
+    bool FillBuffer();
+
+    CNativeFile m_file;
+    std::vector<std::uint8_t> m_buffer;
+    std::int64_t m_bufferStart = 0;
+    std::size_t m_bufferLength = 0;
+    std::int64_t m_position = 0;
+    std::int64_t m_filePosition = 0;
+    bool m_failed = false;
+};
+
+}  // namespace vantrel

@@ -1,0 +1,192 @@
+// File handles of Windows. The only source outside app/ that knows the system's own header.
+#include <windows.h>
+
+#include <algorithm>
+
+#include "files/native_file.h"
+#include "files/utf.h"
+
+namespace vantrel {
+
+namespace {
+
+HANDLE Handle(std::intptr_t handle) {
+    return reinterpret_cast<HANDLE>(handle);
+}
+
+DWORD ShareMode(ESharing sharing) {
+    switch (sharing) {
+        case ESharing::Anyone:
+            return FILE_SHARE_READ | FILE_SHARE_WRITE;
+        case ESharing::Readers:
+            return FILE_SHARE_READ;
+        case ESharing::Nobody:
+            return 0;
+    }
+    return 0;
+}
+
+DWORD Disposition(EOpenMode mode) {
+    switch (mode) {
+        case EOpenMode::Read:
+        case EOpenMode::ReadWrite:
+            return OPEN_EXISTING;
+        case EOpenMode::CreateTruncate:
+            return CREATE_ALWAYS;
+        case EOpenMode::CreateNew:
+            return CREATE_NEW;
+    }
+    return OPEN_EXISTING;
+}
+
+/// Transfers larger than this are cut into several calls, because the system counts them in 32 bits.
+constexpr std::size_t kLargestTransfer = 1U << 30U;
+
+}  // namespace
+
+bool CNativeFile::Open(const std::string& path, EOpenMode mode, ESharing sharing) {
+    Close();
+    const DWORD access = mode == EOpenMode::Read ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
+    const HANDLE handle = ::CreateFileW(WideOf(path).c_str(), access, ShareMode(sharing), nullptr, Disposition(mode),
+                                        FILE_ATTRIBUTE_NORMAL, nullptr);
+    m_handle = reinterpret_cast<std::intptr_t>(handle);
+    return handle != INVALID_HANDLE_VALUE;
+}
+
+bool CNativeFile::IsOpen() const {
+    return Handle(m_handle) != INVALID_HANDLE_VALUE;
+}
+
+bool CNativeFile::Close() {
+    if (!IsOpen()) {
+        return true;
+    }
+    const BOOL result = ::CloseHandle(Handle(m_handle));
+    m_handle = reinterpret_cast<std::intptr_t>(INVALID_HANDLE_VALUE);
+    return result != FALSE;
+}
+
+std::size_t CNativeFile::Read(std::span<std::uint8_t> buffer, bool& failed) {
+    std::size_t done = 0;
+    while (done < buffer.size()) {
+        const auto wanted = static_cast<DWORD>(std::min(buffer.size() - done, kLargestTransfer));
+        DWORD count = 0;
+        if (!::ReadFile(Handle(m_handle), buffer.data() + done, wanted, &count, nullptr)) {
+            failed = true;
+        }
+        if (count == 0) {
+            break;
+        }
+        done += count;
+    }
+    return done;
+}
+
+std::size_t CNativeFile::Write(std::span<const std::uint8_t> bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const auto wanted = static_cast<DWORD>(std::min(bytes.size() - done, kLargestTransfer));
+        DWORD count = 0;
+        if (!::WriteFile(Handle(m_handle), bytes.data() + done, wanted, &count, nullptr) || count == 0) {
+            break;
+        }
+        done += count;
+    }
+    return done;
+}
+
+bool CNativeFile::Seek(std::int64_t position) {
+    LARGE_INTEGER distance;
+    distance.QuadPart = position;
+    return position >= 0 && ::SetFilePointerEx(Handle(m_handle), distance, nullptr, FILE_BEGIN) != FALSE;
+}
+
+std::int64_t CNativeFile::Size() const {
+    LARGE_INTEGER size;
+    return ::GetFileSizeEx(Handle(m_handle), &size) ? size.QuadPart : -1;
+}
+
+bool CNativeFile::Resize(std::int64_t length) {
+    return Seek(length) && ::SetEndOfFile(Handle(m_handle)) != FALSE;
+}
+
+std::string LastFileError() {
+    const DWORD code = ::GetLastError();
+    wchar_t text[512] = {};
+    DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, text,
+                                    static_cast<DWORD>(std::size(text)), nullptr);
+    while (length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r' || text[length - 1] == L'.')) {
+        --length;
+    }
+    return length > 0 ? Utf8Of(std::wstring(text, length)) : "error " + std::to_string(code);
+}
+
+EFileKind FileKindOf(const std::string& path) {
+    const DWORD attributes = ::GetFileAttributesW(WideOf(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        return EFileKind::Missing;
+    }
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return EFileKind::Folder;
+    }
+    return (attributes & FILE_ATTRIBUTE_DEVICE) != 0 ? EFileKind::Other : EFileKind::File;
+}
+
+bool IsSameFile(const std::string& first, const std::string& second) {
+    const auto identity = [](const std::string& path, BY_HANDLE_FILE_INFORMATION& information) {
+        const HANDLE handle =
+            ::CreateFileW(WideOf(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                          OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+        if (handle == INVALID_HANDLE_VALUE) {
+            return false;
+        }
+        const BOOL known = ::GetFileInformationByHandle(handle, &information);
+        ::CloseHandle(handle);
+        return known != FALSE;
+    };
+    BY_HANDLE_FILE_INFORMATION left;
+    BY_HANDLE_FILE_INFORMATION right;
+    return identity(first, left) && identity(second, right) &&
+           left.dwVolumeSerialNumber == right.dwVolumeSerialNumber && left.nFileIndexHigh == right.nFileIndexHigh &&
+           left.nFileIndexLow == right.nFileIndexLow;
+}
+
+bool RemoveFile(const std::string& path) {
+    return ::DeleteFileW(WideOf(path).c_str()) != FALSE;
+}
+
+bool RenameFile(const std::string& from, const std::string& to, bool replace) {
+    return ::MoveFileExW(WideOf(from).c_str(), WideOf(to).c_str(), replace ? MOVEFILE_REPLACE_EXISTING : 0) != FALSE;
+}
+
+bool MakeFolder(const std::string& path) {
+    return ::CreateDirectoryW(WideOf(path).c_str(), nullptr) != FALSE ||
+           (::GetLastError() == ERROR_ALREADY_EXISTS && FileKindOf(path) == EFileKind::Folder);
+}
+
+std::vector<std::string> ListFolder(const std::string& path) {
+    std::vector<std::string> names;
+    WIN32_FIND_DATAW found;
+    const HANDLE search = ::FindFirstFileW(WideOf(path + "\\*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return names;
+    }
+    do {
+        const std::string name = Utf8Of(found.cFileName);
+        if (name != "." && name != "..") {
+            names.push_back(name);
+        }
+    } while (::FindNextFileW(search, &found));
+    ::FindClose(search);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string CurrentFolder() {
+    std::wstring buffer(::GetCurrentDirectoryW(0, nullptr), L'\0');
+    const DWORD length = ::GetCurrentDirectoryW(static_cast<DWORD>(buffer.size()), buffer.data());
+    buffer.resize(length);
+    return Utf8Of(buffer);
+}
+
+}  // namespace vantrel

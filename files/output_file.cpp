@@ -1,0 +1,141 @@
+#include "files/output_file.h"
+
+#include <algorithm>
+#include <array>
+#include <random>
+
+#include "files/path.h"
+#include "operation/text.h"
+
+namespace vantrel {
+
+namespace {
+
+constexpr std::size_t kPendingLimit = 256U * 1024U;
+constexpr int kTemporaryNameTries = 100;
+
+/// A name that no other file of the folder is likely to have.
+std::string TemporaryPathBeside(const std::string& path) {
+    std::random_device random;
+    return FolderOf(path) + Format(".vantrel-%08x.tmp", random());
+}
+
+}  // namespace
+
+COutputFile::~COutputFile() {
+    Abandon();
+}
+
+bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing sharing) {
+    Abandon();
+    m_manner = manner;
+    m_targetPath = path;
+    m_failureText.clear();
+    m_position = 0;
+    m_writtenEnd = 0;
+    if (manner == EOutputManner::InPlace) {
+        return m_file.Open(path, EOpenMode::CreateTruncate, sharing);
+    }
+    for (int attempt = 0; attempt < kTemporaryNameTries; ++attempt) {
+        const std::string temporary = TemporaryPathBeside(path);
+        if (m_file.Open(temporary, EOpenMode::CreateNew, sharing)) {
+            m_temporaryPath = temporary;
+            return true;
+        }
+        if (FileKindOf(temporary) == EFileKind::Missing) {
+            return false;
+        }
+    }
+    return false;
+}
+
+bool COutputFile::NoteFailure() {
+    if (m_failureText.empty()) {
+        m_failureText = "Cannot write " + m_targetPath + ": " + LastFileError();
+    }
+    return false;
+}
+
+bool COutputFile::Flush() {
+    if (m_pending.empty()) {
+        return true;
+    }
+    const bool written = m_file.Write(m_pending) == m_pending.size();
+    m_pending.clear();
+    return written || NoteFailure();
+}
+
+bool COutputFile::Write(std::span<const std::uint8_t> bytes) {
+    m_position += static_cast<std::int64_t>(bytes.size());
+    m_writtenEnd = std::max(m_writtenEnd, m_position);
+    if (m_manner == EOutputManner::InPlace) {
+        return m_file.Write(bytes) == bytes.size() || NoteFailure();
+    }
+    m_pending.insert(m_pending.end(), bytes.begin(), bytes.end());
+    return m_pending.size() < kPendingLimit || Flush();
+}
+
+bool COutputFile::WriteZeros(std::int64_t count) {
+    static constexpr std::array<std::uint8_t, 2048> kZeros = {};
+    bool written = true;
+    while (count > 0 && written) {
+        const auto piece = static_cast<std::size_t>(std::min<std::int64_t>(count, kZeros.size()));
+        written = Write(std::span(kZeros).first(piece));
+        count -= static_cast<std::int64_t>(piece);
+    }
+    return written;
+}
+
+bool COutputFile::Seek(std::int64_t position) {
+    if (!Flush() || !m_file.Seek(position)) {
+        return NoteFailure();
+    }
+    m_position = position;
+    return true;
+}
+
+std::int64_t COutputFile::Size() const {
+    return m_writtenEnd;
+}
+
+bool COutputFile::Finish() {
+    if (m_manner == EOutputManner::InPlace) {
+        m_file.Close();
+        return true;
+    }
+    if (m_file.IsOpen()) {
+        Flush();
+        if (!m_file.Close()) {
+            NoteFailure();
+        }
+    }
+    return m_failureText.empty();
+}
+
+bool COutputFile::Commit() {
+    if (!Finish()) {
+        Abandon();
+        return false;
+    }
+    if (m_temporaryPath.empty()) {
+        return true;
+    }
+    if (!RenameFile(m_temporaryPath, m_targetPath, m_manner == EOutputManner::CommitReplace)) {
+        NoteFailure();
+        Abandon();
+        return false;
+    }
+    m_temporaryPath.clear();
+    return true;
+}
+
+void COutputFile::Abandon() {
+    m_pending.clear();
+    m_file.Close();
+    if (!m_temporaryPath.empty()) {
+        RemoveFile(m_temporaryPath);
+        m_temporaryPath.clear();
+    }
+}
+
+}  // namespace vantrel

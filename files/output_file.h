@@ -1,0 +1,70 @@
+// A file that a conversion writes. Two manners, between which a conversion sees no difference: in place, where what is
+// written stays whatever happens; and transactional, where the target appears only when everything is written.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "files/native_file.h"
+
+namespace vantrel {
+
+enum class EOutputManner {
+    InPlace,        ///< The target itself is created or emptied and written without a buffer.
+    CommitNew,      ///< A temporary file beside the target, renamed by Commit unless the target exists by then.
+    CommitReplace,  ///< The same, and an existing target is replaced by Commit.
+};
+
+class COutputFile {
+public:
+    COutputFile() = default;
+    COutputFile(const COutputFile&) = delete;
+    COutputFile& operator=(const COutputFile&) = delete;
+    /// A transactional output that was not committed leaves nothing behind.
+    ~COutputFile();
+
+    /// Creates the output. False, with LastFileError() set, when that fails.
+    bool Open(const std::string& path, EOutputManner manner, ESharing sharing = ESharing::Anyone);
+    bool IsOpen() const { return m_file.IsOpen(); }
+
+    /// Writes at the current position and moves on. False when not everything could be written; the cause is kept for
+    /// Commit.
+    bool Write(std::span<const std::uint8_t> bytes);
+    /// Writes `count` zero bytes.
+    bool WriteZeros(std::int64_t count);
+    bool Seek(std::int64_t position);
+    std::int64_t Position() const { return m_position; }
+    /// Length in bytes of what has been written so far.
+    std::int64_t Size() const;
+
+    /// Brings everything to the file and closes it, so that only the renaming is left. Always true in place; otherwise
+    /// false when anything failed since Open.
+    bool Finish();
+    /// Finish, and give the target its name. Always true in place; otherwise false when anything failed since Open,
+    /// and then nothing is left behind.
+    bool Commit();
+    /// Closes without keeping a transactional output.
+    void Abandon();
+
+    /// The path of the target, whatever file is written meanwhile.
+    const std::string& TargetPath() const { return m_targetPath; }
+    /// Why Commit returned false, as a text that names the target and the cause.
+    const std::string& FailureText() const { return m_failureText; }
+
+private:
+    bool Flush();
+    bool NoteFailure();
+
+    CNativeFile m_file;
+    EOutputManner m_manner = EOutputManner::InPlace;
+    std::string m_targetPath;
+    std::string m_temporaryPath;
+    std::string m_failureText;
+    std::vector<std::uint8_t> m_pending;
+    std::int64_t m_position = 0;
+    std::int64_t m_writtenEnd = 0;
+};
+
+}  // namespace vantrel

@@ -1,0 +1,99 @@
+#include "files/path.h"
+
+#include <algorithm>
+
+#include "files/native_file.h"
+
+namespace vantrel {
+
+namespace {
+
+constexpr std::size_t kLongestBaseName = 30;
+
+#ifdef _WIN32
+constexpr std::string_view kSeparators = "\\/";
+#else
+constexpr std::string_view kSeparators = "/";
+#endif
+
+std::size_t DriveLength([[maybe_unused]] std::string_view path) {
+#ifdef _WIN32
+    return path.size() >= 2 && path[1] == ':' ? 2 : 0;
+#else
+    return 0;
+#endif
+}
+
+char LowerAscii(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool EqualIgnoringCase(std::string_view first, std::string_view second) {
+    return std::equal(first.begin(), first.end(), second.begin(), second.end(),
+                      [](char a, char b) { return LowerAscii(a) == LowerAscii(b); });
+}
+
+bool ContinuesSequence(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+}
+
+}  // namespace
+
+SPathParts SplitPath(std::string_view path) {
+    SPathParts parts;
+    const std::size_t drive = DriveLength(path);
+    parts.drive = path.substr(0, drive);
+    path.remove_prefix(drive);
+    const std::size_t separator = path.find_last_of(kSeparators);
+    const std::size_t nameStart = separator == std::string_view::npos ? 0 : separator + 1;
+    parts.folder = path.substr(0, nameStart);
+    const std::string_view fileName = path.substr(nameStart);
+    const std::size_t dot = std::min(fileName.rfind('.'), fileName.size());
+    parts.name = fileName.substr(0, dot);
+    parts.extension = fileName.substr(dot);
+    return parts;
+}
+
+std::string FolderOf(std::string_view path) {
+    const SPathParts parts = SplitPath(path);
+    return parts.drive + parts.folder;
+}
+
+std::string FileNameOf(std::string_view path) {
+    const SPathParts parts = SplitPath(path);
+    return parts.name + parts.extension;
+}
+
+std::string WithSeparator(std::string folder) {
+    if (!folder.empty() && kSeparators.find(folder.back()) == std::string_view::npos) {
+        folder.push_back(kPathSeparator);
+    }
+    return folder;
+}
+
+std::string BaseNameOf(std::string_view fileName) {
+    std::size_t length = std::min(fileName.find('.'), fileName.size());
+    if (length > kLongestBaseName) {
+        length = kLongestBaseName;
+        while (length > 0 && ContinuesSequence(fileName[length])) {
+            --length;
+        }
+    }
+    return std::string(fileName.substr(0, length));
+}
+
+std::string ResolveFileCase(const std::string& path) {
+    if (FileKindOf(path) != EFileKind::Missing) {
+        return path;
+    }
+    const std::string folder = FolderOf(path);
+    const std::string wanted = FileNameOf(path);
+    for (const std::string& name : ListFolder(folder.empty() ? "." : folder)) {
+        if (EqualIgnoringCase(name, wanted)) {
+            return folder + name;
+        }
+    }
+    return path;
+}
+
+}  // namespace vantrel

@@ -1,0 +1,42 @@
+// Names: splitting, base names, and finding a file by a folded name.
+#include "files/path.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/test_folder.h"
+
+namespace vantrel {
+namespace {
+
+TEST(Path, SplitsAndJoins) {
+    const SPathParts parts = SplitPath("/a.b/c.d.iso");
+    EXPECT_EQ(parts.folder, "/a.b/");
+    EXPECT_EQ(parts.name, "c.d");
+    EXPECT_EQ(parts.extension, ".iso");
+    EXPECT_EQ(FolderOf("plain"), "");
+    EXPECT_EQ(FileNameOf("/x/.hidden"), ".hidden");
+    EXPECT_EQ(WithSeparator("/a"), "/a/");
+    EXPECT_EQ(WithSeparator("/a/"), "/a/");
+    EXPECT_EQ(WithSeparator(""), "");
+}
+
+TEST(Path, BaseNameEndsAtTheFirstDotAndAfterThirtyBytes) {
+    EXPECT_EQ(BaseNameOf("game.v1.iml"), "game");
+    EXPECT_EQ(BaseNameOf("game"), "game");
+    EXPECT_EQ(BaseNameOf(".iso"), "");
+    EXPECT_EQ(BaseNameOf("123456789012345678901234567890.iso"), "123456789012345678901234567890");
+    EXPECT_EQ(BaseNameOf("1234567890123456789012345678901.iso"), "123456789012345678901234567890");
+    EXPECT_EQ(BaseNameOf("12345678901234567890123456789\xC3\xA9.iso"), "12345678901234567890123456789");
+}
+
+TEST(Path, FindsAFileByAFoldedName) {
+    const test::CTestFolder folder;
+    test::WriteText(folder / "GAME.ISO", "upper");
+    EXPECT_EQ(ResolveFileCase(folder / "game.iso"), folder / "GAME.ISO");
+    test::WriteText(folder / "game.iso", "lower");
+    EXPECT_EQ(ResolveFileCase(folder / "game.iso"), folder / "game.iso");
+    EXPECT_EQ(ResolveFileCase(folder / "other.iso"), folder / "other.iso");
+}
+
+}  // namespace
+}  // namespace vantrel

@@ -1,0 +1,32 @@
+// UTF-8 and UTF-16: every text comes back, valid or not.
+#include "files/utf.h"
+
+#include <gtest/gtest.h>
+
+namespace vantrel {
+namespace {
+
+TEST(Utf, KnownCodePoints) {
+    EXPECT_EQ(WideOf("a\xC3\xA9\xE2\x82\xAC"), std::wstring(L"a\u00E9\u20AC"));
+    const std::wstring pair = WideOf("\xF0\x9F\x98\x80");
+    ASSERT_EQ(pair.size(), 2U);
+    EXPECT_EQ(static_cast<unsigned>(pair[0]), 0xD83DU);
+    EXPECT_EQ(static_cast<unsigned>(pair[1]), 0xDE00U);
+}
+
+TEST(Utf, InvalidBytesSurvive) {
+    for (const char* text :
+         {"\xFF\xFE", "\x80", "\xC0\x80", "\xED\xA0\x80", "\xF5\x80\x80\x80", "caf\xE9.iso", "\xE2\x82"}) {
+        EXPECT_EQ(Utf8Of(WideOf(text)), text);
+    }
+}
+
+TEST(Utf, EveryCodePointComesBack) {
+    for (const char* text :
+         {"", "\x7F", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+        EXPECT_EQ(Utf8Of(WideOf(text)), text);
+    }
+}
+
+}  // namespace
+}  // namespace vantrel
