@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <optional>
 #include <string_view>
@@ -70,7 +71,10 @@ public:
     virtual void Notify(std::string_view text) = 0;
 
     /// Tells why the conversion cannot go on, and ends it.
-    [[noreturn]] virtual void Fail(std::string_view text) = 0;
+    [[noreturn]] void Fail(std::string_view text) {
+        EndWith(text);
+        std::abort();
+    }
 
     /// Runs the completion: done message, sound, buttons, removal of the bar. When the completion is left early
     /// (no sound entry is selected) it says and changes nothing and returns false. Otherwise `report` is called
@@ -81,6 +85,11 @@ public:
     bool Complete(std::string_view doneText) {
         return Complete(doneText, [] {});
     }
+
+private:
+    /// The runner's way to fail; must not return. (A virtual function is not taken as non-returning by every compiler
+    /// at the place of the call, so Fail itself is none.)
+    virtual void EndWith(std::string_view text) = 0;
 };
 
 }  // namespace vantrel

@@ -54,7 +54,7 @@ void CRecordingOperation::Notify(std::string_view text) {
     m_calls.push_back("notify " + std::string(text));
 }
 
-void CRecordingOperation::Fail(std::string_view text) {
+void CRecordingOperation::EndWith(std::string_view text) {
     m_calls.push_back("fail " + std::string(text));
     throw CConversionFailed(std::string(text));
 }

@@ -11,7 +11,7 @@
 
 namespace vantrel::test {
 
-/// What CRecordingOperation::Fail throws; what() is the text.
+/// What CRecordingOperation throws for a failure; what() is the text.
 class CConversionFailed : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -35,7 +35,6 @@ public:
     void SetProgressPosition(std::int32_t position) override;
     void PumpMessages() override;
     void Notify(std::string_view text) override;
-    [[noreturn]] void Fail(std::string_view text) override;
     bool Complete(std::string_view doneText, const std::function<void()>& report) override;
 
     /// Every call so far, in order.
@@ -53,6 +52,8 @@ public:
     std::function<void(int)> m_onPump;
 
 private:
+    [[noreturn]] void EndWith(std::string_view text) override;
+
     std::vector<std::string> m_calls;
     std::string m_panes[4];
     int m_pumps = 0;

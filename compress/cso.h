@@ -1,0 +1,16 @@
+// The CSO container: an image cut into 2048-byte blocks, each a raw deflate stream (RFC 1951) of its own or stored
+// plain, behind an index of file positions. Conversion in both directions.
+#pragma once
+
+#include "compress/compression_request.h"
+#include "operation/operation.h"
+
+namespace vantrel {
+
+/// Compresses the image of a PSP title. Ends silently, with nothing written, when no level is selected.
+void IsoToCso(const SCompressionRequest& request, COperation& operation);
+
+/// Expands a CSO file. Ends silently, with nothing written, when no level is selected.
+void CsoToIso(const SCompressionRequest& request, COperation& operation);
+
+}  // namespace vantrel
