@@ -1,0 +1,73 @@
+#include "console/command_line.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "console/commands.h"
+#include "console/interrupt.h"
+
+namespace vantrel {
+
+namespace {
+
+constexpr const char* kDescription =
+    "Converts disc images of PlayStation 2 and PSP titles between ISO, IML layout, BIN/CUE, CSO and DAX.";
+
+/// What Parse gives when the words asked for help or the version, which has then been printed.
+constexpr int kHelpShown = -1;
+
+/// Help in the words of this program: commands rather than subcommands, paths rather than texts.
+class CHelpFormatter : public CLI::Formatter {
+public:
+    CHelpFormatter() {
+        label("Subcommands", "Commands");
+        label("REQUIRED", "");
+        label("TEXT", "PATH");
+        label("INT", "N");
+    }
+
+    std::string make_usage(const CLI::App* app, std::string /*name*/) const override {
+        const bool whole = app->get_parent() == nullptr;
+        return whole ? "Usage: vantrel COMMAND [options] FILE...\n       vantrel COMMAND --help\n"
+                     : "Usage: vantrel " + app->get_name() + " [options] FILE...\n";
+    }
+};
+
+int Parse(CLI::App& app, std::vector<std::string> words) {
+    // CLI11 takes the words from the back.
+    std::reverse(words.begin(), words.end());
+    try {
+        app.parse(std::move(words));
+        return static_cast<int>(EExit::Done);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kHelpShown : static_cast<int>(EExit::Usage);
+    }
+}
+
+}  // namespace
+
+int RunCommandLine(std::vector<std::string> words) {
+    CLI::App app(kDescription, "vantrel");
+    ChosenCommand chosen;
+    app.set_version_flag("--version", "vantrel " VANTREL_VERSION);
+    app.require_subcommand(1);
+    app.formatter(std::make_shared<CHelpFormatter>());
+    AddCompressCommands(app, chosen);
+
+    const int usage = Parse(app, std::move(words));
+    if (usage != static_cast<int>(EExit::Done)) {
+        return usage == kHelpShown ? 0 : usage;
+    }
+    CatchInterrupts();
+    try {
+        return chosen();
+    } catch (const CInterrupted& interruption) {
+        std::fputs("vantrel: interrupted; nothing unfinished was kept\n", stderr);
+        return interruption.ExitStatus();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "vantrel: %s\n", error.what());
+        return static_cast<int>(EExit::Failed);
+    }
+}
+
+}  // namespace vantrel

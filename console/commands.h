@@ -1,0 +1,11 @@
+// The commands of the console program, one function for each room that they come from.
+#pragma once
+
+#include "console/conversion_command.h"
+
+namespace vantrel {
+
+/// iso2cso, cso2iso
+void AddCompressCommands(CLI::App& app, ChosenCommand& chosen);
+
+}  // namespace vantrel

@@ -1,0 +1,37 @@
+#include "console/interrupt.h"
+
+#include <csignal>
+
+namespace vantrel {
+
+namespace {
+
+/// The one piece of state that a signal handler can reach.
+volatile std::sig_atomic_t g_signal = 0;
+
+void Remember(int signal) {
+    g_signal = signal;
+}
+
+}  // namespace
+
+void CatchInterrupts() {
+    std::signal(SIGINT, Remember);
+    std::signal(SIGTERM, Remember);
+#ifdef SIGHUP
+    std::signal(SIGHUP, Remember);
+#endif
+#ifdef SIGPIPE
+    // A reader that goes away must not end the program between a temporary file and its removal.
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
+}
+
+void ThrowIfInterrupted() {
+    const int signal = g_signal;
+    if (signal != 0) {
+        throw CInterrupted(signal);
+    }
+}
+
+}  // namespace vantrel
