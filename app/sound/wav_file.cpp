@@ -1,0 +1,128 @@
+#include "app/sound/wav_file.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <new>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "files/input_file.h"
+
+namespace vantrel {
+namespace {
+
+constexpr std::int64_t kRiffHeaderSize = 12;
+constexpr std::size_t kChunkHeaderSize = 8;
+constexpr std::size_t kChunkNameSize = 4;
+constexpr std::size_t kFormatSize = 16;
+
+/// More chunks than any sound has; a file of nothing but empty chunks is not walked to its end.
+constexpr int kMostChunks = 10000;
+
+struct SChunk {
+    std::array<std::uint8_t, kChunkNameSize> name{};
+    std::uint32_t size = 0;
+    std::int64_t contentStart = 0;
+};
+
+std::uint16_t Read16(std::span<const std::uint8_t> bytes, std::size_t offset) {
+    return static_cast<std::uint16_t>(bytes[offset] | bytes[offset + 1] << 8);
+}
+
+std::uint32_t Read32(std::span<const std::uint8_t> bytes, std::size_t offset) {
+    return Read16(bytes, offset) | static_cast<std::uint32_t>(Read16(bytes, offset + 2)) << 16;
+}
+
+std::optional<SChunk> ReadChunkHeader(CInputFile& file, std::int64_t position) {
+    std::array<std::uint8_t, kChunkHeaderSize> header;
+    if (file.ReadAt(position, header) != header.size()) {
+        return std::nullopt;
+    }
+    SChunk chunk;
+    std::copy_n(header.begin(), kChunkNameSize, chunk.name.begin());
+    chunk.size = Read32(header, kChunkNameSize);
+    chunk.contentStart = position + static_cast<std::int64_t>(kChunkHeaderSize);
+    return chunk;
+}
+
+bool IsNamedData(const SChunk& chunk) {
+    constexpr std::string_view kName = "data";
+    return std::equal(kName.begin(), kName.end(), chunk.name.begin(), [](char expected, std::uint8_t actual) {
+        return actual == static_cast<std::uint8_t>(expected) ||
+               actual == static_cast<std::uint8_t>(expected - 'a' + 'A');
+    });
+}
+
+/// Where the chunk after this one begins. A chunk of odd size is padded with one zero byte, which some programs
+/// forget; no chunk's name begins with a zero.
+std::int64_t PositionAfter(CInputFile& file, const SChunk& chunk) {
+    const std::int64_t end = chunk.contentStart + chunk.size;
+    std::array<std::uint8_t, 1> padding;
+    const bool isPadded = chunk.size % 2 != 0 && file.ReadAt(end, padding) == 1 && padding[0] == 0;
+    return isPadded ? end + 1 : end;
+}
+
+std::optional<SChunk> FindData(CInputFile& file, SChunk chunk) {
+    for (int count = 0; count < kMostChunks; ++count) {
+        const std::optional<SChunk> next = ReadChunkHeader(file, PositionAfter(file, chunk));
+        if (!next || IsNamedData(*next)) {
+            return next;
+        }
+        chunk = *next;
+    }
+    return std::nullopt;
+}
+
+SWaveFormat FormatOf(std::span<const std::uint8_t, kFormatSize> bytes) {
+    SWaveFormat format;
+    format.formatTag = Read16(bytes, 0);
+    format.channels = Read16(bytes, 2);
+    format.samplesPerSecond = Read32(bytes, 4);
+    format.averageBytesPerSecond = Read32(bytes, 8);
+    format.blockAlign = Read16(bytes, 12);
+    format.bitsPerSample = Read16(bytes, 14);
+    return format;
+}
+
+/// The bytes of whole samples that the chunk really has: what its header claims is not believed.
+std::int64_t UsableSize(const CInputFile& file, const SChunk& data, std::uint16_t blockAlign) {
+    const std::int64_t available = file.Size() - data.contentStart;
+    const std::int64_t size = std::min<std::int64_t>(data.size, available);
+    return size - size % blockAlign;
+}
+
+}  // namespace
+
+bool CWaveSound::Load(const std::string& path) {
+    CInputFile file;
+    if (!file.Open(path, ESharing::Nobody)) {
+        return false;
+    }
+    const std::optional<SChunk> formatChunk = ReadChunkHeader(file, kRiffHeaderSize);
+    std::array<std::uint8_t, kFormatSize> formatBytes;
+    if (!formatChunk || formatChunk->size < kFormatSize || file.Read(formatBytes) != formatBytes.size()) {
+        return false;
+    }
+    const SWaveFormat format = FormatOf(formatBytes);
+    const std::optional<SChunk> data = FindData(file, *formatChunk);
+    if (!data || format.blockAlign == 0) {
+        return false;
+    }
+    const std::int64_t size = UsableSize(file, *data, format.blockAlign);
+    if (size <= 0) {
+        return false;
+    }
+    const std::size_t length = static_cast<std::size_t>(size);
+    std::unique_ptr<std::uint8_t[]> samples(new (std::nothrow) std::uint8_t[length]);
+    if (samples == nullptr || file.ReadAt(data->contentStart, {samples.get(), length}) != length) {
+        return false;
+    }
+    m_format = format;
+    m_samples = std::move(samples);
+    m_length = length;
+    return true;
+}
+
+}  // namespace vantrel
