@@ -12,6 +12,7 @@ namespace vantrel {
 namespace {
 
 constexpr std::size_t kPendingLimit = 256U * 1024U;
+constexpr std::int64_t kShortestHole = 64 * 1024;
 constexpr int kTemporaryNameTries = 100;
 
 /// A name that no other file of the folder is likely to have.
@@ -29,6 +30,7 @@ COutputFile::~COutputFile() {
 bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing sharing) {
     Abandon();
     m_manner = manner;
+    m_sharing = sharing;
     m_targetPath = path;
     m_failureText.clear();
     m_position = 0;
@@ -65,7 +67,20 @@ bool COutputFile::Flush() {
     return written || NoteFailure();
 }
 
+bool COutputFile::PlaceZeros() {
+    const std::int64_t count = m_unplacedZeros;
+    m_unplacedZeros = 0;
+    if (count < kShortestHole) {
+        m_pending.insert(m_pending.end(), static_cast<std::size_t>(count), 0);
+        return true;
+    }
+    return Flush() && (m_file.Seek(m_position) || NoteFailure());
+}
+
 bool COutputFile::Write(std::span<const std::uint8_t> bytes) {
+    if (m_unplacedZeros > 0 && !PlaceZeros()) {
+        return false;
+    }
     m_position += static_cast<std::int64_t>(bytes.size());
     m_writtenEnd = std::max(m_writtenEnd, m_position);
     if (m_manner == EOutputManner::InPlace) {
@@ -77,6 +92,12 @@ bool COutputFile::Write(std::span<const std::uint8_t> bytes) {
 
 bool COutputFile::WriteZeros(std::int64_t count) {
     static constexpr std::array<std::uint8_t, 2048> kZeros = {};
+    if (m_manner != EOutputManner::InPlace && m_position == m_writtenEnd && count > 0) {
+        m_unplacedZeros += count;
+        m_position += count;
+        m_writtenEnd = m_position;
+        return true;
+    }
     bool written = true;
     while (count > 0 && written) {
         const auto piece = static_cast<std::size_t>(std::min<std::int64_t>(count, kZeros.size()));
@@ -87,11 +108,24 @@ bool COutputFile::WriteZeros(std::int64_t count) {
 }
 
 bool COutputFile::Seek(std::int64_t position) {
+    if (position == m_position) {
+        return true;
+    }
+    m_unplacedZeros = 0;  // Finish sees to the length
     if (!Flush() || !m_file.Seek(position)) {
         return NoteFailure();
     }
     m_position = position;
     return true;
+}
+
+bool COutputFile::Reopen() {
+    if (m_manner != EOutputManner::InPlace) {
+        return Seek(0);
+    }
+    m_file.Close();
+    m_position = 0;
+    return m_file.Open(m_targetPath, EOpenMode::ReadWrite, m_sharing);
 }
 
 std::int64_t COutputFile::Size() const {
@@ -104,7 +138,10 @@ bool COutputFile::Finish() {
         return true;
     }
     if (m_file.IsOpen()) {
-        Flush();
+        if (Flush() && m_file.Size() < m_writtenEnd && !m_file.Resize(m_writtenEnd)) {
+            NoteFailure();
+        }
+        m_unplacedZeros = 0;
         if (!m_file.Close()) {
             NoteFailure();
         }
@@ -131,6 +168,7 @@ bool COutputFile::Commit() {
 
 void COutputFile::Abandon() {
     m_pending.clear();
+    m_unplacedZeros = 0;
     m_file.Close();
     if (!m_temporaryPath.empty()) {
         RemoveFile(m_temporaryPath);

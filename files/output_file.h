@@ -32,9 +32,13 @@ public:
     /// Writes at the current position and moves on. False when not everything could be written; the cause is kept for
     /// Commit.
     bool Write(std::span<const std::uint8_t> bytes);
-    /// Writes `count` zero bytes.
+    /// Writes `count` zero bytes. A long run of them at the end of a transactional output becomes a hole, where the
+    /// file system knows holes.
     bool WriteZeros(std::int64_t count);
     bool Seek(std::int64_t position);
+    /// Begins a second stage of writing, at position 0. In place the target is really closed and opened again without
+    /// being emptied; a transactional output goes on. False, with LastFileError() set, when that fails.
+    bool Reopen();
     std::int64_t Position() const { return m_position; }
     /// Length in bytes of what has been written so far.
     std::int64_t Size() const;
@@ -55,16 +59,19 @@ public:
 
 private:
     bool Flush();
+    bool PlaceZeros();
     bool NoteFailure();
 
     CNativeFile m_file;
     EOutputManner m_manner = EOutputManner::InPlace;
+    ESharing m_sharing = ESharing::Anyone;
     std::string m_targetPath;
     std::string m_temporaryPath;
     std::string m_failureText;
     std::vector<std::uint8_t> m_pending;
     std::int64_t m_position = 0;
     std::int64_t m_writtenEnd = 0;
+    std::int64_t m_unplacedZeros = 0;  ///< Zeros before m_position, at the end, that are neither pending nor written.
 };
 
 }  // namespace vantrel

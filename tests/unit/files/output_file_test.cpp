@@ -70,6 +70,66 @@ TEST(OutputFile, CommitReplaceReplaces) {
     EXPECT_EQ(test::ReadWhole(folder / "a.bin"), Bytes(5000, 0));
 }
 
+TEST(OutputFile, ZerosReadBackWhereverTheyWereWritten) {
+    for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitReplace}) {
+        for (const std::size_t run : {1U, 2048U, 65'535U, 65'536U, 1'000'000U}) {
+            const test::CTestFolder folder;
+            COutputFile output;
+            ASSERT_TRUE(output.Open(folder / "a.bin", manner));
+            Bytes expected;
+            const auto write = [&](const Bytes& bytes) {
+                EXPECT_TRUE(output.Write(bytes));
+                expected.insert(expected.end(), bytes.begin(), bytes.end());
+            };
+            const auto writeZeros = [&](std::size_t count) {
+                EXPECT_TRUE(output.WriteZeros(static_cast<std::int64_t>(count)));
+                expected.resize(expected.size() + count);
+            };
+            writeZeros(run);
+            write(test::RandomBytes(100, run));
+            writeZeros(run);
+            writeZeros(run);
+            write(test::RandomBytes(300'000, run));
+            writeZeros(run);
+            EXPECT_TRUE(output.Seek(50));
+            EXPECT_TRUE(output.WriteZeros(1));
+            expected[50] = 0;
+            EXPECT_TRUE(output.Seek(50));
+            EXPECT_TRUE(output.Write(Bytes{9}));
+            expected[50] = 9;
+            EXPECT_TRUE(output.Seek(output.Size()));
+            write(Bytes{1, 2, 3});
+            writeZeros(run);
+            EXPECT_EQ(output.Size(), static_cast<std::int64_t>(expected.size()));
+            EXPECT_TRUE(output.Commit());
+            EXPECT_EQ(test::ReadWhole(folder / "a.bin"), expected);
+        }
+    }
+}
+
+TEST(OutputFile, ReopensWithoutEmptying) {
+    for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
+        const test::CTestFolder folder;
+        COutputFile output;
+        ASSERT_TRUE(output.Open(folder / "a.bin", manner));
+        EXPECT_TRUE(output.Write(Bytes{1, 2, 3}));
+        ASSERT_TRUE(output.Reopen());
+        EXPECT_EQ(output.Size(), 3);
+        EXPECT_EQ(output.Position(), 0);
+        EXPECT_TRUE(output.Write(Bytes{9}));
+        EXPECT_TRUE(output.Commit());
+        EXPECT_EQ(test::ReadWhole(folder / "a.bin"), (Bytes{9, 2, 3}));
+    }
+}
+
+TEST(OutputFile, InPlaceCannotReopenWhatIsGone) {
+    const test::CTestFolder folder;
+    COutputFile output;
+    ASSERT_TRUE(output.Open(folder / "a.bin", EOutputManner::InPlace));
+    ASSERT_TRUE(RemoveFile(folder / "a.bin"));
+    EXPECT_FALSE(output.Reopen());
+}
+
 TEST(InputFile, ReadsByPositionAndInOrder) {
     const test::CTestFolder folder;
     const Bytes content = test::RandomBytes(700'000, 1);

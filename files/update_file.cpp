@@ -1,0 +1,110 @@
+#include "files/update_file.h"
+
+#include <algorithm>
+
+namespace vantrel {
+
+CUpdateFile::~CUpdateFile() {
+    Undo();
+}
+
+bool CUpdateFile::Open(const std::string& path, EUpdateManner manner) {
+    Undo();
+    m_manner = manner;
+    m_path = path;
+    m_failureText.clear();
+    m_position = 0;
+    const EOpenMode mode = manner == EUpdateManner::ReadOnly ? EOpenMode::Read : EOpenMode::ReadWrite;
+    if (!m_file.Open(path, mode, ESharing::Anyone)) {
+        return false;
+    }
+    m_oldSize = m_file.Size();
+    return true;
+}
+
+bool CUpdateFile::Reopen() {
+    m_position = 0;
+    if (m_manner != EUpdateManner::InPlace) {
+        return m_file.Seek(0);
+    }
+    m_file.Close();
+    return m_file.Open(m_path, EOpenMode::ReadWrite, ESharing::Anyone);
+}
+
+bool CUpdateFile::NoteFailure() {
+    if (m_failureText.empty()) {
+        m_failureText = "Cannot write " + m_path + ": " + LastFileError();
+    }
+    return false;
+}
+
+bool CUpdateFile::Seek(std::int64_t position) {
+    if (position < 0 || !m_file.Seek(position)) {
+        return false;
+    }
+    m_position = position;
+    return true;
+}
+
+std::size_t CUpdateFile::ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) {
+    if (!Seek(position)) {
+        return 0;
+    }
+    bool failed = false;
+    const std::size_t count = m_file.Read(buffer, failed);
+    m_position += static_cast<std::int64_t>(count);
+    return count;
+}
+
+bool CUpdateFile::Keep(std::size_t count) {
+    const std::int64_t old = std::min(m_oldSize - m_position, static_cast<std::int64_t>(count));
+    if (m_manner != EUpdateManner::UndoUnlessCommitted || old <= 0) {
+        return true;
+    }
+    SOverwritten overwritten{m_position, std::vector<std::uint8_t>(static_cast<std::size_t>(old))};
+    bool failed = false;
+    if (m_file.Read(overwritten.bytes, failed) != overwritten.bytes.size() || !m_file.Seek(m_position)) {
+        return NoteFailure();
+    }
+    m_overwritten.push_back(std::move(overwritten));
+    return true;
+}
+
+bool CUpdateFile::Write(std::span<const std::uint8_t> bytes) {
+    if (!Keep(bytes.size())) {
+        return false;
+    }
+    const std::size_t written = m_file.Write(bytes);
+    m_position += static_cast<std::int64_t>(written);
+    return written == bytes.size() || NoteFailure();
+}
+
+void CUpdateFile::Undo() {
+    if (m_file.IsOpen() && m_manner == EUpdateManner::UndoUnlessCommitted) {
+        // Last change first, so that a place that was changed twice ends as it began.
+        for (auto change = m_overwritten.rbegin(); change != m_overwritten.rend(); ++change) {
+            if (m_file.Seek(change->position)) {
+                m_file.Write(change->bytes);
+            }
+        }
+        if (m_oldSize >= 0 && m_file.Size() != m_oldSize) {
+            m_file.Resize(m_oldSize);
+        }
+    }
+    m_overwritten.clear();
+    m_file.Close();
+}
+
+bool CUpdateFile::Commit() {
+    if (m_manner == EUpdateManner::UndoUnlessCommitted && !m_failureText.empty()) {
+        Undo();
+        return false;
+    }
+    m_overwritten.clear();
+    if (!m_file.Close()) {
+        NoteFailure();
+    }
+    return m_failureText.empty();
+}
+
+}  // namespace vantrel

@@ -1,0 +1,104 @@
+// Changing a file where it stands, with and without the way back.
+#include "files/update_file.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/test_folder.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+
+class UpdateFile : public testing::Test {
+protected:
+    UpdateFile() { test::WriteWhole(m_path, m_before); }
+
+    /// Overwrites twice at the same place, across the end, and appends.
+    static void Change(CUpdateFile& file) {
+        EXPECT_TRUE(file.Seek(2) && file.Write(Bytes{21, 22, 23}));
+        EXPECT_TRUE(file.Seek(1) && file.Write(Bytes{31, 32}));
+        EXPECT_TRUE(file.Seek(8) && file.Write(Bytes{41, 42, 43, 44}));
+        EXPECT_TRUE(file.Write(Bytes{51}));
+    }
+
+    test::CTestFolder m_folder;
+    std::string m_path = m_folder / "a.bin";
+    Bytes m_before = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+    Bytes m_after = {0, 31, 32, 22, 23, 5, 6, 7, 41, 42, 43, 44, 51};
+};
+
+TEST_F(UpdateFile, InPlaceKeepsEveryChange) {
+    {
+        CUpdateFile file;
+        ASSERT_TRUE(file.Open(m_path, EUpdateManner::InPlace));
+        Change(file);
+    }
+    EXPECT_EQ(test::ReadWhole(m_path), m_after);
+}
+
+TEST_F(UpdateFile, UncommittedChangeIsUndone) {
+    {
+        CUpdateFile file;
+        ASSERT_TRUE(file.Open(m_path, EUpdateManner::UndoUnlessCommitted));
+        Change(file);
+        EXPECT_EQ(test::ReadWhole(m_path), m_after);
+    }
+    EXPECT_EQ(test::ReadWhole(m_path), m_before);
+}
+
+TEST_F(UpdateFile, CommittedChangeStays) {
+    CUpdateFile file;
+    ASSERT_TRUE(file.Open(m_path, EUpdateManner::UndoUnlessCommitted));
+    Change(file);
+    EXPECT_TRUE(file.Commit());
+    EXPECT_EQ(test::ReadWhole(m_path), m_after);
+}
+
+TEST_F(UpdateFile, ReopenBeginsAtTheStartAndKeepsTheWayBack) {
+    for (const EUpdateManner manner : {EUpdateManner::UndoUnlessCommitted, EUpdateManner::InPlace}) {
+        {
+            CUpdateFile file;
+            ASSERT_TRUE(file.Open(m_path, manner));
+            EXPECT_TRUE(file.Seek(10) && file.Write(Bytes{1, 1}));
+            ASSERT_TRUE(file.Reopen());
+            EXPECT_EQ(file.Size(), 12);
+            EXPECT_TRUE(file.Write(Bytes{99}));
+        }
+        Bytes expected = m_before;
+        if (manner == EUpdateManner::InPlace) {
+            expected[0] = 99;
+            expected.insert(expected.end(), {1, 1});
+        }
+        EXPECT_EQ(test::ReadWhole(m_path), expected);
+    }
+}
+
+TEST_F(UpdateFile, ReadsByPosition) {
+    CUpdateFile file;
+    ASSERT_TRUE(file.Open(m_path, EUpdateManner::ReadOnly));
+    Bytes piece(4);
+    EXPECT_EQ(file.ReadAt(3, piece), 4U);
+    EXPECT_EQ(piece, (Bytes{3, 4, 5, 6}));
+    EXPECT_EQ(file.ReadAt(8, piece), 2U);
+    EXPECT_EQ(file.ReadAt(-1, piece), 0U);
+    EXPECT_FALSE(file.Seek(-1));
+}
+
+TEST_F(UpdateFile, ReadOnlyRefusesToWrite) {
+    CUpdateFile file;
+    ASSERT_TRUE(file.Open(m_path, EUpdateManner::ReadOnly));
+    EXPECT_FALSE(file.Write(Bytes{1}));
+    EXPECT_NE(file.FailureText().find(m_path), std::string::npos);
+    EXPECT_FALSE(file.Commit());
+    EXPECT_EQ(test::ReadWhole(m_path), m_before);
+}
+
+TEST_F(UpdateFile, MissingFileIsNotMade) {
+    CUpdateFile file;
+    EXPECT_FALSE(file.Open(m_folder / "b.bin", EUpdateManner::UndoUnlessCommitted));
+    EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"a.bin"});
+}
+
+}  // namespace
+}  // namespace vantrel
