@@ -25,6 +25,10 @@ void CatchInterrupts() {
     // A reader that goes away must not end the program between a temporary file and its removal.
     std::signal(SIGPIPE, SIG_IGN);
 #endif
+#ifdef SIGXFSZ
+    // A file that may not grow any more is a failed write, like a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
 }
 
 void ThrowIfInterrupted() {

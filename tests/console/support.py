@@ -1,0 +1,89 @@
+"""What the tests of the console program share: running it, folders, and small images of PSP titles.
+
+The program under test is named by the environment variable VANTREL_PROGRAM; an .exe is run under Wine.
+"""
+import os
+import random
+import shutil
+import signal
+import subprocess
+import tempfile
+import unittest
+
+PROGRAM = os.environ.get("VANTREL_PROGRAM", "build/native/bin/vantrel")
+IS_WINDOWS = PROGRAM.endswith(".exe")
+COMMAND = (["wine"] if IS_WINDOWS else []) + [os.path.abspath(PROGRAM)]
+
+
+class Result:
+    def __init__(self, status, out, err):
+        self.status, self.out, self.err = status, out, err
+
+    def __repr__(self):
+        return "status %d\n--- out\n%s--- err\n%s" % (self.status, self.out, self.err)
+
+
+def run(*words, **options):
+    """Runs the program with its output piped; text is UTF-8 with Windows line ends folded."""
+    done = subprocess.run(COMMAND + [str(word) for word in words], capture_output=True, timeout=120,
+                          stdin=subprocess.DEVNULL, **options)
+    text = [stream.decode("utf-8", "surrogateescape").replace("\r\n", "\n") for stream in (done.stdout, done.stderr)]
+    return Result(done.returncode, *text)
+
+
+class ConsoleTest(unittest.TestCase):
+    """Every test gets a folder of its own, which is the current folder of the program."""
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="vantrel-console-")
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+
+    def run_here(self, *words, **options):
+        return run(*words, cwd=self.folder, **options)
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, content):
+        with open(self.path(name), "wb") as file:
+            file.write(content)
+        return name
+
+    def read(self, name):
+        with open(self.path(name), "rb") as file:
+            return file.read()
+
+    def names(self):
+        return sorted(os.listdir(self.folder))
+
+    def state(self):
+        """Everything the folder holds, to be compared later."""
+        return {name: self.read(name) for name in self.names() if os.path.isfile(self.path(name))}
+
+    def assert_done(self, result):
+        self.assertEqual(result.status, 0, result)
+        self.assertEqual(result.err, "", result)
+
+
+def psp_image(sectors=40, seed=1):
+    """An image that carries the mark of a PSP title, half noise and half text."""
+    source = random.Random(seed)
+    image = bytearray()
+    while len(image) < sectors * 2048:
+        image += source.randbytes(2048) if len(image) // 2048 % 2 else b"a few words again " * 113 + bytes(14)
+    image = image[:sectors * 2048]
+    image[33342:33345] = b"PSP"
+    return bytes(image)
+
+
+def interrupted(words, folder, seconds, number=signal.SIGINT):
+    """Starts the program, sends it a signal after so many seconds, and gives its result."""
+    process = subprocess.Popen(COMMAND + [str(word) for word in words], cwd=folder, stdin=subprocess.DEVNULL,
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    try:
+        process.wait(seconds)
+    except subprocess.TimeoutExpired:
+        process.send_signal(number)
+    out, err = process.communicate(timeout=60)
+    return Result(process.returncode, out.decode(), err.decode())

@@ -1,0 +1,150 @@
+"""iso2cso and cso2iso through the program itself: names, options, refusals, exit statuses."""
+import os
+import unittest
+
+from support import IS_WINDOWS, ConsoleTest, psp_image
+
+
+class CsoCommands(ConsoleTest):
+    def test_there_and_back(self):
+        image = psp_image()
+        self.write("Game.iso", image)
+        result = self.run_here("iso2cso", "Game.iso")
+        self.assert_done(result)
+        size = len(self.read("Game.cso"))
+        self.assertEqual(result.out, "Game.iso -> Game.cso: Compression iso2cso Done ! (%d bytes)\n" % size)
+        result = self.run_here("cso2iso", "Game.cso")
+        self.assert_done(result)
+        self.assertEqual(result.out,
+                         "Game.cso -> new-Game.iso: ciso decompress cso2iso Done ! (%d bytes)\n" % len(image))
+        self.assertEqual(self.read("new-Game.iso"), image)
+        self.assertEqual(self.names(), ["Game.cso", "Game.iso", "new-Game.iso"])
+
+    def test_names_are_the_windows_names(self):
+        self.write("a.b.c.iso", psp_image())
+        self.assert_done(self.run_here("iso2cso", "a.b.c.iso"))
+        self.assertEqual(self.names(), ["a.b.c.iso", "a.cso"])
+
+    def test_output_options(self):
+        self.write("game.iso", psp_image())
+        os.mkdir(self.path("folder"))
+        self.assert_done(self.run_here("iso2cso", "-o", "other.bin", "game.iso"))
+        self.assert_done(self.run_here("iso2cso", "--output-dir", "folder", "game.iso"))
+        self.assertEqual(self.read("other.bin"), self.read("folder/game.cso"))
+
+    def test_levels(self):
+        self.write("game.iso", psp_image())
+        sizes = []
+        for level in "1", "9":
+            self.assert_done(self.run_here("iso2cso", "-f", "-l", level, "game.iso"))
+            sizes.append(len(self.read("game.cso")))
+        self.assert_done(self.run_here("iso2cso", "-f", "game.iso"))
+        self.assertEqual(len(self.read("game.cso")), sizes[1], "9 is the default")
+        self.assertGreater(sizes[0], sizes[1])
+
+    def test_an_existing_output_is_refused_without_force(self):
+        self.write("game.iso", psp_image())
+        self.write("game.cso", b"older")
+        result = self.run_here("iso2cso", "game.iso")
+        self.assertEqual((result.status, result.out), (1, ""))
+        self.assertEqual(result.err, "vantrel iso2cso: game.cso exists already; -f replaces it\n")
+        self.assertEqual(self.read("game.cso"), b"older")
+        self.assert_done(self.run_here("iso2cso", "--force", "game.iso"))
+        self.assertEqual(self.read("game.cso")[:4], b"CISO")
+
+    def test_a_failure_keeps_the_older_output(self):
+        self.write("game.cso", b"CISO" + bytes(100))
+        self.write("new-game.iso", b"older")
+        before = self.state()
+        result = self.run_here("cso2iso", "-f", "game.cso")
+        self.assertEqual(result.status, 1)
+        self.assertEqual(result.err, "vantrel cso2iso: Code 11011 - ciso file format error new-game.iso\n")
+        self.assertEqual(self.state(), before)
+
+    def test_the_input_is_never_the_output(self):
+        image = psp_image()
+        self.write("game.iso", image)
+        result = self.run_here("iso2cso", "-f", "-o", os.path.join(".", "game.iso"), "game.iso")
+        self.assertEqual(result.status, 1)
+        self.assertIn("game.iso: the output would be the input itself", result.err)
+        if not IS_WINDOWS:
+            os.symlink("game.iso", self.path("link.cso"))
+            os.link(self.path("game.iso"), self.path("hard.cso"))
+            for link in "link.cso", "hard.cso":
+                result = self.run_here("iso2cso", "-f", "-o", link, "game.iso")
+                self.assertEqual(result.status, 1)
+                self.assertIn("the output would be the input itself", result.err)
+        self.assertEqual(self.read("game.iso"), image)
+
+    def test_the_programs_own_texts(self):
+        self.write("other.iso", bytes(40000))
+        result = self.run_here("iso2cso", "other.iso")
+        self.assertEqual(result.status, 1)
+        self.assertEqual(result.err,
+                         "vantrel iso2cso: Code 50 PSP - invalid PSP iso  file header  other.iso\n")
+        result = self.run_here("iso2cso", "missing.iso")
+        self.assertEqual(result.status, 1)
+        self.assertIn("Code 1001e - Error Opening missing.iso (missing.iso: ", result.err)
+        result = self.run_here("iso2cso", ".")
+        self.assertEqual(result.status, 1)
+        self.assertIn(". is a folder", result.err)
+        self.assertEqual(self.names(), ["other.iso"])
+
+    def test_a_missing_output_folder_is_told(self):
+        self.write("game.iso", psp_image())
+        result = self.run_here("iso2cso", "--output-dir", "nowhere", "game.iso")
+        self.assertEqual(result.status, 1)
+        self.assertIn("Code 10010g - Error create nowhere", result.err)
+        self.assertIn("there is no folder nowhere", result.err)
+
+    def test_quiet(self):
+        self.write("game.iso", psp_image())
+        result = self.run_here("iso2cso", "-q", "game.iso")
+        self.assertEqual((result.status, result.out, result.err), (0, "", ""))
+
+    def test_many_files(self):
+        self.write("one.iso", psp_image(seed=1))
+        self.write("bad.iso", b"")
+        self.write("two.iso", psp_image(seed=2))
+        result = self.run_here("iso2cso", "one.iso", "bad.iso", "two.iso")
+        self.assertEqual(result.status, 1)
+        self.assertIn("1 converted, 1 failed, 1 skipped; 81920 bytes in, ", result.err)
+        self.assertEqual(self.names(), ["bad.iso", "one.cso", "one.iso", "two.iso"])
+        result = self.run_here("iso2cso", "-f", "--keep-going", "one.iso", "bad.iso", "two.iso")
+        self.assertEqual(result.status, 1)
+        self.assertIn("2 converted, 1 failed, 0 skipped; ", result.err)
+
+    def test_two_inputs_never_share_an_output(self):
+        self.write("a.1.iso", psp_image(seed=1))
+        self.write("a.2.iso", psp_image(seed=2))
+        result = self.run_here("iso2cso", "-f", "a.1.iso", "a.2.iso")
+        self.assertEqual(result.status, 1)
+        self.assertIn("a.2.iso: a.cso was just written for another file", result.err)
+        self.assert_done(self.run_here("cso2iso", "a.cso"))
+        self.assertEqual(self.read("new-a.iso"), psp_image(seed=1))
+
+    def test_names_in_any_script(self):
+        name = "\u30b2\u30fc\u30e0 \u0418\u0433\u0440\u0430 caf\u00e9"
+        self.write(name + ".iso", psp_image())
+        self.assert_done(self.run_here("iso2cso", name + ".iso"))
+        self.assertEqual(self.names(), sorted([name + ".cso", name + ".iso"]))
+
+    def test_wrong_usage(self):
+        for words in ([], ["nonsense"], ["iso2cso"], ["iso2cso", "-l", "0", "x"], ["iso2cso", "-l", "10", "x"],
+                      ["iso2cso", "--nonsense", "x"], ["iso2cso", "-o", "a", "b", "c"],
+                      ["iso2cso", "-o", "a", "--output-dir", "b", "c"]):
+            result = self.run_here(*words)
+            self.assertEqual((result.status, result.out), (2, ""), (words, result))
+            self.assertNotEqual(result.err, "", words)
+
+    def test_help_and_version(self):
+        result = self.run_here("--version")
+        self.assertEqual((result.status, result.out), (0, "vantrel 5.0.0\n"))
+        for words in (["--help"], ["iso2cso", "--help"], ["cso2iso", "-h"]):
+            result = self.run_here(*words)
+            self.assertEqual((result.status, result.err), (0, ""))
+            self.assertIn("vantrel", result.out)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,70 @@
+// CSO against a second implementation: the same bytes at every level and length, and each reads what the other wrote.
+#include <gtest/gtest.h>
+
+#include "compress/cso.h"
+#include "tests/support/recording_operation.h"
+#include "tests/support/shell.h"
+#include "tests/unit/compress/cso_support.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+using test::CTestFolder;
+
+constexpr const char* kReference = VANTREL_SOURCE_DIR "/tests/oracle/cso_reference.py";
+
+/// An image of blocks that compress well, badly and not at all, in turn.
+Bytes MixedImage(std::size_t length) {
+    Bytes image;
+    for (std::uint64_t i = 0; image.size() < length; ++i) {
+        const Bytes piece = i % 3 == 0   ? test::TextLikeBytes(2048, i)
+                            : i % 3 == 1 ? test::RandomBytes(2048, i)
+                                         : Bytes(2048, static_cast<std::uint8_t>(i));
+        image.insert(image.end(), piece.begin(), piece.end());
+    }
+    image.resize(length);
+    return image;
+}
+
+void Reference(const std::vector<std::string>& arguments) {
+    std::vector<std::string> words = {"python3", kReference};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::string output;
+    ASSERT_EQ(test::RunProgram(words, &output), 0) << output;
+}
+
+void CompareBoth(const Bytes& image, int level) {
+    SCOPED_TRACE(std::to_string(image.size()) + " bytes at level " + std::to_string(level));
+    const CTestFolder folder;
+    test::CRecordingOperation operation;
+    operation.m_level = level;
+    IsoToCso(test::RequestFor(folder, image), operation);
+    Reference({"compress", std::to_string(level), folder / "game.iso", folder / "reference.cso"});
+    EXPECT_EQ(test::ReadWhole(folder / "game.cso"), test::ReadWhole(folder / "reference.cso"));
+
+    const Bytes whole(image.begin(), image.begin() + static_cast<std::ptrdiff_t>(image.size() / 2048 * 2048));
+    Reference({"expand", folder / "game.cso", folder / "reference.iso"});
+    EXPECT_EQ(test::ReadWhole(folder / "reference.iso"), whole);
+    if (!image.empty()) {
+        CsoToIso(WindowExpansion(folder.Path(), "reference.cso"), operation);
+        EXPECT_EQ(test::ReadWhole(folder / "new-reference.iso"), whole);
+    }
+}
+
+TEST(CsoReference, EveryLevel) {
+    for (int level = 1; level <= 9; ++level) {
+        CompareBoth(MixedImage(2048 * 40 + 17), level);
+    }
+}
+
+TEST(CsoReference, EveryLength) {
+    for (const std::size_t blocks : {0, 1, 2, 3, 99, 100, 101, 250}) {
+        CompareBoth(MixedImage(blocks * 2048), 9);
+        CompareBoth(MixedImage(blocks * 2048 + 1), 9);
+        CompareBoth(MixedImage(blocks * 2048 + 2047), 9);
+    }
+}
+
+}  // namespace
+}  // namespace vantrel

@@ -1,0 +1,232 @@
+// Expanding CSO: order of calls, texts, other people's containers, hostile containers.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "compress/cso.h"
+#include "tests/support/recording_operation.h"
+#include "tests/unit/compress/cso_support.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+using test::CRecordingOperation;
+using test::CTestFolder;
+using test::FailureOf;
+using test::SHandMadeCso;
+using testing::ElementsAre;
+
+constexpr std::uint32_t kPlain = 0x80000000U;
+
+/// The text with which expanding the content fails.
+std::string FailureOfExpanding(const Bytes& content) {
+    const CTestFolder folder;
+    const SCompressionRequest request = test::ExpansionOf(folder, content);
+    CRecordingOperation operation;
+    std::string text = FailureOf([&] { CsoToIso(request, operation); });
+    for (std::size_t at = 0; (at = text.find(folder.Path())) != std::string::npos;) {
+        text.erase(at, folder.Path().size());
+    }
+    return text;
+}
+
+Bytes Expanded(const Bytes& content) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    CsoToIso(test::ExpansionOf(folder, content), operation);
+    return test::ReadWhole(folder / "new-game.iso");
+}
+
+TEST(CsoToIso, CallsComeInOrder) {
+    const CTestFolder folder;
+    const SHandMadeCso cso = test::CsoOf({Bytes(2048, 1), Bytes(2048, 2)}, 0);
+    CRecordingOperation operation;
+    CsoToIso(test::ExpansionOf(folder, cso.Encode()), operation);
+    EXPECT_THAT(operation.Calls(),
+                ElementsAre("pane STATUS DeCompression CSO2ISO, please Wait", "disable 1001", "disable 1005",
+                            "disable 1012", "disable 1021", "disable 1", "disable 1032", "disable 1029", "disable 1030",
+                            "disable 1033", "disable 1034", "ask level", "disable 1031", "pane BYTES 2 Blocks",
+                            "pane FILE new-game.iso", "progress 2 fill 189", "pump", "pump",   //
+                            "pump", "pane PERCENT 0%", "pane BYTES 0 block", "pump", "step",   //
+                            "pump", "pane PERCENT 50%", "pane BYTES 1 block", "pump", "step",  //
+                            "pane PERCENT 100%", "pane BYTES 2 block", "pump",                 //
+                            "pane FILE " + (folder / "new-game.iso"), "pane PERCENT 100%",     //
+                            "pane STATUS ciso decompress cso2iso Done !",                      //
+                            "complete ciso decompress cso2iso Done !", "pane BYTES 4096 bytes", "completed"));
+}
+
+TEST(CsoToIso, UpdatesComeFromTheFirstBlockOn) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    CsoToIso(test::ExpansionOf(folder, test::CsoOf(std::vector<Bytes>(250, Bytes(2048, 1)), 0).Encode()), operation);
+    const std::vector<std::string> shown = operation.CallsOf("pane BYTES");
+    EXPECT_EQ(shown[1], "pane BYTES 0 block");
+    EXPECT_EQ(shown[2], "pane BYTES 2 block");
+    const std::vector<std::string> percents = operation.CallsOf("pane PERCENT");
+    EXPECT_EQ(percents[percents.size() - 2], "pane PERCENT 125%");
+}
+
+TEST(CsoToIso, WithoutALevelNothingHappens) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    operation.m_level.reset();
+    CsoToIso(test::ExpansionOf(folder, {}), operation);
+    EXPECT_EQ(operation.Calls().back(), "ask level");
+    EXPECT_THAT(folder.Names(), ElementsAre("game.cso"));
+}
+
+TEST(CsoToIso, TheRemainderIsNotProduced) {
+    SHandMadeCso cso = test::CsoOf({Bytes(2048, 7), Bytes(2048, 8)}, 0);
+    cso.totalBytes += 2047;
+    Bytes expected(4096, 7);
+    std::fill(expected.begin() + 2048, expected.end(), 8);
+    EXPECT_EQ(Expanded(cso.Encode()), expected);
+}
+
+TEST(CsoToIso, AlignedContainersAreRead) {
+    const Bytes first = test::TextLikeBytes(2048, 1);
+    const Bytes second = test::TextLikeBytes(2048, 2);
+    Bytes expected = first;
+    expected.insert(expected.end(), second.begin(), second.end());
+    for (const int align : {1, 4, 7}) {
+        const SHandMadeCso cso = test::CsoOf({first, second}, static_cast<std::uint8_t>(align));
+        EXPECT_EQ(Expanded(cso.Encode()), expected) << align;
+    }
+}
+
+TEST(CsoToIso, OtherBlockSizesAreRead) {
+    SHandMadeCso cso = test::CsoOf({test::TextLikeBytes(8192, 1)}, 0);
+    cso.blockSize = 8192;
+    EXPECT_EQ(Expanded(cso.Encode()), test::TextLikeBytes(8192, 1));
+}
+
+TEST(CsoToIso, APlainBlockIsABlockWhateverTheNextEntrySays) {
+    SHandMadeCso cso;
+    cso.totalBytes = 2048;
+    cso.data = test::RandomBytes(2048, 4);
+    cso.index = {32 | kPlain, 33};
+    EXPECT_EQ(Expanded(cso.Encode()), cso.data);
+    cso.index = {32 | kPlain, 1};
+    EXPECT_EQ(Expanded(cso.Encode()), cso.data);
+}
+
+TEST(CsoToIso, MissingFilesAreNamedByTheOutput) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { CsoToIso(WindowExpansion(folder.Path(), "no.cso"), operation); }),
+              "Code 11010e - Error Opening " + (folder / "new-no.iso"));
+    EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(CsoToIso, AnOutputThatCannotBeCreatedIsNamed) {
+    const CTestFolder folder;
+    SCompressionRequest request = test::ExpansionOf(folder, test::CsoOf({Bytes(2048, 1)}, 0).Encode());
+    request.outputPath = folder / "no folder/x.iso";
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { CsoToIso(request, operation); }), "Code 11010g - Error create " + request.outputPath);
+}
+
+TEST(CsoToIso, BadHeadersAreRefused) {
+    EXPECT_EQ(FailureOfExpanding(Bytes(23, 'C')), "Code 11010e - Error Opening new-game.iso");
+    EXPECT_EQ(FailureOfExpanding({}), "Code 11010e - Error Opening new-game.iso");
+    const std::string format = "Code 11011 - ciso file format error new-game.iso";
+    SHandMadeCso cso = test::CsoOf({Bytes(2048, 1)}, 0);
+    cso.magic = "CISo";
+    EXPECT_EQ(FailureOfExpanding(cso.Encode()), format);
+    cso.magic = "CISO";
+    cso.blockSize = 0;
+    EXPECT_EQ(FailureOfExpanding(cso.Encode()), format);
+    cso.blockSize = 2048;
+    cso.totalBytes = 0;
+    EXPECT_EQ(FailureOfExpanding(cso.Encode()), format);
+}
+
+TEST(CsoToIso, AnIndexLargerThanTheFileIsRefusedBeforeItTakesMemory) {
+    SHandMadeCso cso = test::CsoOf({Bytes(2048, 1)}, 0);
+    for (const std::uint64_t total : {std::uint64_t{1} << 30, std::uint64_t{1} << 62, ~std::uint64_t{0}}) {
+        cso.totalBytes = total;
+        EXPECT_EQ(FailureOfExpanding(cso.Encode()), "Code 1105-file read error game.cso\n");
+    }
+    cso.blockSize = 1;
+    EXPECT_EQ(FailureOfExpanding(cso.Encode()), "Code 1105-file read error game.cso\n");
+    Bytes cut = test::CsoOf({Bytes(2048, 1)}, 0).Encode();
+    cut.resize(24 + 7);
+    EXPECT_EQ(FailureOfExpanding(cut), "Code 1105-file read error game.cso\n");
+}
+
+TEST(CsoToIso, AHugeBlockSizeIsRefusedBeforeItTakesMemory) {
+    SHandMadeCso cso = test::CsoOf({Bytes(2048, 1)}, 0);
+    cso.blockSize = 0xFFFFFFFFU;
+    cso.totalBytes = 0xFFFFFFFFU;
+    EXPECT_EQ(FailureOfExpanding(cso.Encode()), "Code 1104-Can't allocate memory game.cso\n");
+}
+
+TEST(CsoToIso, AnIndexThatPointsAnywhereIsRefused) {
+    const std::string text = "Code 1107-block 0 : read error\n";
+    SHandMadeCso cso = test::CsoOf({Bytes(2048, 1), Bytes(2048, 2)}, 0);
+    const std::vector<std::uint32_t> good = cso.index;
+    const auto with = [&](std::vector<std::uint32_t> index) {
+        cso.index = std::move(index);
+        return FailureOfExpanding(cso.Encode());
+    };
+    EXPECT_EQ(with({0x00FFFFFF, 0x01000000, good[2]}), text) << "outside the file";
+    EXPECT_EQ(with({good[1], good[0], good[2]}), text) << "backwards";
+    EXPECT_EQ(with({good[0], good[0] + 4097, good[2]}), text) << "more than the buffer holds";
+    EXPECT_EQ(with({0x00FFFFFF | kPlain, good[1], good[2]}), text) << "plain, outside the file";
+    cso.align = 8;
+    EXPECT_EQ(with({0x00800000, 0x00800001, good[2]}), text) << "beyond 2 GiB";
+}
+
+TEST(CsoToIso, ShiftsOfAnySizeAreHarmless) {
+    SHandMadeCso cso = test::CsoOf({Bytes(2048, 1)}, 0);
+    for (const int align : {31, 32, 63, 64, 255}) {
+        cso.align = static_cast<std::uint8_t>(align);
+        EXPECT_NE(FailureOfExpanding(cso.Encode()), "did not fail");
+    }
+}
+
+TEST(CsoToIso, BlocksOfTheWrongSizeAreRefused) {
+    EXPECT_EQ(FailureOfExpanding([] {
+                  SHandMadeCso cso = test::CsoOf({Bytes(2000, 1)}, 0);
+                  cso.totalBytes = 2048;
+                  return cso.Encode();
+              }()),
+              "Code 1109-block 0 : block size error 2000 != 2048\n");
+    EXPECT_EQ(FailureOfExpanding([] {
+                  SHandMadeCso cso = test::CsoOf({Bytes(2049, 1)}, 0);
+                  cso.totalBytes = 2048;
+                  return cso.Encode();
+              }()),
+              "Code 1108-inflate : error\n");
+}
+
+TEST(CsoToIso, DamagedStreamsAreRefusedWithWhatZlibSays) {
+    SHandMadeCso cso = test::CsoOf({Bytes(2048, 1)}, 0);
+    cso.data[0] = 0xFF;
+    EXPECT_EQ(FailureOfExpanding(cso.Encode()), "Code 1108-inflate : invalid block type\n");
+    SHandMadeCso empty = test::CsoOf({Bytes(2048, 1)}, 0);
+    empty.index[1] = empty.index[0];
+    EXPECT_EQ(FailureOfExpanding(empty.Encode()), "Code 1108-inflate : error\n");
+}
+
+TEST(CsoToIso, AFileCutAnywhereIsRefused) {
+    const Bytes whole = test::CsoOf({test::TextLikeBytes(2048, 1), test::TextLikeBytes(2048, 2)}, 0).Encode();
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        EXPECT_NE(FailureOfExpanding(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length))),
+                  "did not fail")
+            << length;
+    }
+}
+
+#ifdef __linux__
+TEST(CsoToIso, AFullDiskIsReportedAtTheBlock) {
+    const CTestFolder folder;
+    SCompressionRequest request = test::ExpansionOf(folder, test::CsoOf({Bytes(2048, 1)}, 0).Encode());
+    request.outputPath = "/dev/full";
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { CsoToIso(request, operation); }), "Code 1110-block 0 : Write error\n");
+}
+#endif
+
+}  // namespace
+}  // namespace vantrel

@@ -1,0 +1,218 @@
+// Compressing into CSO: order of calls, texts, bytes of the container, refusals.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "compress/cso.h"
+#include "tests/support/recording_operation.h"
+#include "tests/unit/compress/cso_support.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+using test::CRecordingOperation;
+using test::CTestFolder;
+using test::FailureOf;
+using testing::ElementsAre;
+
+Bytes Join(const Bytes& first, const Bytes& second) {
+    Bytes both = first;
+    both.insert(both.end(), second.begin(), second.end());
+    return both;
+}
+
+TEST(IsoToCso, CallsComeInOrder) {
+    const CTestFolder folder;
+    const SCompressionRequest request = test::RequestFor(folder, Bytes(2 * 2048, 0));
+    CRecordingOperation operation;
+    IsoToCso(request, operation);
+    const std::string output = folder / "game.cso";
+    const std::string size = std::to_string(test::ReadWhole(output).size());
+    EXPECT_THAT(
+        operation.Calls(),
+        ElementsAre("pane STATUS Compression ISO2CSO, please Wait", "disable 1001", "disable 1005", "disable 1012",
+                    "disable 1021", "disable 1029", "disable 1030", "disable 1", "disable 1032", "disable 1033",
+                    "disable 1034", "ask level", "disable 1031", "pane BYTES 2 Frames", "pane FILE game.cso",
+                    "progress 2 fill 189",                                             //
+                    "pane PERCENT 0%", "pane BYTES 0 block", "pump", "step", "pump",   //
+                    "pane PERCENT 50%", "pane BYTES 1 block", "pump", "step", "pump",  //
+                    "pane PERCENT 100%", "pane BYTES 2 block", "pane FILE " + output,  //
+                    "pane PERCENT 100%", "pane STATUS Compression iso2cso Done !",     //
+                    "complete Compression iso2cso Done !", "pane BYTES " + size + " bytes", "completed"));
+}
+
+TEST(IsoToCso, HeaderAndIndexAreExact) {
+    const CTestFolder folder;
+    const Bytes noise = test::RandomBytes(2048, 5);
+    const SCompressionRequest request = test::RequestFor(folder, Join(Bytes(2048, 0), Join(noise, Bytes(100, 1))));
+    CRecordingOperation operation;
+    IsoToCso(request, operation);
+    const Bytes cso = test::ReadWhole(folder / "game.cso");
+    EXPECT_EQ(std::string(cso.begin(), cso.begin() + 4), "CISO");
+    EXPECT_EQ(test::Read32(cso, 4), 0U);
+    EXPECT_EQ(test::Read64(cso, 8), 2U * 2048U + 100U);
+    EXPECT_EQ(test::Read32(cso, 16), 2048U);
+    EXPECT_EQ(test::Read32(cso, 20), 1U);
+    EXPECT_EQ(test::Read32(cso, 24), 36U);
+    const std::uint32_t second = test::Read32(cso, 28);
+    EXPECT_EQ(second & 0x80000000U, 0x80000000U);
+    const std::uint32_t start = second & 0x7FFFFFFFU;
+    EXPECT_LT(start - 36, 30U) << "a block of zeros takes a few bytes";
+    EXPECT_EQ(test::Read32(cso, 32), start + 2048U);
+    EXPECT_EQ(cso.size(), start + 2048U) << "the partial last block is not stored";
+    EXPECT_TRUE(std::equal(noise.begin(), noise.end(), cso.begin() + start));
+}
+
+std::vector<std::string> PercentsFor(std::size_t blocks) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    IsoToCso(test::RequestFor(folder, Bytes(blocks * 2048, 0)), operation);
+    return operation.CallsOf("pane PERCENT");
+}
+
+TEST(IsoToCso, PercentageIsShownEveryHundredth) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    IsoToCso(test::RequestFor(folder, Bytes(250 * 2048, 0)), operation);
+    const std::vector<std::string> shown = operation.CallsOf("pane BYTES");
+    EXPECT_EQ(shown[1], "pane BYTES 1 block") << "first at block S - 1";
+    EXPECT_EQ(shown[2], "pane BYTES 3 block");
+    const std::vector<std::string> percents = operation.CallsOf("pane PERCENT");
+    EXPECT_EQ(percents[percents.size() - 2], "pane PERCENT 125%") << "250 blocks are shown as 125 of 100";
+    EXPECT_EQ(percents.back(), "pane PERCENT 100%");
+    EXPECT_EQ(operation.CallsOf("step").size(), 250U);
+    EXPECT_EQ(operation.CallsOf("pump").size(), 250U + 125U);
+}
+
+TEST(IsoToCso, PercentageOfFewBlocksIsTheirShare) {
+    EXPECT_THAT(PercentsFor(3), ElementsAre("pane PERCENT 0%", "pane PERCENT 33%", "pane PERCENT 66%",
+                                            "pane PERCENT 100%", "pane PERCENT 100%"));
+    EXPECT_EQ(PercentsFor(99)[50], "pane PERCENT 50%");
+    EXPECT_EQ(PercentsFor(100)[50], "pane PERCENT 50%");
+    EXPECT_THAT(PercentsFor(0), ElementsAre("pane PERCENT 100%", "pane PERCENT 100%"));
+}
+
+TEST(IsoToCso, WithoutALevelNothingHappens) {
+    const CTestFolder folder;
+    const SCompressionRequest request = test::RequestFor(folder, Bytes(2048, 0));
+    CRecordingOperation operation;
+    operation.m_level.reset();
+    IsoToCso(request, operation);
+    EXPECT_EQ(operation.Calls().back(), "ask level");
+    EXPECT_THAT(folder.Names(), ElementsAre("game.iso", "game.mark.iso"));
+}
+
+TEST(IsoToCso, OtherImagesAreRefusedBeforeAnythingIsCreated) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "a.b.iso", Bytes(40'000, 'P'));
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowCompression(folder.Path(), "a.b.iso", ".cso"), operation); }),
+              "Code 50 PSP - invalid PSP iso  file header  a.iso");
+    test::WriteWhole(folder / "short.iso", Bytes(10, 'P'));
+    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowCompression(folder.Path(), "short.iso", ".cso"), operation); }),
+              "Code 50 PSP - invalid PSP iso  file header  short.iso");
+    EXPECT_THAT(folder.Names(), ElementsAre("a.b.iso", "short.iso"));
+}
+
+TEST(IsoToCso, MissingFilesAreNamed) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowCompression(folder.Path(), "a.iso", ".cso"), operation); }),
+              "Code 1001e - Error Opening " + (folder / "a.iso"));
+    test::WriteWhole(folder / "a.b.iso", test::WithPspMark({}));
+    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowCompression(folder.Path(), "a.b.iso", ".cso"), operation); }),
+              "Code 10010e - Error Opening " + (folder / "a.iso"));
+}
+
+TEST(IsoToCso, TheImageIsFoundInAnyCase) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "a.b.iso", test::WithPspMark({}));
+    test::WriteWhole(folder / "A.ISO", Bytes(2048, 0));
+    CRecordingOperation operation;
+    IsoToCso(WindowCompression(folder.Path(), "a.b.iso", ".cso"), operation);
+    EXPECT_EQ(test::Read64(test::ReadWhole(folder / "a.cso"), 8), 2048U);
+}
+
+TEST(IsoToCso, LongNamesAreCut) {
+    const CTestFolder folder;
+    const std::string thirty = "abcdefghijklmnopqrstuvwxyz0123";
+    test::WriteWhole(folder / (thirty + "45.iso"), test::WithPspMark({}));
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowCompression(folder.Path(), thirty + "45.iso", ".cso"), operation); }),
+              "Code 10010e - Error Opening " + (folder / (thirty + ".iso")));
+}
+
+TEST(IsoToCso, TwoGibibytesAndMoreAreRefused) {
+    const CTestFolder folder;
+    const SCompressionRequest request = test::RequestFor(folder, {});
+    CNativeFile file;
+    for (const std::int64_t length : {std::int64_t{1} << 31, (std::int64_t{1} << 32) + 2048}) {
+        ASSERT_TRUE(file.Open(folder / "game.iso", EOpenMode::ReadWrite, ESharing::Anyone));
+        ASSERT_TRUE(file.Resize(length));
+        ASSERT_TRUE(file.Close());
+        CRecordingOperation operation;
+        EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }),
+                  "Code 1003-Can't get file siz " + (folder / "game.iso") + "\n");
+    }
+    EXPECT_EQ(FileKindOf(folder / "game.cso"), EFileKind::Missing);
+}
+
+TEST(IsoToCso, AnOutputThatCannotBeCreatedIsNamed) {
+    const CTestFolder folder;
+    SCompressionRequest request = test::RequestFor(folder, Bytes(2048, 0));
+    request.outputPath = folder / "no folder/game.cso";
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }),
+              "Code 10010g - Error create " + (folder / "no folder/game.cso"));
+}
+
+TEST(IsoToCso, AnImageThatShrinksIsReported) {
+    const CTestFolder folder;
+    const SCompressionRequest request = test::RequestFor(folder, Bytes(std::size_t{1} << 20, 0));
+    CRecordingOperation operation;
+    operation.m_onPump = [&](int pump) {
+        if (pump == 1) {
+            test::WriteWhole(folder / "game.iso", Bytes(5000, 0));
+        }
+    };
+    EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }), "Code 1007-block 2 : read error\n");
+    const Bytes partial = test::ReadWhole(folder / "game.cso");
+    EXPECT_GT(partial.size(), 24U + 4U * 513U) << "the partial output stays";
+    EXPECT_EQ(Bytes(partial.begin() + 24, partial.begin() + 24 + 4 * 513), Bytes(std::size_t{4} * 513, 0))
+        << "its index is zero";
+}
+
+TEST(IsoToCso, TheTransactionalMannerLeavesNothingAfterAFailure) {
+    const CTestFolder folder;
+    SCompressionRequest request = test::RequestFor(folder, Bytes(std::size_t{1} << 20, 0));
+    request.manner = EOutputManner::CommitNew;
+    CRecordingOperation operation;
+    operation.m_onPump = [&](int pump) {
+        if (pump == 1) {
+            test::WriteWhole(folder / "game.iso", Bytes(5000, 0));
+        }
+    };
+    EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }), "Code 1007-block 2 : read error\n");
+    EXPECT_THAT(folder.Names(), ElementsAre("game.iso", "game.mark.iso"));
+}
+
+TEST(IsoToCso, ACompletionThatIsLeftEarlyReportsNothing) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    operation.m_completes = false;
+    IsoToCso(test::RequestFor(folder, Bytes(2048, 0)), operation);
+    EXPECT_EQ(operation.Calls().back(), "complete Compression iso2cso Done !");
+}
+
+#ifdef __linux__
+TEST(IsoToCso, AFullDiskIsReportedAtTheBlock) {
+    const CTestFolder folder;
+    SCompressionRequest request = test::RequestFor(folder, test::RandomBytes(2048 * 4, 3));
+    request.outputPath = "/dev/full";
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }), "Code 1009-block 0 : Write error\n");
+}
+#endif
+
+}  // namespace
+}  // namespace vantrel
