@@ -1,0 +1,117 @@
+#include "tests/window/driver/boxes.h"
+
+#include <dlgs.h>
+
+#include "tests/window/driver/tested_program.h"
+#include "tests/window/driver/window_query.h"
+
+namespace vantrel::test {
+namespace {
+
+/// The control that holds the text of a message box.
+constexpr int kBoxText = 0xFFFF;
+/// The control that holds the icon of a message box.
+constexpr int kBoxIcon = 20;
+
+bool IsFileDialog(HWND window) {
+    return GetDlgItem(window, cmb13) != nullptr || GetDlgItem(window, edt1) != nullptr;
+}
+
+bool IsBox(HWND window) {
+    return GetDlgItem(window, kBoxText) != nullptr && !IsFileDialog(window);
+}
+
+/// Waits for a window of the program, which must not end meanwhile.
+HWND WaitForWindow(const CTestedProgram& program, const std::string& what, bool (*condition)(HWND),
+                   Milliseconds deadline) {
+    HWND window = nullptr;
+    Require(
+        what,
+        [&] {
+            window = FindWindowOf(program.ProcessId(), condition);
+            return window != nullptr || !program.IsRunning();
+        },
+        deadline);
+    if (window == nullptr) {
+        throw CDriveFailure("the program ended without " + what);
+    }
+    return window;
+}
+
+}  // namespace
+
+std::string CDrivenBox::Text() const {
+    return TextOf(GetDlgItem(m_window, kBoxText));
+}
+std::string CDrivenBox::Caption() const {
+    return TextOf(m_window);
+}
+
+bool CDrivenBox::HasIcon() const {
+    const HWND icon = GetDlgItem(m_window, kBoxIcon);
+    return icon != nullptr && Ask(icon, STM_GETICON) != 0;
+}
+
+void CDrivenBox::Answer(int button) const {
+    const HWND control = GetDlgItem(m_window, button);
+    if (control == nullptr) {
+        throw CDriveFailure("the message box has no button " + std::to_string(button));
+    }
+    PressButton(control);
+    Require("end of the message box", [this] { return !IsOpen(); });
+}
+
+CDrivenBox WaitForBox(const CTestedProgram& program, Milliseconds deadline) {
+    return CDrivenBox(WaitForWindow(program, "message box", IsBox, deadline));
+}
+
+bool HasBox(const CTestedProgram& program) {
+    return FindWindowOf(program.ProcessId(), IsBox) != nullptr;
+}
+
+std::string CDrivenFileDialog::Caption() const {
+    return TextOf(m_window);
+}
+
+HWND CDrivenFileDialog::NameField() const {
+    const HWND combo = GetDlgItem(m_window, cmb13);
+    return combo != nullptr ? combo : GetDlgItem(m_window, edt1);
+}
+
+std::string CDrivenFileDialog::FileNameText() const {
+    return TextOf(NameField());
+}
+
+void CDrivenFileDialog::Choose(const std::string& path) const {
+    const std::size_t windowsBefore = WindowsOf(m_program->ProcessId()).size();
+    // A dialog that has just appeared sets its own text once more: the name is entered until it stays.
+    constexpr Milliseconds kPatience{2'000};
+    Require("answer of the file dialog", [&] {
+        if (!IsOpen()) {
+            return true;
+        }
+        SetTextOf(NameField(), path);
+        if (FileNameText() != path) {
+            return false;
+        }
+        PressButton(GetDlgItem(m_window, IDOK));
+        return WaitUntil([&] { return !IsOpen() || WindowsOf(m_program->ProcessId()).size() > windowsBefore; },
+                         kPatience);
+    });
+}
+
+void CDrivenFileDialog::Cancel() const {
+    PressButton(GetDlgItem(m_window, IDCANCEL));
+    Require("end of the file dialog", [this] { return !IsOpen(); });
+}
+
+CDrivenFileDialog WaitForFileDialog(const CTestedProgram& program, Milliseconds deadline) {
+    const HWND window = WaitForWindow(program, "file dialog", IsFileDialog, deadline);
+    Require("OK button of the file dialog", [window] {
+        const HWND button = GetDlgItem(window, IDOK);
+        return button != nullptr && IsWindowVisible(button) != FALSE && IsWindowEnabled(button) != FALSE;
+    });
+    return {program, window};
+}
+
+}  // namespace vantrel::test
