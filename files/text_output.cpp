@@ -1,0 +1,30 @@
+#include "files/text_output.h"
+
+#include <span>
+
+namespace vantrel {
+
+namespace {
+
+constexpr std::size_t kPendingLimit = 16U * 1024U;
+
+}  // namespace
+
+void CTextOutput::Write(std::string_view text) {
+    for (const char c : text) {
+        if (c == '\n') {
+            m_pending += '\r';
+        }
+        m_pending += c;
+    }
+    if (m_pending.size() >= kPendingLimit) {
+        Flush();
+    }
+}
+
+void CTextOutput::Flush() {
+    m_output.Write(std::span(reinterpret_cast<const std::uint8_t*>(m_pending.data()), m_pending.size()));
+    m_pending.clear();
+}
+
+}  // namespace vantrel

@@ -1,0 +1,69 @@
+#include "iso/directory_reader.h"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+#include <span>
+
+namespace vantrel {
+
+namespace {
+
+std::uint32_t SectorsInFile(const CInputFile& image) {
+    const std::int64_t sectors = SectorsFor(std::max<std::int64_t>(image.Size(), 0));
+    return static_cast<std::uint32_t>(std::min<std::int64_t>(sectors, std::numeric_limits<std::uint32_t>::max()));
+}
+
+SDirectoryRecord RecordAt(std::span<const std::uint8_t> bytes) {
+    std::array<std::uint8_t, sizeof(SDirectoryRecord)> record = {};
+    std::copy_n(bytes.begin(), record.size(), record.begin());
+    return std::bit_cast<SDirectoryRecord>(record);
+}
+
+}  // namespace
+
+CDirectoryReader::CDirectoryReader(CInputFile& image)
+    : m_image(image), m_imageSectors(SectorsInFile(image)), m_visited(m_imageSectors) {}
+
+std::uint32_t CDirectoryReader::SectorsOf(std::uint32_t extent) {
+    if (!HasSector(extent)) {
+        return 0;
+    }
+    std::array<std::uint8_t, sizeof(SDirectoryRecord)> bytes = {};
+    m_image.ReadAt(extent * kSectorSize, bytes);
+    const std::int64_t sectors = SectorsFor(RecordAt(bytes).dataLength.Value());
+    return static_cast<std::uint32_t>(std::min<std::int64_t>(sectors, m_imageSectors - extent));
+}
+
+void CDirectoryReader::Visit(std::uint32_t extent, const std::function<void(const SDirectoryEntry&)>& visit,
+                             const std::function<void()>& afterRead) {
+    const std::uint32_t sectors = SectorsOf(extent);
+    for (std::uint32_t sector = extent; sector < extent + sectors; ++sector) {
+        if (m_visited[sector]) {
+            continue;
+        }
+        m_visited[sector] = true;
+        Sector bytes = {};
+        m_image.ReadAt(sector * kSectorSize, bytes);
+        afterRead();
+        VisitSector(bytes, visit, afterRead);
+    }
+}
+
+void CDirectoryReader::VisitSector(const Sector& bytes, const std::function<void(const SDirectoryEntry&)>& visit,
+                                   const std::function<void()>& afterRead) {
+    std::size_t offset = 0;
+    while (offset < kDirectoryRecordLimit && bytes[offset] != 0) {
+        const SDirectoryRecord record = RecordAt(std::span(bytes).subspan(offset));
+        const std::size_t nameEnd = sizeof(SDirectoryRecord) + record.nameLength;
+        if (record.length > bytes.size() - offset || record.length < nameEnd) {
+            return;  // nothing that follows a record of a wrong length can be trusted
+        }
+        const auto* name = reinterpret_cast<const char*>(&bytes[offset]) + sizeof(SDirectoryRecord);
+        visit({record, {name, record.nameLength}});
+        afterRead();
+        offset += record.length;
+    }
+}
+
+}  // namespace vantrel
