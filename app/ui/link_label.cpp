@@ -1,0 +1,175 @@
+// Painting and input of link labels. The text is centred in height and takes the colour that the system has for links.
+#include "app/ui/link_label.h"
+
+#include <commctrl.h>
+#include <windowsx.h>
+
+#include <array>
+
+#include "app/ui/hyperlink.h"
+
+namespace vantrel {
+namespace {
+
+constexpr UINT_PTR kSubclassId = 2;
+constexpr int kLongestText = 256;
+
+bool IsOpeningKey(WPARAM key) {
+    return key == VK_RETURN || key == VK_SPACE;
+}
+
+bool IsOpeningKeyMessage(const MSG* message) {
+    return message != nullptr && message->message == WM_KEYDOWN && IsOpeningKey(message->wParam);
+}
+
+}  // namespace
+
+CLinkLabel::~CLinkLabel() {
+    Detach();
+}
+
+void CLinkLabel::Attach(HWND label) {
+    Detach();
+    m_window = label;
+    const LONG_PTR style = GetWindowLongPtrW(label, GWL_STYLE);
+    SetWindowLongPtrW(label, GWL_STYLE, style | WS_TABSTOP | SS_NOTIFY);
+    SetWindowSubclass(label, &CLinkLabel::Receive, kSubclassId, reinterpret_cast<DWORD_PTR>(this));
+    MakeFont();
+    Redraw();
+}
+
+void CLinkLabel::Detach() {
+    if (m_window != nullptr) {
+        RemoveWindowSubclass(m_window, &CLinkLabel::Receive, kSubclassId);
+        m_window = nullptr;
+    }
+    if (m_font != nullptr) {
+        DeleteObject(m_font);
+        m_font = nullptr;
+    }
+}
+
+void CLinkLabel::SetTarget(std::wstring target) {
+    m_target = std::move(target);
+}
+
+void CLinkLabel::SetHoverCursor(const CHoverCursor* cursor) {
+    m_cursor = cursor;
+}
+
+void CLinkLabel::MakeFont() {
+    LOGFONTW font = {};
+    auto* base = reinterpret_cast<HGDIOBJ>(SendMessageW(m_window, WM_GETFONT, 0, 0));
+    GetObjectW(base != nullptr ? base : GetStockObject(DEFAULT_GUI_FONT), sizeof font, &font);
+    font.lfUnderline = TRUE;
+    if (m_font != nullptr) {
+        DeleteObject(m_font);
+    }
+    m_font = CreateFontIndirectW(&font);
+}
+
+void CLinkLabel::Redraw() const {
+    InvalidateRect(m_window, nullptr, TRUE);
+}
+
+LRESULT CALLBACK CLinkLabel::Receive(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR /*id*/,
+                                     DWORD_PTR self) {
+    auto* label = reinterpret_cast<CLinkLabel*>(self);
+    if (message == WM_NCDESTROY) {
+        label->Detach();
+        return DefSubclassProc(window, message, wParam, lParam);
+    }
+    return label->OnMessage(message, wParam, lParam);
+}
+
+LRESULT CLinkLabel::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_PAINT: {
+            PAINTSTRUCT paint;
+            Paint(BeginPaint(m_window, &paint));
+            EndPaint(m_window, &paint);
+            return 0;
+        }
+        case WM_PRINTCLIENT:
+            Paint(reinterpret_cast<HDC>(wParam));
+            return 0;
+        case WM_NCHITTEST:
+            return HTCLIENT;
+        case WM_GETDLGCODE:
+            return IsOpeningKeyMessage(reinterpret_cast<const MSG*>(lParam)) ? DLGC_WANTMESSAGE : 0;
+        case WM_SETCURSOR:
+            if (m_cursor != nullptr && m_cursor->Show()) {
+                return TRUE;
+            }
+            break;
+        case WM_KEYDOWN:
+            return OnKey(wParam);
+        case WM_LBUTTONDOWN:
+            m_isPressed = true;
+            SetFocus(m_window);
+            return 0;
+        case WM_LBUTTONUP:
+            OnRelease(lParam);
+            return 0;
+        case WM_SETFOCUS:
+        case WM_KILLFOCUS:
+        case WM_UPDATEUISTATE:
+        case WM_ENABLE:
+        case WM_SETTEXT: {
+            const LRESULT result = DefSubclassProc(m_window, message, wParam, lParam);
+            Redraw();
+            return result;
+        }
+        case WM_SETFONT: {
+            const LRESULT result = DefSubclassProc(m_window, message, wParam, lParam);
+            MakeFont();
+            Redraw();
+            return result;
+        }
+        default:
+            break;
+    }
+    return DefSubclassProc(m_window, message, wParam, lParam);
+}
+
+LRESULT CLinkLabel::OnKey(WPARAM key) {
+    if (IsOpeningKey(key)) {
+        OpenHyperlink(GetParent(m_window), m_target);
+        return 0;
+    }
+    return DefSubclassProc(m_window, WM_KEYDOWN, key, 0);
+}
+
+void CLinkLabel::OnRelease(LPARAM position) {
+    RECT client;
+    GetClientRect(m_window, &client);
+    const POINT point = {GET_X_LPARAM(position), GET_Y_LPARAM(position)};
+    const bool isClick = m_isPressed && PtInRect(&client, point) != FALSE;
+    m_isPressed = false;
+    if (isClick) {
+        OpenHyperlink(GetParent(m_window), m_target);
+    }
+}
+
+void CLinkLabel::Paint(HDC dc) const {
+    RECT client;
+    GetClientRect(m_window, &client);
+    const auto brush = reinterpret_cast<HBRUSH>(SendMessageW(
+        GetParent(m_window), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc), reinterpret_cast<LPARAM>(m_window)));
+    FillRect(dc, &client, brush != nullptr ? brush : GetSysColorBrush(COLOR_BTNFACE));
+    std::array<wchar_t, kLongestText> text = {};
+    GetWindowTextW(m_window, text.data(), static_cast<int>(text.size()));
+    const HGDIOBJ former = SelectObject(dc, m_font);
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, GetSysColor(IsWindowEnabled(m_window) != FALSE ? COLOR_HOTLIGHT : COLOR_GRAYTEXT));
+    const UINT align = (GetWindowLongPtrW(m_window, GWL_STYLE) & SS_TYPEMASK) == SS_CENTER ? DT_CENTER : DT_LEFT;
+    DrawTextW(dc, text.data(), -1, &client, DT_SINGLELINE | DT_VCENTER | align);
+    SelectObject(dc, former);
+    const LRESULT hints = SendMessageW(m_window, WM_QUERYUISTATE, 0, 0);
+    if (GetFocus() == m_window && (hints & UISF_HIDEFOCUS) == 0) {
+        SetTextColor(dc, GetSysColor(COLOR_BTNTEXT));
+        DrawFocusRect(dc, &client);
+    }
+}
+
+}  // namespace vantrel

@@ -1,0 +1,44 @@
+// A static text that opens a web page or a mail address, by a click or, with the focus on it, by Enter or space.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+#include "app/ui/hover_cursor.h"
+
+namespace vantrel {
+
+/// Takes over a static text of a dialog template. The object must live as long as the window.
+class CLinkLabel {
+public:
+    CLinkLabel() = default;
+    ~CLinkLabel();
+    CLinkLabel(const CLinkLabel&) = delete;
+    CLinkLabel& operator=(const CLinkLabel&) = delete;
+
+    /// The label becomes a stop of the Tab key.
+    void Attach(HWND label);
+    void SetTarget(std::wstring target);
+    const std::wstring& Target() const { return m_target; }
+    void SetHoverCursor(const CHoverCursor* cursor);
+
+private:
+    static LRESULT CALLBACK Receive(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                                    DWORD_PTR self);
+    LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
+    LRESULT OnKey(WPARAM key);
+    void OnRelease(LPARAM position);
+    void Paint(HDC dc) const;
+    void MakeFont();
+    void Detach();
+    void Redraw() const;
+
+    HWND m_window = nullptr;
+    HFONT m_font = nullptr;  // the window's font, underlined
+    const CHoverCursor* m_cursor = nullptr;
+    std::wstring m_target;
+    bool m_isPressed = false;
+};
+
+}  // namespace vantrel

@@ -1,0 +1,159 @@
+// The water of the title effect: bounds, decay and what a drop changes in the picture.
+#include "app/ui/ripple_field.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+namespace vantrel {
+namespace {
+
+std::vector<std::uint32_t> Chequered(int width, int height) {
+    std::vector<std::uint32_t> picture;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            picture.push_back((x / 3 + y / 3) % 2 == 0 ? 0x00204060 : 0x00C0A080);
+        }
+    }
+    return picture;
+}
+
+TEST(RippleField, ShowsThePictureUnchangedAtRest) {
+    const CRippleField field(40, 30);
+    const std::vector<std::uint32_t> picture = Chequered(40, 30);
+    std::vector<std::uint32_t> view(picture.size());
+    field.Render(picture, view);
+    EXPECT_EQ(view, picture);
+    EXPECT_TRUE(field.IsAtRest());
+    EXPECT_EQ(field.Energy(), 0U);
+}
+
+TEST(RippleField, DropChangesPixelsNearItOnly) {
+    CRippleField field(80, 60);
+    const std::vector<std::uint32_t> picture = Chequered(80, 60);
+    std::vector<std::uint32_t> view(picture.size());
+    field.Drop(20, 30, 5, 50);
+    field.Render(picture, view);
+    EXPECT_FALSE(field.IsAtRest());
+    EXPECT_NE(view, picture);
+    for (int y = 0; y < 60; ++y) {
+        for (int x = 0; x < 80; ++x) {
+            if (std::max(std::abs(x - 20), std::abs(y - 30)) > 6) {
+                const auto index = static_cast<std::size_t>(y) * 80 + static_cast<std::size_t>(x);
+                ASSERT_EQ(view[index], picture[index]) << x << ", " << y;
+            }
+        }
+    }
+}
+
+TEST(RippleField, WavesTravelFromTheDrop) {
+    CRippleField field(80, 60);
+    const std::vector<std::uint32_t> picture(80 * 60, 0x00808080);
+    std::vector<std::uint32_t> view(picture.size());
+    field.Drop(40, 30, 5, 200);
+    const std::size_t far = 30 * 80 + 62;
+    field.Render(picture, view);
+    ASSERT_EQ(view[far], picture[far]);
+    bool isReached = false;
+    for (int step = 0; step < 40 && !isReached; ++step) {
+        field.Advance();
+        field.Render(picture, view);
+        isReached = view[far] != picture[far];
+    }
+    EXPECT_TRUE(isReached);
+}
+
+TEST(RippleField, SpreadsEvenlyToAllSides) {
+    CRippleField field(61, 61);
+    field.Drop(30, 30, 10, 200);
+    const std::vector<std::uint32_t> picture(61 * 61, 0x00808080);
+    std::vector<std::uint32_t> view(picture.size());
+    for (int step = 0; step < 12; ++step) {
+        field.Advance();
+    }
+    field.Render(picture, view);
+    for (std::size_t y = 0; y < 61; ++y) {
+        for (std::size_t x = 0; x < 61; ++x) {
+            ASSERT_EQ(view[y * 61 + x], view[(60 - y) * 61 + x]) << "mirrored upside down at " << x << ", " << y;
+        }
+    }
+}
+
+TEST(RippleField, EnergyDecaysToRest) {
+    CRippleField field(115, 66);
+    field.Drop(30, 20, 10, 200);
+    field.Drop(90, 50, 5, 50);
+    std::vector<std::uint64_t> energies;
+    int steps = 0;
+    for (; steps < 400 && !field.IsAtRest(); ++steps) {
+        if (steps % 40 == 20) {
+            energies.push_back(field.Energy());
+        }
+        field.Advance();
+    }
+    ASSERT_GE(energies.size(), 3U);
+    EXPECT_TRUE(std::is_sorted(energies.rbegin(), energies.rend()));
+    EXPECT_LT(energies.back(), energies.front() / 100);
+    EXPECT_TRUE(field.IsAtRest()) << "after " << steps << " steps";
+    EXPECT_EQ(field.Energy(), 0U);
+    const std::vector<std::uint32_t> picture = Chequered(115, 66);
+    std::vector<std::uint32_t> view(picture.size());
+    field.Render(picture, view);
+    EXPECT_EQ(view, picture);
+}
+
+TEST(RippleField, DropsAnywhereStayInBounds) {
+    CRippleField field(575, 330);
+    for (const int x : {INT_MIN, -100, -1, 0, 574, 575, 900, INT_MAX}) {
+        for (const int y : {INT_MIN, -5, 0, 329, 330, INT_MAX}) {
+            field.Drop(x, y, 10, 200);
+        }
+    }
+    field.Drop(10, 10, -1, 50);
+    const std::vector<std::uint32_t> picture = Chequered(575, 330);
+    std::vector<std::uint32_t> view(picture.size());
+    field.Advance();
+    field.Render(picture, view);
+    EXPECT_FALSE(field.IsAtRest());
+}
+
+TEST(RippleField, DropsOutsideLeaveTheFieldAtRest) {
+    CRippleField field(20, 20);
+    field.Drop(-50, 10, 10, 200);
+    field.Drop(10, 500, 10, 200);
+    EXPECT_TRUE(field.IsAtRest());
+}
+
+TEST(RippleField, ManyDropsOnOneSpotDoNotOverflow) {
+    CRippleField field(50, 50);
+    for (int step = 0; step < 5000; ++step) {
+        field.Drop(25, 25, 60, step % 7 == 0 ? INT_MIN : INT_MAX);
+        field.Advance();
+    }
+    const std::vector<std::uint32_t> picture = Chequered(50, 50);
+    std::vector<std::uint32_t> view(picture.size());
+    field.Render(picture, view);
+    for (int step = 0; step < 20000 && !field.IsAtRest(); ++step) {
+        field.Advance();
+    }
+    EXPECT_TRUE(field.IsAtRest());
+}
+
+TEST(RippleField, SmallestFieldWorks) {
+    CRippleField field(1, 1);
+    field.Drop(0, 0, 10, 200);
+    std::vector<std::uint32_t> view(1);
+    field.Render(std::vector<std::uint32_t>{0x00123456}, view);
+    EXPECT_EQ(view[0], 0x00123456U);
+    for (int step = 0; step < 2000; ++step) {
+        field.Advance();
+    }
+    EXPECT_TRUE(field.IsAtRest());
+}
+
+}  // namespace
+}  // namespace vantrel
