@@ -6,11 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "files/byte_source.h"
 #include "files/native_file.h"
 
 namespace vantrel {
 
-class CInputFile {
+class CInputFile : public CByteSource {
 public:
     /// Opens an existing file. False, with LastFileError() set, when that fails.
     bool Open(const std::string& path, ESharing sharing = ESharing::Anyone);
@@ -18,7 +19,7 @@ public:
     void Close();
 
     /// Length in bytes, −1 when it cannot be told.
-    std::int64_t Size() const { return m_file.Size(); }
+    std::int64_t Size() const override { return m_file.Size(); }
     std::int64_t Position() const { return m_position; }
 
     /// Moves to a byte position from the start. False for a negative position, which leaves the position as it was.
@@ -29,7 +30,7 @@ public:
     std::size_t Read(std::span<std::uint8_t> buffer);
 
     /// Seek and Read in one; 0 when the position is negative.
-    std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer);
+    std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override;
 
     /// Whether the system ever reported an error (not the mere end of the file) while reading.
     bool HasFailed() const { return m_failed; }

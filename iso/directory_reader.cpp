@@ -9,7 +9,7 @@ namespace vantrel {
 
 namespace {
 
-std::uint32_t SectorsInFile(const CInputFile& image) {
+std::uint32_t SectorsInFile(const CByteSource& image) {
     const std::int64_t sectors = SectorsFor(std::max<std::int64_t>(image.Size(), 0));
     return static_cast<std::uint32_t>(std::min<std::int64_t>(sectors, std::numeric_limits<std::uint32_t>::max()));
 }
@@ -22,7 +22,7 @@ SDirectoryRecord RecordAt(std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
-CDirectoryReader::CDirectoryReader(CInputFile& image)
+CDirectoryReader::CDirectoryReader(CByteSource& image)
     : m_image(image), m_imageSectors(SectorsInFile(image)), m_visited(m_imageSectors) {}
 
 std::uint32_t CDirectoryReader::SectorsOf(std::uint32_t extent) {

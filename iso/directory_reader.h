@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "files/input_file.h"
+#include "files/byte_source.h"
 #include "iso/iso9660.h"
 
 namespace vantrel {
@@ -21,7 +21,7 @@ struct SDirectoryEntry {
 
 class CDirectoryReader {
 public:
-    explicit CDirectoryReader(CInputFile& image);
+    explicit CDirectoryReader(CByteSource& image);
 
     /// Whether the sector lies in the image, at least with its first byte.
     bool HasSector(std::uint32_t sector) const { return sector < m_imageSectors; }
@@ -41,7 +41,7 @@ private:
     static void VisitSector(const Sector& bytes, const std::function<void(const SDirectoryEntry&)>& visit,
                             const std::function<void()>& afterRead);
 
-    CInputFile& m_image;
+    CByteSource& m_image;
     std::uint32_t m_imageSectors;
     std::vector<bool> m_visited;
 };

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kMarkSize = 3;
 
-bool HasMark(CInputFile& image, std::int64_t position, std::string_view mark) {
+bool HasMark(CByteSource& image, std::int64_t position, std::string_view mark) {
     std::array<std::uint8_t, kMarkSize> bytes = {};
     image.ReadAt(position, bytes);
     return std::equal(bytes.begin(), bytes.end(), mark.begin(), mark.end());
@@ -17,7 +17,7 @@ bool HasMark(CInputFile& image, std::int64_t position, std::string_view mark) {
 
 }  // namespace
 
-EImageMark ReadImageMark(CInputFile& image) {
+EImageMark ReadImageMark(CByteSource& image) {
     if (HasMark(image, kXaMarkPosition, "CD-")) {
         return EImageMark::Cd;
     }
@@ -41,13 +41,13 @@ SMediaKey MediaKeyOf(const SPrimaryVolumeDescriptor& volume) {
     return {volume.applicationIdentifier[1], volume.applicationUse[kXaMarkInApplicationUse]};
 }
 
-SPrimaryVolumeDescriptor ReadPrimaryVolume(CInputFile& image) {
+SPrimaryVolumeDescriptor ReadPrimaryVolume(CByteSource& image) {
     std::array<std::uint8_t, sizeof(SPrimaryVolumeDescriptor)> bytes = {};
     image.ReadAt(kPrimaryVolumePosition, bytes);
     return std::bit_cast<SPrimaryVolumeDescriptor>(bytes);
 }
 
-TagHead ReadAnchorTag(CInputFile& image, std::uint32_t volumeSectors) {
+TagHead ReadAnchorTag(CByteSource& image, std::uint32_t volumeSectors) {
     for (const std::int64_t sector : {std::int64_t{volumeSectors} - 1, kAnchorSector}) {
         TagHead tag = {};
         image.ReadAt(sector * kSectorSize, tag);

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "files/input_file.h"
+#include "files/byte_source.h"
 #include "iso/iso9660.h"
 #include "iso/udf.h"
 
@@ -18,7 +18,7 @@ enum class EImageMark {
     Dvd,  ///< "DVD" at byte 65925
 };
 
-EImageMark ReadImageMark(CInputFile& image);
+EImageMark ReadImageMark(CByteSource& image);
 
 /// The two bytes that tell the medium apart.
 struct SMediaKey {
@@ -35,9 +35,9 @@ EMedia MediaOf(const SMediaKey& key);
 SMediaKey MediaKeyOf(const SPrimaryVolumeDescriptor& volume);
 
 /// Sector 16. What the image is too short to have is zero.
-SPrimaryVolumeDescriptor ReadPrimaryVolume(CInputFile& image);
+SPrimaryVolumeDescriptor ReadPrimaryVolume(CByteSource& image);
 
 /// The first 12 bytes of the anchor in the volume's last sector, or else of the one in sector 256, or else zeros.
-TagHead ReadAnchorTag(CInputFile& image, std::uint32_t volumeSectors);
+TagHead ReadAnchorTag(CByteSource& image, std::uint32_t volumeSectors);
 
 }  // namespace vantrel
