@@ -1,0 +1,73 @@
+// The image in a CSO file.
+#include "compress/cso_reader.h"
+#include "image/block_image.h"
+#include "image/forms.h"
+#include "operation/text.h"
+
+namespace vantrel {
+
+namespace {
+
+const char* TextOf(ECsoFault fault) {
+    switch (fault) {
+        case ECsoFault::None:
+            break;
+        case ECsoFault::ShortHeader:
+            return "the file is too short for a header";
+        case ECsoFault::Format:
+            return "the header is not one of a CSO file";
+        case ECsoFault::Memory:
+            return "the header claims blocks that are too large";
+        case ECsoFault::Index:
+            return "the index does not fit the file";
+        case ECsoFault::Read:
+            return "its stored bytes lie outside the file or are too many";
+        case ECsoFault::InflateBegin:
+        case ECsoFault::Inflate:
+        case ECsoFault::InflateEnd:
+            return "its stream is damaged";
+        case ECsoFault::WrongBlockSize:
+            return "its stream expands to less than a block";
+    }
+    return "";
+}
+
+class CCsoImage : public CBlockImage {
+public:
+    bool Open(const std::string& path, std::string& problem) {
+        if (!m_cso.Open(path)) {
+            problem = LastFileError();
+            return false;
+        }
+        ECsoFault fault = m_cso.ReadHeader();
+        if (fault == ECsoFault::None) {
+            fault = m_cso.ReadIndex();
+        }
+        problem = TextOf(fault);
+        const std::uint32_t blockSize = m_cso.Header().block_size;
+        SetGeometry(static_cast<std::int64_t>(m_cso.BlockCount() * blockSize), blockSize);
+        return fault == ECsoFault::None;
+    }
+
+    EForm Form() const override { return EForm::Cso; }
+
+private:
+    bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
+        const ECsoFault found = m_cso.ReadBlock(number, content);
+        if (found != ECsoFault::None) {
+            fault = Format("block %llu: %s", static_cast<unsigned long long>(number), TextOf(found));
+        }
+        return found == ECsoFault::None;
+    }
+
+    CCsoReader m_cso;
+};
+
+}  // namespace
+
+std::unique_ptr<CImageSource> OpenCsoImage(const std::string& path, std::string& problem) {
+    auto image = std::make_unique<CCsoImage>();
+    return image->Open(path, problem) ? std::move(image) : nullptr;
+}
+
+}  // namespace vantrel

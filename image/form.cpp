@@ -1,0 +1,67 @@
+#include "image/form.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "iso/iso9660.h"
+
+namespace vantrel {
+
+namespace {
+
+constexpr std::array<std::uint8_t, 12> kSync = {0x00, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x00};
+constexpr std::int64_t kStandardIdentifierPosition = kPrimaryVolumePosition + 1;
+
+bool HasBytes(CByteSource& file, std::int64_t position, std::string_view wanted) {
+    std::array<std::uint8_t, kSync.size()> bytes = {};
+    const auto read = std::span(bytes).first(wanted.size());
+    return file.ReadAt(position, read) == wanted.size() &&
+           std::equal(read.begin(), read.end(), wanted.begin(),
+                      [](std::uint8_t byte, char c) { return byte == static_cast<std::uint8_t>(c); });
+}
+
+}  // namespace
+
+EForm FormOf(CByteSource& file) {
+    using namespace std::string_view_literals;
+    const std::string_view sync(reinterpret_cast<const char*>(kSync.data()), kSync.size());
+    if (HasBytes(file, 0, "CISO"sv)) {
+        return EForm::Cso;
+    }
+    if (HasBytes(file, 0, "DAX\0"sv)) {
+        return EForm::Dax;
+    }
+    if (HasBytes(file, 0, sync)) {
+        return EForm::Bin;
+    }
+    if (HasBytes(file, kStandardIdentifierPosition, "CD001"sv)) {
+        return EForm::Iso;
+    }
+    if (HasBytes(file, 0, "[SYS]"sv)) {
+        return EForm::Iml;
+    }
+    return HasBytes(file, 0, "FILE \""sv) ? EForm::Cue : EForm::Unknown;
+}
+
+const char* NameOf(EForm form) {
+    switch (form) {
+        case EForm::Iso:
+            return "ISO";
+        case EForm::Cso:
+            return "CSO";
+        case EForm::Dax:
+            return "DAX";
+        case EForm::Bin:
+            return "BIN";
+        case EForm::Iml:
+            return "IML";
+        case EForm::Cue:
+            return "CUE";
+        case EForm::Unknown:
+            break;
+    }
+    return "unknown";
+}
+
+}  // namespace vantrel

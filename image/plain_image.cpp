@@ -1,0 +1,40 @@
+// An image that is stored as it is.
+#include "files/input_file.h"
+#include "image/forms.h"
+
+namespace vantrel {
+
+namespace {
+
+class CPlainImage : public CImageSource {
+public:
+    bool Open(const std::string& path) { return m_file.Open(path); }
+    EForm Form() const override { return EForm::Iso; }
+    std::int64_t Size() const override { return m_file.Size(); }
+    const std::string& Fault() const override { return m_fault; }
+
+    std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override {
+        const std::size_t done = m_file.ReadAt(position, buffer);
+        if (m_file.HasFailed() && m_fault.empty()) {
+            m_fault = "the file cannot be read at byte " + std::to_string(m_file.Position()) + ": " + LastFileError();
+        }
+        return done;
+    }
+
+private:
+    CInputFile m_file;
+    std::string m_fault;
+};
+
+}  // namespace
+
+std::unique_ptr<CImageSource> OpenPlainImage(const std::string& path, std::string& problem) {
+    auto image = std::make_unique<CPlainImage>();
+    if (!image->Open(path)) {
+        problem = LastFileError();
+        return nullptr;
+    }
+    return image;
+}
+
+}  // namespace vantrel

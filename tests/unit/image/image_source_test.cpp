@@ -1,0 +1,97 @@
+// The image in files of every form: the same bytes at every position.
+#include "image/image_source.h"
+
+#include <gtest/gtest.h>
+
+#include "compress/cso.h"
+#include "tests/support/image_builder.h"
+#include "tests/support/recording_operation.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+using test::CTestFolder;
+
+Bytes BuiltUmd() {
+    test::SImageDescription description;
+    description.kind = test::EImageKind::Umd;
+    description.files = {{"PSP_GAME/A.BIN", test::RandomBytes(70'000, 1)}, {"B.TXT", test::TextLikeBytes(9'000, 2)}};
+    return test::BuildImage(description).bytes;
+}
+
+/// Reads pieces that begin and end anywhere and compares them with the image.
+void ExpectSameBytes(CImageSource& source, const Bytes& image) {
+    ASSERT_EQ(source.Size(), static_cast<std::int64_t>(image.size()));
+    const std::size_t last = image.size();
+    const std::pair<std::size_t, std::size_t> pieces[] = {
+        {0, 1},         {0, last}, {2047, 2},           {2048, 2048},  {1, 9000}, {8191, 8193},
+        {last - 1, 10}, {last, 5}, {last - 5000, 5000}, {32768, 2048}, {5, 0}};
+    for (const auto& [position, length] : pieces) {
+        Bytes buffer(length);
+        const std::size_t expected = std::min(length, last - position);
+        EXPECT_EQ(source.ReadAt(static_cast<std::int64_t>(position), buffer), expected) << position;
+        EXPECT_TRUE(std::equal(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(expected),
+                               image.begin() + static_cast<std::ptrdiff_t>(position)))
+            << position << " " << length;
+    }
+    Bytes one(1);
+    EXPECT_EQ(source.ReadAt(-1, one), 0U);
+    EXPECT_EQ(source.Fault(), "");
+}
+
+TEST(ImageSource, PlainAndCompressedHoldTheSame) {
+    const CTestFolder folder;
+    const Bytes image = BuiltUmd();
+    test::WriteWhole(folder / "game.iso", image);
+    test::CRecordingOperation operation;
+    IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation);
+    for (const auto& [name, form] : {std::pair{"game.iso", EForm::Iso}, std::pair{"game.cso", EForm::Cso}}) {
+        SCOPED_TRACE(name);
+        std::string problem;
+        const auto source = OpenImage(folder / name, problem);
+        ASSERT_TRUE(source) << problem;
+        EXPECT_EQ(source->Form(), form);
+        ExpectSameBytes(*source, image);
+    }
+}
+
+TEST(ImageSource, ADamagedBlockIsNamedAndTheOthersAreRead) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "game.iso", BuiltUmd());
+    test::CRecordingOperation operation;
+    IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation);
+    Bytes cso = test::ReadWhole(folder / "game.cso");
+    const std::uint32_t third = test::Read32(cso, 24 + 3 * 4) & 0x7FFFFFFFU;
+    cso[third] = 0xFF;
+    test::WriteWhole(folder / "game.cso", cso);
+    std::string problem;
+    const auto source = OpenImage(folder / "game.cso", problem);
+    ASSERT_TRUE(source) << problem;
+    Bytes buffer(5 * 2048);
+    EXPECT_EQ(source->ReadAt(0, buffer), 3U * 2048U);
+    EXPECT_EQ(source->Fault(), "block 3: its stream is damaged");
+    EXPECT_EQ(source->ReadAt(4 * 2048, buffer), buffer.size());
+}
+
+std::string ProblemWith(const std::string& content) {
+    const CTestFolder folder;
+    test::WriteText(folder / "file", content);
+    std::string problem;
+    EXPECT_FALSE(OpenImage(folder / "file", problem));
+    return problem;
+}
+
+TEST(ImageSource, WhatHoldsNoImageIsRefusedInWords) {
+    EXPECT_EQ(ProblemWith("CISO"), "the file is too short for a header");
+    EXPECT_EQ(ProblemWith("CISO" + std::string(20, '\0')), "the header is not one of a CSO file");
+    EXPECT_EQ(ProblemWith("CISO" + std::string(20, '\1')), "the index does not fit the file");
+    EXPECT_EQ(ProblemWith("hello"), "not a disc image that is known here");
+    EXPECT_EQ(ProblemWith("[SYS]"), "holds no image by itself, being of the form IML");
+    std::string problem;
+    EXPECT_FALSE(OpenImage("/nowhere/at all", problem));
+    EXPECT_EQ(problem, "No such file or directory");
+}
+
+}  // namespace
+}  // namespace vantrel
