@@ -64,6 +64,8 @@ bool RemoveFile(const std::string& path);
 bool RenameFile(const std::string& from, const std::string& to, bool replace);
 /// Makes one folder; true when it exists afterwards.
 bool MakeFolder(const std::string& path);
+/// Removes an empty folder.
+bool RemoveFolder(const std::string& path);
 /// The names in a folder, without "." and "..", sorted by bytes; empty when it cannot be read.
 std::vector<std::string> ListFolder(const std::string& path);
 /// The current folder without a closing separator, empty when it cannot be told.

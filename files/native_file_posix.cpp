@@ -163,6 +163,10 @@ bool MakeFolder(const std::string& path) {
     return ::mkdir(path.c_str(), kNewFolderMode) == 0 || (errno == EEXIST && FileKindOf(path) == EFileKind::Folder);
 }
 
+bool RemoveFolder(const std::string& path) {
+    return ::rmdir(path.c_str()) == 0;
+}
+
 std::vector<std::string> ListFolder(const std::string& path) {
     struct SCloser {
         void operator()(DIR* folder) const { ::closedir(folder); }

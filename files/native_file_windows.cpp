@@ -164,6 +164,10 @@ bool MakeFolder(const std::string& path) {
            (::GetLastError() == ERROR_ALREADY_EXISTS && FileKindOf(path) == EFileKind::Folder);
 }
 
+bool RemoveFolder(const std::string& path) {
+    return ::RemoveDirectoryW(WideOf(path).c_str()) != FALSE;
+}
+
 std::vector<std::string> ListFolder(const std::string& path) {
     std::vector<std::string> names;
     WIN32_FIND_DATAW found;

@@ -1,0 +1,89 @@
+#include "iml/export.h"
+
+#include "files/native_file.h"
+#include "files/path.h"
+#include "iml/extraction.h"
+#include "iml/layout_writer.h"
+#include "iml/temporary_folder.h"
+#include "iso/walker.h"
+#include "operation/frame.h"
+
+namespace vantrel {
+
+namespace {
+
+/// The names of WindowWalk in a folder of their own.
+SWalkRequest PrivateWalk(const std::string& imagePath, const std::string& folder) {
+    SWalkRequest request = WindowWalk(folder, "image");
+    request.imagePath = imagePath;
+    request.strict = true;
+    return request;
+}
+
+SExtractionRequest ExtractionOf(const SExportRequest& request, const SWalkRequest& walk) {
+    SExtractionRequest extraction;
+    extraction.imagePath = request.imagePath;
+    extraction.fileListPath = walk.fileListPath;
+    extraction.headerCopyPath = walk.headerCopyPath;
+    extraction.folder = *request.extractionFolder;
+    extraction.gapPath = GapPathOf(request.layoutPath);
+    extraction.manner = request.manner;
+    extraction.otherOutputs = {request.layoutPath, LeadingPathOf(request.layoutPath)};
+    return extraction;
+}
+
+}  // namespace
+
+std::string LayoutPathOf(const std::string& folder, const std::string& fileName) {
+    return folder + SplitPath(fileName).name + ".iml";
+}
+
+void IsoToIml(const std::string& folder, const std::string& fileName, const ChooseImlPath& chooseImlPath,
+              COperation& operation, const std::function<SLocalTime()>& clock) {
+    const SWalkRequest walk = WindowWalk(folder, fileName);
+    const SWalkedImage image = WalkIsoImage(walk, operation);
+    const std::optional<SChosenLayout> chosen = chooseImlPath();
+    if (!chosen) {
+        operation.EnableCommand(ECommand::Browse, true);
+        operation.AcceptDroppedFiles();
+        return;
+    }
+    SLayoutRequest layout;
+    layout.layoutPath = chosen->layoutPath;
+    layout.folderText = chosen->folderText;
+    layout.clock = clock;
+    WriteImlLayout(layout, walk, image, operation);
+    DisableCommands(operation, {ECommand::IsoToIml, ECommand::Vantrel, ECommand::IsoToBin, ECommand::BinToIso,
+                                ECommand::CheckPostgap, ECommand::IsoToDax, ECommand::DaxToIso});
+    operation.EnableCommand(ECommand::FullPath, true);
+    operation.EnableCommand(ECommand::RelativePath, true);
+}
+
+void ExportImage(const SExportRequest& request, COperation& operation) {
+    CTemporaryFolder sideFolder;
+    if (!sideFolder.MakeIn(FolderOf(request.layoutPath))) {
+        operation.Fail("Cannot write " + request.layoutPath + ": " + LastFileError());
+    }
+    const SWalkRequest walk = PrivateWalk(request.imagePath, sideFolder.Path());
+    const SWalkedImage image = WalkIsoImage(walk, operation);
+    if (MediaOf(image.mediaKey) == EMedia::Unknown) {
+        operation.Notify("The image is of no known medium; the layout names none and cannot be rebuilt");
+    }
+    SLayoutRequest layout;
+    layout.layoutPath = request.layoutPath;
+    layout.folderText = request.folderText;
+    layout.manner = request.manner;
+    layout.clock = request.clock;
+    if (!request.extractionFolder) {
+        WriteImlLayout(layout, walk, image, operation);
+        return;
+    }
+    const SExtractionRequest extractionRequest = ExtractionOf(request, walk);
+    CExtraction extraction(extractionRequest, operation);
+    extraction.Check();
+    extraction.Write();
+    WriteImlLayout(layout, walk, image, operation);
+    extraction.Keep();
+}
+
+}  // namespace vantrel

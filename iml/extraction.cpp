@@ -1,0 +1,214 @@
+#include "iml/extraction.h"
+
+#include <algorithm>
+#include <array>
+
+#include "files/path.h"
+#include "iml/extracted_path.h"
+#include "iml/file_list.h"
+#include "iso/iso9660.h"
+#include "operation/frame.h"
+#include "operation/text.h"
+
+namespace vantrel {
+
+namespace {
+
+constexpr std::size_t kPieceSize = 64U * 1024U;
+
+/// The folder that exists at or above `folder`.
+std::string ExistingFolder(const std::string& folder) {
+    return FileKindOf(folder) == EFileKind::Folder ? folder : FolderOf(folder.substr(0, folder.size() - 1));
+}
+
+}  // namespace
+
+CExtraction::CExtraction(const SExtractionRequest& request, COperation& operation)
+    : m_request(request), m_operation(operation) {}
+
+CExtraction::~CExtraction() {
+    if (m_kept) {
+        return;
+    }
+    std::for_each(m_newFiles.rbegin(), m_newFiles.rend(), RemoveFile);
+    std::for_each(m_newFolders.rbegin(), m_newFolders.rend(), RemoveFolder);
+}
+
+void CExtraction::Keep() {
+    m_kept = true;
+}
+
+void CExtraction::Check() {
+    if (!m_image.Open(ResolveFileCase(m_request.imagePath))) {
+        m_operation.Fail("Cannot open " + m_request.imagePath);
+    }
+    ReadList();
+    CheckNames();
+    CheckClashes();
+    CheckTargets();
+}
+
+void CExtraction::ReadList() {
+    CInputFile list;
+    if (!list.Open(m_request.fileListPath)) {
+        m_operation.Fail("Cannot open " + m_request.fileListPath);
+    }
+    CFileListReader reader(list);
+    for (SFileListLine line; reader.Next(line);) {
+        if (line.NamesFile()) {
+            m_files.push_back({line.start * kSectorSize, line.size, line.path});
+        }
+    }
+}
+
+void CExtraction::CheckNames() {
+    const std::int64_t imageSize = m_image.Size();
+    for (const SListed& file : m_files) {
+        for (const std::string& name : NamesOf(file.path)) {
+            const std::string problem = NameProblem(name, kSystemNameRules);
+            if (!problem.empty()) {
+                m_operation.Fail("\"" + file.path + "\" cannot be extracted: it " + problem);
+            }
+        }
+        if (file.size > 0 && file.position + file.size > imageSize) {
+            m_operation.Fail("\"" + file.path + "\" cannot be extracted: the image ends before it does");
+        }
+    }
+}
+
+void CExtraction::CheckClashes() {
+    std::vector<std::string> paths;
+    paths.reserve(m_files.size());
+    for (const SListed& file : m_files) {
+        paths.push_back(file.path);
+    }
+    SPathClash clash = FindClash(paths, false);
+    if (clash.second.empty()) {
+        clash = FindClash(paths, true);
+        if (clash.second.empty() || !FolderFoldsCase(ExistingFolder(m_request.folder))) {
+            return;
+        }
+    }
+    m_operation.Fail("\"" + clash.first + "\" and \"" + clash.second +
+                     "\" cannot both be extracted: they would be the same file on this disk");
+}
+
+void CExtraction::CheckTargets() {
+    std::vector<std::string> own = m_request.otherOutputs;
+    own.push_back(m_request.gapPath);
+    std::sort(own.begin(), own.end());
+    for (const SListed& file : m_files) {
+        const std::string target = TargetOf(file.path);
+        if (std::binary_search(own.begin(), own.end(), target)) {
+            m_operation.Fail("\"" + file.path + "\" cannot be extracted: " + target +
+                             " is written by this export itself");
+        }
+        const EFileKind kind = FileKindOf(target);
+        if (kind == EFileKind::Missing) {
+            continue;
+        }
+        if (kind != EFileKind::File || IsSameFile(target, m_request.imagePath)) {
+            m_operation.Fail("\"" + file.path + "\" cannot be extracted: " + target +
+                             (kind == EFileKind::File ? " is the image" : " exists and is not a file"));
+        }
+        if (m_request.manner == EOutputManner::CommitNew) {
+            m_operation.Fail(target + " exists already; -f replaces it");
+        }
+    }
+}
+
+std::string CExtraction::TargetOf(const std::string& listedPath) const {
+    std::string path = listedPath;
+    std::replace(path.begin(), path.end(), '\\', kPathSeparator);
+    return m_request.folder + path;
+}
+
+void CExtraction::MakeTrackedFolder(const std::string& path) {
+    if (FileKindOf(path) == EFileKind::Folder) {
+        return;
+    }
+    if (!MakeFolder(path)) {
+        m_operation.Fail("Cannot make the folder " + path + ": " + LastFileError());
+    }
+    m_newFolders.push_back(path);
+}
+
+void CExtraction::MakeFolders(const std::string& listedPath) {
+    const std::string folder = listedPath.substr(0, listedPath.rfind('\\') + 1);
+    if (folder == m_lastFolder) {
+        return;
+    }
+    for (std::size_t end = folder.find('\\'); end != std::string::npos; end = folder.find('\\', end + 1)) {
+        MakeTrackedFolder(TargetOf(folder.substr(0, end)));
+    }
+    m_lastFolder = folder;
+}
+
+void CExtraction::Write() {
+    if (!m_request.folder.empty()) {
+        MakeTrackedFolder(m_request.folder);
+    }
+    m_operation.StartProgress(ProgressRange(static_cast<std::int64_t>(m_files.size())), EProgressFill::Dvd);
+    for (const SListed& file : m_files) {
+        MakeFolders(file.path);
+        WriteFile(file);
+        m_operation.StepProgress();
+        m_operation.PumpMessages();
+    }
+    WriteGaps();
+    if (m_image.HasFailed()) {
+        m_operation.Fail("Cannot read " + m_request.imagePath + " in full");
+    }
+}
+
+void CExtraction::WriteFile(const SListed& listed) {
+    COutputFile output;
+    const std::string target = TargetOf(listed.path);
+    if (!output.Open(target, m_request.manner)) {
+        m_operation.Fail("Cannot create " + target + ": " + LastFileError());
+    }
+    std::array<std::uint8_t, kPieceSize> piece = {};
+    for (std::int64_t done = 0; done < listed.size;) {
+        const auto count = static_cast<std::size_t>(std::min<std::int64_t>(listed.size - done, kPieceSize));
+        if (m_image.ReadAt(listed.position + done, std::span(piece).first(count)) != count) {
+            m_operation.Fail("Cannot read \"" + listed.path + "\" from " + m_request.imagePath);
+        }
+        output.Write(std::span(piece).first(count));
+        done += static_cast<std::int64_t>(count);
+        m_operation.PumpMessages();
+    }
+    CommitTracked(output);
+}
+
+void CExtraction::CommitTracked(COutputFile& output) {
+    const bool isNew = FileKindOf(output.TargetPath()) == EFileKind::Missing;
+    if (!output.Commit()) {
+        m_operation.Fail(output.FailureText());
+    }
+    if (isNew) {
+        m_newFiles.push_back(output.TargetPath());
+    }
+}
+
+void CExtraction::WriteGaps() {
+    CInputFile header;
+    if (!header.Open(m_request.headerCopyPath)) {
+        m_operation.Fail("Cannot open " + m_request.headerCopyPath);
+    }
+    std::vector<SImageArea> covered = {{0, header.Size()}};
+    for (const SListed& file : m_files) {
+        covered.push_back({file.position, file.size});
+    }
+    const std::vector<SImageArea> uncovered = UncoveredAreas(covered, m_image.Size());
+    const std::vector<SImageArea> areas = AreasWithData(m_image, uncovered);
+    COutputFile output;
+    if (!output.Open(m_request.gapPath, m_request.manner)) {
+        m_operation.Fail("Cannot create " + m_request.gapPath + ": " + LastFileError());
+    }
+    if (!WriteGapFile(m_image, areas, output)) {
+        m_operation.Fail("Cannot read " + m_request.imagePath + " in full");
+    }
+    CommitTracked(output);
+}
+
+}  // namespace vantrel
