@@ -8,4 +8,7 @@ namespace vantrel {
 /// iso2cso, cso2iso
 void AddCompressCommands(CLI::App& app, ChosenCommand& chosen);
 
+/// iso2iml
+void AddExportCommands(CLI::App& app, ChosenCommand& chosen);
+
 }  // namespace vantrel
