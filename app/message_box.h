@@ -8,7 +8,7 @@
 namespace vantrel {
 
 /// The caption of every message box, which is the program's name.
-inline constexpr wchar_t kMessageCaption[] = L"quorn_vantrel";
+inline constexpr wchar_t kMessageCaption[] = L"quorn_vantrel_v5.0";
 
 /// Shows a text with the information icon and an OK button, and returns when the box is closed.
 inline void ShowMessage(HWND owner, const std::wstring& text) {

@@ -34,3 +34,17 @@ function(vantrel_unit_test name)
   gtest_discover_tests(${name} TEST_PREFIX "${preset}.${name}." DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
                        PROPERTIES TIMEOUT 300)
 endfunction()
+
+# vantrel_resources(TARGET): what the resource script of a Windows program needs to know.
+function(vantrel_resources target)
+  foreach(part MAJOR MINOR PATCH)
+    target_compile_definitions(${target} PRIVATE $<$<COMPILE_LANGUAGE:RC>:VERSION_${part}=${PROJECT_VERSION_${part}}>)
+  endforeach()
+  target_compile_definitions(${target} PRIVATE
+                             $<$<COMPILE_LANGUAGE:RC>:VERSION_TEXT=\\\"${PROJECT_VERSION}\\\">)
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
+  file(GLOB parts CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/resources/*.* ${PROJECT_SOURCE_DIR}/resources/*/*.*)
+  get_target_property(sources ${target} SOURCES)
+  list(FILTER sources INCLUDE REGEX "\\.rc$")
+  set_source_files_properties(${sources} TARGET_DIRECTORY ${target} PROPERTIES OBJECT_DEPENDS "${parts}")
+endfunction()

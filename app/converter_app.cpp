@@ -1,0 +1,40 @@
+#include "app/converter_app.h"
+
+#include <commctrl.h>
+#include <objbase.h>
+
+#include "app/main_dialog.h"
+
+namespace vantrel {
+namespace {
+
+/// From here on libraries are loaded from the system's folder only, never from the folders of the program or of the
+/// images, where anyone may have put a library of the same name.
+void HardenLibrarySearch() {
+    SetDllDirectoryW(L"");
+    using SetDefaultDllDirectoriesFunction = BOOL(WINAPI*)(DWORD);
+    const auto setDefaultDllDirectories = reinterpret_cast<SetDefaultDllDirectoriesFunction>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "SetDefaultDllDirectories")));
+    if (setDefaultDllDirectories != nullptr) {  // missing in Windows 7 without updates
+        setDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+    }
+}
+
+}  // namespace
+
+bool CConverterApp::InitInstance() {
+    HardenLibrarySearch();
+    INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_BAR_CLASSES | ICC_STANDARD_CLASSES | ICC_WIN95_CLASSES};
+    InitCommonControlsEx(&controls);
+    const HRESULT objects = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+    {
+        CMainDialog dialog(m_loop);
+        dialog.DoModal(m_loop);
+    }
+    if (SUCCEEDED(objects)) {
+        CoUninitialize();
+    }
+    return false;
+}
+
+}  // namespace vantrel

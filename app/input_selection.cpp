@@ -1,0 +1,128 @@
+// How the main dialog gets its input: chosen in the file dialog or dropped on the window.
+#include <shellapi.h>
+
+#include "app/main_dialog.h"
+#include "app/message_box.h"
+#include "app/ui/image_file_dialog.h"
+#include "app/ui/select_folder_dialog.h"
+#include "files/native_file.h"
+#include "files/path.h"
+#include "files/utf.h"
+#include "resources/resource_ids.h"
+
+namespace vantrel {
+namespace {
+
+/// Fields are read up to this many characters.
+constexpr std::size_t kFieldLimit = 2048;
+
+/// Labels and patterns in turn. The first label names fewer kinds than its patterns show.
+constexpr wchar_t kImageFilter[] =
+    L"iml/iso/dax Files(*.iml/iso/bin/dax/cso)\x01*.iml;*.iso;*.bin;*.dax;*.cso\x01"
+    L"iml Files(*.iml)\x01*.iml\x01"
+    L"iso Files(*.iso)\x01*.iso\x01"
+    L"dax Files(*.dax)\x01*.dax\x01"
+    L"cso Files(*.cso)\x01*.cso\x01"
+    L"All files (*.*)\x01*.*\x01";
+
+constexpr wchar_t kBrowseRejection[] = L"invalid iso or iml or bin or csofile.";
+constexpr wchar_t kDropRejection[] = L"invalid iso or iml or bin or cso file.";
+
+/// The filter as the dialog takes it, with a zero character in place of each separator.
+std::wstring ImageFilter() {
+    std::wstring filter = kImageFilter;
+    for (wchar_t& letter : filter) {
+        if (letter == L'\x01') {
+            letter = L'\0';
+        }
+    }
+    return filter;
+}
+
+/// The path of the first dropped file; further files are not looked at.
+std::wstring FirstDroppedFile(HDROP drop) {
+    std::wstring path(DragQueryFileW(drop, 0, nullptr, 0), L'\0');
+    DragQueryFileW(drop, 0, path.data(), static_cast<UINT>(path.size()) + 1);
+    return path;
+}
+
+}  // namespace
+
+std::wstring CMainDialog::FieldText(int controlId) const {
+    return Item(controlId).Text().substr(0, kFieldLimit);
+}
+
+SInput CMainDialog::ReadInput() const {
+    return {Utf8Of(FieldText(IDC_FOLDER)), Utf8Of(FieldText(IDC_FILE_NAME))};
+}
+
+void CMainDialog::OnBrowse() {
+    SetCurrentDirectoryW(FieldText(IDC_FOLDER).c_str());
+    CImageFileDialog dialog(CImageFileDialog::EPurpose::Open, m_window, WideOf(CurrentFolder()), L"", ImageFilter());
+    if (!dialog.DoModal()) {
+        MessageBoxW(m_window, L"You cancelled.", L"No File Chosen", MB_OK | MB_ICONINFORMATION);
+        return;
+    }
+    Item(IDC_FOLDER).SetText(WideOf(WithSeparator(Utf8Of(dialog.FolderPath()))));
+    Item(IDC_FILE_NAME).SetText(dialog.FileName());
+    const std::string extension = SplitPath(ReadInput().Path()).extension;
+    UpdateWindow(m_window);
+    if (!ApplyRules(extension)) {
+        RejectInput(kBrowseRejection);
+    }
+}
+
+/// The system's block with the names is left alone, also afterwards: it may not have come from the system.
+void CMainDialog::OnDropFiles(WPARAM drop) {
+    if (m_converting) {
+        return;  // a new input would enable the commands in the middle of a run
+    }
+    const SPathParts dropped = SplitPath(Utf8Of(FirstDroppedFile(reinterpret_cast<HDROP>(drop))));
+    m_folder = WideOf(dropped.drive + dropped.folder);
+    m_fileName = WideOf(dropped.name + dropped.extension);
+    Item(IDC_FOLDER).SetText(m_folder);
+    Item(IDC_FILE_NAME).SetText(m_fileName);
+    const SPathParts input = SplitPath(ReadInput().Path());
+    SetCurrentDirectoryW(WideOf(input.folder).c_str());
+    m_scratchText = WideOf(input.extension);
+    if (!ApplyRules(input.extension)) {
+        RejectInput(kDropRejection);
+        return;
+    }
+    Item(IDC_BROWSE).Enable(true);
+    DragAcceptFiles(m_window, FALSE);
+}
+
+bool CMainDialog::ApplyRules(const std::string& extension) {
+    const std::optional<CommandStates> states = CommandsFor(extension);
+    if (states) {
+        ShowStates(*states);
+    }
+    return states.has_value();
+}
+
+void CMainDialog::RejectInput(const wchar_t* text) {
+    ShowMessage(m_window, text);
+    Item(IDC_FILE_NAME).SetText(L"");
+    ShowStates(NoCommands());
+    DragAcceptFiles(m_window, TRUE);
+}
+
+void CMainDialog::ShowStates(const CommandStates& states) {
+    for (const SCommandState& state : states) {
+        Item(static_cast<int>(state.command)).Enable(state.enabled);
+    }
+}
+
+void CMainDialog::OnFullPath() {
+    CSelectFolderDialog dialog(Item(IDC_IML_PATH).Text(), m_window);
+    if (dialog.DoModal() == IDOK) {
+        Item(IDC_IML_PATH).SetText(dialog.FolderPath());
+    }
+}
+
+void CMainDialog::OnRelativePath() {
+    Item(IDC_IML_PATH).SetText(L"");
+}
+
+}  // namespace vantrel

@@ -1,0 +1,247 @@
+#include "app/main_dialog.h"
+
+#include <commctrl.h>
+#include <shellapi.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "app/message_box.h"
+#include "app/resource_file.h"
+#include "files/native_file.h"
+#include "files/path.h"
+#include "files/utf.h"
+#include "resources/resource_ids.h"
+
+namespace vantrel {
+namespace {
+
+constexpr COLORREF kStatusBarGrey = RGB(180, 180, 180);
+
+constexpr const wchar_t* kLevelEntries[] = {L"1  Default", L"2", L"3", L"4", L"5", L"6", L"7", L"8",
+                                            L"9 slower but better compression"};
+/// The entry that is selected at the start, although another one is called the default.
+constexpr int kFirstLevelIndex = 8;
+/// Entry 0 is the one without a sound.
+constexpr int kFirstSoundIndex = 1;
+
+struct SToolTip {
+    int controlId;
+    const wchar_t* text;
+};
+constexpr SToolTip kToolTips[] = {
+    {IDC_ISO_TO_IML, L"iso2iml"},
+    {IDC_VANTREL, L"vantrel"},
+    {IDC_ISO_TO_BIN, L"iso2bin"},
+    {IDC_BIN_TO_ISO, L"bin2iso"},
+    {IDC_ISO_TO_DAX, L"iso2dax"},
+    {IDC_DAX_TO_ISO, L"dax2iso"},
+    {IDC_FULL_PATH, L"\"\\Game_Folder\\SYSTEM.CNF\""},
+    {IDC_RELATIVE_PATH, L"\"SYSTEM.CNF\""},
+    {IDC_BROWSE, L"Open an Image File"},
+    {IDC_CHECK_POSTGAP, L"Write a 150 block postgap at the end of the track"},
+    {IDC_ISO_TO_CSO, L"iso2cso"},
+    {IDC_CSO_TO_ISO, L"cso2iso"},
+};
+
+/// The low four bits of a system command belong to the system.
+constexpr WPARAM kSystemCommandMask = 0xFFF0;
+
+}  // namespace
+
+const CMainDialog::SCommand CMainDialog::kCommands[] = {
+    {IDC_BROWSE, BN_CLICKED, &CMainDialog::OnBrowse},
+    {IDC_ISO_TO_CSO, BN_CLICKED, &CMainDialog::OnIsoToCso},
+    {IDC_CSO_TO_ISO, BN_CLICKED, &CMainDialog::OnCsoToIso},
+    {IDC_FULL_PATH, BN_CLICKED, &CMainDialog::OnFullPath},
+    {IDC_RELATIVE_PATH, BN_CLICKED, &CMainDialog::OnRelativePath},
+    {IDC_SOUND, CBN_SELCHANGE, &CMainDialog::OnSoundChange},
+    {IDC_ALWAYS_ON_TOP, BN_CLICKED, &CMainDialog::OnAlwaysOnTop},
+    {IDC_EXIT, BN_CLICKED, &CMainDialog::OnExit},
+};
+
+CMainDialog::CMainDialog(CMessageLoop& loop)
+    : CDialog(IDD_MAIN),
+      m_loop(loop),
+      m_hIcon(LoadIconW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_MAIN_ICON))) {}
+
+bool CMainDialog::PreTranslateMessage(MSG& message) {
+    m_toolTip.RelayEvent(message);
+    // Esc means Exit, which would throw away a conversion that nobody meant to end.
+    if (m_converting && message.message == WM_KEYDOWN && message.wParam == VK_ESCAPE) {
+        return true;
+    }
+    return CDialog::PreTranslateMessage(message);
+}
+
+LRESULT CMainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_INITDIALOG:
+            OnInitDialog();
+            return TRUE;
+        case WM_COMMAND:
+            if (OnCommand(LOWORD(wParam), HIWORD(wParam))) {
+                return 0;
+            }
+            break;
+        case WM_DROPFILES:
+            OnDropFiles(wParam);
+            return 0;
+        case WM_CLOSE:
+            OnClose();
+            return 0;
+        default:
+            break;
+    }
+    return Default(message, wParam, lParam);
+}
+
+bool CMainDialog::OnCommand(int controlId, int notification) {
+    for (const SCommand& command : kCommands) {
+        if (command.controlId == controlId && command.notification == notification) {
+            (this->*command.handler)();
+            return true;
+        }
+    }
+    return false;
+}
+
+void CMainDialog::OnInitDialog() {
+    m_compressionCombo.Attach(Item(IDC_COMPRESSION).Handle());
+    m_soundCombo.Attach(Item(IDC_SOUND).Handle());
+    m_effectCheck.Attach(Item(IDC_EFFECT).Handle());
+    m_topMostCheck.Attach(Item(IDC_ALWAYS_ON_TOP).Handle());
+    m_statusText.Attach(Item(IDC_STATUS_LINE).Handle());
+    m_soundCombo.Add(StringResource(IDS_NO_SOUND));
+    for (const wchar_t* entry : kLevelEntries) {
+        m_compressionCombo.Add(entry);
+    }
+
+    AddAboutItem();
+    Send(WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(m_hIcon));
+    Send(WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(m_hIcon));
+    CreateStatusBar();
+    TakeWorkFolder();
+    std::wstring soundPath;
+    WriteResourceFile(L"Success.wav", L"BIN", IDR_DEFAULT_SOUND, soundPath);
+    SetWindowPos(m_window, HWND_NOTOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    m_topMostCheck.SetState(BST_UNCHECKED);
+    m_effectFlag = 1;  // although the box is clear
+    m_effectCheck.SetState(BST_UNCHECKED);
+    CreateToolTips();
+    ShowStates(NoCommands());
+    DragAcceptFiles(m_window, TRUE);
+    FillSoundList();
+    m_compressionCombo.Select(kFirstLevelIndex);
+}
+
+void CMainDialog::AddAboutItem() {
+    const HMENU menu = GetSystemMenu(m_window, FALSE);
+    const std::wstring text = StringResource(IDS_ABOUT);
+    if (menu != nullptr && !text.empty()) {
+        AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+        AppendMenuW(menu, MF_STRING, IDM_ABOUTBOX, text.c_str());
+    }
+}
+
+void CMainDialog::CreateStatusBar() {
+    m_statusBar.Create(m_window);
+    m_statusBar.SetIndicators({IDS_PANE_FILE, IDS_PANE_BYTES, IDS_PANE_STATUS, IDS_PANE_PERCENT});
+    m_statusBar.SetPaneWidths({250, 100, 165});
+    m_statusBar.SetBackground(kStatusBarGrey);
+    m_statusBar.Reposition();
+    for (int pane = 0; pane < CStatusBar::kPaneCount; ++pane) {
+        m_statusBar.SetPaneText(pane, L"");
+    }
+    m_statusBar.PaintNow();
+}
+
+void CMainDialog::TakeWorkFolder() {
+    const std::string current = CurrentFolder();
+    if (current.empty()) {
+        std::perror("_getcwd error");
+    }
+    const std::string folder = WithSeparator(current);
+    m_folder = WideOf(folder);
+    Item(IDC_FOLDER).SetText(m_folder);
+    Item(IDC_FILE_NAME).SetText(L"");
+    m_workFolder = WideOf(ExpandAsPattern(folder));
+}
+
+void CMainDialog::CreateToolTips() {
+    m_toolTip.Create(m_window);
+    for (const SToolTip& tool : kToolTips) {
+        m_toolTip.AddTool(Item(tool.controlId).Handle(), tool.text);
+    }
+}
+
+void CMainDialog::FillSoundList() {
+    m_scratchText = StringResource(IDS_NO_SOUND);
+    m_soundCombo.Send(CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(m_scratchText.c_str()));
+    AddSoundEntries();
+    m_soundCombo.Select(m_soundCombo.Count());
+    m_soundCombo.Select(kFirstSoundIndex);
+}
+
+/// Adds the sounds of the current folder and, in brackets, its folders, and keeps the entry without a sound first: a
+/// sorted list may place brackets and digits before it.
+void CMainDialog::AddSoundEntries() {
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW(L"*", &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return;
+    }
+    constexpr DWORD kUnlisted = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+    do {
+        const std::wstring name = found.cFileName;
+        const std::wstring extension = name.size() > 4 ? name.substr(name.size() - 4) : std::wstring();
+        if ((found.dwFileAttributes & kUnlisted) != 0 || name == L"." || name == L"..") {
+            continue;
+        }
+        if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+            m_soundCombo.Add(L"[" + name + L"]");
+        } else if (lstrcmpiW(extension.c_str(), L".wav") == 0) {
+            m_soundCombo.Add(name);
+        }
+    } while (FindNextFileW(search, &found) != FALSE);
+    FindClose(search);
+
+    const LRESULT noSound = m_soundCombo.Send(CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
+                                              reinterpret_cast<LPARAM>(m_scratchText.c_str()));
+    if (noSound > 0) {
+        m_soundCombo.Send(CB_DELETESTRING, static_cast<WPARAM>(noSound));
+        m_soundCombo.Send(CB_INSERTSTRING, 0, reinterpret_cast<LPARAM>(m_scratchText.c_str()));
+    }
+}
+
+void CMainDialog::OnExit() {
+    PostQuitMessage(0);
+    std::exit(0);
+}
+
+/// The system's own answer to the close box would press Exit, which ends the process at once; closing instead lets a
+/// running conversion come to its end.
+void CMainDialog::OnClose() {
+    PostQuitMessage(0);
+}
+
+void CMainDialog::OnSoundChange() {
+    SetCurrentDirectoryW(m_workFolder.c_str());
+    UpdateData();
+    m_soundCombo.Select(m_soundCombo.Count());
+}
+
+void CMainDialog::OnAlwaysOnTop() {
+    m_topMostFlag = m_topMostCheck.State();
+    SetWindowPos(m_window, m_topMostFlag == BST_CHECKED ? HWND_TOPMOST : HWND_NOTOPMOST, 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE);
+}
+
+void CMainDialog::UpdateData() {
+    m_fileName = Item(IDC_FILE_NAME).Text();
+    m_folder = Item(IDC_FOLDER).Text();
+    m_soundIndex = m_soundCombo.Selection();
+    m_compressionIndex = m_compressionCombo.Selection();
+}
+
+}  // namespace vantrel

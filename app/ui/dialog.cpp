@@ -1,0 +1,96 @@
+#include "app/ui/dialog.h"
+
+namespace vantrel {
+namespace {
+
+constexpr wchar_t kDialogProperty[] = L"VantrelDialog";
+
+INT_PTR CALLBACK NothingHandled(HWND, UINT, WPARAM, LPARAM) {
+    return FALSE;
+}
+
+}  // namespace
+
+/// Catches the window of a dialog while the system creates it, before its first message. The dialog manager offers no
+/// other way to WM_CREATE.
+class CDialogCreation {
+public:
+    explicit CDialogCreation(CDialog& dialog) {
+        t_dialog = &dialog;
+        m_hook = SetWindowsHookExW(WH_CBT, CatchWindow, nullptr, GetCurrentThreadId());
+    }
+    CDialogCreation(const CDialogCreation&) = delete;
+    CDialogCreation& operator=(const CDialogCreation&) = delete;
+    ~CDialogCreation() {
+        UnhookWindowsHookEx(m_hook);
+        t_dialog = nullptr;
+    }
+
+private:
+    static LRESULT CALLBACK CatchWindow(int code, WPARAM wParam, LPARAM lParam) {
+        if (code == HCBT_CREATEWND && t_dialog != nullptr) {
+            CDialog* const dialog = t_dialog;
+            t_dialog = nullptr;
+            dialog->Attach(reinterpret_cast<HWND>(wParam));
+            SetPropW(dialog->Handle(), kDialogProperty, dialog);
+            dialog->m_systemProcedure = reinterpret_cast<WNDPROC>(SetWindowLongPtrW(
+                dialog->Handle(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(CDialog::WindowProcedure)));
+        }
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+
+    /// The hook has no parameter of its own; it lives only during one creation on this thread.
+    static thread_local CDialog* t_dialog;
+    HHOOK m_hook = nullptr;
+};
+
+thread_local CDialog* CDialogCreation::t_dialog = nullptr;
+
+CDialog::~CDialog() {
+    if (Exists()) {
+        DestroyWindow(m_window);
+    }
+}
+
+void CDialog::DoModal(CMessageLoop& loop) {
+    {
+        const CDialogCreation creation(*this);
+        CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(m_templateId), nullptr, NothingHandled, 0);
+    }
+    if (!Exists()) {
+        return;
+    }
+    loop.SetFilter(this);
+    ShowWindow(m_window, SW_SHOWNORMAL);
+    UpdateWindow(m_window);
+    loop.Run(m_window);
+    loop.SetFilter(nullptr);
+}
+
+bool CDialog::PreTranslateMessage(MSG& message) {
+    return IsDialogMessageW(m_window, &message) != FALSE;
+}
+
+LRESULT CDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    return Default(message, wParam, lParam);
+}
+
+LRESULT CDialog::Default(UINT message, WPARAM wParam, LPARAM lParam) {
+    return CallWindowProcW(m_systemProcedure, m_window, message, wParam, lParam);
+}
+
+LRESULT CALLBACK CDialog::WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    auto* const dialog = static_cast<CDialog*>(GetPropW(window, kDialogProperty));
+    if (dialog == nullptr) {
+        return DefDlgProcW(window, message, wParam, lParam);
+    }
+    if (message == WM_NCDESTROY) {
+        RemovePropW(window, kDialogProperty);
+        const LRESULT result = dialog->Default(message, wParam, lParam);
+        dialog->Attach(nullptr);
+        return result;
+    }
+    return dialog->OnMessage(message, wParam, lParam);
+}
+
+}  // namespace vantrel

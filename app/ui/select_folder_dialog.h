@@ -1,0 +1,36 @@
+// A file dialog that shows and yields folders, and makes a folder that does not exist yet when the user agrees.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace vantrel {
+
+class CSelectFolderDialog {
+public:
+    CSelectFolderDialog(std::wstring initialFolder, HWND owner);
+
+    /// IDOK when a folder was chosen, otherwise IDCANCEL.
+    int DoModal();
+
+    /// The chosen folder, without a closing separator except that of a drive's root.
+    const std::wstring& FolderPath() const { return m_folder; }
+
+private:
+    static UINT_PTR CALLBACK HookProcedure(HWND page, UINT message, WPARAM wParam, LPARAM lParam);
+    static LRESULT CALLBACK DialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                                            DWORD_PTR self);
+    void OnOpened(HWND page);
+    void OnFolderShown(HWND page);
+    void OnSelection(HWND page);
+    /// Takes the entry of the name field; true when it is a folder that exists by now.
+    bool TakeEntry(HWND dialog);
+    std::wstring EntryPath(HWND dialog) const;
+
+    std::wstring m_folder;
+    HWND m_owner;
+    bool m_accepted = false;
+};
+
+}  // namespace vantrel

@@ -1,0 +1,32 @@
+#include "app/ui/tool_tip_ctrl.h"
+
+#include <commctrl.h>
+
+namespace vantrel {
+
+bool CToolTipCtrl::Create(HWND owner) {
+    m_owner = owner;
+    Attach(CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
+                           CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, owner, nullptr,
+                           GetModuleHandleW(nullptr), nullptr));
+    return Exists();
+}
+
+void CToolTipCtrl::AddTool(HWND control, const wchar_t* text) const {
+    TTTOOLINFOW tool{};
+    tool.cbSize = TTTOOLINFOW_V2_SIZE;
+    tool.uFlags = TTF_IDISHWND;
+    tool.hwnd = m_owner;
+    tool.uId = reinterpret_cast<UINT_PTR>(control);
+    tool.lpszText = const_cast<wchar_t*>(text);  // the control copies it
+    Send(TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+}
+
+void CToolTipCtrl::RelayEvent(const MSG& message) const {
+    if (m_window != nullptr) {
+        MSG relayed = message;
+        Send(TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&relayed));
+    }
+}
+
+}  // namespace vantrel
