@@ -1,5 +1,8 @@
 // How the main dialog gets its input: chosen in the file dialog or dropped on the window.
-#include <shellapi.h>
+// clang-format off
+#include <windows.h>
+#include <shellapi.h>  // needs the types of windows.h
+// clang-format on
 
 #include "app/main_dialog.h"
 #include "app/message_box.h"

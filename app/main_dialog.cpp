@@ -18,8 +18,8 @@ namespace {
 
 constexpr COLORREF kStatusBarGrey = RGB(180, 180, 180);
 
-constexpr const wchar_t* kLevelEntries[] = {L"1  Default", L"2", L"3", L"4", L"5", L"6", L"7", L"8",
-                                            L"9 slower but better compression"};
+constexpr const wchar_t* kLevelEntries[] = {
+    L"1  Default", L"2", L"3", L"4", L"5", L"6", L"7", L"8", L"9 slower but better compression"};
 /// The entry that is selected at the start, although another one is called the default.
 constexpr int kFirstLevelIndex = 8;
 /// Entry 0 is the one without a sound.
@@ -61,9 +61,7 @@ const CMainDialog::SCommand CMainDialog::kCommands[] = {
 };
 
 CMainDialog::CMainDialog(CMessageLoop& loop)
-    : CDialog(IDD_MAIN),
-      m_loop(loop),
-      m_hIcon(LoadIconW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_MAIN_ICON))) {}
+    : CDialog(IDD_MAIN), m_loop(loop), m_hIcon(LoadIconW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_MAIN_ICON))) {}
 
 bool CMainDialog::PreTranslateMessage(MSG& message) {
     m_toolTip.RelayEvent(message);
@@ -206,8 +204,8 @@ void CMainDialog::AddSoundEntries() {
     } while (FindNextFileW(search, &found) != FALSE);
     FindClose(search);
 
-    const LRESULT noSound = m_soundCombo.Send(CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
-                                              reinterpret_cast<LPARAM>(m_scratchText.c_str()));
+    const LRESULT noSound =
+        m_soundCombo.Send(CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(m_scratchText.c_str()));
     if (noSound > 0) {
         m_soundCombo.Send(CB_DELETESTRING, static_cast<WPARAM>(noSound));
         m_soundCombo.Send(CB_INSERTSTRING, 0, reinterpret_cast<LPARAM>(m_scratchText.c_str()));

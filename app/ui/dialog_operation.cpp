@@ -66,7 +66,7 @@ void CDialogOperation::Notify(std::string_view text) {
     ShowInformation(text);
 }
 
-void CDialogOperation::Fail(std::string_view text) {
+void CDialogOperation::EndWith(std::string_view text) {
     ShowInformation(text);
     std::exit(0);
 }

@@ -23,9 +23,9 @@ struct SOperationControls {
     CComboBox& soundList;
     CComboBox& levelList;
     const std::wstring& workFolder;
-    std::wstring& scratchText;          ///< Takes the percent text.
-    std::wstring& doneMessage;          ///< Takes the done text.
-    std::function<void()> updateData;   ///< Brings the controls' values to the dialog's members.
+    std::wstring& scratchText;         ///< Takes the percent text.
+    std::wstring& doneMessage;         ///< Takes the done text.
+    std::function<void()> updateData;  ///< Brings the controls' values to the dialog's members.
 };
 
 class CDialogOperation : public COperation {
@@ -46,11 +46,11 @@ public:
     void SetProgressPosition(std::int32_t position) override;
     void PumpMessages() override;
     void Notify(std::string_view text) override;
-    /// Shows the text and ends the process with status 0; what has been written stays.
-    [[noreturn]] void Fail(std::string_view text) override;
     bool Complete(std::string_view doneText, const std::function<void()>& report) override;
 
 private:
+    /// Shows the text and ends the process with status 0; what has been written stays.
+    void EndWith(std::string_view text) override;
     void PaintNow();
     void ShowInformation(std::string_view text);
 

@@ -81,8 +81,8 @@ int CSelectFolderDialog::DoModal() {
     record.nMaxFile = static_cast<DWORD>(file.size());
     record.lpstrInitialDir = m_folder.empty() ? nullptr : m_folder.c_str();
     record.lpstrTitle = kTitle;
-    record.Flags = OFN_EXPLORER | OFN_ENABLEHOOK | OFN_ENABLESIZING | OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT |
-                   OFN_NOCHANGEDIR;
+    record.Flags =
+        OFN_EXPLORER | OFN_ENABLEHOOK | OFN_ENABLESIZING | OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT | OFN_NOCHANGEDIR;
     record.lpfnHook = HookProcedure;
     record.lCustData = reinterpret_cast<LPARAM>(this);
     GetSaveFileNameW(&record);

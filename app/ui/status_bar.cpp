@@ -144,7 +144,7 @@ void CStatusBar::Paint(HDC target) {
     GetClientRect(m_window, &client);
     const CBufferedPaint buffer(target, client);
     const HDC context = buffer.Context();
-    const bool plain = UsesHighContrast() || m_background == CLR_DEFAULT;
+    const bool plain = UsesHighContrast() || m_background == CLR_INVALID;
     SetBkColor(context, plain ? GetSysColor(COLOR_BTNFACE) : m_background);
     ExtTextOutW(context, 0, 0, ETO_OPAQUE, &client, nullptr, 0, nullptr);
     SetTextColor(context, plain ? GetSysColor(COLOR_BTNTEXT) : RGB(0, 0, 0));

@@ -45,7 +45,7 @@ private:
     std::array<std::wstring, kPaneCount> m_texts;
     std::array<bool, kPaneCount> m_unstored{};
     std::array<int, kPaneCount - 1> m_widths{};
-    COLORREF m_background = CLR_DEFAULT;
+    COLORREF m_background = CLR_INVALID;
     CPaintClock m_clock;
     bool m_unpainted = false;
     bool m_storing = false;

@@ -65,8 +65,8 @@ CTimedProgressCtrl::~CTimedProgressCtrl() {
 
 std::int32_t CTimedProgressCtrl::StepIt(bool redraw) {
     const std::int64_t next = std::int64_t{m_progress.position} + m_step;
-    return SetPosition(
-        static_cast<std::int32_t>(std::clamp<std::int64_t>(next, m_progress.lower, m_progress.upper)), redraw);
+    return SetPosition(static_cast<std::int32_t>(std::clamp<std::int64_t>(next, m_progress.lower, m_progress.upper)),
+                       redraw);
 }
 
 std::int32_t CTimedProgressCtrl::SetPosition(std::int32_t position, bool redraw) {
