@@ -44,8 +44,25 @@ constexpr SToolTip kToolTips[] = {
     {IDC_CSO_TO_ISO, L"cso2iso"},
 };
 
-/// The low four bits of a system command belong to the system.
-constexpr WPARAM kSystemCommandMask = 0xFFF0;
+struct SButtonIcon {
+    int controlId;
+    int iconId;
+};
+constexpr SButtonIcon kButtonIcons[] = {
+    {IDC_BROWSE, IDI_BROWSE},
+    {IDC_VANTREL, IDI_VANTREL},
+    {IDC_EXIT, IDI_EXIT},
+    {IDC_ISO_TO_IML, IDI_ISO_TO_IML},
+    {IDC_ISO_TO_BIN, IDI_ISO_TO_BIN},
+    {IDC_BIN_TO_ISO, IDI_BIN_TO_ISO},
+    {IDC_FULL_PATH, IDI_FULL_PATH},
+    {IDC_RELATIVE_PATH, IDI_RELATIVE_PATH},
+    {IDC_ISO_TO_DAX, IDI_ISO_TO_DAX},
+    {IDC_DAX_TO_ISO, IDI_DAX_TO_ISO},
+    {IDC_CHECK_POSTGAP, IDI_CHECK_POSTGAP},
+    {IDC_ISO_TO_CSO, IDI_ISO_TO_CSO},
+    {IDC_CSO_TO_ISO, IDI_CSO_TO_ISO},
+};
 
 }  // namespace
 
@@ -56,6 +73,7 @@ const CMainDialog::SCommand CMainDialog::kCommands[] = {
     {IDC_FULL_PATH, BN_CLICKED, &CMainDialog::OnFullPath},
     {IDC_RELATIVE_PATH, BN_CLICKED, &CMainDialog::OnRelativePath},
     {IDC_SOUND, CBN_SELCHANGE, &CMainDialog::OnSoundChange},
+    {IDC_EFFECT, BN_CLICKED, &CMainDialog::OnEffect},
     {IDC_ALWAYS_ON_TOP, BN_CLICKED, &CMainDialog::OnAlwaysOnTop},
     {IDC_EXIT, BN_CLICKED, &CMainDialog::OnExit},
 };
@@ -74,6 +92,9 @@ bool CMainDialog::PreTranslateMessage(MSG& message) {
 
 LRESULT CMainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
+        case WM_CREATE:
+            OnCreate();
+            break;
         case WM_INITDIALOG:
             OnInitDialog();
             return TRUE;
@@ -85,6 +106,29 @@ LRESULT CMainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_DROPFILES:
             OnDropFiles(wParam);
             return 0;
+        case WM_SYSCOMMAND:
+            if (OnSysCommand(wParam)) {
+                return 0;
+            }
+            break;
+        case WM_PAINT:
+            if (OnPaint()) {
+                return 0;
+            }
+            break;
+        case WM_QUERYDRAGICON:
+            return reinterpret_cast<LRESULT>(m_hIcon);
+        case WM_TIMER:
+            if (OnTimer(wParam)) {
+                return 0;
+            }
+            break;
+        case WM_MOUSEMOVE:
+            DropRipple(lParam, kMoveDrop);
+            break;
+        case WM_LBUTTONDOWN:
+            DropRipple(lParam, kClickDrop);
+            break;
         case WM_CLOSE:
             OnClose();
             return 0;
@@ -123,9 +167,11 @@ void CMainDialog::OnInitDialog() {
     std::wstring soundPath;
     WriteResourceFile(L"Success.wav", L"BIN", IDR_DEFAULT_SOUND, soundPath);
     SetWindowPos(m_window, HWND_NOTOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    m_effect.SetPicture(IDB_EFFECT_PICTURE, kEffectWidth, kEffectHeight);
     m_topMostCheck.SetState(BST_UNCHECKED);
     m_effectFlag = 1;  // although the box is clear
     m_effectCheck.SetState(BST_UNCHECKED);
+    SetButtonIcons();
     CreateToolTips();
     ShowStates(NoCommands());
     DragAcceptFiles(m_window, TRUE);
@@ -164,6 +210,15 @@ void CMainDialog::TakeWorkFolder() {
     Item(IDC_FOLDER).SetText(m_folder);
     Item(IDC_FILE_NAME).SetText(L"");
     m_workFolder = WideOf(ExpandAsPattern(folder));
+}
+
+void CMainDialog::SetButtonIcons() {
+    static_assert(std::size(kButtonIcons) == std::tuple_size_v<decltype(m_iconButtons)>);
+    for (std::size_t i = 0; i < m_iconButtons.size(); ++i) {
+        m_iconButtons[i].Attach(Item(kButtonIcons[i].controlId).Handle());
+        m_iconButtons[i].SetHoverCursor(&m_buttonCursor);
+        m_iconButtons[i].SetIcon(kButtonIcons[i].iconId);
+    }
 }
 
 void CMainDialog::CreateToolTips() {
@@ -213,6 +268,7 @@ void CMainDialog::AddSoundEntries() {
 }
 
 void CMainDialog::OnExit() {
+    PlayClosingAnimation();
     PostQuitMessage(0);
     std::exit(0);
 }
@@ -220,6 +276,7 @@ void CMainDialog::OnExit() {
 /// The system's own answer to the close box would press Exit, which ends the process at once; closing instead lets a
 /// running conversion come to its end.
 void CMainDialog::OnClose() {
+    PlayClosingAnimation();
     PostQuitMessage(0);
 }
 
@@ -227,12 +284,6 @@ void CMainDialog::OnSoundChange() {
     SetCurrentDirectoryW(m_workFolder.c_str());
     UpdateData();
     m_soundCombo.Select(m_soundCombo.Count());
-}
-
-void CMainDialog::OnAlwaysOnTop() {
-    m_topMostFlag = m_topMostCheck.State();
-    SetWindowPos(m_window, m_topMostFlag == BST_CHECKED ? HWND_TOPMOST : HWND_NOTOPMOST, 0, 0, 0, 0,
-                 SWP_NOMOVE | SWP_NOSIZE);
 }
 
 void CMainDialog::UpdateData() {

@@ -1,6 +1,7 @@
 // The one window of the program: its controls, its commands and the state that lives in them.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -8,8 +9,12 @@
 #include "app/input_rules.h"
 #include "app/ui/dialog.h"
 #include "app/ui/dialog_operation.h"
+#include "app/ui/hover_cursor.h"
+#include "app/ui/icon_button.h"
+#include "app/ui/ripple_effect.h"
 #include "app/ui/status_bar.h"
 #include "app/ui/tool_tip_ctrl.h"
+#include "app/ui/window_animation.h"
 #include "operation/operation.h"
 
 namespace vantrel {
@@ -47,6 +52,7 @@ private:
     void AddAboutItem();
     void CreateStatusBar();
     void TakeWorkFolder();
+    void SetButtonIcons();
     void CreateToolTips();
     void FillSoundList();
     void AddSoundEntries();
@@ -63,9 +69,17 @@ private:
     void RejectInput(const wchar_t* text);
     void ShowStates(const CommandStates& states);
 
-    // Lists and looks
     void OnSoundChange();
+
+    // Looks (window_behaviour.cpp)
+    void OnCreate();
+    void PlayClosingAnimation();
+    bool OnSysCommand(WPARAM command);
+    bool OnPaint();
     void OnAlwaysOnTop();
+    void OnEffect();
+    bool OnTimer(UINT_PTR timer);
+    void DropRipple(LPARAM position, const SRippleDrop& drop);
 
     // Conversions (handlers.cpp)
     void OnIsoToCso();
@@ -83,6 +97,8 @@ private:
 
     HICON m_hIcon;
     CStatusBar m_statusBar;
+    std::array<CIconButton, 13> m_iconButtons;
+    CHoverCursor m_buttonCursor;
     CComboBox m_compressionCombo;
     CComboBox m_soundCombo;
     CCheckBox m_effectCheck;
@@ -95,6 +111,9 @@ private:
     std::int32_t m_compressionIndex = -1;
     std::wstring m_workFolder;
     std::wstring m_doneMessage;
+    CRippleEffect m_effect;
+    CWindowAnimation m_animation;
+    UINT_PTR m_effectTimer = 0;
     std::int32_t m_topMostFlag = 0;
     std::int32_t m_effectFlag = 0;
     CToolTipCtrl m_toolTip;
