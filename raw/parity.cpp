@@ -1,0 +1,180 @@
+// Both codes are Reed-Solomon codes over GF(2^8) that work on the upper and the lower bytes of 16-bit words alike. The
+// area is a matrix of 26 rows (24 of data, 2 of P) by 43 words. P runs down the columns, Q down the diagonals. All
+// columns, and then all diagonals, are worked on side by side and row by row, so that the compiler uses vector
+// instructions.
+//
+// With a and b as the two parity symbols behind the symbols of a code word, the code asks for
+//     sum of all symbols = 0      and      sum of alpha^(symbols that follow) x symbol = 0.
+#include "raw/parity.h"
+
+#include <algorithm>
+#include <array>
+
+namespace vantrel {
+
+namespace {
+
+constexpr std::size_t kWordSize = 2;
+constexpr std::size_t kColumns = 43;
+constexpr std::size_t kDataRows = 24;
+constexpr std::size_t kRows = 26;
+constexpr std::size_t kRowSize = kColumns * kWordSize;
+constexpr std::size_t kDiagonalsSize = kRows * kWordSize;
+
+static_assert(kDataRows * kRowSize == kPParityOffset - kAddressOffset);
+static_assert(kRows * kRowSize == kQParityOffset - kAddressOffset);
+static_assert(kRows * kRowSize + 2 * kDiagonalsSize == kParityAreaSize);
+
+/// What remains of x^8 modulo the field's polynomial x^8 + x^4 + x^3 + x^2 + 1.
+constexpr std::uint8_t kFieldRemainder = 0x1D;
+
+/// The product with alpha, the field's primitive element.
+constexpr std::uint8_t TimesAlpha(std::uint8_t value) {
+    const std::uint8_t carry = static_cast<std::int8_t>(value) < 0 ? kFieldRemainder : std::uint8_t{0};
+    return static_cast<std::uint8_t>(static_cast<std::uint8_t>(value + value) ^ carry);
+}
+
+/// alpha^255 = 1, so that a negative power is a positive one.
+constexpr int kPowerPeriod = 255;
+
+constexpr std::uint8_t PowerOfAlpha(int exponent) {
+    std::uint8_t power = 1;
+    for (int i = 0; i < (exponent + kPowerPeriod) % kPowerPeriod; ++i) {
+        power = TimesAlpha(power);
+    }
+    return power;
+}
+
+/// The quotients by alpha + 1.
+constexpr std::array<std::uint8_t, 256> MakeQuotients() {
+    std::array<std::uint8_t, 256> quotients = {};
+    for (std::size_t value = 0; value < quotients.size(); ++value) {
+        const auto byte = static_cast<std::uint8_t>(value);
+        quotients[static_cast<std::size_t>(TimesAlpha(byte) ^ byte)] = byte;
+    }
+    return quotients;
+}
+
+constexpr std::array<std::uint8_t, 256> kQuotients = MakeQuotients();
+
+/// The parity symbol a of a code word with the given sums of its other symbols; b is sum ^ a.
+std::uint8_t FirstParity(std::uint8_t sum, std::uint8_t weightedSum) {
+    return kQuotients[static_cast<std::size_t>(sum ^ weightedSum)];
+}
+
+/// Sums of `Width` rows of symbols side by side: plain, and weighted by alpha^(rows that follow).
+template <std::size_t Width>
+struct SSums {
+    std::array<std::uint8_t, Width> plain = {};
+    std::array<std::uint8_t, Width> weighted = {};
+
+    void Add(const std::uint8_t* row) {
+        for (std::size_t i = 0; i < Width; ++i) {
+            plain[i] = static_cast<std::uint8_t>(plain[i] ^ row[i]);
+            weighted[i] = static_cast<std::uint8_t>(TimesAlpha(weighted[i]) ^ row[i]);
+        }
+    }
+};
+
+void PutP(std::uint8_t* area) {
+    SSums<kRowSize> sums;
+    for (std::size_t row = 0; row < kDataRows; ++row) {
+        sums.Add(area + row * kRowSize);
+    }
+    std::uint8_t* const first = area + kDataRows * kRowSize;
+    std::uint8_t* const second = first + kRowSize;
+    for (std::size_t i = 0; i < kRowSize; ++i) {
+        first[i] = FirstParity(sums.plain[i], TimesAlpha(TimesAlpha(sums.weighted[i])));
+        second[i] = static_cast<std::uint8_t>(sums.plain[i] ^ first[i]);
+    }
+}
+
+// Q: the diagonal n meets column c in row (n + c) modulo 26, as its c-th symbol of 45. When every row is moved one word
+// to the left against the row above it, the symbols of a diagonal stand below each other, in up to three lanes, 26
+// apart: the lane of row r, column c is c - r + 25. Lanes that a row does not reach hold zeros.
+
+/// 68 lanes are used; 72 fill whole vectors, and 78 are three times all diagonals.
+constexpr std::size_t kLanes = 72;
+constexpr std::size_t kLanesSize = kLanes * kWordSize;
+constexpr std::size_t kFoldedLanesSize = 3 * kDiagonalsSize;
+
+/// A symbol of lane p in row r has the weight alpha^(44 - c) = alpha^(25 - r) x alpha^(44 - p). The sums have the first
+/// factor; this is the second, multiplied by 1, alpha, alpha^2, ... for each bit of what it is multiplied with.
+using LaneFactors = std::array<std::array<std::uint8_t, kLanesSize>, 8>;
+
+constexpr LaneFactors MakeLaneFactors() {
+    LaneFactors factors = {};
+    for (std::size_t i = 0; i < kLanesSize; ++i) {
+        std::uint8_t factor = PowerOfAlpha(static_cast<int>(kColumns) + 1 - static_cast<int>(i / kWordSize));
+        for (auto& ofBit : factors) {
+            ofBit[i] = factor;
+            factor = TimesAlpha(factor);
+        }
+    }
+    return factors;
+}
+
+constexpr LaneFactors kLaneFactors = MakeLaneFactors();
+
+using FoldedLanes = std::array<std::uint8_t, kFoldedLanesSize>;
+
+FoldedLanes TimesLaneFactors(std::array<std::uint8_t, kLanesSize> values) {
+    FoldedLanes products = {};
+    for (std::size_t bit = kLaneFactors.size(); bit-- > 0;) {
+        const auto& factors = kLaneFactors[bit];
+        for (std::size_t i = 0; i < kLanesSize; ++i) {
+            const std::uint8_t mask = static_cast<std::int8_t>(values[i]) < 0 ? std::uint8_t{0xFF} : std::uint8_t{0};
+            products[i] = static_cast<std::uint8_t>(products[i] ^ (mask & factors[i]));
+            values[i] = static_cast<std::uint8_t>(values[i] + values[i]);
+        }
+    }
+    return products;
+}
+
+using DiagonalBytes = std::array<std::uint8_t, kDiagonalsSize>;
+
+DiagonalBytes Folded(const FoldedLanes& lanes) {
+    DiagonalBytes sums;
+    for (std::size_t i = 0; i < kDiagonalsSize; ++i) {
+        sums[i] = static_cast<std::uint8_t>(lanes[i] ^ lanes[i + kDiagonalsSize] ^ lanes[i + 2 * kDiagonalsSize]);
+    }
+    return sums;
+}
+
+SSums<kLanesSize> SumsOfDiagonals(const std::uint8_t* area) {
+    std::array<std::uint8_t, kRows* kLanesSize> skewed = {};
+    for (std::size_t row = 0; row < kRows; ++row) {
+        std::copy_n(area + row * kRowSize, kRowSize, skewed.data() + row * kLanesSize + (kRows - 1 - row) * kWordSize);
+    }
+    SSums<kLanesSize> sums;
+    for (std::size_t row = 0; row < kRows; ++row) {
+        sums.Add(skewed.data() + row * kLanesSize);
+    }
+    return sums;
+}
+
+void PutQ(std::uint8_t* area) {
+    const SSums<kLanesSize> sums = SumsOfDiagonals(area);
+    const FoldedLanes weighted = TimesLaneFactors(sums.weighted);
+    FoldedLanes plain = {};
+    std::copy(sums.plain.begin(), sums.plain.end(), plain.begin());
+    const DiagonalBytes plainSums = Folded(plain);
+    const DiagonalBytes weightedSums = Folded(weighted);
+    std::uint8_t* const first = area + kRows * kRowSize;
+    std::uint8_t* const second = first + kDiagonalsSize;
+    for (std::size_t i = 0; i < kDiagonalsSize; ++i) {
+        // Lane 25 - n belongs to diagonal n; the two bytes of a word keep their order.
+        const std::size_t lane = (kRows - 1 - i / kWordSize) * kWordSize + i % kWordSize;
+        first[i] = FirstParity(plainSums[lane], weightedSums[lane]);
+        second[i] = static_cast<std::uint8_t>(plainSums[lane] ^ first[i]);
+    }
+}
+
+}  // namespace
+
+void PutParity(std::span<std::uint8_t, kParityAreaSize> area) {
+    PutP(area.data());
+    PutQ(area.data());
+}
+
+}  // namespace vantrel

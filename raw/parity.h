@@ -1,0 +1,19 @@
+// The error correction parity of CD-ROM sectors.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "raw/raw_sector.h"
+
+namespace vantrel {
+
+/// What the parity covers and where it stands: the sector without its sync field.
+inline constexpr std::size_t kParityAreaSize = kRawSectorSize - kAddressOffset;
+
+/// Computes P and Q (ECMA-130, annex A) of the first 2064 bytes of the area and puts them behind, 172 and 104 bytes.
+/// For Mode 2 Form 1 the first four bytes, the header, must be zero while this runs.
+void PutParity(std::span<std::uint8_t, kParityAreaSize> area);
+
+}  // namespace vantrel
