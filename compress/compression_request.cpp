@@ -7,6 +7,7 @@ namespace vantrel {
 namespace {
 
 constexpr const char* kImageExtension = ".iso";
+constexpr const char* kDaxExtension = ".dax";
 
 }  // namespace
 
@@ -28,6 +29,12 @@ SCompressionRequest WindowExpansion(const std::string& folder, const std::string
     request.imagePath = request.chosenPath;
     request.outputPath = folder + "new-" + base + kImageExtension;
     request.shownName = base + kImageExtension;
+    return request;
+}
+
+SCompressionRequest WindowDaxExpansion(const std::string& folder, const std::string& fileName) {
+    SCompressionRequest request = WindowExpansion(folder, fileName);
+    request.imagePath = ResolveFileCase(folder + BaseNameOf(fileName) + kDaxExtension);
     return request;
 }
 

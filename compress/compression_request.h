@@ -9,7 +9,7 @@ namespace vantrel {
 
 struct SCompressionRequest {
     std::string chosenPath;  ///< The file that was chosen; compressing examines its volume descriptor.
-    std::string imagePath;   ///< The image that compressing reads. In the window it is named from the base name.
+    std::string imagePath;   ///< The file that is read. In the window it may be named from the base name.
     std::string outputPath;
     std::string shownName;  ///< The image's name in messages; in the window base name + ".iso".
     EOutputManner manner = EOutputManner::InPlace;
@@ -22,6 +22,9 @@ SCompressionRequest WindowCompression(const std::string& folder, const std::stri
 
 /// The names that the window gives to an expansion: the output is "new-" + base name + ".iso" beside the input.
 SCompressionRequest WindowExpansion(const std::string& folder, const std::string& fileName);
+
+/// The same for a DAX file, whose input is base name + ".dax", found without regard to case, whatever was chosen.
+SCompressionRequest WindowDaxExpansion(const std::string& folder, const std::string& fileName);
 
 /// A conversion of exactly `input` into exactly `output`.
 SCompressionRequest DirectConversion(const std::string& input, const std::string& output, EOutputManner manner);

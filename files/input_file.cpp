@@ -32,9 +32,16 @@ bool CInputFile::Seek(std::int64_t position) {
     return true;
 }
 
-bool CInputFile::FillBuffer() {
+bool CInputFile::MoveToPosition() {
     if (m_filePosition != m_position && !m_file.Seek(m_position)) {
         m_failed = true;
+        return false;
+    }
+    return true;
+}
+
+bool CInputFile::FillBuffer() {
+    if (!MoveToPosition()) {
         return false;
     }
     m_buffer.resize(kBufferSize);
@@ -49,6 +56,16 @@ std::size_t CInputFile::Read(std::span<std::uint8_t> buffer) {
     while (done < buffer.size()) {
         const std::int64_t offset = m_position - m_bufferStart;
         if (offset < 0 || offset >= static_cast<std::int64_t>(m_bufferLength)) {
+            if (buffer.size() - done >= kBufferSize) {
+                // What would fill the buffer goes past it.
+                if (!MoveToPosition()) {
+                    break;
+                }
+                const std::size_t count = m_file.Read(buffer.subspan(done), m_failed);
+                m_position += static_cast<std::int64_t>(count);
+                m_filePosition = m_position;
+                return done + count;
+            }
             if (!FillBuffer()) {
                 break;
             }

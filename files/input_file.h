@@ -17,6 +17,8 @@ public:
     bool Open(const std::string& path, ESharing sharing = ESharing::Anyone);
     bool IsOpen() const { return m_file.IsOpen(); }
     void Close();
+    /// Lets go of the file without closing it: it stays open until the program ends.
+    void LeaveOpen() { m_file.LeaveOpen(); }
 
     /// Length in bytes, −1 when it cannot be told.
     std::int64_t Size() const override { return m_file.Size(); }
@@ -36,6 +38,7 @@ public:
     bool HasFailed() const { return m_failed; }
 
 private:
+    bool MoveToPosition();
     bool FillBuffer();
 
     CNativeFile m_file;

@@ -32,6 +32,8 @@ public:
     bool IsOpen() const;
     /// False when the system reports that something written was lost.
     bool Close();
+    /// Lets go of the file without closing it: it stays open, and shared no further, until the program ends.
+    void LeaveOpen() { m_handle = -1; }
 
     /// Reads at the current position until the buffer is full, the file ends or an error occurs; the number of
     /// bytes read. `failed` is set on an error and left alone otherwise.
@@ -62,6 +64,8 @@ bool RemoveFile(const std::string& path);
 /// Gives a file another name in the same folder. An existing file of that name is replaced in one step when
 /// `replace` is set and is otherwise an error.
 bool RenameFile(const std::string& from, const std::string& to, bool replace);
+/// Gives the content of a file a second name. False where the file system cannot or the name is taken.
+bool LinkFile(const std::string& existing, const std::string& added);
 /// Makes one folder; true when it exists afterwards.
 bool MakeFolder(const std::string& path);
 /// Removes an empty folder.

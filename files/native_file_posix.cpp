@@ -159,6 +159,10 @@ bool RenameFile(const std::string& from, const std::string& to, bool replace) {
     return std::rename(from.c_str(), to.c_str()) == 0;
 }
 
+bool LinkFile(const std::string& existing, const std::string& added) {
+    return ::link(existing.c_str(), added.c_str()) == 0;
+}
+
 bool MakeFolder(const std::string& path) {
     return ::mkdir(path.c_str(), kNewFolderMode) == 0 || (errno == EEXIST && FileKindOf(path) == EFileKind::Folder);
 }

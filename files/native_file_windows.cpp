@@ -159,6 +159,10 @@ bool RenameFile(const std::string& from, const std::string& to, bool replace) {
     return ::MoveFileExW(WideOf(from).c_str(), WideOf(to).c_str(), replace ? MOVEFILE_REPLACE_EXISTING : 0) != FALSE;
 }
 
+bool LinkFile(const std::string& existing, const std::string& added) {
+    return ::CreateHardLinkW(WideOf(added).c_str(), WideOf(existing).c_str(), nullptr) != FALSE;
+}
+
 bool MakeFolder(const std::string& path) {
     return ::CreateDirectoryW(WideOf(path).c_str(), nullptr) != FALSE ||
            (::GetLastError() == ERROR_ALREADY_EXISTS && FileKindOf(path) == EFileKind::Folder);

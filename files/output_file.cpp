@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <random>
 
-#include "files/path.h"
-#include "operation/text.h"
+#include "files/temporary_path.h"
 
 namespace vantrel {
 
@@ -14,12 +12,6 @@ namespace {
 constexpr std::size_t kPendingLimit = 256U * 1024U;
 constexpr std::int64_t kShortestHole = 64 * 1024;
 constexpr int kTemporaryNameTries = 100;
-
-/// A name that no other file of the folder is likely to have.
-std::string TemporaryPathBeside(const std::string& path) {
-    std::random_device random;
-    return FolderOf(path) + Format(".vantrel-%08x.tmp", random());
-}
 
 }  // namespace
 
@@ -85,6 +77,9 @@ bool COutputFile::Write(std::span<const std::uint8_t> bytes) {
     m_writtenEnd = std::max(m_writtenEnd, m_position);
     if (m_manner == EOutputManner::InPlace) {
         return m_file.Write(bytes) == bytes.size() || NoteFailure();
+    }
+    if (bytes.size() >= kPendingLimit) {
+        return Flush() && (m_file.Write(bytes) == bytes.size() || NoteFailure());
     }
     m_pending.insert(m_pending.end(), bytes.begin(), bytes.end());
     return m_pending.size() < kPendingLimit || Flush();
@@ -173,6 +168,12 @@ void COutputFile::Abandon() {
     if (!m_temporaryPath.empty()) {
         RemoveFile(m_temporaryPath);
         m_temporaryPath.clear();
+    }
+}
+
+void COutputFile::LeaveOpen() {
+    if (m_manner == EOutputManner::InPlace) {
+        m_file.LeaveOpen();
     }
 }
 

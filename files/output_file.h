@@ -51,7 +51,10 @@ public:
     bool Commit();
     /// Closes without keeping a transactional output.
     void Abandon();
+    /// Lets go of an output in place without closing it: it stays open, and shared no further, until the program ends.
+    void LeaveOpen();
 
+    EOutputManner Manner() const { return m_manner; }
     /// The path of the target, whatever file is written meanwhile.
     const std::string& TargetPath() const { return m_targetPath; }
     /// Why Commit returned false, as a text that names the target and the cause.

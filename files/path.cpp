@@ -28,16 +28,16 @@ char LowerAscii(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-bool EqualIgnoringCase(std::string_view first, std::string_view second) {
-    return std::equal(first.begin(), first.end(), second.begin(), second.end(),
-                      [](char a, char b) { return LowerAscii(a) == LowerAscii(b); });
-}
-
 bool ContinuesSequence(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
 
 }  // namespace
+
+bool EqualIgnoringCase(std::string_view first, std::string_view second) {
+    return std::equal(first.begin(), first.end(), second.begin(), second.end(),
+                      [](char a, char b) { return LowerAscii(a) == LowerAscii(b); });
+}
 
 SPathParts SplitPath(std::string_view path) {
     SPathParts parts;

@@ -35,6 +35,9 @@ std::string WithSeparator(std::string folder);
 /// the windows's outputs are formed.
 std::string BaseNameOf(std::string_view fileName);
 
+/// Whether two texts are the same but for the case of ASCII letters.
+bool EqualIgnoringCase(std::string_view first, std::string_view second);
+
 /// `path` when that exists; otherwise the path of a file in the same folder whose name differs in the case of ASCII
 /// letters only; otherwise `path`. Images are chosen by folded names, also on disks that tell cases apart.
 std::string ResolveFileCase(const std::string& path);

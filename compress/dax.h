@@ -1,0 +1,16 @@
+// The DAX container: an image cut into 8192-byte frames, each a zlib stream (RFC 1950) of its own, behind two tables of
+// file positions and lengths. Conversion in both directions.
+#pragma once
+
+#include "compress/compression_request.h"
+#include "operation/operation.h"
+
+namespace vantrel {
+
+/// Compresses the image of a PSP title. Ends silently, with an empty output, when no level is selected.
+void IsoToDax(const SCompressionRequest& request, COperation& operation);
+
+/// Expands a DAX file, `imagePath` of the request.
+void DaxToIso(const SCompressionRequest& request, COperation& operation);
+
+}  // namespace vantrel

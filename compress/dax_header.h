@@ -1,0 +1,32 @@
+// The header of a DAX file and the measures of its frames and tables.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace vantrel {
+
+inline constexpr std::uint32_t kDaxFrameSize = 8192;
+/// Room for a stored frame: more than zlib ever makes of a frame.
+inline constexpr std::uint32_t kDaxStoredRoom = 9216;
+/// Bytes of an entry of the position table and of the length table.
+inline constexpr std::uint32_t kDaxPositionSize = 4;
+inline constexpr std::uint32_t kDaxLengthSize = 2;
+
+/// The 32 bytes at the start of a DAX file; numbers are little-endian. The position table follows, then the length
+/// table, then the frames.
+struct DaxHeader {
+    static constexpr std::size_t kSize = 32;
+    static constexpr std::uint32_t kMagic = 0x00584144U;  ///< "DAX" and a zero byte
+
+    std::uint32_t magic = kMagic;
+    std::uint32_t image_size = 0;  ///< Length of the image in bytes.
+
+    std::array<std::uint8_t, kSize> Encode() const;
+    static DaxHeader Decode(std::span<const std::uint8_t, kSize> bytes);
+    /// Frames of the image, a partial last one included.
+    std::uint32_t FrameCount() const { return image_size / kDaxFrameSize + (image_size % kDaxFrameSize != 0 ? 1 : 0); }
+};
+
+}  // namespace vantrel

@@ -1,0 +1,11 @@
+// Names of files that exist for a moment beside a target.
+#pragma once
+
+#include <string>
+
+namespace vantrel {
+
+/// A path in the folder of `path` that no other file is likely to have.
+std::string TemporaryPathBeside(const std::string& path);
+
+}  // namespace vantrel
