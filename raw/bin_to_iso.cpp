@@ -26,8 +26,10 @@ struct SRawPiece {
     bool complete = true;
 
     void Read(CInputFile& input, std::int64_t sectors) {
-        bytes.assign(static_cast<std::size_t>(sectors * kRawUnit), 0);
-        complete = input.Read(bytes) == bytes.size();
+        bytes.resize(static_cast<std::size_t>(sectors * kRawUnit));
+        const std::size_t count = input.Read(bytes);
+        complete = count == bytes.size();
+        std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(count), bytes.end(), std::uint8_t{0});
     }
 
     std::span<const std::uint8_t> UserData(std::int64_t sector) const {

@@ -16,6 +16,7 @@ namespace vantrel {
 
 namespace {
 
+constexpr std::string_view kCueExtension = ".cue";
 constexpr const char* kDoneText = "Conversion iso2bin Done !";
 
 SExpansion ExpansionOf(const SCdImage& found, const std::string& path, COperation& operation) {
@@ -43,7 +44,10 @@ void OpenOutput(COutputFile& output, const std::string& path, EOutputManner mann
 
 std::string CuePathOf(const std::string& binPath) {
     const SPathParts parts = SplitPath(binPath);
-    return parts.drive + parts.folder + parts.name + ".cue";
+    if (IsSameIgnoringCase(parts.extension, kCueExtension)) {
+        return binPath + kCueExtension;  // never the raw image itself
+    }
+    return parts.drive + parts.folder + parts.name + kCueExtension;
 }
 
 void IsoToBinDirectly(const SDirectIsoToBinRequest& request, COperation& operation) {
