@@ -54,6 +54,7 @@ int RunCommandLine(std::vector<std::string> words) {
     app.formatter(std::make_shared<CHelpFormatter>());
     AddCompressCommands(app, chosen);
     AddExportCommands(app, chosen);
+    AddRawCommands(app, chosen);
 
     const int usage = Parse(app, std::move(words));
     if (usage != static_cast<int>(EExit::Done)) {

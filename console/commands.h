@@ -5,10 +5,13 @@
 
 namespace vantrel {
 
-/// iso2cso, cso2iso
+/// iso2cso, cso2iso, iso2dax, dax2iso
 void AddCompressCommands(CLI::App& app, ChosenCommand& chosen);
 
 /// iso2iml
 void AddExportCommands(CLI::App& app, ChosenCommand& chosen);
+
+/// iso2bin, bin2iso
+void AddRawCommands(CLI::App& app, ChosenCommand& chosen);
 
 }  // namespace vantrel

@@ -1,5 +1,6 @@
 // Commands of the compressed forms.
 #include "compress/cso.h"
+#include "compress/dax.h"
 #include "console/commands.h"
 #include "files/path.h"
 
@@ -42,6 +43,8 @@ SConversionCommand Expansion(const char* name, const char* summary, const char* 
 void AddCompressCommands(CLI::App& app, ChosenCommand& chosen) {
     AddConversionCommand(app, chosen, Compression("iso2cso", "Compress a PSP image into a CSO file", ".cso", IsoToCso));
     AddConversionCommand(app, chosen, Expansion("cso2iso", "Expand a CSO file into an image", ".cso", CsoToIso));
+    AddConversionCommand(app, chosen, Compression("iso2dax", "Compress a PSP image into a DAX file", ".dax", IsoToDax));
+    AddConversionCommand(app, chosen, Expansion("dax2iso", "Expand a DAX file into an image", ".dax", DaxToIso));
 }
 
 }  // namespace vantrel

@@ -1,5 +1,6 @@
 // The conversion without a second program.
 #include <array>
+#include <string_view>
 
 #include "files/commit_together.h"
 #include "files/input_file.h"
@@ -44,10 +45,10 @@ void OpenOutput(COutputFile& output, const std::string& path, EOutputManner mann
 
 std::string CuePathOf(const std::string& binPath) {
     const SPathParts parts = SplitPath(binPath);
-    if (IsSameIgnoringCase(parts.extension, kCueExtension)) {
-        return binPath + kCueExtension;  // never the raw image itself
+    if (EqualIgnoringCase(parts.extension, kCueExtension)) {
+        return binPath + std::string(kCueExtension);  // never the raw image itself
     }
-    return parts.drive + parts.folder + parts.name + kCueExtension;
+    return parts.drive + parts.folder + parts.name + std::string(kCueExtension);
 }
 
 void IsoToBinDirectly(const SDirectIsoToBinRequest& request, COperation& operation) {
