@@ -67,8 +67,14 @@ private:
         if (!cue.Open(m_cuePath, EOutputManner::InPlace)) {
             m_operation.Fail(Format("Code 102- Error Opening %s", m_cuePath.c_str()));
         }
-        WriteTextLines(batch, BatchLineOf(m_call));
-        WriteTextLines(cue, CueSheetOf(m_call.outputName));
+        WriteText(batch, BatchLineOf(m_call));
+        WriteText(cue, CueSheetOf(m_call.outputName));
+    }
+
+    static void WriteText(COutputFile& output, const std::string& text) {
+        CTextOutput lines(output);
+        lines.Write(text);
+        lines.Flush();
     }
 
     void Start() {

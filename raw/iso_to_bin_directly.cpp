@@ -76,7 +76,9 @@ void IsoToBinDirectly(const SDirectIsoToBinRequest& request, COperation& operati
         operation.Fail("Cannot read " + request.imagePath);
     }
     std::string failure;
-    WriteTextLines(cue, CueSheetOf(binName));
+    CTextOutput sheet(cue);
+    sheet.Write(CueSheetOf(binName));
+    sheet.Flush();
     const std::array<COutputFile*, 2> outputs = {&bin, &cue};
     if (!CommitTogether(outputs, failure)) {
         operation.Fail(failure);
