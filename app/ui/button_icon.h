@@ -18,7 +18,7 @@ public:
     CButtonIcon(const CButtonIcon&) = delete;
     CButtonIcon& operator=(const CButtonIcon&) = delete;
 
-    /// Loads the icon of the program's resources in `size` pixels; nothing is drawn when it is not there.
+    /// Loads the icon of the program's resources in `size` pixels; 0, or one that is not there, draws nothing.
     void Load(int iconId, int size);
 
     int Size() const { return m_icon != nullptr ? m_size : 0; }

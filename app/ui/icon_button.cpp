@@ -138,6 +138,11 @@ LRESULT CIconButton::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case BCM_GETIDEALSIZE:
             *reinterpret_cast<SIZE*>(lParam) = IdealSize();
             return TRUE;
+        case BM_CLICK:
+            if (IsWindowEnabled(m_window) == FALSE) {
+                return 0;
+            }
+            break;
         case WM_LBUTTONDBLCLK:
             return SendMessageW(m_window, WM_LBUTTONDOWN, wParam, lParam);
         case WM_SETCURSOR:
@@ -298,9 +303,7 @@ void CIconButton::PaintContent(HDC dc, const RECT& content, const SLook& look) c
     const int gap = caption.IsEmpty() || m_iconId == 0 ? 0 : Scaled(dc, kGap);
     const LONG height = content.bottom - content.top - 2 * padding;
     const SIZE room = {content.right - content.left - 2 * padding, std::min<LONG>(height, Scaled(dc, kLargestIcon))};
-    if (m_iconId != 0) {
-        m_icon.Load(m_iconId, IconSizeFor(room, gap + caption.size.cx));
-    }
+    m_icon.Load(m_iconId, IconSizeFor(room, gap + caption.size.cx));
     const int icon = m_icon.Size();
     const int width = icon + gap + caption.size.cx;
     RECT place = content;

@@ -61,7 +61,7 @@ std::vector<RECT> CWindowAnimation::Frames(const RECT& rectangle) const {
     return frames;
 }
 
-void CWindowAnimation::Play(const std::vector<RECT>& frames) const {
+void CWindowAnimation::Play(const std::vector<RECT>& frames) {
     const HDC screen = GetDC(nullptr);
     if (screen == nullptr) {
         return;

@@ -23,9 +23,10 @@ public:
     /// The frames of the opening animation, the last of which is the rectangle itself.
     std::vector<RECT> Frames(const RECT& rectangle) const;
 
-private:
-    void Play(const std::vector<RECT>& frames) const;
+    /// Draws the frames one after the other, whatever the settings are, and leaves the screen as it was.
+    static void Play(const std::vector<RECT>& frames);
 
+private:
     int m_style = kAnimateZoom;
 };
 

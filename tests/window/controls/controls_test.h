@@ -1,0 +1,7 @@
+// Ids of the dialog that the tests of the controls make.
+#pragma once
+
+#define IDD_CONTROLS 100
+#define IDC_FIRST 201
+#define IDC_SECOND 202
+#define IDC_LINK 203

@@ -1,0 +1,184 @@
+// Icon buttons: they behave as push buttons of the system, and each state looks different.
+#include "app/ui/icon_button.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+
+#include "resources/resource_ids.h"
+#include "tests/window/controls/controls_dialog.h"
+
+namespace vantrel::test {
+namespace {
+
+/// The largest difference between the colour channels of a pixel; 0 for greys.
+std::uint32_t Colourfulness(std::uint32_t pixel) {
+    const std::uint32_t channels[] = {pixel & 0xFF, pixel >> 8 & 0xFF, pixel >> 16 & 0xFF};
+    return *std::max_element(std::begin(channels), std::end(channels)) -
+           *std::min_element(std::begin(channels), std::end(channels));
+}
+
+int CountColourful(const std::vector<std::uint32_t>& picture) {
+    return static_cast<int>(
+        std::count_if(picture.begin(), picture.end(), [](std::uint32_t pixel) { return Colourfulness(pixel) > 60; }));
+}
+
+class CIconButtonTest : public CControlsDialog {
+protected:
+    CIconButtonTest() {
+        m_first.Attach(Control(IDC_FIRST));
+        m_second.Attach(Control(IDC_SECOND));
+        for (CIconButton* button : {&m_first, &m_second}) {
+            button->SetHoverCursor(&m_cursor);
+            button->SetIcon(IDI_DAX_TO_ISO);
+        }
+        MoveFocus(IDC_SECOND);
+    }
+
+    /// As the Tab key does, which also moves the default button.
+    void MoveFocus(int id) const {
+        SendMessageW(m_dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(id)), TRUE);
+        Pump();
+    }
+
+    LRESULT DialogCode(int id) const { return SendMessageW(Control(id), WM_GETDLGCODE, 0, 0); }
+
+    CHoverCursor m_cursor;
+    CIconButton m_first;
+    CIconButton m_second;
+};
+
+TEST_F(CIconButtonTest, ReportsEveryKindOfClick) {
+    SendMessageW(Control(IDC_SECOND), BM_CLICK, 0, 0);
+    EXPECT_EQ(Clicks(IDC_SECOND), 1);
+    Click(Control(IDC_SECOND));
+    EXPECT_EQ(Clicks(IDC_SECOND), 2);
+    Type(Control(IDC_SECOND), VK_SPACE);
+    EXPECT_EQ(Clicks(IDC_SECOND), 3);
+    Type(Control(IDC_SECOND), VK_RETURN);
+    EXPECT_EQ(Clicks(IDC_SECOND), 4);
+    EXPECT_EQ(Clicks(IDC_FIRST), 0);
+}
+
+TEST_F(CIconButtonTest, QuickSecondClickCountsAsAClick) {
+    Click(Control(IDC_SECOND));
+    SendMessageW(Control(IDC_SECOND), WM_LBUTTONDBLCLK, MK_LBUTTON, MAKELPARAM(5, 5));
+    SendMessageW(Control(IDC_SECOND), WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+    EXPECT_EQ(Clicks(IDC_SECOND), 2);
+}
+
+TEST_F(CIconButtonTest, GreyedButtonIsDead) {
+    EnableWindow(Control(IDC_SECOND), FALSE);
+    SendMessageW(Control(IDC_SECOND), BM_CLICK, 0, 0);
+    EXPECT_EQ(Clicks(IDC_SECOND), 0);
+}
+
+TEST_F(CIconButtonTest, EnterElsewherePressesTheDefaultButton) {
+    Type(m_dialog, VK_RETURN);
+    EXPECT_EQ(Clicks(IDC_FIRST), 1);
+}
+
+TEST_F(CIconButtonTest, StaysTheDefaultButtonUntilAnotherOneTakesOver) {
+    SendMessageW(m_dialog, DM_SETDEFID, IDC_FIRST, 0);
+    EXPECT_NE(DialogCode(IDC_FIRST) & DLGC_DEFPUSHBUTTON, 0);
+    EXPECT_EQ(DialogCode(IDC_SECOND) & DLGC_DEFPUSHBUTTON, 0);
+    EXPECT_NE(DialogCode(IDC_SECOND) & DLGC_UNDEFPUSHBUTTON, 0);
+    SendMessageW(m_dialog, DM_SETDEFID, IDC_SECOND, 0);
+    EXPECT_EQ(DialogCode(IDC_FIRST) & DLGC_DEFPUSHBUTTON, 0);
+    EXPECT_NE(DialogCode(IDC_SECOND) & DLGC_DEFPUSHBUTTON, 0);
+}
+
+TEST_F(CIconButtonTest, ShowsItsIconInColourAndGreyed) {
+    const HWND button = Control(IDC_SECOND);
+    m_second.SetIcon(0);
+    const auto bare = Picture(button);
+    m_second.SetIcon(IDI_DAX_TO_ISO);
+    const auto normal = Picture(button);
+    EXPECT_GT(CountColourful(normal), CountColourful(bare) + 100);
+    EnableWindow(button, FALSE);
+    const auto greyed = Picture(button);
+    EXPECT_LT(CountColourful(greyed), 10);
+    m_second.SetIcon(0);
+    const auto greyedBare = Picture(button);
+    // The greyed drawing is still a drawing: it has many shades.
+    std::vector<std::uint32_t> shades;
+    for (std::size_t i = 0; i < greyed.size(); ++i) {
+        if (greyed[i] != greyedBare[i]) {
+            shades.push_back(greyed[i]);
+        }
+    }
+    std::sort(shades.begin(), shades.end());
+    EXPECT_GT(std::unique(shades.begin(), shades.end()) - shades.begin(), 8);
+}
+
+TEST_F(CIconButtonTest, EachStateLooksDifferent) {
+    const HWND button = Control(IDC_SECOND);
+    SendMessageW(m_dialog, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
+    SetFocus(Control(IDC_FIRST));
+    const auto normal = Picture(button);
+    SendMessageW(button, BM_SETSTATE, TRUE, 0);
+    const auto pressed = Picture(button);
+    SendMessageW(button, BM_SETSTATE, FALSE, 0);
+    EXPECT_EQ(Picture(button), normal);
+    EXPECT_NE(pressed, normal);
+    SetFocus(button);
+    const auto focused = Picture(button);
+    EXPECT_NE(focused, normal);
+    SetFocus(Control(IDC_FIRST));
+    EXPECT_EQ(Picture(button), normal);
+}
+
+TEST_F(CIconButtonTest, LooksHotUnderThePointerAndShowsTheHand) {
+    MoveFocus(IDC_FIRST);
+    const HWND button = Control(IDC_SECOND);
+    const auto normal = Picture(button);
+    RECT rectangle;
+    GetWindowRect(button, &rectangle);
+    SetCursorPos((rectangle.left + rectangle.right) / 2, (rectangle.top + rectangle.bottom) / 2);
+    EXPECT_TRUE(WaitUntil([&] {
+        Pump();
+        return Picture(button) != normal;
+    }));
+    SendMessageW(button, WM_SETCURSOR, reinterpret_cast<WPARAM>(button), MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+    EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, IDC_HAND));
+    SetCursorPos(0, 0);
+    EXPECT_TRUE(WaitUntil([&] {
+        Pump();
+        return Picture(button) == normal;
+    }));
+}
+
+TEST_F(CIconButtonTest, TellsTheRoomItNeeds) {
+    SIZE ideal = {};
+    ASSERT_NE(SendMessageW(Control(IDC_SECOND), BCM_GETIDEALSIZE, 0, reinterpret_cast<LPARAM>(&ideal)), 0);
+    EXPECT_EQ(ideal.cx, m_second.IdealSize().cx);
+    EXPECT_GT(ideal.cx, 16 + 4);
+    EXPECT_GE(ideal.cy, 16);
+    SetWindowTextW(Control(IDC_SECOND), L"a much longer text on this button");
+    EXPECT_GT(m_second.IdealSize().cx, ideal.cx + 50);
+}
+
+TEST_F(CIconButtonTest, FollowsAChangeOfTheVisualStyle) {
+    const auto before = Picture(Control(IDC_FIRST));
+    SendMessageW(Control(IDC_FIRST), WM_THEMECHANGED, 0, 0);
+    EXPECT_EQ(Picture(Control(IDC_FIRST)), before);
+}
+
+TEST_F(CIconButtonTest, OutlivesItsWindow) {
+    DestroyWindow(Control(IDC_SECOND));
+    EXPECT_EQ(m_second.Window(), nullptr);
+    m_second.SetIcon(IDI_DAX_TO_ISO);
+}
+
+TEST(ButtonIconSize, IsOneOfThoseDrawn) {
+    EXPECT_EQ(ButtonIconSize(200), 64);
+    EXPECT_EQ(ButtonIconSize(48), 48);
+    EXPECT_EQ(ButtonIconSize(47), 32);
+    EXPECT_EQ(ButtonIconSize(31), 24);
+    EXPECT_EQ(ButtonIconSize(16), 16);
+    EXPECT_EQ(ButtonIconSize(3), 16);
+    EXPECT_EQ(ButtonIconSize(-5), 16);
+}
+
+}  // namespace
+}  // namespace vantrel::test

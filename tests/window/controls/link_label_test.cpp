@@ -1,0 +1,137 @@
+// Link labels, and how their targets are opened. A protocol is registered whose program writes down what it was given.
+#include "app/ui/link_label.h"
+
+#include "app/ui/hyperlink.h"
+#include "files/utf.h"
+#include "tests/support/test_folder.h"
+#include "tests/window/controls/controls_dialog.h"
+
+namespace vantrel::test {
+namespace {
+
+constexpr wchar_t kProtocol[] = L"vantreltest";
+
+/// A class of the registry that is there as long as the object lives; what stood there before comes back.
+class CRegisteredClass {
+public:
+    CRegisteredClass(const std::wstring& name, const std::wstring& value, const std::wstring& command)
+        : m_key(L"Software\\Classes\\" + name) {
+        wchar_t former[256] = L"";
+        DWORD size = sizeof former;
+        m_existed = RegGetValueW(HKEY_LOCAL_MACHINE, m_key.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, former, &size) ==
+                    ERROR_SUCCESS;
+        m_former = former;
+        Set(L"", value);
+        if (!command.empty()) {
+            Set(L"\\shell\\open\\command", command);
+            RegSetKeyValueW(HKEY_LOCAL_MACHINE, m_key.c_str(), L"URL Protocol", REG_SZ, L"", sizeof(wchar_t));
+        }
+    }
+    ~CRegisteredClass() {
+        if (m_existed) {
+            Set(L"", m_former);
+        } else {
+            RegDeleteTreeW(HKEY_LOCAL_MACHINE, m_key.c_str());
+        }
+    }
+    CRegisteredClass(const CRegisteredClass&) = delete;
+    CRegisteredClass& operator=(const CRegisteredClass&) = delete;
+
+private:
+    void Set(const std::wstring& below, const std::wstring& value) const {
+        RegSetKeyValueW(HKEY_LOCAL_MACHINE, (m_key + below).c_str(), nullptr, REG_SZ, value.c_str(),
+                        static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+    }
+
+    std::wstring m_key;
+    std::wstring m_former;
+    bool m_existed;
+};
+
+class CLinkLabelTest : public CControlsDialog {
+protected:
+    CLinkLabelTest() : m_note(WideOf(m_folder / "note.txt")) {
+        m_link.Attach(Control(IDC_LINK));
+        m_link.SetTarget(std::wstring(kProtocol) + L":some-place");
+        m_link.SetHoverCursor(&m_cursor);
+    }
+
+    std::wstring NotingCommand() const { return L"cmd.exe /c echo %1>" + m_note; }
+
+    bool IsNoted() const {
+        return WaitUntil([this] { return GetFileAttributesW(m_note.c_str()) != INVALID_FILE_ATTRIBUTES; });
+    }
+
+    CTestFolder m_folder;
+    std::wstring m_note;
+    CHoverCursor m_cursor;
+    CLinkLabel m_link;
+};
+
+TEST_F(CLinkLabelTest, ClickOpensTheTarget) {
+    const CRegisteredClass protocol(kProtocol, L"URL:test", NotingCommand());
+    Click(Control(IDC_LINK));
+    ASSERT_TRUE(IsNoted());
+    ASSERT_TRUE(WaitUntil([this] { return ReadWhole(m_folder / "note.txt").size() > 10; }));
+    const auto note = ReadWhole(m_folder / "note.txt");
+    EXPECT_NE(std::string(note.begin(), note.end()).find("vantreltest:some-place"), std::string::npos);
+}
+
+TEST_F(CLinkLabelTest, EnterAndSpaceOpenTheTarget) {
+    for (const WPARAM key : {VK_RETURN, VK_SPACE}) {
+        const CRegisteredClass protocol(kProtocol, L"URL:test", NotingCommand());
+        DeleteFileW(m_note.c_str());
+        Type(Control(IDC_LINK), key);
+        EXPECT_TRUE(IsNoted()) << key;
+    }
+    EXPECT_EQ(Clicks(IDC_FIRST), 0) << "Enter went to the default button";
+}
+
+TEST_F(CLinkLabelTest, ReleaseOutsideOpensNothing) {
+    const CRegisteredClass protocol(kProtocol, L"URL:test", NotingCommand());
+    SendMessageW(Control(IDC_LINK), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
+    SendMessageW(Control(IDC_LINK), WM_LBUTTONUP, 0, MAKELPARAM(-5, 5));
+    EXPECT_FALSE(
+        WaitUntil([this] { return GetFileAttributesW(m_note.c_str()) != INVALID_FILE_ATTRIBUTES; }, Milliseconds(700)));
+}
+
+TEST_F(CLinkLabelTest, IsAStopOfTheTabKey) {
+    SetFocus(Control(IDC_SECOND));
+    Type(Control(IDC_SECOND), VK_TAB);
+    EXPECT_EQ(GetFocus(), Control(IDC_LINK));
+}
+
+TEST_F(CLinkLabelTest, ShowsTheFocusAndTheHand) {
+    SendMessageW(m_dialog, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
+    SetFocus(Control(IDC_FIRST));
+    const auto plain = Picture(Control(IDC_LINK));
+    SetFocus(Control(IDC_LINK));
+    EXPECT_NE(Picture(Control(IDC_LINK)), plain);
+    SendMessageW(Control(IDC_LINK), WM_SETCURSOR, reinterpret_cast<WPARAM>(Control(IDC_LINK)),
+                 MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+    EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, IDC_HAND));
+}
+
+TEST_F(CLinkLabelTest, FallsBackToTheProgramOfHtmFiles) {
+    const CRegisteredClass kind(L".htm", L"vantreltestpage", L"");
+    const CRegisteredClass page(L"vantreltestpage", L"page", NotingCommand());
+    EXPECT_EQ(BrowserCommand(), NotingCommand());
+    EXPECT_EQ(OpenTarget(m_dialog, L"unknownprotocol:some-place"), L"");
+    EXPECT_TRUE(IsNoted());
+}
+
+TEST_F(CLinkLabelTest, FailureIsTold) {
+    const CRegisteredClass kind(L".htm", L"vantrelnosuchclass", L"");
+    EXPECT_EQ(BrowserCommand(), L"");
+    EXPECT_NE(OpenTarget(m_dialog, L"unknownprotocol:some-place"), L"");
+}
+
+TEST(Hyperlink, PutsTheTargetIntoTheCommand) {
+    EXPECT_EQ(CommandLineFor(L"\"C:\\b r.exe\" -url \"%1\" -new", L"https://a"),
+              L"\"C:\\b r.exe\" -url \"https://a\" -new");
+    EXPECT_EQ(CommandLineFor(L"b.exe %1", L"https://a"), L"b.exe https://a");
+    EXPECT_EQ(CommandLineFor(L"b.exe", L"https://a"), L"b.exe \"https://a\"");
+}
+
+}  // namespace
+}  // namespace vantrel::test
