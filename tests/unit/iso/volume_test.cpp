@@ -1,0 +1,103 @@
+// The marks and keys of images, at the positions where real discs have them.
+#include "iso/volume.h"
+
+#include <gtest/gtest.h>
+
+#include "files/input_file.h"
+#include "tests/support/image_builder.h"
+
+namespace vantrel::test {
+namespace {
+
+class VolumeTest : public testing::Test {
+protected:
+    CInputFile& Image(const Bytes& bytes) {
+        m_file.Close();
+        WriteWhole(m_folder / "image", bytes);
+        EXPECT_TRUE(m_file.Open(m_folder / "image"));
+        return m_file;
+    }
+
+    CTestFolder m_folder;
+    CInputFile m_file;
+};
+
+TEST_F(VolumeTest, TellsTheMarks) {
+    Bytes bytes(70000);
+    EXPECT_EQ(ReadImageMark(Image(bytes)), EImageMark::None);
+    std::copy_n("DVD", 3, bytes.begin() + 65925);
+    EXPECT_EQ(ReadImageMark(Image(bytes)), EImageMark::Dvd);
+    std::copy_n("CD-", 3, bytes.begin() + 33792);
+    EXPECT_EQ(ReadImageMark(Image(bytes)), EImageMark::Cd);
+}
+
+TEST_F(VolumeTest, AMarkMustBeWhole) {
+    Bytes bytes(65927);
+    std::copy_n("DV", 2, bytes.begin() + 65925);
+    EXPECT_EQ(ReadImageMark(Image(bytes)), EImageMark::None);
+    std::copy_n("CD ", 3, bytes.begin() + 33792);
+    EXPECT_EQ(ReadImageMark(Image(bytes)), EImageMark::None);
+    EXPECT_EQ(ReadImageMark(Image({})), EImageMark::None);
+}
+
+TEST_F(VolumeTest, ReadsKeyAndSizeAtTheirPositions) {
+    Bytes bytes(40000);
+    bytes[33343] = 'L';
+    bytes[33792] = 'C';
+    Write32(bytes, 32848, 0x89ABCDEF);
+    Write32(bytes, 32900, 77);
+    Write32(bytes, 32908, 18);
+    Write32(bytes, 32912, 19);
+    Write32(bytes, 32926, 22);
+    const SPrimaryVolumeDescriptor volume = ReadPrimaryVolume(Image(bytes));
+    EXPECT_EQ(MediaKeyOf(volume).id, 'L');
+    EXPECT_EQ(MediaKeyOf(volume).sub, 'C');
+    EXPECT_EQ(volume.volumeSpaceSize.Value(), 0x89ABCDEFU);
+    EXPECT_EQ(volume.pathTableSize.Value(), 77U);
+    EXPECT_EQ(LoadLe32(volume.pathTableLocation), 18U);
+    EXPECT_EQ(LoadLe32(volume.optionalPathTableLocation), 19U);
+    EXPECT_EQ(volume.rootRecord.extentLocation.Value(), 22U);
+}
+
+TEST_F(VolumeTest, AnImageThatEndsInTheDescriptorLeavesZeros) {
+    Bytes bytes(32850, 0xFF);
+    const SPrimaryVolumeDescriptor volume = ReadPrimaryVolume(Image(bytes));
+    EXPECT_EQ(volume.volumeSpaceSize.Value(), 0xFFFFU);
+    EXPECT_EQ(volume.pathTableSize.Value(), 0U);
+}
+
+TEST(MediaTest, NamesTheThreeMedia) {
+    EXPECT_EQ(MediaOf({'L', 0}), EMedia::Dvd);
+    EXPECT_EQ(MediaOf({'L', 'C'}), EMedia::Cd);
+    EXPECT_EQ(MediaOf({'S', 'C'}), EMedia::Umd);
+    EXPECT_EQ(MediaOf({'S', 0}), EMedia::Unknown);
+    EXPECT_EQ(MediaOf({'L', 'D'}), EMedia::Unknown);
+    EXPECT_EQ(MediaOf({' ', 'C'}), EMedia::Unknown);
+}
+
+TEST_F(VolumeTest, TakesTheClosingAnchorThenTheFirstThenZeros) {
+    SImageDescription description;
+    description.kind = EImageKind::Dvd;
+    description.files = {{"A.BIN", Bytes(100, 1)}};
+    const auto tagOf = [&](bool first, bool last) {
+        description.anchorAt256 = first;
+        description.anchorAtEnd = last;
+        const SBuiltImage image = BuildImage(description);
+        return std::pair(ReadAnchorTag(Image(image.bytes), image.volumeSectors), image);
+    };
+    const auto bytesAt = [](const SBuiltImage& image, std::size_t sector) {
+        TagHead head = {};
+        std::copy_n(image.bytes.begin() + static_cast<std::ptrdiff_t>(sector * 2048), head.size(), head.begin());
+        return head;
+    };
+    const auto [both, bothImage] = tagOf(true, true);
+    EXPECT_EQ(both, bytesAt(bothImage, bothImage.volumeSectors - 1));
+    EXPECT_EQ(both[0], 2);
+    const auto [first, firstImage] = tagOf(true, false);
+    EXPECT_EQ(first, bytesAt(firstImage, 256));
+    EXPECT_NE(first, both) << "the checksums of the two anchors differ";
+    EXPECT_EQ(tagOf(false, false).first, TagHead{});
+}
+
+}  // namespace
+}  // namespace vantrel::test
