@@ -53,6 +53,7 @@ int RunCommandLine(std::vector<std::string> words) {
     app.require_subcommand(1);
     app.formatter(std::make_shared<CHelpFormatter>());
     AddCompressCommands(app, chosen);
+    AddInspectCommands(app, chosen);
     AddExportCommands(app, chosen);
     AddRawCommands(app, chosen);
 

@@ -8,6 +8,7 @@
 
 #include "console/console_operation.h"
 #include "console/interrupt.h"
+#include "console/refused.h"
 #include "files/input_file.h"
 #include "files/path.h"
 #include "operation/text.h"
@@ -35,12 +36,6 @@ struct STally {
     int skipped = 0;
     std::int64_t bytesIn = 0;
     std::int64_t bytesOut = 0;
-};
-
-/// A reason not to begin a conversion, in words.
-class CRefused : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
 };
 
 std::int64_t SizeOf(const std::string& path) {
