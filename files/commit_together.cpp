@@ -34,7 +34,7 @@ void Undo(const SCommitted& committed) {
 /// Gives one output its name; the reason when that fails, or an empty text.
 std::string CommitOne(COutputFile& output, std::vector<SCommitted>& committed) {
     SCommitted step = {output.TargetPath(), ""};
-    if (output.Manner() == EOutputManner::CommitReplace && FileKindOf(step.target) != EFileKind::Missing) {
+    if (output.Manner() == EOutputManner::CommitReplace && FileKindOf(step.target) == EFileKind::File) {
         step.older = KeepOlder(step.target);
         if (step.older.empty()) {
             return "Cannot replace " + step.target + ": " + LastFileError();

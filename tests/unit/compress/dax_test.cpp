@@ -1,0 +1,368 @@
+// DAX in both directions: order of calls, texts, bytes of the container, hand-made and hostile containers.
+#include "compress/dax.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include "tests/support/recording_operation.h"
+#include "tests/unit/compress/cso_support.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+using test::CRecordingOperation;
+using test::CTestFolder;
+using test::FailureOf;
+using testing::ElementsAre;
+
+constexpr std::size_t kFrame = 8192;
+
+SCompressionRequest CompressionOf(const CTestFolder& folder, const Bytes& image) {
+    test::WriteWhole(folder / "game.mark.iso", test::WithPspMark({}));
+    test::WriteWhole(folder / "game.iso", image);
+    return WindowCompression(folder.Path(), "game.mark.iso", ".dax");
+}
+
+Bytes Joined(const std::vector<Bytes>& parts) {
+    Bytes whole;
+    for (const Bytes& part : parts) {
+        whole.insert(whole.end(), part.begin(), part.end());
+    }
+    return whole;
+}
+
+Bytes Zlib(const Bytes& bytes) {
+    uLongf length = compressBound(static_cast<uLong>(bytes.size()));
+    Bytes stored(length);
+    compress2(stored.data(), &length, bytes.data(), static_cast<uLong>(bytes.size()), 9);
+    stored.resize(length);
+    return stored;
+}
+
+/// A container put together by hand; positions and lengths follow from the frames unless a test changes them.
+struct SHandMadeDax {
+    std::uint32_t magic = 0x00584144U;
+    std::uint32_t imageSize = 0;
+    std::vector<std::uint32_t> positions;
+    std::vector<std::uint16_t> lengths;
+    Bytes data;
+
+    explicit SHandMadeDax(const std::vector<Bytes>& frames) {
+        for (const Bytes& frame : frames) {
+            const Bytes stored = Zlib(frame);
+            positions.push_back(static_cast<std::uint32_t>(32 + 6 * frames.size() + data.size()));
+            lengths.push_back(static_cast<std::uint16_t>(stored.size()));
+            data = Joined({data, stored});
+            imageSize += static_cast<std::uint32_t>(frame.size());
+        }
+    }
+
+    Bytes Encode() const {
+        Bytes bytes(32 + 4 * positions.size() + 2 * lengths.size());
+        test::Write32(bytes, 0, magic);
+        test::Write32(bytes, 4, imageSize);
+        std::fill(bytes.begin() + 8, bytes.begin() + 32, std::uint8_t{0xAA});  // reserved, never read
+        std::size_t at = 32;
+        for (const std::uint32_t position : positions) {
+            test::Write32(bytes, at, position);
+            at += 4;
+        }
+        for (const std::uint16_t length : lengths) {
+            bytes[at++] = static_cast<std::uint8_t>(length);
+            bytes[at++] = static_cast<std::uint8_t>(length >> 8U);
+        }
+        bytes.insert(bytes.end(), data.begin(), data.end());
+        return bytes;
+    }
+};
+
+SCompressionRequest ExpansionRequest(const CTestFolder& folder, const Bytes& content) {
+    test::WriteWhole(folder / "game.dax", content);
+    return WindowDaxExpansion(folder.Path(), "game.dax");
+}
+
+Bytes Expanded(const Bytes& content) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    DaxToIso(ExpansionRequest(folder, content), operation);
+    return test::ReadWhole(folder / "new-game.iso");
+}
+
+std::string FailureOfExpanding(const Bytes& content) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    return FailureOf([&] { DaxToIso(ExpansionRequest(folder, content), operation); });
+}
+
+TEST(IsoToDax, CallsComeInOrder) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    IsoToDax(CompressionOf(folder, Bytes(2 * kFrame, 0)), operation);
+    const std::string output = folder / "game.dax";
+    const std::string size = std::to_string(test::ReadWhole(output).size());
+    EXPECT_THAT(
+        operation.Calls(),
+        ElementsAre("pane STATUS Compression ISO2DAX, please Wait", "disable 1001", "disable 1005", "disable 1012",
+                    "disable 1021", "disable 1", "disable 1032", "disable 1029", "disable 1030", "disable 1033",
+                    "disable 1034", "ask level", "disable 1031", "pane BYTES 2 Frames", "pane FILE game.iso",
+                    "progress 2 fill 189",                  //
+                    "pane PERCENT 50%", "step", "pump",     //
+                    "pane PERCENT 100%", "step", "pump",    //
+                    "step", "pump", "pane FILE " + output,  // the read that finds the end steps as well
+                    "pane PERCENT 100%", "pane STATUS Compression iso2dax Done !",
+                    "complete Compression iso2dax Done !", "pane BYTES " + size + " bytes", "completed"));
+}
+
+TEST(IsoToDax, HeaderAndTablesAreExact) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    IsoToDax(CompressionOf(folder, Joined({test::RandomBytes(kFrame, 1), Bytes(100, 7)})), operation);
+    const Bytes dax = test::ReadWhole(folder / "game.dax");
+    EXPECT_EQ(Bytes(dax.begin(), dax.begin() + 4), (Bytes{'D', 'A', 'X', 0}));
+    EXPECT_EQ(test::Read32(dax, 4), kFrame + 100);
+    EXPECT_EQ(Bytes(dax.begin() + 8, dax.begin() + 32), Bytes(24, 0));
+    EXPECT_EQ(test::Read32(dax, 32), 32U + 2 * 6U);
+    const auto first = static_cast<std::uint32_t>(dax[40] | dax[41] << 8);
+    EXPECT_GT(first, kFrame) << "a frame that does not shrink is a stream all the same";
+    EXPECT_EQ(test::Read32(dax, 36), 44 + first);
+    EXPECT_EQ(dax.size(), 44 + first + static_cast<std::size_t>(dax[42] | dax[43] << 8));
+}
+
+TEST(IsoToDax, ThePercentageCountsWholeFramesOnly) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    IsoToDax(CompressionOf(folder, Bytes(2 * kFrame + 1, 0)), operation);
+    EXPECT_THAT(operation.CallsOf("pane PERCENT"),
+                ElementsAre("pane PERCENT 50%", "pane PERCENT 100%", "pane PERCENT 150%", "pane PERCENT 100%"));
+    EXPECT_THAT(operation.CallsOf("progress"), ElementsAre("progress 2 fill 189"));
+    EXPECT_EQ(operation.CallsOf("step").size(), 3U);
+    EXPECT_THAT(operation.CallsOf("pane BYTES 2 Frames"), testing::SizeIs(1));
+}
+
+TEST(IsoToDax, AnImageShorterThanAFrameIsWholeAtOnce) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    IsoToDax(CompressionOf(folder, Bytes(100, 1)), operation);
+    EXPECT_THAT(operation.CallsOf("pane PERCENT"), ElementsAre("pane PERCENT 100%", "pane PERCENT 100%"));
+    EXPECT_THAT(operation.CallsOf("progress"), ElementsAre("progress 0 fill 189"));
+}
+
+TEST(IsoToDax, WithoutALevelTheOutputStaysEmpty) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    operation.m_level.reset();
+    IsoToDax(CompressionOf(folder, Bytes(kFrame, 0)), operation);
+    EXPECT_EQ(operation.Calls().back(), "ask level");
+    EXPECT_EQ(test::ReadWhole(folder / "game.dax"), Bytes{});
+}
+
+TEST(IsoToDax, FailuresHaveTheirTexts) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { IsoToDax(WindowCompression(folder.Path(), "a.iso", ".dax"), operation); }),
+              "Code 9101e - Error Opening " + (folder / "a.iso"));
+    test::WriteWhole(folder / "a.b.iso", Bytes(40'000, 'P'));
+    EXPECT_EQ(FailureOf([&] { IsoToDax(WindowCompression(folder.Path(), "a.b.iso", ".dax"), operation); }),
+              "Code 50 PSP - invalid PSP iso  file header  a.iso");
+    test::WriteWhole(folder / "a.b.iso", test::WithPspMark({}));
+    EXPECT_EQ(FailureOf([&] { IsoToDax(WindowCompression(folder.Path(), "a.b.iso", ".dax"), operation); }),
+              "Code 903- Cannot open input file " + (folder / "a.iso") + "\n");
+    SCompressionRequest request = CompressionOf(folder, Bytes(kFrame, 0));
+    request.outputPath = folder / "no folder/game.dax";
+    EXPECT_EQ(FailureOf([&] { IsoToDax(request, operation); }),
+              "Code 903o-Cannot create output file " + (folder / "no folder/game.dax") + "\n");
+}
+
+TEST(IsoToDax, ImagesOfFourGibibytesAreRefused) {
+    const CTestFolder folder;
+    const SCompressionRequest request = CompressionOf(folder, {});
+    for (const std::int64_t length : {(std::int64_t{1} << 32) - 1, std::int64_t{1} << 32, std::int64_t{1} << 33}) {
+        CNativeFile file;
+        ASSERT_TRUE(file.Open(folder / "game.iso", EOpenMode::ReadWrite, ESharing::Anyone));
+        ASSERT_TRUE(file.Resize(length));
+        ASSERT_TRUE(file.Close());
+        CRecordingOperation operation;
+        EXPECT_EQ(FailureOf([&] { IsoToDax(request, operation); }), "Error getting file size.\n");
+    }
+    EXPECT_EQ(test::ReadWhole(folder / "game.dax"), Bytes{});
+}
+
+TEST(IsoToDax, AnImageThatGrowsIsRefused) {
+    const CTestFolder folder;
+    const SCompressionRequest request = CompressionOf(folder, Bytes(100 * kFrame, 1));
+    CRecordingOperation operation;
+    operation.m_onPump = [&](int pump) {
+        if (pump == 1) {
+            test::WriteWhole(folder / "game.iso", Bytes(200 * kFrame, 1));
+        }
+    };
+    EXPECT_EQ(FailureOf([&] { IsoToDax(request, operation); }), "Error getting file size.\n");
+}
+
+TEST(IsoToDax, AnImageThatShrinksEndsEarlyInPlaceOnly) {
+    for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitReplace}) {
+        const CTestFolder folder;
+        SCompressionRequest request = CompressionOf(folder, Bytes(100 * kFrame, 1));
+        request.manner = manner;
+        CRecordingOperation operation;
+        operation.m_onPump = [&](int pump) {
+            if (pump == 1) {
+                test::WriteWhole(folder / "game.iso", Bytes(5, 1));
+            }
+        };
+        const std::string text = FailureOf([&] { IsoToDax(request, operation); });
+        if (manner == EOutputManner::InPlace) {
+            EXPECT_EQ(text, "did not fail");
+            const Bytes dax = test::ReadWhole(folder / "game.dax");
+            EXPECT_EQ(test::Read32(dax, 32 + 4 * 99), 0U) << "frames that were not read have no entry";
+        } else {
+            EXPECT_EQ(text, "I/O error reading " + (folder / "game.iso") + "\n");
+            EXPECT_THAT(folder.Names(), ElementsAre("game.iso", "game.mark.iso"));
+        }
+    }
+}
+
+#ifdef __linux__
+TEST(IsoToDax, AFullDiskIsReported) {
+    const CTestFolder folder;
+    SCompressionRequest request = CompressionOf(folder, test::RandomBytes(kFrame, 3));
+    request.outputPath = "/dev/full";
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { IsoToDax(request, operation); }), "I/O write error.\n");
+}
+#endif
+
+TEST(DaxToIso, CallsComeInOrder) {
+    const CTestFolder folder;
+    const Bytes first(kFrame, 1);
+    const Bytes second(100, 2);
+    CRecordingOperation operation;
+    DaxToIso(ExpansionRequest(folder, SHandMadeDax({first, second}).Encode()), operation);
+    EXPECT_THAT(
+        operation.Calls(),
+        ElementsAre("pane STATUS Decompressing DAX2ISO, please Wait", "disable 1001", "disable 1005", "disable 1012",
+                    "disable 1021", "disable 1", "disable 1032", "disable 1029", "disable 1030", "disable 1033",
+                    "disable 1034", "pane BYTES 2 Frames", "pane FILE game.iso", "progress 2 fill 189",
+                    "pane PERCENT 0%", "pane PERCENT 50%",  // nothing is pumped between the frames
+                    "step", "pump", "pane FILE " + (folder / "new-game.iso"), "pane PERCENT 100%",
+                    "pane STATUS Decompression dax2iso Done !", "complete Decompression dax2iso Done !",
+                    "pane BYTES 8292 bytes", "completed"));
+    EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), Joined({first, second}));
+}
+
+TEST(DaxToIso, TheInputIsTheBaseNameWithItsOwnExtension) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "GAME.DAX", SHandMadeDax({Bytes(10, 1)}).Encode());
+    CRecordingOperation operation;
+    DaxToIso(WindowDaxExpansion(folder.Path(), "game.old.dax"), operation);
+    EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), Bytes(10, 1));
+}
+
+TEST(DaxToIso, TheTwoOpeningTextsNameEachOthersFile) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { DaxToIso(WindowDaxExpansion(folder.Path(), "a.dax"), operation); }),
+              "Code 1003- Cannot open input file " + (folder / "new-a.iso") + "\n");
+    SCompressionRequest request = ExpansionRequest(folder, SHandMadeDax({}).Encode());
+    request.outputPath = folder / "no folder/new-game.iso";
+    EXPECT_EQ(FailureOf([&] { DaxToIso(request, operation); }),
+              "Code 1003o-Cannot create output file " + (folder / "game.dax") + "\n");
+}
+
+TEST(DaxToIso, OtherFilesAreRefused) {
+    EXPECT_EQ(FailureOfExpanding({}), "Input is not a valid DAX file.\n");
+    const Bytes whole = SHandMadeDax({}).Encode();
+    EXPECT_EQ(FailureOfExpanding(Bytes(whole.begin(), whole.end() - 1)), "Input is not a valid DAX file.\n");
+    SHandMadeDax other({});
+    other.magic = 0x20584144U;
+    EXPECT_EQ(FailureOfExpanding(other.Encode()), "Input is not a valid DAX file.\n");
+}
+
+TEST(DaxToIso, AnEmptyImageIsWritten) {
+    EXPECT_EQ(Expanded(SHandMadeDax({}).Encode()), Bytes{});
+}
+
+TEST(DaxToIso, TablesBeyondTheFileAreRefused) {
+    SHandMadeDax dax({Bytes(kFrame, 1)});
+    dax.imageSize = 0xFFFFFFFFU;
+    EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Corrupted input file.\n");
+    const Bytes whole = SHandMadeDax({Bytes(kFrame, 1)}).Encode();
+    EXPECT_EQ(FailureOfExpanding(Bytes(whole.begin(), whole.begin() + 35)), "Corrupted input file.\n");
+    EXPECT_EQ(FailureOfExpanding(Bytes(whole.begin(), whole.begin() + 37)), "Corrupted input file.\n");
+}
+
+TEST(DaxToIso, FramesBeyondTheFileOrTheBufferAreRefused) {
+    SHandMadeDax dax({Bytes(kFrame, 1)});
+    dax.positions[0] = 0xFFFFFFF0U;
+    EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Input seems to be corrupted.\n");
+    dax = SHandMadeDax({Bytes(kFrame, 1)});
+    ++dax.lengths[0];
+    EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Input seems to be corrupted.\n");
+    dax = SHandMadeDax({Bytes(kFrame, 1)});
+    dax.lengths[0] = 9217;
+    dax.data.resize(20'000);
+    EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Input seems to be corrupted.\n");
+}
+
+TEST(DaxToIso, BrokenStreamsAreRefused) {
+    SHandMadeDax dax({Bytes(kFrame, 1)});
+    dax.data.back() ^= 1;  // the check value
+    EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Error while decompressing (corrupt input?)\n");
+    dax = SHandMadeDax({Bytes(kFrame + 1, 1)});
+    dax.imageSize = kFrame;
+    EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Error while decompressing (corrupt input?)\n") << "a frame too long";
+    dax = SHandMadeDax({Bytes(kFrame, 1)});
+    dax.lengths[0] = 0;
+    EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Error while decompressing (corrupt input?)\n");
+}
+
+TEST(DaxToIso, FramesMayLieAnywhere) {
+    SHandMadeDax dax({Bytes(kFrame, 1), Bytes(kFrame, 2), Bytes(kFrame, 3)});
+    std::swap(dax.positions[0], dax.positions[2]);
+    std::swap(dax.lengths[0], dax.lengths[2]);
+    dax.positions[1] = dax.positions[0];
+    dax.lengths[1] = dax.lengths[0];
+    EXPECT_EQ(Expanded(dax.Encode()), Joined({Bytes(2 * kFrame, 3), Bytes(kFrame, 1)}));
+}
+
+TEST(DaxToIso, TheLengthIsTheSumOfTheFrames) {
+    SHandMadeDax dax({Bytes(10, 1), Bytes(20, 2)});
+    dax.imageSize = 2 * kFrame;
+    EXPECT_EQ(Expanded(dax.Encode()), Joined({Bytes(10, 1), Bytes(20, 2)}));
+}
+
+TEST(DaxToIso, ACompletionThatIsLeftEarlyReportsNothing) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    operation.m_completes = false;
+    DaxToIso(ExpansionRequest(folder, SHandMadeDax({Bytes(10, 1)}).Encode()), operation);
+    EXPECT_EQ(operation.Calls().back(), "complete Decompression dax2iso Done !");
+    EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), Bytes(10, 1));
+}
+
+TEST(DaxToIso, TheTransactionalMannerLeavesNothingAfterAFailure) {
+    const CTestFolder folder;
+    SHandMadeDax dax({Bytes(kFrame, 1), Bytes(kFrame, 2)});
+    dax.data.back() ^= 1;
+    SCompressionRequest request = ExpansionRequest(folder, dax.Encode());
+    request.manner = EOutputManner::CommitNew;
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { DaxToIso(request, operation); }), "Error while decompressing (corrupt input?)\n");
+    EXPECT_THAT(folder.Names(), ElementsAre("game.dax"));
+    EXPECT_EQ(operation.CallsOf("step").size(), 1U) << "a terminal's line moves with the frames";
+}
+
+#ifdef __linux__
+TEST(DaxToIso, AFullDiskIsReported) {
+    const CTestFolder folder;
+    SCompressionRequest request = ExpansionRequest(folder, SHandMadeDax({Bytes(10, 1)}).Encode());
+    request.outputPath = "/dev/full";
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { DaxToIso(request, operation); }), "I/O error writing to output file.\n");
+}
+#endif
+
+}  // namespace
+}  // namespace vantrel

@@ -1,0 +1,104 @@
+// Outputs that appear together or not at all.
+#include "files/commit_together.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "tests/support/test_folder.h"
+
+namespace vantrel {
+namespace {
+
+using test::CTestFolder;
+using testing::ElementsAre;
+
+/// Two outputs, written and not yet committed.
+class CPair {
+public:
+    CPair(const std::string& first, const std::string& second, EOutputManner manner) {
+        Open(m_first, first, manner);
+        Open(m_second, second, manner);
+    }
+
+    bool Commit() {
+        const std::array<COutputFile*, 2> outputs = {&m_first, &m_second};
+        return CommitTogether(outputs, m_failure);
+    }
+
+    const std::string& Failure() const { return m_failure; }
+
+private:
+    static void Open(COutputFile& output, const std::string& path, EOutputManner manner) {
+        ASSERT_TRUE(output.Open(path, manner));
+        output.Write(test::Bytes{'n', 'e', 'w'});
+    }
+
+    COutputFile m_first;
+    COutputFile m_second;
+    std::string m_failure;
+};
+
+TEST(CommitTogether, BothAppear) {
+    for (const EOutputManner manner :
+         {EOutputManner::InPlace, EOutputManner::CommitNew, EOutputManner::CommitReplace}) {
+        const CTestFolder folder;
+        CPair pair(folder / "a", folder / "b", manner);
+        EXPECT_TRUE(pair.Commit());
+        EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
+        EXPECT_EQ(test::ReadText(folder / "a"), "new");
+        EXPECT_EQ(test::ReadText(folder / "b"), "new");
+    }
+}
+
+TEST(CommitTogether, OlderFilesAreReplacedAndNotKept) {
+    const CTestFolder folder;
+    test::WriteText(folder / "a", "older a");
+    test::WriteText(folder / "b", "older b");
+    CPair pair(folder / "a", folder / "b", EOutputManner::CommitReplace);
+    EXPECT_TRUE(pair.Commit());
+    EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
+    EXPECT_EQ(test::ReadText(folder / "a"), "new");
+    EXPECT_EQ(test::ReadText(folder / "b"), "new");
+}
+
+TEST(CommitTogether, TheFirstIsUndoneWhenTheSecondFails) {
+    const CTestFolder folder;
+    CPair pair(folder / "a", folder / "b", EOutputManner::CommitNew);
+    test::WriteText(folder / "b", "came meanwhile");
+    EXPECT_FALSE(pair.Commit());
+    EXPECT_NE(pair.Failure().find(folder / "b"), std::string::npos) << pair.Failure();
+    EXPECT_THAT(folder.Names(), ElementsAre("b"));
+    EXPECT_EQ(test::ReadText(folder / "b"), "came meanwhile");
+}
+
+TEST(CommitTogether, AnOlderFirstComesBackWhenTheSecondFails) {
+    const CTestFolder folder;
+    test::WriteText(folder / "a", "older a");
+    CPair pair(folder / "a", folder / "b", EOutputManner::CommitReplace);
+    ASSERT_TRUE(MakeFolder(folder / "b"));
+    EXPECT_FALSE(pair.Commit());
+    EXPECT_NE(pair.Failure().find(folder / "b"), std::string::npos) << pair.Failure();
+    EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
+    EXPECT_EQ(test::ReadText(folder / "a"), "older a");
+}
+
+TEST(CommitTogether, NothingChangesWhenTheFirstFails) {
+    const CTestFolder folder;
+    test::WriteText(folder / "b", "older b");
+    CPair pair(folder / "a", folder / "b", EOutputManner::CommitReplace);
+    ASSERT_TRUE(MakeFolder(folder / "a"));
+    EXPECT_FALSE(pair.Commit());
+    EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
+    EXPECT_EQ(test::ReadText(folder / "b"), "older b");
+}
+
+TEST(CommitTogether, WithoutACommitNothingIsLeft) {
+    const CTestFolder folder;
+    { const CPair pair(folder / "a", folder / "b", EOutputManner::CommitNew); }
+    EXPECT_THAT(folder.Names(), testing::IsEmpty());
+}
+
+}  // namespace
+}  // namespace vantrel
