@@ -1,0 +1,183 @@
+// Raw images back into plain ones: order of calls, texts, lengths that are no whole sectors.
+#include "raw/bin_to_iso.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/recording_operation.h"
+#include "tests/support/test_folder.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+using test::CRecordingOperation;
+using test::CTestFolder;
+using test::FailureOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A raw sector with nothing in it but what is looked at; the data is noise.
+Bytes RawSector(std::uint8_t mode, std::uint64_t seed) {
+    Bytes sector = test::RandomBytes(2352, seed);
+    std::fill(sector.begin(), sector.begin() + 12, std::uint8_t{0xFF});
+    sector[0] = sector[11] = 0;
+    sector[15] = mode;
+    return sector;
+}
+
+Bytes RawSectors(std::size_t count) {
+    Bytes raw;
+    for (std::size_t i = 0; i < count; ++i) {
+        const Bytes sector = RawSector(2, i);
+        raw.insert(raw.end(), sector.begin(), sector.end());
+    }
+    return raw;
+}
+
+/// What stands at offset 24 of each whole sector, 2048 bytes long.
+Bytes DataOf(const Bytes& raw) {
+    Bytes data;
+    for (std::size_t at = 0; at + 2352 <= raw.size(); at += 2352) {
+        const auto begin = raw.begin() + static_cast<std::ptrdiff_t>(at + 24);
+        data.insert(data.end(), begin, begin + 2048);
+    }
+    return data;
+}
+
+TEST(BinToIso, CallsComeInOrder) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "game.bin", RawSectors(2));
+    CRecordingOperation operation;
+    BinToIso(WindowBinToIso(folder.Path(), "game.bin"), operation);
+    EXPECT_THAT(operation.Calls(),
+                ElementsAre("disable 1001", "disable 1005", "disable 1012", "disable 1021", "disable 1", "disable 1032",
+                            "disable 1029", "disable 1030", "disable 1033", "disable 1034",
+                            "pane FILE " + (folder / "game.bin"), "pane STATUS Converting bin2iso, please Wait",
+                            "progress 2 fill 189",                                         //
+                            "pane PERCENT 50%", "step", "pane BYTES 2048 bytes", "pump",   //
+                            "pane PERCENT 100%", "step", "pane BYTES 4096 bytes", "pump",  //
+                            "pane FILE " + (folder / "new-game.iso"), "pane STATUS Converted bin2iso done !",
+                            "complete Conversion bin2iso Done !", "completed"));
+    EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), DataOf(RawSectors(2)));
+}
+
+TEST(BinToIso, PiecesJoinWithoutASeam) {
+    for (const std::size_t sectors : {1, 255, 256, 257, 600}) {
+        for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
+            const CTestFolder folder;
+            const Bytes raw = RawSectors(sectors);
+            test::WriteWhole(folder / "game.bin", raw);
+            CRecordingOperation operation;
+            BinToIso({folder / "game.bin", folder / "out.iso", manner}, operation);
+            EXPECT_EQ(test::ReadWhole(folder / "out.iso"), DataOf(raw)) << sectors;
+            EXPECT_EQ(operation.CallsOf("pump").size(), sectors);
+        }
+    }
+}
+
+TEST(BinToIso, APartialLastSectorIsLeftOut) {
+    for (const std::size_t rest : {1, 24, 2000, 2351}) {
+        const CTestFolder folder;
+        Bytes raw = RawSectors(3);
+        raw.resize(raw.size() + rest, 7);
+        test::WriteWhole(folder / "my.game.bin", raw);
+        CRecordingOperation operation;
+        BinToIso(WindowBinToIso(folder.Path(), "my.game.bin"), operation);
+        EXPECT_EQ(test::ReadWhole(folder / "new-my.iso"), DataOf(RawSectors(3)));
+        EXPECT_THAT(operation.CallsOf("notify"), IsEmpty()) << "the window says nothing of it";
+        BinToIso({folder / "my.game.bin", folder / "out.iso", EOutputManner::CommitNew}, operation);
+        EXPECT_THAT(operation.CallsOf("notify"),
+                    ElementsAre("notify " + (folder / "my.game.bin") + ": the last " + std::to_string(rest) +
+                                " bytes are no whole sector and were left out"));
+    }
+}
+
+TEST(BinToIso, OnlyTheFirstSectorIsExamined) {
+    const CTestFolder folder;
+    Bytes raw = RawSector(2, 1);
+    const Bytes second = RawSector(1, 2);
+    raw.insert(raw.end(), second.begin(), second.end());
+    raw.insert(raw.end(), 2352, 0x55);
+    test::WriteWhole(folder / "game.bin", raw);
+    test::WriteText(folder / "new-game.iso", "an older and longer file is overwritten" + std::string(10'000, '!'));
+    CRecordingOperation operation;
+    BinToIso(WindowBinToIso(folder.Path(), "game.bin"), operation);
+    EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), DataOf(raw));
+}
+
+TEST(BinToIso, OtherImagesAreRefused) {
+    const Bytes good = RawSector(2, 1);
+    std::vector<Bytes> refused = {
+        {}, Bytes(good.begin(), good.begin() + 15), RawSector(1, 1), RawSector(0, 1), RawSector(3, 1)};
+    for (std::size_t i = 0; i < 12; ++i) {
+        refused.push_back(good);
+        refused.back()[i] ^= 1;
+    }
+    for (const Bytes& raw : refused) {
+        const CTestFolder folder;
+        test::WriteWhole(folder / "game.bin", raw);
+        CRecordingOperation operation;
+        EXPECT_EQ(FailureOf([&] { BinToIso(WindowBinToIso(folder.Path(), "game.bin"), operation); }),
+                  "Error bin image => MODE 2 only !");
+        EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), Bytes{}) << "the empty output stays";
+        RemoveFile(folder / "new-game.iso");
+        EXPECT_EQ(FailureOf([&] {
+                      BinToIso({folder / "game.bin", folder / "new-game.iso", EOutputManner::CommitNew}, operation);
+                  }),
+                  "Error bin image => MODE 2 only !");
+        EXPECT_THAT(folder.Names(), ElementsAre("game.bin"));
+    }
+}
+
+TEST(BinToIso, FilesThatCannotBeOpenedAreNamed) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { BinToIso(WindowBinToIso(folder.Path(), "a.bin"), operation); }),
+              "Code 2011 - Error Opening " + (folder / "a.bin"));
+    test::WriteWhole(folder / "a.bin", RawSectors(1));
+    ASSERT_TRUE(MakeFolder(folder / "new-a.iso"));
+    EXPECT_EQ(FailureOf([&] { BinToIso(WindowBinToIso(folder.Path(), "a.bin"), operation); }),
+              "Code 2021 - Error Opening " + (folder / "new-a.iso"));
+}
+
+TEST(BinToIso, AnInputThatShrinksGivesZerosInPlaceAndAFailureOtherwise) {
+    for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
+        const CTestFolder folder;
+        test::WriteWhole(folder / "game.bin", RawSectors(1000));
+        CRecordingOperation operation;
+        operation.m_onPump = [&](int pump) {
+            if (pump == 1) {
+                test::WriteWhole(folder / "game.bin", Bytes(5, 1));
+            }
+        };
+        const std::string text = FailureOf([&] {
+            BinToIso({folder / "game.bin", folder / "out.iso", manner}, operation);
+        });
+        if (manner == EOutputManner::InPlace) {
+            EXPECT_EQ(text, "did not fail");
+            const Bytes iso = test::ReadWhole(folder / "out.iso");
+            EXPECT_EQ(iso.size(), 1000U * 2048U);
+            EXPECT_EQ(Bytes(iso.end() - 2048, iso.end()), Bytes(2048, 0));
+        } else {
+            EXPECT_EQ(text, "Cannot read " + (folder / "game.bin"));
+            EXPECT_THAT(folder.Names(), ElementsAre("game.bin"));
+        }
+    }
+}
+
+#ifdef __linux__
+TEST(BinToIso, AFullDiskIsToldWhereNothingMayBeLost) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "game.bin", RawSectors(3));
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] {
+                  BinToIso({folder / "game.bin", "/dev/full", EOutputManner::InPlace}, operation);
+              }),
+              "did not fail")
+        << "writes are not examined in place";
+}
+#endif
+
+}  // namespace
+}  // namespace vantrel

@@ -1,0 +1,141 @@
+// The converter program's work: command line, progress, bytes, and what it refuses.
+#include "raw/converter.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "files/native_file.h"
+#include "raw/raw_sector.h"
+#include "tests/support/raw_sector_check.h"
+#include "tests/support/shell.h"
+#include "tests/unit/raw/raw_support.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+using test::CTestFolder;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct SRun {
+    EConverterExit status;
+    std::string progress;
+    std::string errors;
+};
+
+SRun Convert(const std::vector<std::string>& words) {
+    std::ostringstream progress;
+    std::ostringstream errors;
+    const EConverterExit status = RunConverter(words, progress, errors);
+    return {status, progress.str(), errors.str()};
+}
+
+void ExpectReference(const CTestFolder& folder, const char* mode, const char* postgap) {
+    std::string output;
+    ASSERT_EQ(test::RunProgram({"python3", VANTREL_SOURCE_DIR "/tests/oracle/raw_reference.py", "expand", mode, postgap,
+                                folder / "in.iso", folder / "reference"},
+                               &output),
+              0)
+        << output;
+    EXPECT_EQ(test::ReadWhole(folder / "out.bin"), test::ReadWhole(folder / "reference"));
+    EXPECT_EQ(test::FaultOfRawImage(test::ReadWhole(folder / "out.bin")), "");
+}
+
+TEST(Converter, ConvertsInBothModesWithAndWithoutPostgap) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "in.iso", test::RandomBytes(10 * kUserDataSize, 1));
+    EXPECT_EQ(Convert({folder / "in.iso", folder / "out.bin"}).status, EConverterExit::Done);
+    ExpectReference(folder, "1", "0");
+    EXPECT_EQ(Convert({folder / "in.iso", folder / "out.bin", "/mode2"}).status, EConverterExit::Done);
+    ExpectReference(folder, "2", "0");
+    EXPECT_EQ(Convert({folder / "in.iso", folder / "out.bin", "/PostGap", "/MODE2"}).status, EConverterExit::Done);
+    ExpectReference(folder, "2", "150");
+    EXPECT_EQ(Convert({folder / "in.iso", folder / "out.bin", "/POSTGAP"}).status, EConverterExit::Done);
+    ExpectReference(folder, "1", "150");
+}
+
+TEST(Converter, PiecesJoinWithoutASeam) {
+    for (const std::size_t sectors : {0, 1, 255, 256, 257, 513}) {
+        const CTestFolder folder;
+        test::WriteWhole(folder / "in.iso", test::RandomBytes(sectors * kUserDataSize, sectors));
+        EXPECT_EQ(Convert({folder / "in.iso", folder / "out.bin", "/mode2", "/postgap"}).status, EConverterExit::Done);
+        const Bytes raw = test::ReadWhole(folder / "out.bin");
+        EXPECT_EQ(raw.size(), (sectors + 150) * kRawSectorSize);
+        EXPECT_EQ(test::FaultOfRawImage(raw), "") << sectors;
+        Bytes data;
+        for (std::size_t at = 0; at < sectors * kRawSectorSize; at += kRawSectorSize) {
+            const auto begin = raw.begin() + static_cast<std::ptrdiff_t>(at + kForm1DataOffset);
+            data.insert(data.end(), begin, begin + kUserDataSize);
+        }
+        EXPECT_EQ(data, test::ReadWhole(folder / "in.iso")) << sectors;
+    }
+}
+
+TEST(Converter, TellsItsProgress) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "in.iso", Bytes(1024 * kUserDataSize, 1));
+    const SRun run = Convert({folder / "in.iso", folder / "out.bin", "/mode2"});
+    EXPECT_EQ(run.progress, "\r 25% completed.\r 50% completed.\r 75% completed.\r 100% completed.\n");
+    EXPECT_EQ(run.errors, "");
+}
+
+TEST(Converter, WrongUsageIsExplained) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "in.iso", Bytes(kUserDataSize, 1));
+    for (const std::vector<std::string>& words : {std::vector<std::string>{},
+                                                  {folder / "in.iso"},
+                                                  {folder / "in.iso", folder / "out.bin", "/mode3"},
+                                                  {folder / "in.iso", folder / "out.bin", "/mode2", "more"}}) {
+        const SRun run = Convert(words);
+        EXPECT_EQ(run.status, EConverterExit::Usage);
+        EXPECT_THAT(run.errors, HasSubstr("usage: tmpfile INPUT OUTPUT [/MODE2] [/POSTGAP]\n"));
+    }
+    EXPECT_THAT(folder.Names(), ElementsAre("in.iso"));
+}
+
+TEST(Converter, BadInputLeavesTheOutputAlone) {
+    const CTestFolder folder;
+    test::WriteText(folder / "out.bin", "older");
+    SRun run = Convert({folder / "missing.iso", folder / "out.bin"});
+    EXPECT_EQ(run.status, EConverterExit::Failed);
+    EXPECT_THAT(run.errors, HasSubstr("tmpfile: cannot open " + (folder / "missing.iso")));
+    test::WriteWhole(folder / "in.iso", Bytes(kUserDataSize + 1, 1));
+    run = Convert({folder / "in.iso", folder / "out.bin"});
+    EXPECT_EQ(run.status, EConverterExit::Failed);
+    EXPECT_EQ(run.errors, "tmpfile: " + (folder / "in.iso") + " is not whole sectors of 2048 bytes\n");
+    CNativeFile large;
+    ASSERT_TRUE(large.Open(folder / "in.iso", EOpenMode::ReadWrite, ESharing::Anyone));
+    ASSERT_TRUE(large.Resize((std::int64_t{kMostRawSectors} - 149) * 2048));
+    run = Convert({folder / "in.iso", folder / "out.bin", "/postgap"});
+    EXPECT_EQ(run.status, EConverterExit::Failed);
+    EXPECT_THAT(run.errors, HasSubstr("is too long for a CD: addresses end at 99:59:74\n"));
+    EXPECT_EQ(test::ReadText(folder / "out.bin"), "older");
+}
+
+TEST(Converter, TheInputIsNeverTheOutput) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "in.iso", Bytes(kUserDataSize, 1));
+    const SRun run = Convert({folder / "in.iso", folder / "in.iso"});
+    EXPECT_EQ(run.status, EConverterExit::Failed);
+    EXPECT_THAT(run.errors, HasSubstr("the output would be the input itself"));
+    EXPECT_EQ(test::ReadWhole(folder / "in.iso"), Bytes(kUserDataSize, 1));
+}
+
+#ifdef __linux__
+TEST(Converter, AFailedWriteIsTold) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "in.iso", Bytes(kUserDataSize, 1));
+    SRun run = Convert({folder / "in.iso", "/dev/full"});
+    EXPECT_EQ(run.status, EConverterExit::Failed);
+    EXPECT_THAT(run.errors, HasSubstr("Cannot write /dev/full: "));
+    run = Convert({folder / "in.iso", folder / "no folder/out.bin"});
+    EXPECT_EQ(run.status, EConverterExit::Failed);
+    EXPECT_THAT(run.errors, HasSubstr("cannot create " + (folder / "no folder/out.bin")));
+}
+#endif
+
+}  // namespace
+}  // namespace vantrel
