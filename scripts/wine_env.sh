@@ -6,7 +6,7 @@
 #   wine_env_display            # a virtual display of its own, with a window manager
 #   wine_env_audio              # a null audio device, whose output WINE_ENV_RECORDING records (raw, 8 bit, mono, 11025 Hz)
 #   wine_env_no_audio           # or: no audio device at all
-#   wine_env_wine               # the prefix, made and warmed up
+#   wine_env_wine               # the prefix, made and warmed up, for this script alone
 #   wine program.exe
 
 WINE_ENV_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -93,18 +93,25 @@ wine_env_no_audio() {
     export PULSE_SERVER=unix:$WINE_ENV_FOLDER/no-audio ALSA_CONFIG_PATH=/dev/null
 }
 
-wine_env_wine() {
-    wine_env_folder
+# The prefix, without anything running in it. WINE_ENV_PREFIX names another one than that of the tests.
+wine_env_prefix() {
     export WINEPREFIX=$WINE_ENV_PREFIX WINEDEBUG=${WINEDEBUG:--all} WINEARCH=win64
     export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
     mkdir -p "$(dirname "$WINEPREFIX")"
-    # One run at a time has the prefix; the next one waits.
     exec 8>"$WINEPREFIX.lock"
     flock 8
-    WINE_ENV_STARTED_WINE=yes
     if [ ! -e "$WINEPREFIX/.ready" ]; then
         wine_env_make_prefix || return 1
     fi
+    flock -u 8
+}
+
+wine_env_wine() {
+    wine_env_folder
+    wine_env_prefix || return 1
+    # One run at a time has the prefix; the next one waits.
+    flock 8
+    WINE_ENV_STARTED_WINE=yes
     # The first programs of a session start Wine's services, which keep what they inherit: neither our output nor
     # our lock. Whatever runs afterwards finds them running.
     wineserver -p 8>&- >/dev/null 2>&1 </dev/null

@@ -2,16 +2,20 @@
 # Runs a Windows program that drives the window: with a display, a Wine prefix and, when asked, an audio device of its
 # own, all of which end with it. Pictures that the program asks for are kept.
 #
-#   run_window_test.sh [--audio] [--pictures FOLDER] PROGRAM.exe [ARGUMENT...]
+#   run_window_test.sh [--audio] [--show] [--pictures FOLDER] PROGRAM.exe [ARGUMENT...]
+#
+# --show uses the display that is there, so that somebody can watch.
 set -u
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/../../scripts/wine_env.sh"
 
 audio=wine_env_no_audio
+display=wine_env_display
 pictures=$WINE_ENV_ROOT/build/pictures
 while :; do
     case ${1-} in
         --audio) audio=wine_env_audio; shift ;;
+        --show) display=true; shift ;;
         --pictures) pictures=$2; shift 2 ;;
         *) break ;;
     esac
@@ -26,7 +30,7 @@ take_picture() {
     : >"$pictures/$name.taken"
 }
 
-wine_env_display || exit 1
+$display || exit 1
 $audio || exit 1
 wine_env_wine || exit 1
 mkdir -p "$pictures"
@@ -36,9 +40,10 @@ if [ -n "${WINE_ENV_RECORDING-}" ]; then
 fi
 
 wine "$@" 8>&- </dev/null | while IFS= read -r line; do
+    line=${line%$'\r'}
     case $line in
         @picture\ *) take_picture ${line#@picture } ;;
-        *) printf '%s\n' "${line%$'\r'}" ;;
+        *) printf '%s\n' "$line" ;;
     esac
 done
 exit "${PIPESTATUS[0]}"

@@ -42,6 +42,9 @@ std::vector<char> DropBlock(const std::vector<std::string>& paths) {
     return block;
 }
 
+/// How long a dialog may take to accept files again after a message box was closed.
+constexpr Milliseconds kPatience{5'000};
+
 std::string Folded(std::string text) {
     for (char& character : text) {
         character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
@@ -177,9 +180,8 @@ bool CDrivenDialog::AcceptsDrops() const {
 }
 
 void CDrivenDialog::Drop(const std::vector<std::string>& paths) const {
-    if (!AcceptsDrops()) {
-        throw CDriveFailure("the dialog takes no dropped files now");
-    }
+    Require(
+        "dialog that takes dropped files", [this] { return AcceptsDrops(); }, kPatience);
     const std::vector<char> block = DropBlock(paths);
     CRemoteMemory memory(m_process, block.size());
     memory.Write(block.data(), block.size());

@@ -48,7 +48,7 @@ public:
     /// Whether the dialog takes dropped files now.
     bool AcceptsDrops() const;
     /// Drops files as another program does. Returns at once; wait for a field or a message box. A dialog that takes no
-    /// files throws, as a user could not drop them either.
+    /// files, and does not begin to within 5 s, throws: a user could not drop them either.
     void Drop(const std::vector<std::string>& paths) const;
 
     /// Drops one file and waits until its name (folded to lower case for ASCII) stands in the file-name field.

@@ -1,0 +1,60 @@
+# Sourced by ./run and ./check: the packages that they need, and the build of one preset.
+
+SETUP_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+# The packages of scripts/packages.txt that are not installed.
+missing_packages() {
+    local wanted installed
+    wanted=$(grep -v '^#' "$SETUP_ROOT/scripts/packages.txt" | sort -u)
+    # shellcheck disable=SC2086
+    installed=$(dpkg-query -W -f='${db:Status-Abbrev}${Package}\n' $wanted 2>/dev/null | sed -n 's/^ii *//p' | sort -u)
+    comm -23 <(echo "$wanted") <(echo "$installed")
+}
+
+install_packages() {
+    local missing as_root=
+    missing=$(missing_packages)
+    [ -n "$missing" ] || return 0
+    # shellcheck disable=SC2116,SC2086
+    echo "Installing what is missing: $(echo $missing)"
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null; then
+            echo "These packages can be installed by root, or by a user with sudo." >&2
+            return 1
+        fi
+        as_root=sudo
+    fi
+    local log
+    log=$(mktemp)
+    # shellcheck disable=SC2086
+    if ! apt_get install --yes --no-install-recommends $missing; then
+        echo "Updating the package lists"
+        if ! { apt_get update && apt_get install --yes --no-install-recommends $missing; }; then
+            tail -n 20 "$log" >&2
+            rm -f "$log"
+            return 1
+        fi
+    fi
+    rm -f "$log"
+}
+
+# Within install_packages, whose names it uses.
+apt_get() {
+    $as_root env DEBIAN_FRONTEND=noninteractive apt-get -q "$@" >"$log" 2>&1 </dev/null
+}
+
+# build_preset PRESET [TARGET...]: configures and builds, and is silent unless something fails or is built at length.
+build_preset() {
+    local preset=$1 log=$SETUP_ROOT/build/$1.log
+    shift
+    mkdir -p "$SETUP_ROOT/build"
+    if command -v ccache >/dev/null; then
+        export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    fi
+    (cd "$SETUP_ROOT" && cmake --preset "$preset" -Wno-dev && cmake --build --preset "$preset" ${1+--target "$@"}) \
+        >"$log" 2>&1 </dev/null || {
+        echo "The build of \"$preset\" failed; its last lines:" >&2
+        tail -n 40 "$log" >&2
+        return 1
+    }
+}

@@ -1,0 +1,61 @@
+// The demonstration of ./run: drives the window through both CSO conversions of the image "sample.iso" in a folder, by
+// the buttons a user presses, and has pictures taken on the way.
+#include <cstdio>
+#include <string>
+
+#include "files/native_file.h"
+#include "files/path.h"
+#include "resources/resource_ids.h"
+#include "tests/window/driver/picture.h"
+#include "tests/window/driver/tested_program.h"
+
+namespace vantrel::test {
+namespace {
+
+/// The sample has tens of thousands of blocks.
+constexpr Milliseconds kLongConversion{900'000};
+
+/// Chooses a file, presses a button, has the conversion and its done message pictured, and closes the message.
+void Convert(const CTestedProgram& program, const CDrivenDialog& dialog, const std::string& file, int button,
+             const std::string& name) {
+    dialog.Choose(program.Folder() + file);
+    dialog.Press(button);
+    const auto isHalfDone = [&] { return dialog.Pane(EPane::Percent).starts_with("4") || HasBox(program); };
+    Require("progress of " + name, isHalfDone, kLongConversion);
+    TakePicture(name + "-running", dialog.ScreenRectangle());
+    const CDrivenBox box = WaitForBox(program, kLongConversion);
+    TakePicture(name + "-done", dialog.ScreenRectangle());
+    std::printf("%s: %s\n", name.c_str(), box.Text().c_str());
+    box.Close();
+}
+
+void Demonstrate(const std::string& folder) {
+    CTestedProgram program(folder);
+    const CDrivenDialog dialog = program.Start();
+    TakePicture("start", dialog.ScreenRectangle());
+    Convert(program, dialog, "sample.iso", IDC_ISO_TO_CSO, "iso2cso");
+    Convert(program, dialog, "sample.cso", IDC_CSO_TO_ISO, "cso2iso");
+    dialog.Press(IDC_EXIT);
+    std::printf("The window was closed; exit status %lu\n", program.WaitForEnd());
+}
+
+}  // namespace
+}  // namespace vantrel::test
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 2) {
+        std::fprintf(stderr, "usage: demo_driver FOLDER\n");
+        return 2;
+    }
+    try {
+        std::string folder = arguments[1];
+        for (char& character : folder) {
+            character = character == '/' ? '\\' : character;
+        }
+        vantrel::test::Demonstrate(vantrel::WithSeparator(folder));
+        return 0;
+    } catch (const vantrel::test::CDriveFailure& failure) {
+        std::printf("The demonstration failed: %s\n", failure.what());
+        return 1;
+    }
+}
