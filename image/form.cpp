@@ -5,12 +5,12 @@
 #include <string_view>
 
 #include "iso/iso9660.h"
+#include "raw/raw_sector.h"
 
 namespace vantrel {
 
 namespace {
 
-constexpr std::array<std::uint8_t, 12> kSync = {0x00, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x00};
 constexpr std::int64_t kStandardIdentifierPosition = kPrimaryVolumePosition + 1;
 
 bool HasBytes(CByteSource& file, std::int64_t position, std::string_view wanted) {

@@ -10,5 +10,7 @@ namespace vantrel {
 
 std::unique_ptr<CImageSource> OpenPlainImage(const std::string& path, std::string& problem);
 std::unique_ptr<CImageSource> OpenCsoImage(const std::string& path, std::string& problem);
+std::unique_ptr<CImageSource> OpenDaxImage(const std::string& path, std::string& problem);
+std::unique_ptr<CImageSource> OpenBinImage(const std::string& path, std::string& problem);
 
 }  // namespace vantrel

@@ -21,7 +21,9 @@ std::unique_ptr<CImageSource> OpenImage(const std::string& path, std::string& pr
         case EForm::Cso:
             return OpenCsoImage(path, problem);
         case EForm::Dax:
+            return OpenDaxImage(path, problem);
         case EForm::Bin:
+            return OpenBinImage(path, problem);
         case EForm::Iml:
         case EForm::Cue:
         case EForm::Unknown:

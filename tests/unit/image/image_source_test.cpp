@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "compress/cso.h"
+#include "compress/dax.h"
 #include "tests/support/image_builder.h"
 #include "tests/support/recording_operation.h"
 
@@ -40,13 +41,30 @@ void ExpectSameBytes(CImageSource& source, const Bytes& image) {
     EXPECT_EQ(source.Fault(), "");
 }
 
-TEST(ImageSource, PlainAndCompressedHoldTheSame) {
+/// Raw sectors in turn of Mode 1 and of Mode 2 Form 1, without check values, which reading does not look at.
+void WriteRaw(const std::string& path, const Bytes& image) {
+    Bytes raw;
+    for (std::size_t sector = 0; sector * 2048 < image.size(); ++sector) {
+        Bytes bytes(2352);
+        std::fill(bytes.begin() + 1, bytes.begin() + 11, 0xFF);
+        bytes[15] = sector % 2 == 0 ? 2 : 1;
+        const auto data = image.begin() + static_cast<std::ptrdiff_t>(sector * 2048);
+        std::copy(data, data + 2048, bytes.begin() + (sector % 2 == 0 ? 24 : 16));
+        raw.insert(raw.end(), bytes.begin(), bytes.end());
+    }
+    test::WriteWhole(path, raw);
+}
+
+TEST(ImageSource, EveryFormHoldsTheSame) {
     const CTestFolder folder;
     const Bytes image = BuiltUmd();
     test::WriteWhole(folder / "game.iso", image);
     test::CRecordingOperation operation;
     IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation);
-    for (const auto& [name, form] : {std::pair{"game.iso", EForm::Iso}, std::pair{"game.cso", EForm::Cso}}) {
+    IsoToDax(WindowCompression(folder.Path(), "game.iso", ".dax"), operation);
+    WriteRaw(folder / "game.bin", image);
+    for (const auto& [name, form] : {std::pair{"game.iso", EForm::Iso}, std::pair{"game.cso", EForm::Cso},
+                                     std::pair{"game.dax", EForm::Dax}, std::pair{"game.bin", EForm::Bin}}) {
         SCOPED_TRACE(name);
         std::string problem;
         const auto source = OpenImage(folder / name, problem);

@@ -1,0 +1,51 @@
+// The image in a raw file of 2352-byte sectors: their user data.
+#include <array>
+
+#include "files/input_file.h"
+#include "image/block_image.h"
+#include "image/forms.h"
+#include "operation/text.h"
+#include "raw/raw_sector.h"
+
+namespace vantrel {
+
+namespace {
+
+class CBinImage : public CBlockImage {
+public:
+    bool Open(const std::string& path, std::string& problem) {
+        if (!m_file.Open(path)) {
+            problem = LastFileError();
+            return false;
+        }
+        SetGeometry(m_file.Size() / kRawUnit * static_cast<std::int64_t>(kUserDataSize), kUserDataSize);
+        return true;
+    }
+
+    EForm Form() const override { return EForm::Bin; }
+
+private:
+    static constexpr auto kRawUnit = static_cast<std::int64_t>(kRawSectorSize);
+
+    bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
+        if (m_file.ReadAt(static_cast<std::int64_t>(number) * kRawUnit, m_sector) != m_sector.size()) {
+            fault = Format("sector %llu cannot be read", static_cast<unsigned long long>(number));
+            return false;
+        }
+        const bool isMode1 = m_sector[kModeOffset] == kMode1;
+        content = std::span(m_sector).subspan(isMode1 ? kMode1DataOffset : kForm1DataOffset, kUserDataSize);
+        return true;
+    }
+
+    CInputFile m_file;
+    std::array<std::uint8_t, kRawSectorSize> m_sector = {};
+};
+
+}  // namespace
+
+std::unique_ptr<CImageSource> OpenBinImage(const std::string& path, std::string& problem) {
+    auto image = std::make_unique<CBinImage>();
+    return image->Open(path, problem) ? std::move(image) : nullptr;
+}
+
+}  // namespace vantrel
