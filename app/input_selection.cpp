@@ -31,17 +31,6 @@ constexpr wchar_t kImageFilter[] =
 constexpr wchar_t kBrowseRejection[] = L"invalid iso or iml or bin or csofile.";
 constexpr wchar_t kDropRejection[] = L"invalid iso or iml or bin or cso file.";
 
-/// The filter as the dialog takes it, with a zero character in place of each separator.
-std::wstring ImageFilter() {
-    std::wstring filter = kImageFilter;
-    for (wchar_t& letter : filter) {
-        if (letter == L'\x01') {
-            letter = L'\0';
-        }
-    }
-    return filter;
-}
-
 /// The path of the first dropped file; further files are not looked at.
 std::wstring FirstDroppedFile(HDROP drop) {
     std::wstring path(DragQueryFileW(drop, 0, nullptr, 0), L'\0');
@@ -61,7 +50,8 @@ SInput CMainDialog::ReadInput() const {
 
 void CMainDialog::OnBrowse() {
     SetCurrentDirectoryW(FieldText(IDC_FOLDER).c_str());
-    CImageFileDialog dialog(CImageFileDialog::EPurpose::Open, m_window, WideOf(CurrentFolder()), L"", ImageFilter());
+    CImageFileDialog dialog(CImageFileDialog::EPurpose::Open, m_window, WideOf(CurrentFolder()), L"",
+                            FilterOf(kImageFilter));
     if (!dialog.DoModal()) {
         MessageBoxW(m_window, L"You cancelled.", L"No File Chosen", MB_OK | MB_ICONINFORMATION);
         return;
@@ -120,7 +110,8 @@ void CMainDialog::ShowStates(const CommandStates& states) {
 void CMainDialog::OnFullPath() {
     CSelectFolderDialog dialog(Item(IDC_IML_PATH).Text(), m_window);
     if (dialog.DoModal() == IDOK) {
-        Item(IDC_IML_PATH).SetText(dialog.FolderPath());
+        // The separator makes it a folder for the export, which drops a last component that may be a file.
+        Item(IDC_IML_PATH).SetText(WideOf(WithSeparator(Utf8Of(dialog.FolderPath()))));
     }
 }
 

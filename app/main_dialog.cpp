@@ -68,6 +68,7 @@ constexpr SButtonIcon kButtonIcons[] = {
 
 const CMainDialog::SCommand CMainDialog::kCommands[] = {
     {IDC_BROWSE, BN_CLICKED, &CMainDialog::OnBrowse},
+    {IDC_ISO_TO_IML, BN_CLICKED, &CMainDialog::OnIsoToIml},
     {IDC_ISO_TO_CSO, BN_CLICKED, &CMainDialog::OnIsoToCso},
     {IDC_CSO_TO_ISO, BN_CLICKED, &CMainDialog::OnCsoToIso},
     {IDC_FULL_PATH, BN_CLICKED, &CMainDialog::OnFullPath},

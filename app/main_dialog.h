@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "app/input_rules.h"
@@ -15,6 +16,7 @@
 #include "app/ui/status_bar.h"
 #include "app/ui/tool_tip_ctrl.h"
 #include "app/ui/window_animation.h"
+#include "iml/export.h"
 #include "operation/operation.h"
 
 namespace vantrel {
@@ -85,6 +87,10 @@ private:
     void OnIsoToCso();
     void OnCsoToIso();
 
+    // Export to a layout (export_handler.cpp)
+    void OnIsoToIml();
+    std::optional<SChosenLayout> ChooseImlPath();
+
     /// Runs one conversion on the chosen input with this window as its runner.
     void Convert(const std::function<void(const SInput&, COperation&)>& conversion);
     SInput ReadInput() const;
@@ -116,6 +122,7 @@ private:
     UINT_PTR m_effectTimer = 0;
     std::int32_t m_topMostFlag = 0;
     std::int32_t m_effectFlag = 0;
+    std::int32_t m_exportState = 0;  ///< 1 once a layout was chosen, −1 when that was cancelled
     CToolTipCtrl m_toolTip;
 };
 

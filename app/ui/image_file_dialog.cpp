@@ -2,6 +2,7 @@
 
 #include <commdlg.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace vantrel {
@@ -14,6 +15,11 @@ constexpr std::size_t kTitleRoom = 260;
 constexpr wchar_t kAllFiles[] = L"All Files\0*.*\0";
 
 }  // namespace
+
+std::wstring FilterOf(std::wstring stored) {
+    std::replace(stored.begin(), stored.end(), L'\x01', L'\0');
+    return stored;
+}
 
 CImageFileDialog::CImageFileDialog(EPurpose purpose, HWND owner, std::wstring initialFolder, std::wstring initialName,
                                    std::wstring filter, DWORD extraFlags)

@@ -7,6 +7,9 @@
 
 namespace vantrel {
 
+/// A stored filter, in which the character 1 separates labels and patterns, as the dialogs take it.
+std::wstring FilterOf(std::wstring stored);
+
 class CImageFileDialog {
 public:
     enum class EPurpose { Open, Save };

@@ -1,0 +1,48 @@
+// The "iso2iml" button: the export of the chosen image, and the question for the layout's path.
+#include "app/main_dialog.h"
+#include "app/ui/image_file_dialog.h"
+#include "files/native_file.h"
+#include "files/path.h"
+#include "files/utf.h"
+#include "resources/resource_ids.h"
+
+namespace vantrel {
+namespace {
+
+constexpr wchar_t kLayoutFilter[] =
+    L"iml Files (*.iml)\x01*.iml\x01"
+    L"All files (*.*)\x01*.*\x01";
+
+/// The current folder and the path field are taken up to this many characters.
+constexpr std::size_t kPathLimit = 260;
+
+constexpr std::int32_t kLayoutChosen = 1;
+constexpr std::int32_t kChoiceCancelled = -1;
+
+}  // namespace
+
+void CMainDialog::OnIsoToIml() {
+    Convert([this](const SInput& input, COperation& operation) {
+        IsoToIml(
+            input.folder, input.fileName, [this] { return ChooseImlPath(); }, operation);
+    });
+}
+
+std::optional<SChosenLayout> CMainDialog::ChooseImlPath() {
+    CImageFileDialog dialog(CImageFileDialog::EPurpose::Save, m_window, WideOf(CurrentFolder()).substr(0, kPathLimit),
+                            L"", FilterOf(kLayoutFilter));
+    if (!dialog.DoModal()) {
+        m_exportState = kChoiceCancelled;
+        MessageBoxW(m_window, WideOf(kExportCancelledText).c_str(), WideOf(kExportCancelledCaption).c_str(),
+                    MB_OK | MB_ICONINFORMATION);
+        return std::nullopt;
+    }
+    Item(IDC_OUTPUT_FOLDER).SetText(WideOf(WithSeparator(Utf8Of(dialog.FolderPath()))));
+    Item(IDC_OUTPUT_NAME).SetText(dialog.FileName());
+    m_exportState = kLayoutChosen;
+    UpdateWindow(m_window);
+    return SChosenLayout{LayoutPathOf(Utf8Of(FieldText(IDC_OUTPUT_FOLDER)), Utf8Of(FieldText(IDC_OUTPUT_NAME))),
+                         Utf8Of(Item(IDC_IML_PATH).Text().substr(0, kPathLimit))};
+}
+
+}  // namespace vantrel
