@@ -56,6 +56,7 @@ int RunCommandLine(std::vector<std::string> words) {
     AddInspectCommands(app, chosen);
     AddExportCommands(app, chosen);
     AddRawCommands(app, chosen);
+    AddRebuildCommands(app, chosen);
 
     const int usage = Parse(app, std::move(words));
     if (usage != static_cast<int>(EExit::Done)) {

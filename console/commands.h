@@ -17,4 +17,7 @@ void AddRawCommands(CLI::App& app, ChosenCommand& chosen);
 /// info, list
 void AddInspectCommands(CLI::App& app, ChosenCommand& chosen);
 
+/// iml2iso, check-postgap, add-postgap
+void AddRebuildCommands(CLI::App& app, ChosenCommand& chosen);
+
 }  // namespace vantrel

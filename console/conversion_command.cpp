@@ -205,9 +205,13 @@ void AddOptions(CLI::App& app, const SConversionCommand& command, SOptions& opti
     app.add_flag("-q,--quiet", options.quiet, "Say nothing but errors");
     app.add_flag("-k,--keep-going", options.keepGoing, "Go on with the next file after a failure");
     if (command.takesLevel) {
-        app.add_option("-l,--level", options.level, "Compression level, 1 (fast) to 9 (small)")
-            ->check(CLI::Range(1, 9))
-            ->capture_default_str();
+        CLI::Option* level =
+            app.add_option(command.levelOption, options.level, command.levelSummary)->check(CLI::Range(1, 9));
+        if (command.levelRequired) {
+            level->required();
+        } else {
+            level->capture_default_str();
+        }
     }
     if (command.outputName) {
         CLI::Option* output = app.add_option("-o,--output", options.output, "Write to this path (one FILE only)");

@@ -28,6 +28,10 @@ struct SConversionCommand {
     std::string summary;
     std::string examples;
     bool takesLevel = false;
+    /// The option that sets what COperation::CompressionLevel answers, when the command takes it as a count of its own.
+    std::string levelOption = "-l,--level";
+    std::string levelSummary = "Compression level, 1 (fast) to 9 (small)";
+    bool levelRequired = false;
     /// Name of the main output for an input's file name. Empty for a command that changes its input in place.
     std::function<std::string(const std::string& fileName)> outputName;
     /// Paths of further outputs for the path of the main one. May be empty.

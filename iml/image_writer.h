@@ -52,8 +52,8 @@ public:
     /// Puts the image's whole sectors into its volume descriptor.
     void CorrectVolumeSize();
 
-    /// Gives the image its name, shows the end text, runs the completion and deletes the side lists behind it; they stay
-    /// when the completion is left early.
+    /// Gives the image its name, shows the end text, runs the completion and deletes the side lists behind it; they
+    /// stay when the completion is left early.
     void Finish(CSideLists& lists, const char* statusText, const char* doneText);
 
     /// Whether what the window lets pass is refused.

@@ -86,9 +86,9 @@ bool LooksLikeEntry(const CLineBuffer& line) {
 }
 
 CTextReader TextOf(CInputFile& file, std::int64_t start) {
-    return CTextReader([&file](std::int64_t position, std::span<std::uint8_t> buffer) {
-        return file.ReadAt(position, buffer);
-    }, start);
+    return CTextReader(
+        [&file](std::int64_t position, std::span<std::uint8_t> buffer) { return file.ReadAt(position, buffer); },
+        start);
 }
 
 }  // namespace vantrel

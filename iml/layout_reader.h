@@ -21,16 +21,16 @@ bool IsDvdLetter(char letter);
 
 /// The list's beginning: what its count line says and where its entries start.
 struct SListHead {
-    std::int32_t entries = 0;           ///< The count, with the entry of the leading structures.
-    std::int32_t leadingLast = -1;      ///< Last sector of that entry; −1 when the list has none.
-    std::int64_t entriesPosition = 0;   ///< Position in bytes of the line behind that entry.
+    std::int32_t entries = 0;          ///< The count, with the entry of the leading structures.
+    std::int32_t leadingLast = -1;     ///< Last sector of that entry; −1 when the list has none.
+    std::int64_t entriesPosition = 0;  ///< Position in bytes of the line behind that entry.
 };
 
 /// Position behind the `hashes`-th '#' of the layout; nothing when there are fewer.
 std::optional<std::int64_t> FindListHead(CInputFile& layout, int hashes);
 
-/// Reads the count line whose '#' ends at `position`, the column header and the entry of the leading structures; an empty
-/// line ends the reading early. Nothing when no ':' follows.
+/// Reads the count line whose '#' ends at `position`, the column header and the entry of the leading structures; an
+/// empty line ends the reading early. Nothing when no ':' follows.
 std::optional<SListHead> ReadListHead(CInputFile& layout, std::int64_t position, CLineBuffer& line);
 
 /// One placed file.

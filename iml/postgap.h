@@ -17,15 +17,16 @@ inline constexpr std::array<std::uint8_t, 7> kPostgapMark = {'p', 'o', 's', 't',
 
 struct SPostgapRequest {
     std::string imagePath;
-    EUpdateManner manner = EUpdateManner::InPlace;  ///< ReadOnly: report what CheckPostgap would do, and change nothing.
+    EUpdateManner manner =
+        EUpdateManner::InPlace;  ///< ReadOnly: report what CheckPostgap would do, and change nothing.
 };
 
-/// Tells DVD and UMD images and complete CD images (image sectors equal to the volume space size) as such, and appends a
-/// postgap to any other CD image.
+/// Tells DVD and UMD images and complete CD images (image sectors equal to the volume space size) as such, and appends
+/// a postgap to any other CD image.
 void CheckPostgap(const SPostgapRequest& request, COperation& operation);
 
-/// Appends as many zero sectors as the compression level says to a UMD image, and makes the volume space size of UMD and
-/// CD images that of their length. Does nothing when no level is selected. Never with the manner ReadOnly.
+/// Appends as many zero sectors as the compression level says to a UMD image, and makes the volume space size of UMD
+/// and CD images that of their length. Does nothing when no level is selected. Never with the manner ReadOnly.
 void AddSelectivePostgap(const SPostgapRequest& request, COperation& operation);
 
 }  // namespace vantrel

@@ -23,8 +23,8 @@ struct SRebuildRequest {
     std::string gapsPath;     ///< The stored areas that no file covers; may be missing. Used by an exact rebuild only.
 };
 
-/// The names that the window gives to a rebuild of `folder` (with its separator) + `fileName`: everything lies beside the
-/// layout and is named after its base name.
+/// The names that the window gives to a rebuild of `folder` (with its separator) + `fileName`: everything lies beside
+/// the layout and is named after its base name.
 SRebuildRequest WindowRebuild(const std::string& folder, const std::string& fileName);
 
 /// The "vantrel" command: looks at the layout's media letter and calls the rebuild that fits.

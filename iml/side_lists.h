@@ -1,5 +1,5 @@
-// What a rebuild knows of the files to place between its two passes: the entry list (text, a line a file) and the bounds
-// table (32-bit little-endian sector numbers). For the rebuilds only.
+// What a rebuild knows of the files to place between its two passes: the entry list (text, a line a file) and the
+// bounds table (32-bit little-endian sector numbers). For the rebuilds only.
 #pragma once
 
 #include <cstdint>
@@ -20,8 +20,8 @@ public:
     CSideFile& EntryList() { return m_entryList; }
     CSideFile& Bounds() { return m_bounds; }
 
-    /// Puts a file behind the others: "first|last|path" in the entry list, first and last in the bounds table. False when
-    /// that could not be written.
+    /// Puts a file behind the others: "first|last|path" in the entry list, first and last in the bounds table. False
+    /// when that could not be written.
     bool Append(const SListedFile& file);
     /// Ends the bounds table with the two sectors behind the last file, and the writing of both lists.
     bool EndWriting();

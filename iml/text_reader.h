@@ -1,5 +1,5 @@
-// Reading of text files in the way of a C runtime's text mode: characters with CR LF as one line feed, and lines into one
-// buffer of fixed size that keeps what the last line left there. For the layout and its entry list.
+// Reading of text files in the way of a C runtime's text mode: characters with CR LF as one line feed, and lines into
+// one buffer of fixed size that keeps what the last line left there. For the layout and its entry list.
 #pragma once
 
 #include <array>
@@ -11,8 +11,8 @@
 
 namespace vantrel {
 
-/// The one buffer into which lines are read. Characters behind the end of a shorter line are those of earlier lines, and
-/// a line that could not be read leaves the earlier one in place.
+/// The one buffer into which lines are read. Characters behind the end of a shorter line are those of earlier lines,
+/// and a line that could not be read leaves the earlier one in place.
 class CLineBuffer {
 public:
     /// Room for a line's characters with their terminator.
