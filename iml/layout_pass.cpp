@@ -93,6 +93,7 @@ bool CLayoutPass::ListFile(CTextReader& text) {
     CheckLine(text.ReadLine(m_line));
     const std::optional<SListedFile> file = ListedFileOf(m_line);
     if (!file) {
+        CheckListEnds();
         return false;
     }
     CheckSectors(*file);
@@ -109,15 +110,26 @@ void CLayoutPass::CheckLine(bool wasRead) {
         m_operation.Fail(Format("The layout %s ends before the last of its entries", m_request.layoutPath.c_str()));
     }
     if (!LooksLikeEntry(m_line)) {
-        const std::string line(m_line.Text());
-        m_operation.Fail(
-            Format("The layout %s has a line that is no entry: %s", m_request.layoutPath.c_str(), line.c_str()));
+        RefuseLine();
     }
+}
+
+void CLayoutPass::CheckListEnds() {
+    // A name of one character without its closing quote has the length of an empty name.
+    if (IsCareful() && !m_line.Text().ends_with('"')) {
+        RefuseLine();
+    }
+}
+
+void CLayoutPass::RefuseLine() {
+    const std::string line(m_line.Text());
+    m_operation.Fail(
+        Format("The layout %s has a line that is no entry: %s", m_request.layoutPath.c_str(), line.c_str()));
 }
 
 void CLayoutPass::CheckSectors(const SListedFile& file) {
     const auto isOnDisc = [](std::int32_t sector) { return static_cast<std::uint32_t>(sector) < kSectorLimit; };
-    if (IsCareful() && !(isOnDisc(file.first) && isOnDisc(file.last))) {
+    if (!isOnDisc(file.first) || !isOnDisc(file.last)) {
         m_operation.Fail(Format("The layout %s puts %s where no disc has a sector", m_request.layoutPath.c_str(),
                                 file.path.c_str()));
     }

@@ -20,8 +20,8 @@ struct SLayoutRules {
 inline constexpr SLayoutRules kCdRules = {false, 2, 1};
 inline constexpr SLayoutRules kDvdRules = {true, 1, 2};
 
-/// Sectors beyond this one (32 GiB) are on no disc; outside the window a layout that names them is refused, because the
-/// image would only be a hole.
+/// Sectors from this one on (32 GiB) are on no disc. Whatever names one is refused, because the image would be zeros
+/// until the disk is full.
 inline constexpr std::uint32_t kSectorLimit = 1U << 24U;
 
 /// Where a rebuild keeps its lists: as files for the window only.
@@ -53,6 +53,8 @@ private:
     void ListFiles();
     bool ListFile(CTextReader& text);
     void CheckLine(bool wasRead);
+    void CheckListEnds();
+    [[noreturn]] void RefuseLine();
     void CheckSectors(const SListedFile& file);
     void CheckEnd(CTextReader& text);
     void CheckWritten(bool written, const CSideFile& file);

@@ -44,7 +44,7 @@ private:
 
     std::int64_t TrailingPlace(const char* failure) {
         const std::uint32_t place = TrailingPlaceOf(OpenAndReadTrailing(failure, ""));
-        if (m_writer.IsCareful() && place >= kSectorLimit) {
+        if (place >= kSectorLimit) {
             m_operation.Fail(Format("%s puts its last sector where no disc has one", m_request.leadingPath.c_str()));
         }
         return place;
