@@ -3,6 +3,8 @@
 
 #include "console/commands.h"
 #include "files/path.h"
+#include "iml/gap_file.h"
+#include "iml/layout_writer.h"
 #include "iml/postgap.h"
 #include "iml/rebuild.h"
 
@@ -33,20 +35,16 @@ struct SRebuildOptions {
 };
 
 /// The ".ims" file of a layout: named after the layout's base name, or after its whole name, which an export gives it.
-std::string LeadingPathOf(const std::string& layoutPath) {
-    const std::string folder = FolderOf(layoutPath);
-    const std::string byBase = ResolveFileCase(folder + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
-    if (FileKindOf(byBase) == EFileKind::File) {
-        return byBase;
-    }
-    const std::string byName = ResolveFileCase(folder + SplitPath(layoutPath).name + ".ims");
-    return FileKindOf(byName) == EFileKind::File ? byName : byBase;
+std::string FindLeading(const std::string& layoutPath) {
+    const std::string byBase = ResolveFileCase(FolderOf(layoutPath) + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
+    const std::string byName = ResolveFileCase(LeadingPathOf(layoutPath));
+    return FileKindOf(byBase) == EFileKind::Missing && FileKindOf(byName) != EFileKind::Missing ? byName : byBase;
 }
 
 void Rebuild(const SConversionJob& job, const SRebuildOptions& options, COperation& operation) {
     SRebuildRequest request;
     request.layoutPath = job.input;
-    request.leadingPath = LeadingPathOf(job.input);
+    request.leadingPath = FindLeading(job.input);
     request.outputPath = job.output;
     request.manner = job.manner;
     const std::string ownFolder = FolderOf(job.input);
@@ -54,6 +52,7 @@ void Rebuild(const SConversionJob& job, const SRebuildOptions& options, COperati
                                         : !ownFolder.empty()         ? ownFolder
                                                                      : ".");
     request.exact = options.exact;
+    request.gapsPath = ResolveFileCase(GapPathOf(job.input));
     Vantrel(request, operation);
 }
 

@@ -5,6 +5,8 @@
 #include <optional>
 
 #include "files/byte_order.h"
+#include "files/native_file.h"
+#include "iml/gap_file.h"
 #include "iml/image_writer.h"
 #include "iml/layout_path.h"
 #include "iml/trailing_sector.h"
@@ -51,9 +53,14 @@ public:
     void Run() {
         m_writer.Begin(m_pass.IsDvd() ? kImageSector : 0, m_pass.LeadingLast());
         m_writer.BeginPlacing(m_lists);
-        m_length = ImageLength();
+        m_hasGaps = FileKindOf(m_request.gapsPath) != EFileKind::Missing;
+        m_length = m_hasGaps ? OpenGaps() : VolumeLength();
         m_writer.StartProgress(SectorsOf(m_length), m_pass.IsDvd() ? EProgressFill::Dvd : EProgressFill::Cd);
-        if (m_pass.IsDvd()) {
+        // What was stored comes first, so that a file that has grown within its last sector lies over it. Everything
+        // that is not written is zeros.
+        if (m_hasGaps) {
+            RestoreGaps();
+        } else if (m_pass.IsDvd()) {
             WriteTrailingSector();
         }
         PlaceFiles();
@@ -63,23 +70,52 @@ public:
     }
 
 private:
-    /// The image's length in bytes: that of its volume.
-    std::int64_t ImageLength() {
+    std::int64_t OpenGaps() {
+        if (!m_gaps.Open(m_request.gapsPath)) {
+            m_operation.Fail(m_gaps.Problem());
+        }
+        CheckSector(m_gaps.ImageLength() / kImageSector, m_request.gapsPath);
+        return m_gaps.ImageLength();
+    }
+
+    /// Without stored gaps the image is taken to be as long as its volume.
+    std::int64_t VolumeLength() {
         std::array<std::uint8_t, 4> field = {};
         m_writer.Leading().ReadAt(kVolumeSizePosition, field);
         const std::uint32_t sectors = LoadLe32(field);
-        if (sectors >= kSectorLimit) {
-            m_operation.Fail(Format("%s has a volume larger than any disc", m_request.leadingPath.c_str()));
-        }
+        CheckSector(sectors, m_request.leadingPath);
         return sectors * kImageSector;
+    }
+
+    void CheckSector(std::int64_t sector, const std::string& path) {
+        if (sector >= kSectorLimit) {
+            m_operation.Fail(Format("%s asks for an image larger than any disc", path.c_str()));
+        }
+    }
+
+    void RestoreGaps() {
+        for (std::size_t i = 0; i < m_gaps.Areas().size(); ++i) {
+            m_writer.Seek(m_gaps.Areas()[i].position);
+            RestoreGap(i, m_gaps.Areas()[i].length);
+        }
+    }
+
+    void RestoreGap(std::size_t index, std::int64_t length) {
+        std::array<std::uint8_t, kImageSector> block = {};
+        for (std::int64_t done = 0; done < length; done += kImageSector) {
+            const auto piece = std::span(block).first(static_cast<std::size_t>(std::min(length - done, kImageSector)));
+            if (m_gaps.ReadAt(index, done, piece) != piece.size()) {
+                m_operation.Fail(Format("Cannot read all of %s", m_request.gapsPath.c_str()));
+            }
+            m_writer.Write(piece);
+            m_writer.ShowBlockDone();
+        }
     }
 
     void WriteTrailingSector() {
         const TrailingSector sector = ReadTrailingSector(m_writer.Leading());
         const std::uint32_t place = TrailingPlaceOf(sector);
-        if (place >= kSectorLimit) {
-            m_operation.Fail(Format("%s puts its last sector where no disc has one", m_request.leadingPath.c_str()));
-        }
+        CheckSector(place, m_request.leadingPath);
         m_writer.Seek(place * kImageSector);
         m_writer.Write(sector);
         m_writer.ShowBlockDone();
@@ -105,18 +141,11 @@ private:
                                     file.path.c_str(), static_cast<long long>(length),
                                     static_cast<long long>(CPlaceFinder::RoomOf(file))));
         }
-        m_writer.Seek(*first * kImageSector);
-        m_writer.CopyListed(file.path, length);
-        PadBehind(*first * kImageSector + length);
-        m_operation.SetPane(EPane::Bytes, BytesText(m_writer.Output().Size()));
-    }
-
-    /// Zeros from the end of a file to the next sector. Among the leading structures these have the say.
-    void PadBehind(std::int64_t end) {
-        const std::int64_t sectorEnd = SectorsOf(end) * kImageSector;
-        if (end >= m_writer.LeadingLength()) {
-            m_writer.WriteZeros(sectorEnd - end);
+        if (length > 0) {
+            m_writer.Seek(*first * kImageSector);
+            m_writer.CopyListed(file.path, length);
         }
+        m_operation.SetPane(EPane::Bytes, BytesText(m_writer.Output().Size()));
     }
 
     void ExtendToLength() {
@@ -131,6 +160,8 @@ private:
     COperation& m_operation;
     CImageWriter m_writer;
     CPlaceFinder m_places;
+    CGapFileReader m_gaps;
+    bool m_hasGaps = false;
     std::int64_t m_length = 0;
 };
 

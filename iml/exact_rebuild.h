@@ -8,8 +8,9 @@
 
 namespace vantrel {
 
-/// Places every file of the lists at the sector that the layout records, with zeros behind it up to the next sector,
-/// and leaves the volume size as the leading structures have it. A file that does not fit its range ends the rebuild.
+/// Places every file of the lists at the sector that the layout records, puts the stored gaps back, leaves zeros
+/// elsewhere and the volume size as the leading structures have it. A file that does not fit its range ends the
+/// rebuild.
 void RebuildExactly(const SRebuildRequest& request, const CLayoutPass& pass, CSideLists& lists, COperation& operation);
 
 }  // namespace vantrel
