@@ -1,0 +1,138 @@
+// "iso2iml" as a user does it: the image dropped, the button pressed, the system's own save dialog answered.
+#include <algorithm>
+
+#include "files/native_file.h"
+#include "tests/support/image_builder.h"
+#include "tests/window/driver/window_test.h"
+
+namespace vantrel::test {
+namespace {
+
+class ExportWindowTest : public CWindowTest {
+protected:
+    SBuiltImage MakeImage(EImageKind kind) {
+        SImageDescription description;
+        description.kind = kind;
+        description.files = {{"SYSTEM.CNF", TextLikeBytes(61, 1)}, {"DATA/LEVEL.BIN", RandomBytes(5000, 2)}};
+        SBuiltImage image = BuildImage(description);
+        WriteWhole(m_folder / "game.iso", image.bytes);
+        return image;
+    }
+
+    void ExpectEnabled(const CDrivenDialog& dialog, const std::vector<int>& enabled) {
+        for (const int id :
+             {IDC_BROWSE, IDC_ISO_TO_IML, IDC_VANTREL, IDC_ISO_TO_BIN, IDC_BIN_TO_ISO, IDC_CHECK_POSTGAP,
+              IDC_ISO_TO_DAX, IDC_DAX_TO_ISO, IDC_ISO_TO_CSO, IDC_CSO_TO_ISO, IDC_FULL_PATH, IDC_RELATIVE_PATH}) {
+            const bool expected = std::find(enabled.begin(), enabled.end(), id) != enabled.end();
+            EXPECT_EQ(dialog.IsEnabled(id), expected) << id;
+        }
+    }
+
+    /// A layout without its two lines with dates.
+    std::string LayoutWithoutDates(const std::string& path) const {
+        std::string text = ReadText(path);
+        for (const char* beginning : {"\r\nDATE=", "\r\nCREATIONDATE="}) {
+            const std::size_t start = text.find(beginning);
+            EXPECT_NE(start, std::string::npos);
+            text.erase(start, text.find("\r\n", start + 2) - start);
+        }
+        return text;
+    }
+
+    static std::string Lines(std::initializer_list<const char*> lines) {
+        std::string text;
+        for (const char* line : lines) {
+            text += std::string(line) + "\r\n";
+        }
+        return text;
+    }
+};
+
+const std::string kNoName = "\"                                \"";
+
+TEST_F(ExportWindowTest, WritesTheLayoutWhereTheUserWantsIt) {
+    const SBuiltImage image = MakeImage(EImageKind::Cd);
+    CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    dialog.Press(IDC_ISO_TO_IML);
+    const CDrivenFileDialog question = WaitForFileDialog(m_program, kConversion);
+    EXPECT_EQ(FileKindOf(m_folder / "temp1.tmp"), EFileKind::File) << "the walk is over before the question";
+    ExpectEnabled(dialog, {IDC_FULL_PATH, IDC_RELATIVE_PATH});
+    EXPECT_EQ(dialog.Pane(EPane::File), m_folder / "game.iso");
+    question.Choose(m_folder / "layout.iml");
+    const CDrivenBox box = WaitForBox(m_program, kConversion);
+    EXPECT_EQ(box.Text().substr(0, 16), "Export iml done!");
+    EXPECT_TRUE(box.HasIcon());
+    EXPECT_EQ(dialog.Pane(EPane::Percent), "100%");
+    EXPECT_EQ(dialog.Pane(EPane::Status), "Export iml done!");
+    EXPECT_EQ(dialog.Pane(EPane::File), m_folder / "layout.iml");
+    box.Close();
+    Require("end of the conversion", [&] { return dialog.IsEnabled(IDC_BROWSE); });
+    ExpectEnabled(dialog, {IDC_BROWSE, IDC_FULL_PATH, IDC_RELATIVE_PATH});
+    EXPECT_TRUE(dialog.AcceptsDrops());
+    EXPECT_EQ(dialog.Pane(EPane::Percent), "0%");
+    EXPECT_EQ(dialog.Text(IDC_OUTPUT_FOLDER), m_folder.Path());
+    EXPECT_EQ(dialog.Text(IDC_OUTPUT_NAME), "layout.iml");
+    EXPECT_EQ(
+        LayoutWithoutDates(m_folder / "layout.iml"),
+        Lines({"[SYS]", "VERSION=1.00", "MEDIA=CD", "TARGET=PS2", "DISCVERSION=1.00", "[/SYS]", "", "[CUE]"}) +
+            "DISCNAME=" + kNoName + "\r\nPRODUCER=" + kNoName + "\r\nCOPYRIGHT=" + kNoName + "\r\n" +
+            Lines({"PSTYPE=2", "DISCCODE=01", "#Track   Index   Time        Form        Control        LBN",
+                   " 00      00      00:00:00    CDROM2_0    DATA", " 01      00      00:00:00    CDROM2_0    DATA",
+                   " 01      00      00:00:00    CDROM2_0    DATA           0",
+                   " AA      01      00:00:00    CDROM2_0    DATA           0", "[/CUE]", "", "[LOC]",
+                   "# the number of entries: 3", "#Start   End      Mode Fno Path",
+                   "0        23       2.1  0   \"layout.ims\"", "24       24       2.1  0   \"SYSTEM.CNF\"",
+                   "25       27       2.1  0   \"DATA\\LEVEL.BIN\"", "[/LOC]", ""}));
+    EXPECT_TRUE(ReadWhole(m_folder / "layout.ims") == Bytes(image.bytes.begin(), image.bytes.begin() + 24 * 2048));
+    EXPECT_EQ(ReadText(m_folder / "game.iso-LBA.TXT"),
+              Lines({"00000018|0000003D|00000001|\\SYSTEM.CNF", "00000019|00001388|00000003|\\DATA\\LEVEL.BIN"}));
+    EXPECT_EQ(ReadWhole(m_folder / "game.iso.vlt").size(), 20U);
+    EXPECT_EQ(FileKindOf(m_folder / "temp1.tmp"), EFileKind::Missing);
+    EXPECT_EQ(FileKindOf(m_folder / "tmp.tmp"), EFileKind::Missing);
+    dialog.Press(IDC_EXIT);
+    EXPECT_EQ(m_program.WaitForEnd(), 0U);
+}
+
+TEST_F(ExportWindowTest, ACancelledQuestionLeavesTheDialogUsable) {
+    MakeImage(EImageKind::Dvd);
+    CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    dialog.Press(IDC_ISO_TO_IML);
+    WaitForFileDialog(m_program, kConversion).Cancel();
+    const CDrivenBox box = WaitForBox(m_program);
+    EXPECT_EQ(box.Text(), "You cancelled.");
+    EXPECT_EQ(box.Caption(), "No File Chosen");
+    EXPECT_TRUE(box.HasIcon());
+    ExpectEnabled(dialog, {IDC_FULL_PATH, IDC_RELATIVE_PATH});
+    box.Close();
+    Require("browse button", [&] { return dialog.IsEnabled(IDC_BROWSE); });
+    ExpectEnabled(dialog, {IDC_BROWSE, IDC_FULL_PATH, IDC_RELATIVE_PATH});
+    EXPECT_TRUE(dialog.AcceptsDrops());
+    EXPECT_EQ(dialog.Text(IDC_OUTPUT_NAME), "");
+
+    // Dropped once more, the image is exported after all; a name without extension gets the layout's.
+    dialog.Drop({m_folder / "game.iso"});
+    Require("iso2iml button", [&] { return dialog.IsEnabled(IDC_ISO_TO_IML); });
+    dialog.Press(IDC_ISO_TO_IML);
+    WaitForFileDialog(m_program, kConversion).Choose(m_folder / "second");
+    WaitForBox(m_program, kConversion).Close();
+    Require("end of the conversion", [&] { return dialog.IsEnabled(IDC_BROWSE); });
+    const std::string layout = ReadText(m_folder / "second.iml");
+    EXPECT_EQ(layout.at(27), 'D');
+    EXPECT_EQ(ReadWhole(m_folder / "second.ims").size() % 2048, 0U);
+}
+
+TEST_F(ExportWindowTest, ARefusedImageEndsTheProgram) {
+    WriteText(m_folder / "game.iso", "no image at all");
+    CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    dialog.Press(IDC_ISO_TO_IML);
+    const CDrivenBox box = WaitForBox(m_program);
+    EXPECT_EQ(box.Text(), "Code 9999 - invalid file header " + (m_folder / "game.iso"));
+    box.Close();
+    EXPECT_EQ(m_program.WaitForEnd(), 0U);
+}
+
+}  // namespace
+}  // namespace vantrel::test
