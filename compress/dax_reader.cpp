@@ -49,7 +49,7 @@ EDaxFault CDaxReader::ReadFrame(std::uint32_t frame, std::span<const std::uint8_
     if (stored > m_stored.size() || m_file.ReadAt(Position(frame), std::span(m_stored).first(stored)) != stored) {
         return EDaxFault::Read;
     }
-    uLongf length = m_frame.size();
+    auto length = static_cast<uLongf>(m_frame.size());
     if (uncompress(m_frame.data(), &length, m_stored.data(), static_cast<uLong>(stored)) != Z_OK) {
         return EDaxFault::Inflate;
     }
