@@ -1,7 +1,11 @@
 // The conversions behind the buttons of the main dialog: each takes the chosen input, names its files and calls the
 // engine.
+#include "app/converter_process.h"
 #include "app/main_dialog.h"
 #include "compress/cso.h"
+#include "compress/dax.h"
+#include "raw/bin_to_iso.h"
+#include "raw/iso_to_bin.h"
 
 namespace vantrel {
 
@@ -25,6 +29,31 @@ void CMainDialog::OnIsoToCso() {
 void CMainDialog::OnCsoToIso() {
     Convert([](const SInput& input, COperation& operation) {
         CsoToIso(WindowExpansion(input.folder, input.fileName), operation);
+    });
+}
+
+void CMainDialog::OnIsoToDax() {
+    Convert([](const SInput& input, COperation& operation) {
+        IsoToDax(WindowCompression(input.folder, input.fileName, ".dax"), operation);
+    });
+}
+
+void CMainDialog::OnDaxToIso() {
+    Convert([](const SInput& input, COperation& operation) {
+        DaxToIso(WindowDaxExpansion(input.folder, input.fileName), operation);
+    });
+}
+
+void CMainDialog::OnIsoToBin() {
+    Convert([](const SInput& input, COperation& operation) {
+        CConverterProcess converter;
+        IsoToBin({input.folder, input.fileName}, converter, operation);
+    });
+}
+
+void CMainDialog::OnBinToIso() {
+    Convert([](const SInput& input, COperation& operation) {
+        BinToIso(WindowBinToIso(input.folder, input.fileName), operation);
     });
 }
 

@@ -86,6 +86,10 @@ private:
     // Conversions (handlers.cpp)
     void OnIsoToCso();
     void OnCsoToIso();
+    void OnIsoToDax();
+    void OnDaxToIso();
+    void OnIsoToBin();
+    void OnBinToIso();
 
     // Export to a layout (export_handler.cpp)
     void OnIsoToIml();

@@ -49,12 +49,16 @@ bool WriteResourceFile(const std::wstring& fileName, const wchar_t* type, int id
         return false;
     }
     writtenPath = folder + fileName;
+    return WriteResourceTo(writtenPath, type, id);
+}
+
+bool WriteResourceTo(const std::wstring& path, const wchar_t* type, int id) {
     const std::span<const std::uint8_t> bytes = ResourceBytes(type, id);
     if (bytes.empty()) {
         return false;
     }
     COutputFile file;
-    return file.Open(Utf8Of(writtenPath), EOutputManner::InPlace) && file.Write(bytes);
+    return file.Open(Utf8Of(path), EOutputManner::InPlace) && file.Write(bytes);
 }
 
 }  // namespace vantrel

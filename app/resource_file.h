@@ -13,4 +13,7 @@ std::wstring ProgramFolder();
 /// written completely; when the folder cannot be told, a message box says so first.
 bool WriteResourceFile(const std::wstring& fileName, const wchar_t* type, int id, std::wstring& writtenPath);
 
+/// Writes the resource to exactly this path, over an existing file. False like above.
+bool WriteResourceTo(const std::wstring& path, const wchar_t* type, int id);
+
 }  // namespace vantrel
