@@ -4,10 +4,17 @@
 
 namespace vantrel {
 
-bool CToolTipCtrl::Create(HWND owner) {
-    m_owner = owner;
+CToolTipCtrl::~CToolTipCtrl() {
+    if (Exists()) {
+        DestroyWindow(m_window);
+    }
+}
+
+/// The window has no owner: under Wine a dialog that owns a topmost window, as tooltips are, cannot become topmost.
+bool CToolTipCtrl::Create(HWND dialog) {
+    m_dialog = dialog;
     Attach(CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
-                           CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, owner, nullptr,
+                           CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, nullptr, nullptr,
                            GetModuleHandleW(nullptr), nullptr));
     return Exists();
 }
@@ -16,7 +23,7 @@ void CToolTipCtrl::AddTool(HWND control, const wchar_t* text) const {
     TTTOOLINFOW tool{};
     tool.cbSize = TTTOOLINFOW_V2_SIZE;
     tool.uFlags = TTF_IDISHWND;
-    tool.hwnd = m_owner;
+    tool.hwnd = m_dialog;
     tool.uId = reinterpret_cast<UINT_PTR>(control);
     tool.lpszText = const_cast<wchar_t*>(text);  // the control copies it
     Send(TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));

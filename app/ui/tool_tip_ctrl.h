@@ -7,14 +7,20 @@ namespace vantrel {
 
 class CToolTipCtrl : public CWindow {
 public:
-    bool Create(HWND owner);
+    CToolTipCtrl() = default;
+    ~CToolTipCtrl();
+    CToolTipCtrl(const CToolTipCtrl&) = delete;
+    CToolTipCtrl& operator=(const CToolTipCtrl&) = delete;
+
+    /// Makes the tooltips of a dialog's controls.
+    bool Create(HWND dialog);
     /// Gives a control a tooltip.
     void AddTool(HWND control, const wchar_t* text) const;
     /// Shows the tooltips that a message calls for.
     void RelayEvent(const MSG& message) const;
 
 private:
-    HWND m_owner = nullptr;
+    HWND m_dialog = nullptr;
 };
 
 }  // namespace vantrel

@@ -1,0 +1,338 @@
+// The main dialog as a window: place, staying on top, the title effect, the About box, the ways out, the minimised icon
+// and the keyboard.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "app/ui/about_box.h"
+#include "app/ui/memory_bitmap.h"
+#include "files/utf.h"
+#include "tests/window/driver/registered_class.h"
+#include "tests/window/driver/window_query.h"
+#include "tests/window/driver/window_test.h"
+
+namespace vantrel::test {
+namespace {
+
+constexpr UINT_PTR kEffectTimer = 1971;
+constexpr int kOffsetOfEffect = 5;
+constexpr int kLowestRowOfEffect = 80;
+constexpr int kPictureWidth = 575;
+constexpr int kPictureHeight = 330;
+
+/// What the screen shows of a window's client area.
+class CClientPicture {
+public:
+    explicit CClientPicture(HWND window) {
+        RECT client;
+        GetClientRect(window, &client);
+        POINT corner = {0, 0};
+        ClientToScreen(window, &corner);
+        m_width = client.right;
+        const CMemoryBitmap bitmap(client.right, client.bottom);
+        const HDC screen = GetDC(nullptr);
+        BitBlt(bitmap.Dc(), 0, 0, client.right, client.bottom, screen, corner.x, corner.y, SRCCOPY);
+        ReleaseDC(nullptr, screen);
+        GdiFlush();
+        m_pixels.assign(bitmap.Pixels(), bitmap.Pixels() + client.right * client.bottom);
+    }
+
+    COLORREF At(int x, int y) const { return m_pixels[static_cast<std::size_t>(y * m_width + x)] & 0xFFFFFF; }
+    bool operator==(const CClientPicture& other) const { return m_pixels == other.m_pixels; }
+
+private:
+    int m_width = 0;
+    std::vector<std::uint32_t> m_pixels;
+};
+
+/// The picture of the effect as the program carries it.
+class CEffectPicture {
+public:
+    explicit CEffectPicture(const std::string& program) {
+        const HMODULE module = LoadLibraryExW(WideOf(program).c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+        const HANDLE picture =
+            LoadImageW(module, MAKEINTRESOURCEW(IDB_EFFECT_PICTURE), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION);
+        BITMAP facts = {};
+        GetObjectW(picture, sizeof facts, &facts);
+        m_width = facts.bmWidth;
+        m_height = facts.bmHeight;
+        const HDC source = CreateCompatibleDC(nullptr);
+        const HGDIOBJ former = SelectObject(source, picture);
+        BitBlt(m_bitmap.Dc(), 0, 0, kPictureWidth, kPictureHeight, source, 0, 0, SRCCOPY);
+        SelectObject(source, former);
+        DeleteDC(source);
+        DeleteObject(picture);
+        FreeLibrary(module);
+        GdiFlush();
+    }
+
+    int Width() const { return m_width; }
+    int Height() const { return m_height; }
+    /// The colour that point (x, y) of the client area shows while the water rests.
+    COLORREF UnderClientPoint(int x, int y) const {
+        const int row = kPictureHeight - 1 - (kLowestRowOfEffect - y);
+        return m_bitmap.Pixels()[row * kPictureWidth + x - kOffsetOfEffect] & 0xFFFFFF;
+    }
+
+private:
+    CMemoryBitmap m_bitmap{kPictureWidth, kPictureHeight};
+    int m_width = 0;
+    int m_height = 0;
+};
+
+/// The picture once two looks in a row show the same.
+CClientPicture SettledPicture(HWND window) {
+    CClientPicture last(window);
+    Require("settled window", [&] {
+        Sleep(150);
+        CClientPicture now(window);
+        std::swap(last, now);
+        return last == now;
+    });
+    return last;
+}
+
+class CWindowBehaviour : public CWindowTest {
+protected:
+    HWND WaitForWindow(const std::wstring& caption) const {
+        HWND found = nullptr;
+        Require("window " + Utf8Of(caption), [&] {
+            // Without a message: other windows of the program may go while they are looked at.
+            found = FindWindowOf(m_program.ProcessId(), [&](HWND window) {
+                std::array<wchar_t, 64> text = {};
+                InternalGetWindowText(window, text.data(), static_cast<int>(text.size()));
+                return text.data() == caption;
+            });
+            return found != nullptr;
+        });
+        return found;
+    }
+
+    HWND OpenAboutBox(const CDrivenDialog& dialog, WPARAM command) const {
+        PostMessageW(dialog.Window(), WM_SYSCOMMAND, command, 0);
+        return WaitForWindow(L"About quorn_vantrel_v5.0");
+    }
+
+    static std::vector<std::string> TextsOf(HWND window) {
+        std::vector<std::string> texts;
+        for (const HWND child : ChildrenOf(window)) {
+            texts.push_back(TextOf(child));
+        }
+        return texts;
+    }
+
+    /// What the program wrote that a link was opened with.
+    static std::string Note(const std::string& path) {
+        Require("note", [&] {
+            return GetFileAttributesW(WideOf(path).c_str()) != INVALID_FILE_ATTRIBUTES && ReadWhole(path).size() > 5;
+        });
+        const auto bytes = ReadWhole(path);
+        return {bytes.begin(), bytes.end()};
+    }
+};
+
+TEST_F(CWindowBehaviour, OpensInTheMiddleOfTheScreen) {
+    const CDrivenDialog dialog = m_program.Start();
+    const RECT rectangle = dialog.ScreenRectangle();
+    EXPECT_EQ(rectangle.left, GetSystemMetrics(SM_CXSCREEN) / 2 - (rectangle.right - rectangle.left) / 2);
+    EXPECT_EQ(rectangle.top, GetSystemMetrics(SM_CYSCREEN) / 2 - (rectangle.bottom - rectangle.top) / 2);
+}
+
+TEST_F(CWindowBehaviour, StaysOnTopWhileTheBoxIsChecked) {
+    const CDrivenDialog dialog = m_program.Start();
+    EXPECT_FALSE(dialog.IsTopMost());
+    dialog.PressAndWait(IDC_ALWAYS_ON_TOP);
+    EXPECT_TRUE(dialog.IsChecked(IDC_ALWAYS_ON_TOP));
+    EXPECT_TRUE(WaitUntil([&] { return dialog.IsTopMost(); }));
+    dialog.PressAndWait(IDC_ALWAYS_ON_TOP);
+    EXPECT_FALSE(dialog.IsChecked(IDC_ALWAYS_ON_TOP));
+    EXPECT_TRUE(WaitUntil([&] { return !dialog.IsTopMost(); }));
+}
+
+TEST_F(CWindowBehaviour, EffectBoxCannotBeReached) {
+    const CDrivenDialog dialog = m_program.Start();
+    EXPECT_FALSE(dialog.IsVisible(IDC_EFFECT));
+    EXPECT_FALSE(dialog.IsEnabled(IDC_EFFECT));
+    EXPECT_FALSE(dialog.IsChecked(IDC_EFFECT));
+}
+
+TEST_F(CWindowBehaviour, EffectShowsThePictureUnderWater) {
+    const CDrivenDialog dialog = m_program.Start();
+    const CEffectPicture picture(m_program.Folder() + "quorn_vantrel.exe");
+    ASSERT_EQ(picture.Width(), kPictureWidth);
+    ASSERT_EQ(picture.Height(), kPictureHeight);
+    constexpr int kX = 300;
+    constexpr int kY = 4;  // between the title and the first group box
+    const CClientPicture before = SettledPicture(dialog.Window());
+    ASSERT_NE(before.At(kX, kY), picture.UnderClientPoint(kX, kY));
+
+    // The box is hidden and greyed; its command still starts the effect.
+    Ask(dialog.Window(), WM_COMMAND, MAKEWPARAM(IDC_EFFECT, BN_CLICKED),
+        reinterpret_cast<LPARAM>(dialog.Control(IDC_EFFECT)));
+    const auto isStill = [&] {
+        const CClientPicture now(dialog.Window());
+        for (int x = kX - 20; x < kX + 20; ++x) {
+            if (now.At(x, kY) != picture.UnderClientPoint(x, kY)) {
+                return false;
+            }
+        }
+        return true;
+    };
+    Require("picture of the effect", isStill);
+    Ask(dialog.Window(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(kX, kY));
+    Require("ripples of a click", [&] { return !isStill(); });
+    Require("rest after a click", isStill);
+    Ask(dialog.Window(), WM_MOUSEMOVE, 0, MAKELPARAM(kX, kY));
+    Require("ripples of a move", [&] { return !isStill(); });
+    Require("rest after a move", isStill);
+}
+
+TEST_F(CWindowBehaviour, EffectIsDrivenByItsTimerAlone) {
+    const CDrivenDialog dialog = m_program.Start();
+    const CClientPicture before = SettledPicture(dialog.Window());
+    Ask(dialog.Window(), WM_TIMER, 4711);
+    EXPECT_TRUE(SettledPicture(dialog.Window()) == before);
+    Ask(dialog.Window(), WM_TIMER, kEffectTimer);
+    EXPECT_FALSE(SettledPicture(dialog.Window()) == before);
+}
+
+TEST_F(CWindowBehaviour, SystemMenuOpensTheAboutBox) {
+    const CDrivenDialog dialog = m_program.Start();
+    for (const WPARAM command : {IDM_ABOUTBOX, IDM_ABOUTBOX + 5}) {
+        const HWND about = OpenAboutBox(dialog, command);
+        EXPECT_FALSE(IsWindowEnabled(dialog.Window())) << "the box is not modal";
+        PressButton(GetDlgItem(about, IDOK));
+        Require("end of the About box", [&] { return IsWindow(about) == FALSE; });
+        EXPECT_TRUE(IsWindowEnabled(dialog.Window()));
+    }
+}
+
+/// The menu of another process cannot be read, but it can be used: upwards from its start lies its last item.
+TEST_F(CWindowBehaviour, SystemMenuEndsInTheAboutItem) {
+    const CDrivenDialog dialog = m_program.Start();
+    PostMessageW(dialog.Window(), WM_SYSCOMMAND, SC_KEYMENU, L' ');
+    const auto isInMenu = [&] {
+        GUITHREADINFO info = {};
+        info.cbSize = sizeof info;
+        GetGUIThreadInfo(GetWindowThreadProcessId(dialog.Window(), nullptr), &info);
+        return (info.flags & GUI_INMENUMODE) != 0;
+    };
+    Require("open system menu", isInMenu);
+    PostMessageW(dialog.Window(), WM_KEYDOWN, VK_UP, 1);
+    PostMessageW(dialog.Window(), WM_KEYDOWN, VK_RETURN, 1);
+    EXPECT_NE(WaitForWindow(L"About quorn_vantrel_v5.0"), nullptr);
+}
+
+TEST_F(CWindowBehaviour, OtherSystemCommandsAreTheSystems) {
+    const CDrivenDialog dialog = m_program.Start();
+    Ask(dialog.Window(), WM_SYSCOMMAND, SC_MINIMIZE);
+    EXPECT_TRUE(WaitUntil([&] { return IsIconic(dialog.Window()) != FALSE; }));
+}
+
+TEST_F(CWindowBehaviour, AboutBoxTellsNameAndThanks) {
+    const CDrivenDialog dialog = m_program.Start();
+    const HWND about = OpenAboutBox(dialog, IDM_ABOUTBOX);
+    const auto texts = TextsOf(about);
+    const auto has = [&](const std::string& text) {
+        return std::find(texts.begin(), texts.end(), text) != texts.end();
+    };
+    EXPECT_TRUE(has("quorn_vantrel_v5.0"));
+    EXPECT_TRUE(has("OK"));
+    EXPECT_TRUE(has("Greetings"));
+    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [](const std::string& text) {
+        return text.find("Thanks") != std::string::npos &&
+               text.find("DAX compression and decompression code") != std::string::npos;
+    }));
+    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [](const std::string& text) { return text.empty(); }) ||
+                Ask(ChildrenOf(about).front(), STM_GETICON) != 0);
+    Ask(about, WM_CLOSE);
+    Require("end of the About box", [&] { return IsWindow(about) == FALSE; });
+    EXPECT_TRUE(m_program.IsRunning());
+}
+
+TEST_F(CWindowBehaviour, AboutLinksOpenTheirTargets) {
+    struct SLink {
+        int id;
+        const wchar_t* protocol;
+    };
+    const CDrivenDialog dialog = m_program.Start();
+    const HWND about = OpenAboutBox(dialog, IDM_ABOUTBOX);
+    for (const SLink& link : {SLink{IDC_ABOUT_WEB_LINK, L"https"}, SLink{IDC_ABOUT_MAIL_LINK, L"mailto"}}) {
+        const std::string note = m_folder / (std::to_string(link.id) + ".txt");
+        const CRegisteredClass protocol(link.protocol, L"URL:test", L"cmd.exe /c echo %1>" + WideOf(note));
+        const HWND label = GetDlgItem(about, link.id);
+        PostMessageW(label, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+        PostMessageW(label, WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
+        EXPECT_EQ(Note(note).find(Utf8Of(AboutLinkTarget(link.id))), 0U) << Note(note);
+    }
+}
+
+TEST_F(CWindowBehaviour, UnknownLinkHasNoTarget) {
+    EXPECT_STREQ(AboutLinkTarget(IDC_ABOUT_WEB_LINK), L"https://example.org/quorn-vantrel");
+    EXPECT_STREQ(AboutLinkTarget(IDC_ABOUT_MAIL_LINK), L"mailto:quorn-vantrel@example.org");
+    EXPECT_EQ(AboutLinkTarget(IDOK), nullptr);
+}
+
+TEST_F(CWindowBehaviour, ExitEndsTheProcessInOrder) {
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Press(IDC_EXIT);
+    EXPECT_EQ(m_program.WaitForEnd(), 0U);
+}
+
+TEST_F(CWindowBehaviour, CloseBoxEndsTheProcessInOrder) {
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.PressCloseBox();
+    EXPECT_EQ(m_program.WaitForEnd(), 0U);
+}
+
+/// Wine carries no icon handles from one process to another, so that the icon itself is left to the pictures.
+TEST_F(CWindowBehaviour, MinimisedWindowPaintsAndComesBack) {
+    const CDrivenDialog dialog = m_program.Start();
+    const CClientPicture before = SettledPicture(dialog.Window());
+    Ask(dialog.Window(), WM_SYSCOMMAND, SC_MINIMIZE);
+    Require("minimised window", [&] { return IsIconic(dialog.Window()) != FALSE; });
+    Ask(dialog.Window(), WM_PAINT);
+    EXPECT_TRUE(m_program.IsRunning());
+    Ask(dialog.Window(), WM_SYSCOMMAND, SC_RESTORE);
+    Require("restored window", [&] { return IsIconic(dialog.Window()) == FALSE; });
+    EXPECT_TRUE(SettledPicture(dialog.Window()) == before);
+}
+
+TEST_F(CWindowBehaviour, EnterBrowses) {
+    const CDrivenDialog dialog = m_program.Start();
+    PostMessageW(dialog.Control(IDC_BROWSE), WM_KEYDOWN, VK_RETURN, 1);
+    const CDrivenFileDialog chooser = WaitForFileDialog(m_program);
+    chooser.Cancel();
+    EXPECT_TRUE(m_program.IsRunning());
+}
+
+/// The control that has the focus in another program's window.
+HWND FocusOf(HWND dialog) {
+    GUITHREADINFO info = {};
+    info.cbSize = sizeof info;
+    GetGUIThreadInfo(GetWindowThreadProcessId(dialog, nullptr), &info);
+    return info.hwndFocus;
+}
+
+TEST_F(CWindowBehaviour, TabReachesEveryCommandInReadingOrder) {
+    const CDrivenDialog dialog = m_program.Start();
+    SetForegroundWindow(dialog.Window());
+    Require("focus in the dialog", [&] { return FocusOf(dialog.Window()) != nullptr; });
+    std::vector<int> order;
+    for (int press = 0; press < 12; ++press) {
+        const HWND focus = FocusOf(dialog.Window());
+        order.push_back(GetDlgCtrlID(focus));
+        PostMessageW(focus, WM_KEYDOWN, VK_TAB, 1);
+        Require("moved focus", [&] { return FocusOf(dialog.Window()) != focus; });
+        if (FocusOf(dialog.Window()) == dialog.Control(order.front())) {
+            break;
+        }
+    }
+    EXPECT_EQ(order, (std::vector<int>{IDC_BROWSE, IDC_FULL_PATH, IDC_RELATIVE_PATH, IDC_COMPRESSION, IDC_SOUND,
+                                       IDC_ALWAYS_ON_TOP, IDC_EXIT}));
+}
+
+}  // namespace
+}  // namespace vantrel::test
