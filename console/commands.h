@@ -14,7 +14,7 @@ void AddExportCommands(CLI::App& app, ChosenCommand& chosen);
 /// iso2bin, bin2iso
 void AddRawCommands(CLI::App& app, ChosenCommand& chosen);
 
-/// info, list
+/// info, verify, list
 void AddInspectCommands(CLI::App& app, ChosenCommand& chosen);
 
 /// iml2iso, check-postgap, add-postgap

@@ -1,8 +1,13 @@
 #include "console/container_report.h"
 
+#include <array>
 #include <cmath>
 
 #include "compress/cso_reader.h"
+#include "compress/dax_reader.h"
+#include "files/input_file.h"
+#include "operation/text.h"
+#include "raw/sector_check.h"
 
 namespace vantrel {
 
@@ -58,6 +63,68 @@ Report ReportOnCso(const std::string& path) {
     return report;
 }
 
+Report DaxOddities(const CDaxReader& dax) {
+    Report oddities = Report::array();
+    const DaxHeader& header = dax.Header();
+    bool inOrder = true;
+    std::uint64_t end = DaxHeader::kSize + std::uint64_t{dax.FrameCount()} * (kDaxPositionSize + kDaxLengthSize);
+    for (std::uint32_t frame = 0; frame < dax.FrameCount(); ++frame) {
+        inOrder = inOrder && dax.Position(frame) == end;
+        end = std::uint64_t{dax.Position(frame)} + dax.Length(frame);
+    }
+    if (!inOrder) {
+        oddities.push_back("frames do not follow one another without gaps");
+    }
+    if (end != static_cast<std::uint64_t>(dax.FileSize())) {
+        oddities.push_back("the last frame does not end at the end of the file");
+    }
+    if (header.image_size % kUsualBlockSize != 0) {
+        oddities.push_back("the image is not a whole number of sectors");
+    }
+    return oddities;
+}
+
+Report ReportOnDax(const std::string& path) {
+    CDaxReader dax;
+    Report report;
+    if (!dax.Open(path) || dax.ReadHeader() != EDaxFault::None || dax.ReadTables() != EDaxFault::None) {
+        return report;
+    }
+    report["image_size"] = dax.Header().image_size;
+    report["frames"] = dax.FrameCount();
+    report["ratio_percent"] = RatioPercent(dax.FileSize(), dax.Header().image_size);
+    report["oddities"] = DaxOddities(dax);
+    return report;
+}
+
+/// "02:00:16" is written as it stands in the header: minute, second, frame in BCD.
+std::string AddressText(std::span<const std::uint8_t, kRawSectorSize> sector) {
+    return Format("%02x:%02x:%02x", sector[kAddressOffset], sector[kAddressOffset + 1], sector[kAddressOffset + 2]);
+}
+
+Report ReportOnBin(const std::string& path) {
+    CInputFile file;
+    Report report;
+    if (!file.Open(path)) {
+        return report;
+    }
+    std::array<std::uint32_t, 4> kinds = {};
+    std::array<std::uint8_t, kRawSectorSize> sector = {};
+    std::uint32_t count = 0;
+    for (; file.Read(sector) == sector.size(); ++count) {
+        if (count == 0) {
+            report["first_address"] = AddressText(sector);
+        }
+        ++kinds[static_cast<std::size_t>(KindOfSector(sector))];
+    }
+    report["sectors"] = count;
+    report["mode_1"] = kinds[static_cast<std::size_t>(ESectorKind::Mode1)];
+    report["mode_2_form_1"] = kinds[static_cast<std::size_t>(ESectorKind::Mode2Form1)];
+    report["mode_2_form_2"] = kinds[static_cast<std::size_t>(ESectorKind::Mode2Form2)];
+    report["other"] = kinds[static_cast<std::size_t>(ESectorKind::Other)];
+    return report;
+}
+
 }  // namespace
 
 Report ReportOnContainer(const std::string& path, EForm form) {
@@ -65,7 +132,9 @@ Report ReportOnContainer(const std::string& path, EForm form) {
         case EForm::Cso:
             return ReportOnCso(path);
         case EForm::Dax:
+            return ReportOnDax(path);
         case EForm::Bin:
+            return ReportOnBin(path);
         case EForm::Iso:
         case EForm::Iml:
         case EForm::Cue:
@@ -73,6 +142,19 @@ Report ReportOnContainer(const std::string& path, EForm form) {
             break;
     }
     return Report::object();
+}
+
+std::vector<std::string> ContainerProblems(const std::string& path, EForm form) {
+    CCsoReader cso;
+    if (form != EForm::Cso || !cso.Open(path) || cso.ReadHeader() != ECsoFault::None) {
+        return {};
+    }
+    const std::uint64_t left = cso.Header().total_bytes % cso.Header().block_size;
+    if (left == 0) {
+        return {};
+    }
+    return {Format("the last %llu bytes of the image are no whole block and are not stored",
+                   static_cast<unsigned long long>(left))};
 }
 
 }  // namespace vantrel

@@ -1,31 +1,22 @@
-// Commands that look at files: info and list.
+// Commands that look at files: info, verify and list.
 #include <cstdio>
 
 #include "console/commands.h"
 #include "console/container_report.h"
 #include "console/image_report.h"
 #include "console/inspect_command.h"
-#include "console/refused.h"
+#include "console/open_image.h"
+#include "console/verify.h"
 #include "files/input_file.h"
 #include "files/path.h"
 #include "image/contents.h"
-#include "image/image_source.h"
 
 namespace vantrel {
 
 namespace {
 
-std::unique_ptr<CImageSource> OpenOrRefuse(const std::string& file) {
-    std::string problem;
-    std::unique_ptr<CImageSource> image = OpenImage(file, problem);
-    if (!image) {
-        throw CRefused(file + ": " + problem);
-    }
-    return image;
-}
-
 Report Info(const std::string& file) {
-    const std::unique_ptr<CImageSource> image = OpenOrRefuse(file);
+    const std::unique_ptr<CImageSource> image = OpenImageOrRefuse(file);
     CInputFile stored;
     stored.Open(file);
     Report report;
@@ -41,7 +32,7 @@ Report Info(const std::string& file) {
 }
 
 Report List(const std::string& file) {
-    const std::unique_ptr<CImageSource> image = OpenOrRefuse(file);
+    const std::unique_ptr<CImageSource> image = OpenImageOrRefuse(file);
     Report report;
     report["file"] = file;
     report["form"] = NameOf(image->Form());
@@ -59,6 +50,23 @@ void PrintList(const Report& report) {
     }
 }
 
+void AddVerifyCommand(CLI::App& app, ChosenCommand& chosen) {
+    const auto against = std::make_shared<std::string>();
+    SInspectCommand verify;
+    verify.name = "verify";
+    verify.summary = "Read a file whole, check everything in it, and print the sums of its image";
+    verify.examples =
+        "The sums are those by which public disc databases know an image. Exit status 1: something is wrong.\n"
+        "Examples:\n  vantrel verify game.bin\n  vantrel verify game.cso --against game.iso";
+    verify.addOptions = [against](CLI::App& command) {
+        command.add_option("--against", *against, "Compare with the image in this file instead, whatever its form");
+    };
+    verify.inspect = [against](const std::string& file) {
+        return against->empty() ? VerifyImage(file) : CompareImages(file, *against);
+    };
+    AddInspectCommand(app, chosen, std::move(verify));
+}
+
 }  // namespace
 
 void AddInspectCommands(CLI::App& app, ChosenCommand& chosen) {
@@ -68,6 +76,7 @@ void AddInspectCommands(CLI::App& app, ChosenCommand& chosen) {
     info.examples = "Examples:\n  vantrel info game.cso\n  vantrel info --json *.iso | jq .image.kind";
     info.inspect = Info;
     AddInspectCommand(app, chosen, std::move(info));
+    AddVerifyCommand(app, chosen);
 
     SInspectCommand list;
     list.name = "list";

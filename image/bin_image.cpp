@@ -4,7 +4,6 @@
 #include "files/input_file.h"
 #include "image/block_image.h"
 #include "image/forms.h"
-#include "operation/text.h"
 #include "raw/raw_sector.h"
 
 namespace vantrel {
@@ -23,13 +22,14 @@ public:
     }
 
     EForm Form() const override { return EForm::Bin; }
+    const char* BlockNoun() const override { return "sector"; }
 
 private:
     static constexpr auto kRawUnit = static_cast<std::int64_t>(kRawSectorSize);
 
     bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
         if (m_file.ReadAt(static_cast<std::int64_t>(number) * kRawUnit, m_sector) != m_sector.size()) {
-            fault = Format("sector %llu cannot be read", static_cast<unsigned long long>(number));
+            fault = "it cannot be read";
             return false;
         }
         const bool isMode1 = m_sector[kModeOffset] == kMode1;

@@ -9,6 +9,7 @@ namespace vantrel {
 class CBlockImage : public CImageSource {
 public:
     std::int64_t Size() const override { return m_size; }
+    std::uint32_t BlockSize() const override { return m_blockSize; }
     const std::string& Fault() const override { return m_fault; }
     std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override;
 

@@ -2,7 +2,6 @@
 #include "compress/cso_reader.h"
 #include "image/block_image.h"
 #include "image/forms.h"
-#include "operation/text.h"
 
 namespace vantrel {
 
@@ -50,12 +49,13 @@ public:
     }
 
     EForm Form() const override { return EForm::Cso; }
+    const char* BlockNoun() const override { return "block"; }
 
 private:
     bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
         const ECsoFault found = m_cso.ReadBlock(number, content);
         if (found != ECsoFault::None) {
-            fault = Format("block %llu: %s", static_cast<unsigned long long>(number), TextOf(found));
+            fault = TextOf(found);
         }
         return found == ECsoFault::None;
     }

@@ -43,19 +43,20 @@ public:
     }
 
     EForm Form() const override { return EForm::Dax; }
+    const char* BlockNoun() const override { return "frame"; }
 
 private:
     bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
         const EDaxFault found = m_dax.ReadFrame(static_cast<std::uint32_t>(number), content);
         if (found != EDaxFault::None) {
-            fault = Format("frame %llu: %s", static_cast<unsigned long long>(number), TextOf(found));
+            fault = TextOf(found);
             return false;
         }
         const std::int64_t wanted =
             std::min<std::int64_t>(Size() - static_cast<std::int64_t>(number) * kDaxFrameSize, kDaxFrameSize);
         if (static_cast<std::int64_t>(content.size()) != wanted) {
-            fault = Format("frame %llu: its stream expands to %zu bytes instead of %lld",
-                           static_cast<unsigned long long>(number), content.size(), static_cast<long long>(wanted));
+            fault = Format("its stream expands to %zu bytes instead of %lld", content.size(),
+                           static_cast<long long>(wanted));
             return false;
         }
         return true;

@@ -18,7 +18,11 @@ class CImageSource : public CByteSource {
 public:
     virtual EForm Form() const = 0;
 
-    /// Why a read came up short before the end of the image; empty as long as none did.
+    /// Bytes that can only be had together: a damaged place spoils this much.
+    virtual std::uint32_t BlockSize() const = 0;
+    /// What a block is called in this form: "block", "frame" or "sector".
+    virtual const char* BlockNoun() const = 0;
+    /// Why the last read came up short before the end of the image, said of one block: "its stream is damaged".
     virtual const std::string& Fault() const = 0;
 };
 

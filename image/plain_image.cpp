@@ -1,6 +1,7 @@
 // An image that is stored as it is.
 #include "files/input_file.h"
 #include "image/forms.h"
+#include "iso/iso9660.h"
 
 namespace vantrel {
 
@@ -10,13 +11,15 @@ class CPlainImage : public CImageSource {
 public:
     bool Open(const std::string& path) { return m_file.Open(path); }
     EForm Form() const override { return EForm::Iso; }
+    std::uint32_t BlockSize() const override { return static_cast<std::uint32_t>(kSectorSize); }
+    const char* BlockNoun() const override { return "sector"; }
     std::int64_t Size() const override { return m_file.Size(); }
     const std::string& Fault() const override { return m_fault; }
 
     std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override {
         const std::size_t done = m_file.ReadAt(position, buffer);
         if (m_file.HasFailed() && m_fault.empty()) {
-            m_fault = "the file cannot be read at byte " + std::to_string(m_file.Position()) + ": " + LastFileError();
+            m_fault = "it cannot be read: " + LastFileError();
         }
         return done;
     }

@@ -88,7 +88,9 @@ TEST(ImageSource, ADamagedBlockIsNamedAndTheOthersAreRead) {
     ASSERT_TRUE(source) << problem;
     Bytes buffer(5 * 2048);
     EXPECT_EQ(source->ReadAt(0, buffer), 3U * 2048U);
-    EXPECT_EQ(source->Fault(), "block 3: its stream is damaged");
+    EXPECT_EQ(source->Fault(), "its stream is damaged");
+    EXPECT_STREQ(source->BlockNoun(), "block");
+    EXPECT_EQ(source->BlockSize(), 2048U);
     EXPECT_EQ(source->ReadAt(4 * 2048, buffer), buffer.size());
 }
 

@@ -1,0 +1,31 @@
+// The check values by which public disc databases know an image.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace vantrel {
+
+/// CRC-32, MD5 and SHA-1 of bytes that come in pieces. The sums are a library's.
+class CImageDigest {
+public:
+    CImageDigest();
+    CImageDigest(const CImageDigest&) = delete;
+    CImageDigest& operator=(const CImageDigest&) = delete;
+    ~CImageDigest();
+
+    void Update(std::span<const std::uint8_t> bytes);
+
+    /// Lower-case hexadecimal. To be asked for when all bytes have come.
+    std::string Crc32() const;
+    std::string Md5() const;
+    std::string Sha1() const;
+
+private:
+    struct SSums;
+    std::unique_ptr<SSums> m_sums;
+};
+
+}  // namespace vantrel

@@ -1,0 +1,92 @@
+#include "raw/sector_check.h"
+
+#include <algorithm>
+#include <array>
+
+#include "files/byte_order.h"
+#include "raw/edc.h"
+#include "raw/parity.h"
+#include "raw/sector.h"
+
+namespace vantrel {
+
+namespace {
+
+constexpr std::size_t kSubmodeOffset = kSubHeaderOffset + 2;
+constexpr std::size_t kSubHeaderCopy = 4;
+constexpr std::uint8_t kForm2Bit = 0x20;
+constexpr std::size_t kForm2EdcOffset = 2348;
+
+using Sector = std::span<const std::uint8_t, kRawSectorSize>;
+
+bool EdcMatches(Sector sector, std::size_t start, std::size_t edcOffset) {
+    const std::uint32_t stored = LoadLe32(std::span<const std::uint8_t, kEdcSize>(&sector[edcOffset], kEdcSize));
+    return EdcOf(sector.subspan(start, edcOffset - start)) == stored;
+}
+
+/// In Mode 2 the header counts as zero for the parity; in Mode 1 it counts as it is.
+bool ParityMatches(Sector sector, bool headerCounts) {
+    std::array<std::uint8_t, kParityAreaSize> area;
+    std::copy(sector.begin() + kAddressOffset, sector.end(), area.begin());
+    if (!headerCounts) {
+        std::fill_n(area.begin(), kHeaderEnd - kAddressOffset, std::uint8_t{0});
+    }
+    PutParity(area);
+    constexpr std::size_t kParityStart = kPParityOffset - kAddressOffset;
+    return std::equal(area.begin() + kParityStart, area.end(), sector.begin() + kPParityOffset);
+}
+
+bool IsZero(std::span<const std::uint8_t> bytes) {
+    return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte == 0; });
+}
+
+std::uint32_t FromBcd(std::uint8_t bcd) {
+    return static_cast<std::uint32_t>(bcd >> 4U) * 10U + (bcd & 0x0FU);
+}
+
+}  // namespace
+
+ESectorKind KindOfSector(Sector sector) {
+    if (sector[kModeOffset] == kMode1) {
+        return ESectorKind::Mode1;
+    }
+    const auto subHeader = sector.begin() + kSubHeaderOffset;
+    if (sector[kModeOffset] != kMode2 ||
+        !std::equal(subHeader, subHeader + kSubHeaderCopy, subHeader + kSubHeaderCopy)) {
+        return ESectorKind::Other;
+    }
+    return (sector[kSubmodeOffset] & kForm2Bit) != 0 ? ESectorKind::Mode2Form2 : ESectorKind::Mode2Form1;
+}
+
+SSectorFaults CheckSector(Sector sector, std::uint32_t number) {
+    SSectorFaults faults;
+    faults.sync = !std::equal(kSync.begin(), kSync.end(), sector.begin());
+    const auto address = AddressOfSector(number);
+    faults.address = !std::equal(address.begin(), address.end(), sector.begin() + kAddressOffset);
+    switch (KindOfSector(sector)) {
+        case ESectorKind::Mode1:
+            faults.edc = !EdcMatches(sector, kSyncOffset, kMode1EdcOffset);
+            faults.parity = !ParityMatches(sector, true);
+            break;
+        case ESectorKind::Mode2Form1:
+            faults.edc = !EdcMatches(sector, kSubHeaderOffset, kForm1EdcOffset);
+            faults.parity = !ParityMatches(sector, false);
+            break;
+        case ESectorKind::Mode2Form2:
+            faults.edc = !IsZero(sector.subspan(kForm2EdcOffset, kEdcSize)) &&
+                         !EdcMatches(sector, kSubHeaderOffset, kForm2EdcOffset);
+            break;
+        case ESectorKind::Other:
+            faults.kind = true;
+            break;
+    }
+    return faults;
+}
+
+std::uint32_t NumberOfSector(Sector sector) {
+    const std::uint32_t seconds =
+        FromBcd(sector[kAddressOffset]) * kSecondsPerMinute + FromBcd(sector[kAddressOffset + 1]);
+    return seconds * kFramesPerSecond + FromBcd(sector[kAddressOffset + 2]) - kFirstFrame;
+}
+
+}  // namespace vantrel
