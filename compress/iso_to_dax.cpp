@@ -114,7 +114,7 @@ private:
             m_operation.Fail("Error getting file size.\n");  // the image grows while it is read
         }
         std::array<std::uint8_t, kDaxStoredRoom> stored;
-        uLongf length = stored.size();
+        auto length = static_cast<uLongf>(stored.size());
         const int result = compress2(stored.data(), &length, frame.data(), static_cast<uLong>(frame.size()), level);
         if (result == Z_BUF_ERROR) {
             m_operation.Fail("Not enough memory in compressed buffer!\n");

@@ -20,11 +20,14 @@ void Convert(const CTestedProgram& program, const CDrivenDialog& dialog, const s
              const std::string& name) {
     dialog.Choose(program.Folder() + file);
     dialog.Press(button);
-    const auto isHalfDone = [&] { return dialog.Pane(EPane::Percent).starts_with("4") || HasBox(program); };
-    Require("progress of " + name, isHalfDone, kLongConversion);
-    TakePicture(name + "-running", dialog.ScreenRectangle());
+    const auto isHalfDone = [&] {
+        return 2 * dialog.ProgressPosition().value_or(0) > dialog.ProgressRange().value_or(1);
+    };
+    Require(
+        "progress of " + name, [&] { return isHalfDone() || HasBox(program); }, kLongConversion);
+    TakePicture(name + "-running", dialog.ScreenRectangle(), EPictured::Moving);
     const CDrivenBox box = WaitForBox(program, kLongConversion);
-    TakePicture(name + "-done", dialog.ScreenRectangle());
+    TakePicture(name + "-done", dialog.ScreenRectangle(), EPictured::Still);
     std::printf("%s: %s\n", name.c_str(), box.Text().c_str());
     box.Close();
 }
@@ -32,7 +35,7 @@ void Convert(const CTestedProgram& program, const CDrivenDialog& dialog, const s
 void Demonstrate(const std::string& folder) {
     CTestedProgram program(folder);
     const CDrivenDialog dialog = program.Start();
-    TakePicture("start", dialog.ScreenRectangle());
+    TakePicture("start", dialog.ScreenRectangle(), EPictured::Still);
     Convert(program, dialog, "sample.iso", IDC_ISO_TO_CSO, "iso2cso");
     Convert(program, dialog, "sample.cso", IDC_CSO_TO_ISO, "cso2iso");
     dialog.Press(IDC_EXIT);

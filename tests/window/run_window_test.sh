@@ -21,13 +21,20 @@ while :; do
     esac
 done
 
-# Serves one line "@picture NAME LEFT TOP WIDTH HEIGHT" of the program. The title bar and the borders are the window
-# manager's and stand outside of the rectangle.
+# Serves one line "@picture KIND NAME WIDTHxHEIGHT+LEFT+TOP" of the program; what is black around the window is cut off.
 take_picture() {
-    local name=$1 left=$2 top=$3 width=$4 height=$5 border=1 title=22
-    import -window root -crop "$((width + 2 * border))x$((height + title + border))+$((left - border))+$((top - title))" \
-        +repage "$pictures/$name.png"
-    : >"$pictures/$name.taken"
+    local kind=$1 name=$2 rectangle=$3 shot=$pictures/$2 tries
+    for tries in 1 2 3 4 5 6 7 8 9 10; do
+        import -window root -crop "$rectangle" +repage "$shot.ppm"
+        if [ "$kind" = moving ] || cmp -s "$shot.ppm" "$shot.last.ppm"; then
+            break
+        fi
+        mv "$shot.ppm" "$shot.last.ppm"
+    done
+    [ -e "$shot.ppm" ] || mv "$shot.last.ppm" "$shot.ppm"
+    convert "$shot.ppm" -bordercolor black -border 1 -trim +repage -strip "$shot.png"
+    rm -f "$shot.ppm" "$shot.last.ppm"
+    : >"$shot.taken"
 }
 
 $display || exit 1

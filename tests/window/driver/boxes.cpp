@@ -10,8 +10,6 @@ namespace {
 
 /// The control that holds the text of a message box.
 constexpr int kBoxText = 0xFFFF;
-/// The control that holds the icon of a message box.
-constexpr int kBoxIcon = 20;
 
 bool IsFileDialog(HWND window) {
     return GetDlgItem(window, cmb13) != nullptr || GetDlgItem(window, edt1) != nullptr;
@@ -48,8 +46,12 @@ std::string CDrivenBox::Caption() const {
 }
 
 bool CDrivenBox::HasIcon() const {
-    const HWND icon = GetDlgItem(m_window, kBoxIcon);
-    return icon != nullptr && Ask(icon, STM_GETICON) != 0;
+    for (const HWND child : ChildrenOf(m_window)) {
+        if ((GetWindowLongPtrW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON && Ask(child, STM_GETICON) != 0) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void CDrivenBox::Answer(int button) const {

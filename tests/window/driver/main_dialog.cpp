@@ -24,6 +24,14 @@ HWND ChildOfClass(HWND window, const wchar_t* className) {
     return nullptr;
 }
 
+/// The class of the program's own progress bar, which answers to the messages of the native one.
+constexpr wchar_t kProgressClass[] = L"VantrelTimedProgress";
+
+std::optional<int> AskProgressBar(HWND window, UINT message) {
+    const HWND bar = ChildOfClass(window, kProgressClass);
+    return bar == nullptr ? std::nullopt : std::optional<int>(static_cast<int>(Ask(bar, message)));
+}
+
 /// The DROPFILES block of these paths: the header, then every path with its closing zero, then one zero more.
 std::vector<char> DropBlock(const std::vector<std::string>& paths) {
     std::wstring names;
@@ -126,6 +134,14 @@ std::string CDrivenDialog::Pane(EPane pane) const {
     memory.Read(text.data(), text.size() * sizeof(wchar_t));
     text.resize(text.find(L'\0'));
     return Utf8Of(text);
+}
+
+std::optional<int> CDrivenDialog::ProgressPosition() const {
+    return AskProgressBar(m_window, PBM_GETPOS);
+}
+
+std::optional<int> CDrivenDialog::ProgressRange() const {
+    return AskProgressBar(m_window, PBM_GETRANGE);
 }
 
 void CDrivenDialog::Press(int id) const {

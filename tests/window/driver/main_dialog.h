@@ -32,6 +32,10 @@ public:
     /// The text of a pane of the status bar at this moment, also in the middle of a conversion.
     std::string Pane(EPane pane) const;
 
+    /// The position and the end of the range of the progress bar; nothing when there is no bar.
+    std::optional<int> ProgressPosition() const;
+    std::optional<int> ProgressRange() const;
+
     /// Presses a button and returns at once. A greyed button throws.
     void Press(int id) const;
     /// Presses and waits until the dialog has handled it; not for buttons that open another window or convert.

@@ -7,9 +7,14 @@
 
 namespace vantrel::test {
 
-/// Asks the script that reads this program's standard output for a picture of the rectangle, which is widened by the
-/// title bar and borders that the window manager adds, and waits until it is taken. `name` becomes the name of the PNG
-/// file. Without such a script (VANTREL_PICTURES is not set) nothing happens.
-void TakePicture(const std::string& name, const RECT& rectangle);
+enum class EPictured {
+    Still,   ///< Nothing moves: the picture is taken when two in a row are alike.
+    Moving,  ///< At once.
+};
+
+/// Asks the script that reads this program's standard output for a picture of a rectangle of the screen, and waits
+/// until it is taken. `name` becomes the name of the PNG file. Without such a script (VANTREL_PICTURES is not set)
+/// nothing happens.
+void TakePicture(const std::string& name, const RECT& rectangle, EPictured pictured);
 
 }  // namespace vantrel::test

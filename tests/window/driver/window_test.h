@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "files/native_file.h"
 #include "resources/resource_ids.h"
 #include "tests/support/test_folder.h"
 #include "tests/window/driver/tested_program.h"

@@ -1,0 +1,14 @@
+// CSO containers made without the converter's own code, to compare its outputs with.
+#pragma once
+
+#include "tests/support/test_folder.h"
+
+namespace vantrel::test {
+
+/// The container of an image at a compression level (1 to 9).
+Bytes CsoByHand(const Bytes& image, int level);
+
+/// A UMD image of about this many bytes with blocks that compress well, badly and not at all.
+Bytes UmdImage(std::size_t size);
+
+}  // namespace vantrel::test

@@ -1,0 +1,156 @@
+// The main job from a user's chair: an image becomes a container and comes back, with everything that shows on the way.
+#include "tests/window/driver/window_test.h"
+#include "tests/window/journeys/cso_by_hand.h"
+
+namespace vantrel::test {
+namespace {
+
+constexpr std::size_t kSmall = std::size_t{1} << 20;
+constexpr std::size_t kLong = std::size_t{64} << 20;
+
+constexpr int kConversionButtons[] = {IDC_ISO_TO_IML, IDC_VANTREL,    IDC_ISO_TO_BIN,    IDC_BIN_TO_ISO, IDC_ISO_TO_DAX,
+                                      IDC_DAX_TO_ISO, IDC_ISO_TO_CSO, IDC_CHECK_POSTGAP, IDC_CSO_TO_ISO};
+
+class CsoJourney : public CWindowTest {
+protected:
+    void ExpectAllConversionsGreyed(const CDrivenDialog& dialog) {
+        for (const int button : kConversionButtons) {
+            EXPECT_FALSE(dialog.IsEnabled(button)) << "button " << button;
+        }
+    }
+
+    /// The fields of a byte count pane: "123 bytes".
+    std::string BytesOf(const std::string& name) {
+        return std::to_string(ReadWhole(m_folder / name).size()) + " bytes";
+    }
+};
+
+TEST_F(CsoJourney, ImageBecomesContainerAndComesBack) {
+    const Bytes image = UmdImage(kSmall);
+    WriteWhole(m_folder / "game.iso", image);
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    EXPECT_EQ(dialog.Text(IDC_FOLDER), m_folder.Path());
+    EXPECT_FALSE(dialog.AcceptsDrops());
+
+    dialog.Press(IDC_ISO_TO_CSO);
+    const CDrivenBox packed = WaitForBox(m_program, kConversion);
+    EXPECT_EQ(packed.Text(), "Compression iso2cso Done !");
+    EXPECT_TRUE(packed.HasIcon());
+    EXPECT_EQ(dialog.Pane(EPane::Status), "Compression iso2cso Done !");
+    EXPECT_EQ(dialog.Pane(EPane::Percent), "100%");
+    EXPECT_EQ(dialog.Pane(EPane::Bytes), BytesOf("game.cso"));
+    EXPECT_FALSE(dialog.IsEnabled(IDC_BROWSE));
+    packed.Close();
+    Require("enabled browse button", [&] { return dialog.IsEnabled(IDC_BROWSE); });
+    EXPECT_EQ(dialog.Pane(EPane::Percent), "0%");
+    ExpectAllConversionsGreyed(dialog);
+    EXPECT_TRUE(WaitUntil([&] { return !dialog.ProgressPosition().has_value(); }));
+    EXPECT_TRUE(dialog.AcceptsDrops());
+    EXPECT_EQ(ReadWhole(m_folder / "game.cso"), CsoByHand(image, 9));
+
+    dialog.Choose(m_folder / "game.cso");
+    dialog.Press(IDC_CSO_TO_ISO);
+    const CDrivenBox expanded = WaitForBox(m_program, kConversion);
+    EXPECT_EQ(expanded.Text(), "ciso decompress cso2iso Done !");
+    EXPECT_EQ(dialog.Pane(EPane::Status), "ciso decompress cso2iso Done !");
+    EXPECT_EQ(dialog.Pane(EPane::Percent), "100%");
+    expanded.Close();
+    Require("enabled browse button", [&] { return dialog.IsEnabled(IDC_BROWSE); });
+    ExpectAllConversionsGreyed(dialog);
+    EXPECT_TRUE(ReadWhole(m_folder / "new-game.iso") == image);
+    dialog.Press(IDC_EXIT);
+    EXPECT_EQ(m_program.WaitForEnd(), 0u);
+}
+
+TEST_F(CsoJourney, LevelComesFromTheList) {
+    const Bytes image = UmdImage(kSmall);
+    WriteWhole(m_folder / "game.iso", image);
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Select(IDC_COMPRESSION, "1  Default");
+    dialog.Choose(m_folder / "game.iso");
+    dialog.Press(IDC_ISO_TO_CSO);
+    WaitForBox(m_program, kConversion).Close();
+    EXPECT_TRUE(ReadWhole(m_folder / "game.cso") == CsoByHand(image, 1));
+}
+
+TEST_F(CsoJourney, ListWithoutSelectedLevelEndsInSilence) {
+    WriteWhole(m_folder / "game.iso", UmdImage(kSmall));
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    dialog.Select(IDC_COMPRESSION, -1);
+    dialog.Press(IDC_ISO_TO_CSO);
+    Require("greyed buttons", [&] { return !dialog.IsEnabled(IDC_CSO_TO_ISO) && !dialog.IsEnabled(IDC_BROWSE); });
+    ExpectAllConversionsGreyed(dialog);
+    EXPECT_TRUE(dialog.IsEnabled(IDC_COMPRESSION));
+    EXPECT_FALSE(HasBox(m_program));
+    EXPECT_EQ(FileKindOf(m_folder / "game.cso"), EFileKind::Missing);
+}
+
+TEST_F(CsoJourney, WindowLivesWhileItConverts) {
+    WriteWhole(m_folder / "game.iso", UmdImage(kLong));
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    dialog.Press(IDC_ISO_TO_CSO);
+    Require("progress", [&] { return dialog.ProgressPosition().value_or(0) > 100; });
+    EXPECT_EQ(dialog.Pane(EPane::Status), "Compression ISO2CSO, please Wait");
+    ExpectAllConversionsGreyed(dialog);
+    EXPECT_FALSE(dialog.IsEnabled(IDC_BROWSE));
+    EXPECT_FALSE(dialog.IsEnabled(IDC_COMPRESSION));
+    EXPECT_TRUE(dialog.IsEnabled(IDC_EXIT));
+    dialog.PressAndWait(IDC_ALWAYS_ON_TOP);
+    EXPECT_TRUE(dialog.IsChecked(IDC_ALWAYS_ON_TOP));
+    EXPECT_FALSE(HasBox(m_program)) << "the conversion was over before the window was tried";
+    WaitForBox(m_program, kConversion).Close();
+}
+
+TEST_F(CsoJourney, ExitLeavesAnUnfinishedContainer) {
+    const Bytes image = UmdImage(kLong);
+    WriteWhole(m_folder / "game.iso", image);
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    dialog.Press(IDC_ISO_TO_CSO);
+    Require("progress", [&] { return dialog.ProgressPosition().value_or(0) > 100; });
+    dialog.Press(IDC_EXIT);
+    EXPECT_EQ(m_program.WaitForEnd(), 0u);
+    // The index is written last.
+    const Bytes left = ReadWhole(m_folder / "game.cso");
+    ASSERT_GT(left.size(), 24u + 4 * (image.size() / 2048 + 1));
+    EXPECT_EQ(Read32(left, 24), 0u);
+}
+
+TEST_F(CsoJourney, ClosedWindowStillFinishesTheContainer) {
+    const Bytes image = UmdImage(kLong / 4);
+    WriteWhole(m_folder / "game.iso", image);
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    dialog.Press(IDC_ISO_TO_CSO);
+    Require("progress", [&] { return dialog.ProgressPosition().value_or(0) > 10; });
+    dialog.PressCloseBox();
+    EXPECT_EQ(m_program.WaitForEnd(kConversion), 0u);
+    EXPECT_TRUE(ReadWhole(m_folder / "game.cso") == CsoByHand(image, 9));
+}
+
+TEST_F(CsoJourney, NamesInUpperCaseAreFolded) {
+    const Bytes image = UmdImage(kSmall);
+    WriteWhole(m_folder / "GAME.ISO", image);
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "GAME.ISO");
+    EXPECT_EQ(dialog.Text(IDC_FILE_NAME), "game.iso");
+    dialog.Press(IDC_ISO_TO_CSO);
+    WaitForBox(m_program, kConversion).Close();
+    EXPECT_TRUE(ReadWhole(m_folder / "game.cso") == CsoByHand(image, 9));
+}
+
+TEST_F(CsoJourney, IdleWindowIsLeftByExit) {
+    m_program.Start().Press(IDC_EXIT);
+    EXPECT_EQ(m_program.WaitForEnd(), 0u);
+}
+
+TEST_F(CsoJourney, IdleWindowIsLeftByItsCloseBox) {
+    m_program.Start().PressCloseBox();
+    EXPECT_EQ(m_program.WaitForEnd(), 0u);
+}
+
+}  // namespace
+}  // namespace vantrel::test
