@@ -134,6 +134,14 @@ wine_env_make_prefix() {
     wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f 8>&- >>"$WINE_ENV_LOG" 2>&1 </dev/null
     wineserver -k 8>&-
     wineserver -w 8>&-
+    # Wine links the user's folders to the home of the moment; file dialogs show nothing once that is gone.
+    local link
+    for link in "$WINEPREFIX"/drive_c/users/*/*; do
+        if [ -L "$link" ]; then
+            rm "$link"
+            mkdir "$link"
+        fi
+    done
     touch "$WINEPREFIX/.ready"
 }
 
