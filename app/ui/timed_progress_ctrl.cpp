@@ -48,8 +48,9 @@ CTimedProgressCtrl::CTimedProgressCtrl(HWND anchor, std::int32_t total, int fill
     const int width = rect.right - rect.left;
     const int height = rect.bottom - rect.top;
     m_vertical = height > width;
-    CreateWindowExW(WS_EX_STATICEDGE, kClassName, nullptr, WS_CHILD | WS_CLIPSIBLINGS, rect.left, rect.top, width,
-                    height, parent, nullptr, instance, this);
+    // Not clipped by its siblings: the group box around it covers all of it.
+    CreateWindowExW(WS_EX_STATICEDGE, kClassName, nullptr, WS_CHILD, rect.left, rect.top, width, height, parent,
+                    nullptr, instance, this);
     // Above the anchor, and after the group box whose caption names the bar for assistive tools.
     SetWindowPos(m_window, GetWindow(anchor, GW_HWNDPREV), 0, 0, 0, 0,
                  SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
