@@ -2,8 +2,6 @@
 
 #include <dlgs.h>
 
-#include <algorithm>
-
 #include "tests/window/driver/tested_program.h"
 #include "tests/window/driver/window_query.h"
 
@@ -12,11 +10,6 @@ namespace {
 
 /// The control that holds the text of a message box.
 constexpr int kBoxText = 0xFFFF;
-<<<<<<< HEAD
-=======
-/// The control that holds the icon of a message box, in Windows and in Wine.
-constexpr int kBoxIcons[] = {20, 1088};
->>>>>>> 67619bb (Window tests: the start, choosing an input, a conversion; tooltips own no topmost window)
 
 bool IsFileDialog(HWND window) {
     return GetDlgItem(window, cmb13) != nullptr || GetDlgItem(window, edt1) != nullptr;
@@ -53,19 +46,12 @@ std::string CDrivenBox::Caption() const {
 }
 
 bool CDrivenBox::HasIcon() const {
-<<<<<<< HEAD
     for (const HWND child : ChildrenOf(m_window)) {
         if ((GetWindowLongPtrW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON && Ask(child, STM_GETICON) != 0) {
             return true;
         }
     }
     return false;
-=======
-    return std::any_of(std::begin(kBoxIcons), std::end(kBoxIcons), [this](int id) {
-        const HWND icon = GetDlgItem(m_window, id);
-        return icon != nullptr && Ask(icon, STM_GETICON) != 0;
-    });
->>>>>>> 67619bb (Window tests: the start, choosing an input, a conversion; tooltips own no topmost window)
 }
 
 void CDrivenBox::Answer(int button) const {
