@@ -1,5 +1,6 @@
 #include "tests/support/raw_sector_check.h"
 
+#include <array>
 #include <vector>
 
 namespace vantrel::test {
@@ -8,15 +9,15 @@ namespace {
 
 /// The remainder of the message, bit by bit as it is sent (least significant bit of each byte first), times x^32, by
 /// (x^16 + x^15 + x^2 + 1)(x^16 + x^2 + x + 1); first the coefficient of x^31.
-std::vector<bool> EdcRemainder(std::span<const std::uint8_t> message) {
-    std::vector<bool> polynomial(33);
+std::array<bool, 32> EdcRemainder(std::span<const std::uint8_t> message) {
+    std::array<bool, 33> polynomial = {};
     for (const int a : {16, 15, 2, 0}) {
         for (const int b : {16, 2, 1, 0}) {
             const auto power = static_cast<std::size_t>(a + b);
             polynomial[power] = !polynomial[power];
         }
     }
-    std::vector<bool> remainder(32);
+    std::array<bool, 32> remainder = {};
     for (const std::uint8_t byte : message) {
         for (int bit = 0; bit < 8; ++bit) {
             const bool top = remainder[31] != ((byte >> bit & 1) != 0);
@@ -30,7 +31,7 @@ std::vector<bool> EdcRemainder(std::span<const std::uint8_t> message) {
 }
 
 bool IsEdcRight(std::span<const std::uint8_t> message, std::span<const std::uint8_t> stored) {
-    const std::vector<bool> remainder = EdcRemainder(message);
+    const std::array<bool, 32> remainder = EdcRemainder(message);
     for (std::size_t i = 0; i < 32; ++i) {
         if (remainder[31 - i] != ((stored[i / 8] >> (i % 8) & 1) != 0)) {
             return false;

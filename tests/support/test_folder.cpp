@@ -9,7 +9,24 @@
 #include "files/native_file.h"
 #include "files/path.h"
 
+#ifdef _WIN32
+#include "files/utf.h"
+#endif
+
 namespace vantrel::test {
+
+namespace {
+
+/// A UTF-8 path for the streams of the standard library, which on Windows take narrow paths for another encoding.
+std::filesystem::path StreamPath(const std::string& path) {
+#ifdef _WIN32
+    return WideOf(path);
+#else
+    return path;
+#endif
+}
+
+}  // namespace
 
 CTestFolder::CTestFolder() {
     std::random_device random;
@@ -31,7 +48,7 @@ std::vector<std::string> CTestFolder::Names() const {
 }
 
 Bytes ReadWhole(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(StreamPath(path), std::ios::binary);
     EXPECT_TRUE(file.is_open()) << path;
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
@@ -46,7 +63,7 @@ void WriteWhole(const std::string& path, const Bytes& content) {
 }
 
 void WriteText(const std::string& path, std::string_view content) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    std::ofstream file(StreamPath(path), std::ios::binary | std::ios::trunc);
     file.write(content.data(), static_cast<std::streamsize>(content.size()));
     EXPECT_TRUE(file.good()) << path;
 }
