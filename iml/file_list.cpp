@@ -1,6 +1,6 @@
 #include "iml/file_list.h"
 
-#include <array>
+#include <algorithm>
 #include <charconv>
 
 namespace vantrel {
@@ -11,6 +11,7 @@ constexpr std::size_t kStartColumn = 0;
 constexpr std::size_t kSizeColumn = 9;
 constexpr std::size_t kDigits = 8;
 constexpr std::size_t kPathColumn = 28;  // behind three numbers and the separator that begins every path
+constexpr std::size_t kChunkSize = 16U * 1024U;
 constexpr std::size_t kLongestLine = 64U * 1024U;
 
 std::uint32_t NumberAt(const std::string& text, std::size_t column) {
@@ -24,33 +25,39 @@ std::uint32_t NumberAt(const std::string& text, std::size_t column) {
 
 }  // namespace
 
-bool CFileListReader::ReadLine(std::string& text) {
-    text.clear();
-    std::array<std::uint8_t, 1> byte = {};
+bool CFileListReader::FillChunk() {
+    m_chunk.resize(kChunkSize);
+    m_chunk.resize(m_file.Read(m_chunk));
+    m_next = 0;
+    return !m_chunk.empty();
+}
+
+bool CFileListReader::ReadLine() {
+    m_text.clear();
+    bool isWhole = false;
     bool any = false;
-    while (m_file.Read(byte) == 1) {
+    while (!isWhole && (m_next < m_chunk.size() || FillChunk())) {
         any = true;
-        if (byte[0] == '\n') {
-            break;
-        }
-        if (text.size() < kLongestLine) {
-            text += static_cast<char>(byte[0]);
-        }
+        const auto start = m_chunk.begin() + static_cast<std::ptrdiff_t>(m_next);
+        const auto end = std::find(start, m_chunk.end(), static_cast<std::uint8_t>('\n'));
+        const auto room = static_cast<std::ptrdiff_t>(kLongestLine - m_text.size());
+        m_text.append(start, start + std::min(end - start, room));
+        isWhole = end != m_chunk.end();
+        m_next = static_cast<std::size_t>(end - m_chunk.begin()) + (isWhole ? 1 : 0);
     }
-    if (!text.empty() && text.back() == '\r') {
-        text.pop_back();
+    if (!m_text.empty() && m_text.back() == '\r') {
+        m_text.pop_back();
     }
     return any;
 }
 
 bool CFileListReader::Next(SFileListLine& line) {
-    std::string text;
-    if (!ReadLine(text)) {
+    if (!ReadLine()) {
         return false;
     }
-    line.start = NumberAt(text, kStartColumn);
-    line.size = NumberAt(text, kSizeColumn);
-    line.path = text.size() > kPathColumn ? text.substr(kPathColumn) : std::string();
+    line.start = NumberAt(m_text, kStartColumn);
+    line.size = NumberAt(m_text, kSizeColumn);
+    line.path.assign(m_text, std::min(kPathColumn, m_text.size()));
     return true;
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "files/input_file.h"
 
@@ -27,9 +28,13 @@ public:
     bool Next(SFileListLine& line);
 
 private:
-    bool ReadLine(std::string& text);
+    bool ReadLine();
+    bool FillChunk();
 
     CInputFile& m_file;
+    std::string m_text;                 ///< of the line read last
+    std::vector<std::uint8_t> m_chunk;  ///< Read ahead; what is left of it begins at m_next.
+    std::size_t m_next = 0;
 };
 
 }  // namespace vantrel
