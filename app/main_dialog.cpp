@@ -68,6 +68,7 @@ constexpr SButtonIcon kButtonIcons[] = {
 
 const CMainDialog::SCommand CMainDialog::kCommands[] = {
     {IDC_BROWSE, BN_CLICKED, &CMainDialog::OnBrowse},
+    {IDC_VANTREL, BN_CLICKED, &CMainDialog::OnVantrel},
     {IDC_ISO_TO_IML, BN_CLICKED, &CMainDialog::OnIsoToIml},
     {IDC_ISO_TO_CSO, BN_CLICKED, &CMainDialog::OnIsoToCso},
     {IDC_CSO_TO_ISO, BN_CLICKED, &CMainDialog::OnCsoToIso},
@@ -75,6 +76,8 @@ const CMainDialog::SCommand CMainDialog::kCommands[] = {
     {IDC_DAX_TO_ISO, BN_CLICKED, &CMainDialog::OnDaxToIso},
     {IDC_ISO_TO_BIN, BN_CLICKED, &CMainDialog::OnIsoToBin},
     {IDC_BIN_TO_ISO, BN_CLICKED, &CMainDialog::OnBinToIso},
+    {IDC_CHECK_POSTGAP, BN_CLICKED, &CMainDialog::OnCheckPostgap},
+    {IDC_ADD_POSTGAP, BN_CLICKED, &CMainDialog::OnAddSelectivePostgap},
     {IDC_FULL_PATH, BN_CLICKED, &CMainDialog::OnFullPath},
     {IDC_RELATIVE_PATH, BN_CLICKED, &CMainDialog::OnRelativePath},
     {IDC_SOUND, CBN_SELCHANGE, &CMainDialog::OnSoundChange},

@@ -95,6 +95,11 @@ private:
     void OnIsoToIml();
     std::optional<SChosenLayout> ChooseImlPath();
 
+    // Rebuild from a layout, and the postgap (rebuild_handlers.cpp)
+    void OnVantrel();
+    void OnCheckPostgap();
+    void OnAddSelectivePostgap();
+
     /// Runs one conversion on the chosen input with this window as its runner.
     void Convert(const std::function<void(const SInput&, COperation&)>& conversion);
     SInput ReadInput() const;
