@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "console/commands.h"
+#include "files/native_file.h"
 #include "files/path.h"
 #include "iml/export.h"
 #include "iml/gap_file.h"
@@ -41,6 +42,13 @@ struct SExportOptions {
     }
 };
 
+/// The word behind --extract is taken for its folder, also where FILE was meant.
+std::string FolderProblem(const std::string& folder) {
+    return FileKindOf(folder) == EFileKind::File
+               ? folder + " is a file and no folder; give FILE before --extract, or write --extract=FOLDER"
+               : std::string();
+}
+
 void AddOptions(CLI::App& command, SExportOptions& options) {
     command.add_option(
         "--path", options.path,
@@ -49,8 +57,9 @@ void AddOptions(CLI::App& command, SExportOptions& options) {
         command
             .add_option("--extract", options.extractionFolder,
                         "Also write the listed files below this folder (by default that of --path, or else the "
-                        "layout's). Give it behind FILE, or as --extract=FOLDER")
-            ->expected(0, 1);
+                        "layout's)")
+            ->expected(0, 1)
+            ->check(CLI::Validator(FolderProblem, ""));
 }
 
 void Run(const SExportOptions& options, const SConversionJob& job, COperation& operation) {

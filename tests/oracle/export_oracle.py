@@ -171,10 +171,53 @@ def check_console_export(path, image, work):
     check(name + ": console layout with path", without_dates(text), reference.layout(image, "path.ims", "/games/one/"))
 
 
+def refused(*words):
+    """What the console program says when it refuses."""
+    done = subprocess.run((vantrel, "iso2iml") + words, capture_output=True)
+    if done.returncode != 1 or done.stdout:
+        sys.exit("%s: status %d: %s" % (words, done.returncode, done.stdout))
+    return done.stderr.decode()
+
+
+def check_refusals(image, work):
+    """Nothing is written, replaced or left behind, and the message names the file."""
+    layout = os.path.join(work, "out.iml")
+    spoilt = os.path.join(work, "spoilt.iso")
+    with open(spoilt, "wb") as file:
+        file.write(read(image))
+    patch(spoilt, 33792, b"cd-")
+    before = sorted(os.listdir(work))
+    check("refused image", refused(spoilt, "-o", layout),
+          "vantrel iso2iml: Code 9999 - invalid file header %s\n" % spoilt)
+    if "Code 101e - Error Opening " + work + "/none.iso" not in refused(work + "/none.iso"):
+        sys.exit("a missing image is not named")
+    if work + "/none/out.iml" not in refused(image, "-o", work + "/none/out.iml"):
+        sys.exit("a missing folder is not named")
+    if "no-such-folder" not in refused(image, "-o", layout, "--extract=" + work + "/no-such-folder/below"):
+        sys.exit("a missing folder for extraction is not named")
+    check("files after refusals", sorted(os.listdir(work)), before)
+    run(vantrel, "iso2iml", image, "-o", layout, "--extract")
+    written = {name: os.stat(os.path.join(work, name)).st_mtime_ns for name in os.listdir(work)}
+    if "out.iml exists already" not in refused(image, "-o", layout, "--extract"):
+        sys.exit("an existing layout is not named")
+    check("files after a refusal", {name: os.stat(os.path.join(work, name)).st_mtime_ns for name in os.listdir(work)},
+          written)
+    os.remove(layout)
+    os.remove(os.path.join(work, "out.ims"))
+    os.remove(os.path.join(work, "out.gaps"))
+    if "exists already" not in refused(image, "-o", layout, "--extract"):
+        sys.exit("an existing file is not named")
+    if os.path.exists(layout):
+        sys.exit("a layout was written for a refused extraction")
+    run(vantrel, "iso2iml", image, "-f", "-o", layout, "--extract")
+
+
 def main():
     with tempfile.TemporaryDirectory() as folder:
         run(export_images, "make", folder)
         images = sorted(os.path.join(folder, name) for name in os.listdir(folder)) + master_images(folder)
+        with tempfile.TemporaryDirectory() as work:
+            check_refusals(images[0], work)
         for path in images:
             image = reference.Image(read(path))
             with tempfile.TemporaryDirectory() as work:

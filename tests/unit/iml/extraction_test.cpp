@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <random>
 
 #include "files/native_file.h"
 #include "files/path.h"
@@ -239,6 +240,30 @@ TEST_F(ExtractionTest, AFailureHalfWayTakesEverythingBack) {
         files += entry.is_regular_file() ? 1 : 0;
     }
     EXPECT_EQ(files, 1U);
+}
+
+TEST_F(ExtractionTest, SpoiltImagesWriteNothingOutsideOfTheFolder) {
+    SetFiles(ManyFiles(12, 3, 9));
+    const SBuiltImage whole = m_image;
+    CTestFolder outside;
+    m_request.layoutPath = outside / "inner/game.iml";
+    m_request.extractionFolder = outside / "inner/";
+    m_request.manner = EOutputManner::CommitReplace;
+    std::mt19937 random(4711);
+    int exported = 0;
+    for (int round = 0; round < 150; ++round) {
+        ASSERT_TRUE(MakeFolder(outside / "inner"));
+        m_image = whole;
+        for (int i = 0; i < 4; ++i) {
+            m_image.bytes[(16 + random() % 12) * 2048 + random() % 400] = static_cast<std::uint8_t>(random());
+        }
+        SaveImage();
+        exported += Failure() == "did not fail" ? 1 : 0;
+        EXPECT_EQ(outside.Names(), std::vector<std::string>{"inner"});
+        std::filesystem::remove_all(outside / "inner");
+    }
+    EXPECT_GT(exported, 10);
+    EXPECT_LT(exported, 150);
 }
 
 TEST_F(ExtractionTest, AnUnknownMediumIsTold) {
