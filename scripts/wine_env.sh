@@ -100,8 +100,12 @@ wine_env_prefix() {
     mkdir -p "$(dirname "$WINEPREFIX")"
     exec 8>"$WINEPREFIX.lock"
     flock 8
-    if [ ! -e "$WINEPREFIX/.ready" ]; then
+    # Made anew whenever the way to make it has changed.
+    local recipe
+    recipe=$(declare -f wine_env_make_prefix)
+    if [ "$recipe" != "$(cat "$WINEPREFIX/.recipe" 2>/dev/null)" ]; then
         wine_env_make_prefix || return 1
+        echo "$recipe" >"$WINEPREFIX/.recipe"
     fi
     flock -u 8
 }
@@ -142,7 +146,6 @@ wine_env_make_prefix() {
             mkdir "$link"
         fi
     done
-    touch "$WINEPREFIX/.ready"
 }
 
 wine_env_stop() {

@@ -144,6 +144,19 @@ std::optional<int> CDrivenDialog::ProgressRange() const {
     return AskProgressBar(m_window, PBM_GETRANGE);
 }
 
+COLORREF CDrivenDialog::ProgressColour(int perMille) const {
+    const HWND bar = ChildOfClass(m_window, kProgressClass);
+    RECT place{};
+    if (bar == nullptr || GetWindowRect(bar, &place) == FALSE) {
+        return CLR_INVALID;
+    }
+    const int x = place.left + MulDiv(place.right - place.left, perMille, 1000);
+    const HDC screen = GetDC(nullptr);
+    const COLORREF colour = GetPixel(screen, x, (place.top + place.bottom) / 2);
+    ReleaseDC(nullptr, screen);
+    return colour;
+}
+
 void CDrivenDialog::Press(int id) const {
     PressButton(Control(id));
 }

@@ -35,6 +35,8 @@ public:
     /// The position and the end of the range of the progress bar; nothing when there is no bar.
     std::optional<int> ProgressPosition() const;
     std::optional<int> ProgressRange() const;
+    /// The colour that the screen shows at this per mille of the bar's width, half way down; CLR_INVALID without a bar.
+    COLORREF ProgressColour(int perMille) const;
 
     /// Presses a button and returns at once. A greyed button throws.
     void Press(int id) const;

@@ -94,6 +94,10 @@ TEST_F(CsoJourney, WindowLivesWhileItConverts) {
     dialog.Press(IDC_ISO_TO_CSO);
     Require("progress", [&] { return dialog.ProgressPosition().value_or(0) > 100; });
     EXPECT_EQ(dialog.Pane(EPane::Status), "Compression ISO2CSO, please Wait");
+    // The bar can be seen: its two ends differ while it is neither empty nor full.
+    const auto isHalfFilled = [&] { return dialog.ProgressColour(20) != dialog.ProgressColour(980); };
+    WaitUntil([&] { return isHalfFilled() || HasBox(m_program); });
+    EXPECT_TRUE(isHalfFilled());
     ExpectAllConversionsGreyed(dialog);
     EXPECT_FALSE(dialog.IsEnabled(IDC_BROWSE));
     EXPECT_FALSE(dialog.IsEnabled(IDC_COMPRESSION));
