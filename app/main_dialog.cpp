@@ -8,6 +8,7 @@
 
 #include "app/message_box.h"
 #include "app/resource_file.h"
+#include "app/ui/accessible_name.h"
 #include "files/native_file.h"
 #include "files/path.h"
 #include "files/utf.h"
@@ -111,6 +112,14 @@ LRESULT CMainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
                 return 0;
             }
             break;
+        case WM_SIZE:
+        case WM_DPICHANGED: {
+            const LRESULT result = Default(message, wParam, lParam);
+            if (m_statusBar.Exists()) {
+                m_statusBar.Reposition();
+            }
+            return result;
+        }
         case WM_DROPFILES:
             OnDropFiles(wParam);
             return 0;
@@ -180,6 +189,7 @@ void CMainDialog::OnInitDialog() {
     m_effectFlag = 1;  // although the box is clear
     m_effectCheck.SetState(BST_UNCHECKED);
     SetButtonIcons();
+    SetAccessibleNames();
     CreateToolTips();
     ShowStates(NoCommands());
     DragAcceptFiles(m_window, TRUE);
@@ -227,6 +237,15 @@ void CMainDialog::SetButtonIcons() {
         m_iconButtons[i].SetHoverCursor(&m_buttonCursor);
         m_iconButtons[i].SetIcon(kButtonIcons[i].iconId);
     }
+}
+
+/// What has no text of its own, or a text that says nothing without the frame around it.
+void CMainDialog::SetAccessibleNames() {
+    SetAccessibleName(Item(IDC_BROWSE).Handle(), L"Open an Image File");
+    SetAccessibleName(Item(IDC_FOLDER).Handle(), L"Folder Path");
+    SetAccessibleName(Item(IDC_FILE_NAME).Handle(), L"IML/ISO File");
+    SetAccessibleName(Item(IDC_COMPRESSION).Handle(), L"DAX/CSO Compression Level");
+    SetAccessibleName(Item(IDC_SOUND).Handle(), L"Sound Options");
 }
 
 void CMainDialog::CreateToolTips() {

@@ -55,6 +55,7 @@ private:
     void CreateStatusBar();
     void TakeWorkFolder();
     void SetButtonIcons();
+    void SetAccessibleNames();
     void CreateToolTips();
     void FillSoundList();
     void AddSoundEntries();

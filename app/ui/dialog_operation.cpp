@@ -12,6 +12,9 @@
 
 namespace vantrel {
 
+CDialogOperation::CDialogOperation(SOperationControls controls)
+    : m_controls(std::move(controls)), m_taskbar(m_controls.dialog) {}
+
 CDialogOperation::~CDialogOperation() {
     m_controls.statusBar.PaintNow();
 }
@@ -25,7 +28,27 @@ void CDialogOperation::SetPane(EPane pane, std::string_view text) {
 }
 
 void CDialogOperation::EnableCommand(ECommand command, bool enabled) {
-    CWindow(GetDlgItem(m_controls.dialog, static_cast<int>(command))).Enable(enabled);
+    const CWindow control(GetDlgItem(m_controls.dialog, static_cast<int>(command)));
+    if (!enabled) {
+        KeepFocusUsable(control.Handle(), command, enabled);
+    }
+    control.Enable(enabled);
+    if (enabled) {
+        KeepFocusUsable(control.Handle(), command, enabled);
+    }
+}
+
+/// The keyboard's focus must not stay on a greyed button, where keys go nowhere. It waits in the sound list, where no
+/// key does harm, and goes on to the browse button when that is enabled again.
+void CDialogOperation::KeepFocusUsable(HWND control, ECommand command, bool enabled) {
+    const HWND focus = GetFocus();
+    const HWND waiting = m_controls.soundList.Handle();
+    const bool leaves = !enabled && focus == control;
+    const bool returns = enabled && command == ECommand::Browse && m_focusMoved && focus == waiting;
+    if (leaves || returns) {
+        m_focusMoved = leaves;
+        SendMessageW(m_controls.dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(leaves ? waiting : control), TRUE);
+    }
 }
 
 void CDialogOperation::AcceptDroppedFiles() {
@@ -58,6 +81,7 @@ void CDialogOperation::PumpMessages() {
     m_controls.statusBar.PaintIfDue();
     if (m_progress) {
         m_progress->PaintIfDue();
+        m_taskbar.ShowIfDue(m_progress->Position(), m_progress->Range());
     }
     vantrel::PumpMessages(m_controls.loop);
 }

@@ -8,6 +8,7 @@
 
 #include "app/ui/message_loop.h"
 #include "app/ui/status_bar.h"
+#include "app/ui/taskbar_progress.h"
 #include "app/ui/timed_progress_ctrl.h"
 #include "app/ui/window.h"
 #include "operation/operation.h"
@@ -32,7 +33,7 @@ class CDialogOperation : public COperation {
 public:
     using COperation::Complete;
 
-    explicit CDialogOperation(SOperationControls controls) : m_controls(std::move(controls)) {}
+    explicit CDialogOperation(SOperationControls controls);
     CDialogOperation(const CDialogOperation&) = delete;
     CDialogOperation& operator=(const CDialogOperation&) = delete;
     ~CDialogOperation() override;
@@ -53,8 +54,12 @@ private:
     void EndWith(std::string_view text) override;
     void PaintNow();
     void ShowInformation(std::string_view text);
+    void KeepFocusUsable(HWND control, ECommand command, bool enabled);
 
     SOperationControls m_controls;
+    CSleepGuard m_sleepGuard;
+    CTaskbarProgress m_taskbar;
+    bool m_focusMoved = false;
     std::unique_ptr<CTimedProgressCtrl> m_progress;
 };
 

@@ -25,6 +25,7 @@ public:
     /// Moves to a position of the range; the position before. 0 when the window no longer exists.
     std::int32_t SetPosition(std::int32_t position, bool redraw);
     std::int32_t Position() const { return m_progress.position; }
+    std::int32_t Range() const { return m_progress.upper; }
 
     void SetCaptions(const SProgressCaptions& captions) { m_captions = captions; }
 
