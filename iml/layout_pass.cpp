@@ -76,6 +76,8 @@ void CLayoutPass::Reopen() {
 }
 
 void CLayoutPass::ListFiles() {
+    const auto behindLeading = static_cast<std::uint32_t>(m_head.leadingLast) + 1;
+    m_lists.BeginBehind(behindLeading < kSectorLimit ? behindLeading : 1);
     CTextReader text = TextOf(m_text, m_head.entriesPosition);
     bool complete = true;
     for (std::int64_t i = 0; i < m_announced && complete; ++i) {

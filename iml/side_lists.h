@@ -20,15 +20,17 @@ public:
     CSideFile& EntryList() { return m_entryList; }
     CSideFile& Bounds() { return m_bounds; }
 
+    /// The sector behind the leading structures, which a list without files ends with.
+    void BeginBehind(std::uint32_t sector) { m_behindLast = sector; }
     /// Puts a file behind the others: "first|last|path" in the entry list, first and last in the bounds table. False
     /// when that could not be written.
     bool Append(const SListedFile& file);
     /// Ends the bounds table with the two sectors behind the last file, and the writing of both lists.
     bool EndWriting();
 
-    /// First sector of the first file; the second entry of an empty table.
+    /// First sector of the first file; without files, the sector behind the leading structures.
     std::uint32_t FirstSector() { return BoundAt(0); }
-    /// The first sector behind the last file.
+    /// The first sector behind the last file, or else behind the leading structures.
     std::uint32_t SectorBehindLast();
 
     /// One file as the second pass sees it.

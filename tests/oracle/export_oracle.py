@@ -226,4 +226,5 @@ def main():
             print("%s: %d files in %d directories" % (os.path.basename(path), len(image.files), len(image.directories)))
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -68,8 +68,6 @@ def rebuilt_dvd(text, leading, folder):
         content = read(folder, path)
         image += content + padding(len(content))
         next_sector = last + 1
-    if not files:
-        next_sector = 1
     place = struct.unpack("<I", trailing[12:16])[0]
     image += bytes(max(0, place - next_sector) * SECTOR) + trailing
     return with_volume_size(image)
