@@ -1,12 +1,15 @@
 #include "iml/export.h"
 
+#include "files/input_file.h"
 #include "files/native_file.h"
 #include "files/path.h"
 #include "iml/extraction.h"
+#include "iml/file_list.h"
 #include "iml/layout_writer.h"
 #include "iml/temporary_folder.h"
 #include "iso/walker.h"
 #include "operation/frame.h"
+#include "operation/text.h"
 
 namespace vantrel {
 
@@ -30,6 +33,33 @@ SExtractionRequest ExtractionOf(const SExportRequest& request, const SWalkReques
     extraction.manner = request.manner;
     extraction.otherOutputs = {request.layoutPath, LeadingPathOf(request.layoutPath)};
     return extraction;
+}
+
+/// Number of listed files that do not lie in the image as a whole. Tracks beside the data of a CD are listed in that
+/// way, and so is what a cut image has lost.
+int CountFilesBeyond(const SWalkRequest& walk) {
+    CInputFile image;
+    CInputFile list;
+    if (!image.Open(ResolveFileCase(walk.imagePath)) || !list.Open(walk.fileListPath)) {
+        return 0;
+    }
+    const std::int64_t length = image.Size();
+    CFileListReader reader(list);
+    int beyond = 0;
+    for (SFileListLine line; reader.Next(line);) {
+        beyond += line.size > 0 && line.start * kSectorSize + line.size > length ? 1 : 0;
+    }
+    return beyond;
+}
+
+void TellDoubts(const SWalkRequest& walk, const SWalkedImage& image, COperation& operation) {
+    if (MediaOf(image.mediaKey) == EMedia::Unknown) {
+        operation.Notify("The image is of no known medium; the layout names none and cannot be rebuilt");
+    }
+    const int beyond = CountFilesBeyond(walk);
+    if (beyond > 0) {
+        operation.Notify(Format("%s ends before %d of the listed files do", walk.imagePath.c_str(), beyond));
+    }
 }
 
 }  // namespace
@@ -66,9 +96,7 @@ void ExportImage(const SExportRequest& request, COperation& operation) {
     }
     const SWalkRequest walk = PrivateWalk(request.imagePath, sideFolder.Path());
     const SWalkedImage image = WalkIsoImage(walk, operation);
-    if (MediaOf(image.mediaKey) == EMedia::Unknown) {
-        operation.Notify("The image is of no known medium; the layout names none and cannot be rebuilt");
-    }
+    TellDoubts(walk, image, operation);
     SLayoutRequest layout;
     layout.layoutPath = request.layoutPath;
     layout.folderText = request.folderText;

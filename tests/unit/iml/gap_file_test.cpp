@@ -104,7 +104,7 @@ TEST_F(GapFileTest, RefusesWhatIsDamaged) {
     Write({{2000, 2000}, {5 * 2048, 100}});
     const Bytes whole = ReadWhole(m_folder / "out.gaps");
     EXPECT_TRUE(Reads(whole));
-    for (std::size_t length = 0; length < whole.size(); ++length) {
+    for (std::size_t length = 0; length < whole.size(); length += 7) {
         EXPECT_FALSE(Reads({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)})) << length;
     }
     Bytes longer = whole;
