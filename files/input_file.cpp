@@ -7,6 +7,8 @@ namespace vantrel {
 namespace {
 
 constexpr std::size_t kBufferSize = 256U * 1024U;
+/// From here on, reading past the buffer costs less than copying out of it.
+constexpr std::size_t kDirectRead = 64U * 1024U;
 
 }  // namespace
 
@@ -56,8 +58,7 @@ std::size_t CInputFile::Read(std::span<std::uint8_t> buffer) {
     while (done < buffer.size()) {
         const std::int64_t offset = m_position - m_bufferStart;
         if (offset < 0 || offset >= static_cast<std::int64_t>(m_bufferLength)) {
-            if (buffer.size() - done >= kBufferSize) {
-                // What would fill the buffer goes past it.
+            if (buffer.size() - done >= kDirectRead) {
                 if (!MoveToPosition()) {
                     break;
                 }

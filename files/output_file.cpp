@@ -10,6 +10,8 @@ namespace vantrel {
 namespace {
 
 constexpr std::size_t kPendingLimit = 256U * 1024U;
+/// From here on, writing past the buffer costs less than copying into it.
+constexpr std::size_t kDirectWrite = 64U * 1024U;
 constexpr std::int64_t kShortestHole = 64 * 1024;
 constexpr int kTemporaryNameTries = 100;
 
@@ -78,7 +80,7 @@ bool COutputFile::Write(std::span<const std::uint8_t> bytes) {
     if (m_manner == EOutputManner::InPlace) {
         return m_file.Write(bytes) == bytes.size() || NoteFailure();
     }
-    if (bytes.size() >= kPendingLimit) {
+    if (bytes.size() >= kDirectWrite) {
         return Flush() && (m_file.Write(bytes) == bytes.size() || NoteFailure());
     }
     m_pending.insert(m_pending.end(), bytes.begin(), bytes.end());

@@ -17,7 +17,7 @@ namespace vantrel {
 namespace {
 
 /// Sectors that are read at once.
-constexpr std::int64_t kPieceSectors = 256;
+constexpr std::int64_t kPieceSectors = 64;
 constexpr auto kRawUnit = static_cast<std::int64_t>(kRawSectorSize);
 
 /// A stretch of raw sectors as read; what could not be read is zero.

@@ -11,7 +11,7 @@ namespace vantrel {
 namespace {
 
 /// Sectors of one piece of work: large enough that handing it over costs nothing, small enough for the caches.
-constexpr std::uint32_t kPieceSectors = 256;
+constexpr std::uint32_t kPieceSectors = 64;
 
 /// A stretch of raw sectors.
 class CRawPiece {

@@ -63,7 +63,7 @@ TEST(BinToIso, CallsComeInOrder) {
 }
 
 TEST(BinToIso, PiecesJoinWithoutASeam) {
-    for (const std::size_t sectors : {1, 255, 256, 257, 600}) {
+    for (const std::size_t sectors : {1, 63, 64, 65, 128, 192, 600}) {
         for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
             const CTestFolder folder;
             const Bytes raw = RawSectors(sectors);
