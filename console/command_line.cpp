@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "console/commands.h"
+#include "console/help_formatter.h"
 #include "console/interrupt.h"
 
 namespace vantrel {
@@ -15,23 +16,6 @@ constexpr const char* kDescription =
 
 /// What Parse gives when the words asked for help or the version, which has then been printed.
 constexpr int kHelpShown = -1;
-
-/// Help in the words of this program: commands rather than subcommands, paths rather than texts.
-class CHelpFormatter : public CLI::Formatter {
-public:
-    CHelpFormatter() {
-        label("Subcommands", "Commands");
-        label("REQUIRED", "");
-        label("TEXT", "PATH");
-        label("INT", "N");
-    }
-
-    std::string make_usage(const CLI::App* app, std::string /*name*/) const override {
-        const bool whole = app->get_parent() == nullptr;
-        return whole ? "Usage: vantrel COMMAND [options] FILE...\n       vantrel COMMAND --help\n"
-                     : "Usage: vantrel " + app->get_name() + " [options] FILE...\n";
-    }
-};
 
 int Parse(CLI::App& app, std::vector<std::string> words) {
     // CLI11 takes the words from the back.
@@ -57,6 +41,9 @@ int RunCommandLine(std::vector<std::string> words) {
     AddExportCommands(app, chosen);
     AddRawCommands(app, chosen);
     AddRebuildCommands(app, chosen);
+    for (CLI::App* command : app.get_subcommands({})) {
+        command->group("Commands");
+    }
 
     const int usage = Parse(app, std::move(words));
     if (usage != static_cast<int>(EExit::Done)) {
