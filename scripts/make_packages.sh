@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# Puts built programs into packages; ./package builds them first.
+#
+#   make_packages.sh VANTREL WINDOWS_PROGRAMS TARGET
+set -euo pipefail
+program=$(realpath "$1")
+windows=$(realpath "$2")
+target=$(realpath -m "$3")
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+version=$("$program" --version | cut -d ' ' -f 2)
+rm -rf "$target"
+mkdir -p "$target"
+
+make_zip() {
+    local name=quorn_vantrel-$version-windows stage=$target/zip
+    mkdir -p "$stage/$name"
+    cp "$windows/quorn_vantrel.exe" "$windows/vantrel.exe" "$stage/$name/"
+    cp -r README.md LICENSE CHANGELOG.md docs "$stage/$name/"
+    (cd "$stage" && python3 -m zipfile -c "$target/$name.zip" "$name")
+    rm -rf "$stage"
+    echo "$target/$name.zip"
+}
+
+# The libraries that the program needs, as dpkg-shlibdeps finds them.
+dependencies_of() {
+    local scratch
+    scratch=$(mktemp -d)
+    mkdir "$scratch/debian"
+    printf 'Source: vantrel\nPackage: vantrel\nArchitecture: any\n' >"$scratch/debian/control"
+    (cd "$scratch" && dpkg-shlibdeps -O "$1" 2>/dev/null) | sed 's/^shlibs:Depends=//'
+    rm -rf "$scratch"
+}
+
+make_deb() {
+    local architecture stage=$target/deb name
+    architecture=$(dpkg --print-architecture)
+    name=vantrel_${version}_$architecture.deb
+    install -Ds -m 755 "$program" "$stage/usr/bin/vantrel"
+    scripts/make_manual.py "$program" "$target/manual"
+    install -D -m 644 "$target/manual/vantrel.1" "$stage/usr/share/man/man1/vantrel.1"
+    gzip -9n "$stage/usr/share/man/man1/vantrel.1"
+    install -D -m 644 "$target/manual/vantrel.bash" "$stage/usr/share/bash-completion/completions/vantrel"
+    install -D -m 644 "$target/manual/_vantrel" "$stage/usr/share/zsh/vendor-completions/_vantrel"
+    install -D -m 644 "$target/manual/vantrel.fish" "$stage/usr/share/fish/vendor_completions.d/vantrel.fish"
+    install -D -m 644 LICENSE "$stage/usr/share/doc/vantrel/copyright"
+    install -D -m 644 -t "$stage/usr/share/doc/vantrel" README.md CHANGELOG.md
+    mkdir -p "$stage/DEBIAN"
+    cat >"$stage/DEBIAN/control" <<TEXT
+Package: vantrel
+Version: $version
+Architecture: $architecture
+Maintainer: The quorn_vantrel authors <quorn-vantrel@example.org>
+Installed-Size: $(du -sk "$stage/usr" | cut -f 1)
+Depends: $(dependencies_of "$program")
+Section: utils
+Priority: optional
+Description: converter of PlayStation 2 and PSP disc images
+ Converts disc images between ISO, IML layout, BIN/CUE, CSO and DAX, checks
+ them, and lists and extracts what they hold.
+TEXT
+    dpkg-deb --root-owner-group --build "$stage" "$target/$name" >/dev/null
+    rm -rf "$stage"
+    echo "$target/$name"
+}
+
+make_zip
+make_deb
