@@ -38,6 +38,7 @@ int RunCommandLine(std::vector<std::string> words) {
     app.formatter(std::make_shared<CHelpFormatter>());
     AddCompressCommands(app, chosen);
     AddInspectCommands(app, chosen);
+    AddExtractCommand(app, chosen);
     AddExportCommands(app, chosen);
     AddRawCommands(app, chosen);
     AddRebuildCommands(app, chosen);

@@ -20,4 +20,7 @@ void AddInspectCommands(CLI::App& app, ChosenCommand& chosen);
 /// iml2iso, check-postgap, add-postgap
 void AddRebuildCommands(CLI::App& app, ChosenCommand& chosen);
 
+/// extract
+void AddExtractCommand(CLI::App& app, ChosenCommand& chosen);
+
 }  // namespace vantrel

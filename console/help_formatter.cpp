@@ -20,7 +20,7 @@ std::string CHelpFormatter::make_usage(const CLI::App* app, std::string /*name*/
 
 std::string CHelpFormatter::make_option_opts(const CLI::Option* option) const {
     if (option->get_positional() || option->get_type_name().empty()) {
-        return option->get_positional() ? "..." : "";
+        return option->get_expected_max() > 1 ? "..." : "";
     }
     const bool isNumber = option->get_type_name().starts_with("INT") || option->get_type_name().starts_with("UINT");
     return isNumber ? " N" : " PATH";

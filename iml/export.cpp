@@ -1,12 +1,13 @@
 #include "iml/export.h"
 
+#include "files/extraction.h"
 #include "files/input_file.h"
 #include "files/native_file.h"
 #include "files/path.h"
-#include "iml/extraction.h"
+#include "files/temporary_folder.h"
 #include "iml/file_list.h"
+#include "iml/gap_file.h"
 #include "iml/layout_writer.h"
-#include "iml/temporary_folder.h"
 #include "iso/walker.h"
 #include "operation/frame.h"
 #include "operation/text.h"
@@ -23,15 +24,12 @@ SWalkRequest PrivateWalk(const std::string& imagePath, const std::string& folder
     return request;
 }
 
-SExtractionRequest ExtractionOf(const SExportRequest& request, const SWalkRequest& walk) {
+SExtractionRequest ExtractionOf(const SExportRequest& request) {
     SExtractionRequest extraction;
     extraction.imagePath = request.imagePath;
-    extraction.fileListPath = walk.fileListPath;
-    extraction.headerCopyPath = walk.headerCopyPath;
     extraction.folder = *request.extractionFolder;
-    extraction.gapPath = GapPathOf(request.layoutPath);
     extraction.manner = request.manner;
-    extraction.otherOutputs = {request.layoutPath, LeadingPathOf(request.layoutPath)};
+    extraction.otherOutputs = {request.layoutPath, LeadingPathOf(request.layoutPath), GapPathOf(request.layoutPath)};
     return extraction;
 }
 
@@ -60,6 +58,61 @@ void TellDoubts(const SWalkRequest& walk, const SWalkedImage& image, COperation&
     if (beyond > 0) {
         operation.Notify(Format("%s ends before %d of the listed files do", walk.imagePath.c_str(), beyond));
     }
+}
+
+std::vector<SExtractedFile> ReadFileList(const std::string& path, COperation& operation) {
+    CInputFile list;
+    if (!list.Open(path)) {
+        operation.Fail("Cannot open " + path);
+    }
+    std::vector<SExtractedFile> files;
+    CFileListReader reader(list);
+    for (SFileListLine line; reader.Next(line);) {
+        if (line.NamesFile()) {
+            files.push_back({line.start * kSectorSize, line.size, line.path});
+        }
+    }
+    return files;
+}
+
+/// Stores what lies between the leading sectors and the files, so that an exact rebuild can put it back.
+void WriteGaps(const SExportRequest& request, const SWalkRequest& walk, CInputFile& image,
+               const std::vector<SExtractedFile>& files, CExtraction& extraction, COperation& operation) {
+    CInputFile header;
+    if (!header.Open(walk.headerCopyPath)) {
+        operation.Fail("Cannot open " + walk.headerCopyPath);
+    }
+    std::vector<SImageArea> covered = {{0, header.Size()}};
+    for (const SExtractedFile& file : files) {
+        covered.push_back({file.position, file.size});
+    }
+    const std::vector<SImageArea> areas = AreasWithData(image, UncoveredAreas(covered, image.Size()));
+    const std::string path = GapPathOf(request.layoutPath);
+    COutputFile output;
+    if (!output.Open(path, request.manner)) {
+        operation.Fail("Cannot create " + path + ": " + LastFileError());
+    }
+    if (!WriteGapFile(image, areas, output) || image.HasFailed()) {
+        operation.Fail("Cannot read " + request.imagePath + " in full");
+    }
+    extraction.Commit(output);
+}
+
+/// The layout with all that it needs to be rebuilt, or nothing of it.
+void ExportWithFiles(const SExportRequest& request, const SWalkRequest& walk, const SLayoutRequest& layout,
+                     const SWalkedImage& walked, COperation& operation) {
+    CInputFile image;
+    if (!image.Open(ResolveFileCase(request.imagePath))) {
+        operation.Fail("Cannot open " + request.imagePath);
+    }
+    const SExtractionRequest extractionRequest = ExtractionOf(request);
+    const std::vector<SExtractedFile> files = ReadFileList(walk.fileListPath, operation);
+    CExtraction extraction(extractionRequest, image, files, operation);
+    extraction.Check();
+    extraction.Write();
+    WriteGaps(request, walk, image, files, extraction, operation);
+    WriteImlLayout(layout, walk, walked, operation);
+    extraction.Keep();
 }
 
 }  // namespace
@@ -102,16 +155,11 @@ void ExportImage(const SExportRequest& request, COperation& operation) {
     layout.folderText = request.folderText;
     layout.manner = request.manner;
     layout.clock = request.clock;
-    if (!request.extractionFolder) {
+    if (request.extractionFolder) {
+        ExportWithFiles(request, walk, layout, image, operation);
+    } else {
         WriteImlLayout(layout, walk, image, operation);
-        return;
     }
-    const SExtractionRequest extractionRequest = ExtractionOf(request, walk);
-    CExtraction extraction(extractionRequest, operation);
-    extraction.Check();
-    extraction.Write();
-    WriteImlLayout(layout, walk, image, operation);
-    extraction.Keep();
 }
 
 }  // namespace vantrel

@@ -1,5 +1,5 @@
 // Which paths of an image may become files.
-#include "iml/extracted_path.h"
+#include "files/extracted_path.h"
 
 #include <gtest/gtest.h>
 

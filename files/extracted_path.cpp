@@ -1,11 +1,11 @@
-#include "iml/extracted_path.h"
+#include "files/extracted_path.h"
 
 #include <algorithm>
 #include <array>
 #include <utility>
 
 #include "files/native_file.h"
-#include "iml/temporary_folder.h"
+#include "files/temporary_folder.h"
 
 namespace vantrel {
 

@@ -1,14 +1,11 @@
-#include "iml/extraction.h"
+#include "files/extraction.h"
 
 #include <algorithm>
 #include <array>
 
+#include "files/extracted_path.h"
 #include "files/path.h"
-#include "iml/extracted_path.h"
-#include "iml/file_list.h"
-#include "iso/iso9660.h"
 #include "operation/frame.h"
-#include "operation/text.h"
 
 namespace vantrel {
 
@@ -23,8 +20,9 @@ std::string ExistingFolder(const std::string& folder) {
 
 }  // namespace
 
-CExtraction::CExtraction(const SExtractionRequest& request, COperation& operation)
-    : m_request(request), m_operation(operation) {}
+CExtraction::CExtraction(const SExtractionRequest& request, CByteSource& image, std::vector<SExtractedFile> files,
+                         COperation& operation)
+    : m_request(request), m_image(image), m_files(std::move(files)), m_operation(operation) {}
 
 CExtraction::~CExtraction() {
     if (m_kept) {
@@ -34,36 +32,15 @@ CExtraction::~CExtraction() {
     std::for_each(m_newFolders.rbegin(), m_newFolders.rend(), RemoveFolder);
 }
 
-void CExtraction::Keep() {
-    m_kept = true;
-}
-
 void CExtraction::Check() {
-    if (!m_image.Open(ResolveFileCase(m_request.imagePath))) {
-        m_operation.Fail("Cannot open " + m_request.imagePath);
-    }
-    ReadList();
     CheckNames();
     CheckClashes();
     CheckTargets();
 }
 
-void CExtraction::ReadList() {
-    CInputFile list;
-    if (!list.Open(m_request.fileListPath)) {
-        m_operation.Fail("Cannot open " + m_request.fileListPath);
-    }
-    CFileListReader reader(list);
-    for (SFileListLine line; reader.Next(line);) {
-        if (line.NamesFile()) {
-            m_files.push_back({line.start * kSectorSize, line.size, line.path});
-        }
-    }
-}
-
 void CExtraction::CheckNames() {
     const std::int64_t imageSize = m_image.Size();
-    for (const SListed& file : m_files) {
+    for (const SExtractedFile& file : m_files) {
         for (const std::string& name : NamesOf(file.path)) {
             const std::string problem = NameProblem(name, kSystemNameRules);
             if (!problem.empty()) {
@@ -79,7 +56,7 @@ void CExtraction::CheckNames() {
 void CExtraction::CheckClashes() {
     std::vector<std::string> paths;
     paths.reserve(m_files.size());
-    for (const SListed& file : m_files) {
+    for (const SExtractedFile& file : m_files) {
         paths.push_back(file.path);
     }
     SPathClash clash = FindClash(paths, false);
@@ -95,13 +72,12 @@ void CExtraction::CheckClashes() {
 
 void CExtraction::CheckTargets() {
     std::vector<std::string> own = m_request.otherOutputs;
-    own.push_back(m_request.gapPath);
     std::sort(own.begin(), own.end());
-    for (const SListed& file : m_files) {
+    for (const SExtractedFile& file : m_files) {
         const std::string target = TargetOf(file.path);
         if (std::binary_search(own.begin(), own.end(), target)) {
             m_operation.Fail("\"" + file.path + "\" cannot be extracted: " + target +
-                             " is written by this export itself");
+                             " is written at the same time for another purpose");
         }
         const EFileKind kind = FileKindOf(target);
         if (kind == EFileKind::Missing) {
@@ -149,19 +125,15 @@ void CExtraction::Write() {
         MakeTrackedFolder(m_request.folder);
     }
     m_operation.StartProgress(ProgressRange(static_cast<std::int64_t>(m_files.size())), EProgressFill::Dvd);
-    for (const SListed& file : m_files) {
+    for (const SExtractedFile& file : m_files) {
         MakeFolders(file.path);
         WriteFile(file);
         m_operation.StepProgress();
         m_operation.PumpMessages();
     }
-    WriteGaps();
-    if (m_image.HasFailed()) {
-        m_operation.Fail("Cannot read " + m_request.imagePath + " in full");
-    }
 }
 
-void CExtraction::WriteFile(const SListed& listed) {
+void CExtraction::WriteFile(const SExtractedFile& listed) {
     COutputFile output;
     const std::string target = TargetOf(listed.path);
     if (!output.Open(target, m_request.manner)) {
@@ -177,10 +149,10 @@ void CExtraction::WriteFile(const SListed& listed) {
         done += static_cast<std::int64_t>(count);
         m_operation.PumpMessages();
     }
-    CommitTracked(output);
+    Commit(output);
 }
 
-void CExtraction::CommitTracked(COutputFile& output) {
+void CExtraction::Commit(COutputFile& output) {
     const bool isNew = FileKindOf(output.TargetPath()) == EFileKind::Missing;
     if (!output.Commit()) {
         m_operation.Fail(output.FailureText());
@@ -188,27 +160,6 @@ void CExtraction::CommitTracked(COutputFile& output) {
     if (isNew) {
         m_newFiles.push_back(output.TargetPath());
     }
-}
-
-void CExtraction::WriteGaps() {
-    CInputFile header;
-    if (!header.Open(m_request.headerCopyPath)) {
-        m_operation.Fail("Cannot open " + m_request.headerCopyPath);
-    }
-    std::vector<SImageArea> covered = {{0, header.Size()}};
-    for (const SListed& file : m_files) {
-        covered.push_back({file.position, file.size});
-    }
-    const std::vector<SImageArea> uncovered = UncoveredAreas(covered, m_image.Size());
-    const std::vector<SImageArea> areas = AreasWithData(m_image, uncovered);
-    COutputFile output;
-    if (!output.Open(m_request.gapPath, m_request.manner)) {
-        m_operation.Fail("Cannot create " + m_request.gapPath + ": " + LastFileError());
-    }
-    if (!WriteGapFile(m_image, areas, output)) {
-        m_operation.Fail("Cannot read " + m_request.imagePath + " in full");
-    }
-    CommitTracked(output);
 }
 
 }  // namespace vantrel

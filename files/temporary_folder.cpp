@@ -1,4 +1,4 @@
-#include "iml/temporary_folder.h"
+#include "files/temporary_folder.h"
 
 #include <random>
 

@@ -1,0 +1,244 @@
+"""info, verify, list and extract over every form of the same image."""
+import hashlib
+import json
+import os
+import shutil
+import subprocess
+import unittest
+import zlib
+
+from support import ConsoleTest
+
+SECTOR = 2048
+RAW = 2352
+
+
+class Inspect(ConsoleTest):
+    def setUp(self):
+        super().setUp()
+        os.makedirs(self.path("src/DIR/SUB"))
+        self.files = {"A.TXT": b"hello\n", "DIR/B.BIN": os.urandom(5000), "DIR/SUB/EMPTY.DAT": b"",
+                      "DIR/SUB/C.BIN": os.urandom(2048)}
+        for name, content in self.files.items():
+            self.write("src/" + name, content)
+        self.master("game.iso", b"PLAYSTATION", b"PLAYSTATION")
+
+    def master(self, name, system, application):
+        """An image that a common tool made, with the marks of a PlayStation 2 CD that is also accepted as PSP's."""
+        subprocess.run(["genisoimage", "-quiet", "-V", "GAME", "-o", self.path(name), self.path("src")], check=True)
+        image = bytearray(self.read(name))
+        image[32776:32776 + 32] = system.ljust(32)
+        image[33342:33342 + 128] = application.ljust(128)
+        image[33792:33800] = b"CD-XA001"
+        self.write(name, image)
+        self.image = bytes(image)
+
+    def make_forms(self):
+        """The same image as CSO, DAX and BIN, and their names."""
+        psp = bytearray(self.image)
+        psp[33342:33345] = b"PSP"
+        self.write("psp.iso", psp)
+        for command in "iso2cso", "iso2dax":
+            self.assert_done(self.run_here(command, "psp.iso"))
+        self.assert_done(self.run_here("iso2bin", "game.iso"))
+        self.psp = bytes(psp)
+
+    def report(self, *words):
+        result = self.run_here(*words, "--json")
+        return result.status, json.loads(result.out)
+
+    def test_info_tells_every_form(self):
+        self.make_forms()
+        for name, form, application in (("game.iso", "ISO", "PLAYSTATION"), ("psp.cso", "CSO", "PSPYSTATION"),
+                                        ("psp.dax", "DAX", "PSPYSTATION"), ("game.bin", "BIN", "PLAYSTATION")):
+            shutil.copy(self.path(name), self.path("renamed.xyz"))
+            status, report = self.report("info", "renamed.xyz")
+            self.assertEqual((status, report["form"]), (0, form))
+            image = report["image"]
+            self.assertEqual((image["volume_identifier"], image["application_identifier"]), ("GAME", application))
+            self.assertEqual((image["files"], image["folders"]), (4, 3))
+            self.assertEqual(image["bytes"], len(self.image))
+            self.assertEqual(image["sectors"], len(self.image) // SECTOR)
+            self.assertEqual(image["volume_sectors"], len(self.image) // SECTOR)
+        self.assertEqual(image["kind"], "PlayStation 2 CD")
+        self.assertEqual(image["postgap"], "complete")
+
+    def test_info_tells_headers(self):
+        self.make_forms()
+        cso = self.report("info", "psp.cso")[1]["container"]
+        self.assertEqual({key: cso[key] for key in ("header_size", "total_bytes", "block_size", "version", "align",
+                                                    "blocks", "oddities")},
+                         {"header_size": 0, "total_bytes": len(self.image), "block_size": 2048, "version": 1,
+                          "align": 0, "blocks": len(self.image) // 2048, "oddities": []})
+        self.assertGreaterEqual(cso["plain_blocks"], 3, "the noise in B.BIN and C.BIN")
+        dax = self.report("info", "psp.dax")[1]["container"]
+        self.assertEqual((dax["image_size"], dax["frames"], dax["oddities"]),
+                         (len(self.image), -(-len(self.image) // 8192), []))
+        raw = self.report("info", "game.bin")[1]["container"]
+        sectors = len(self.image) // SECTOR
+        self.assertEqual(raw, {"sectors": sectors, "first_address": "00:02:00", "mode_1": 0, "mode_2_form_1": sectors,
+                               "mode_2_form_2": 0, "other": 0} | {"first_address": "00:02:00"})
+
+    def test_oddities_are_told(self):
+        self.make_forms()
+        cso = bytearray(self.read("psp.cso"))
+        cso[4:8] = (17).to_bytes(4, "little")
+        cso[20] = 2
+        cso[22] = 1
+        self.write("odd.cso", cso + b"more")
+        oddities = self.report("info", "odd.cso")[1]["container"]["oddities"]
+        self.assertEqual(oddities, ["the header size is neither 0 nor 24", "the version is above 1",
+                                    "reserved bytes are not zero", "the index does not end at the end of the file"])
+
+    def test_postgap_states(self):
+        for sectors, state in ((-150, "missing"), (1, "the length fits no postgap")):
+            length = len(self.image) + sectors * SECTOR
+            self.write("game.iso", self.image[:length].ljust(length, b"\0"))
+            self.assertEqual(self.report("info", "game.iso")[1]["image"]["postgap"], state)
+
+    def test_info_for_people(self):
+        result = self.run_here("info", "game.iso")
+        self.assert_done(result)
+        self.assertIn("form: ISO\n", result.out)
+        self.assertIn("  kind: PlayStation 2 CD\n", result.out)
+        self.assertIn("  volume identifier: GAME\n", result.out)
+
+    def test_what_is_no_image_is_refused(self):
+        self.write("text.iso", b"hello")
+        self.write("empty.iso", b"")
+        os.mkdir(self.path("folder"))
+        for command in "info", "verify", "list", "extract":
+            for name, cause in (("text.iso", "not a disc image that is known here"),
+                                ("empty.iso", "not a disc image that is known here"), ("missing.iso", ""),
+                                ("folder", "")):
+                result = self.run_here(command, name)
+                self.assertEqual((result.status, result.out), (1, ""), (command, name))
+                self.assertIn("vantrel %s: %s: %s" % (command, name, cause), result.err)
+
+    def test_verify_gives_the_sums_of_the_image(self):
+        self.make_forms()
+        for name, image in (("game.iso", self.image), ("psp.cso", self.psp), ("psp.dax", self.psp),
+                            ("game.bin", self.image)):
+            status, report = self.report("verify", name)
+            self.assertEqual((status, report["ok"], report["problems"]), (0, True, []), name)
+            self.assertEqual(report["image"], {
+                "bytes": len(image), "crc32": "%08x" % zlib.crc32(image),
+                "md5": hashlib.md5(image).hexdigest(), "sha1": hashlib.sha1(image).hexdigest()})
+
+    def test_verify_finds_damaged_blocks(self):
+        self.make_forms()
+        for name, noun in (("psp.cso", "block"), ("psp.dax", "frame")):
+            content = bytearray(self.read(name))
+            table = 24 if noun == "block" else 32
+            position = int.from_bytes(content[table + 20:table + 24], "little")
+            content[position:position + 4] = b"\xFF\xFF\xFF\xFF"
+            self.write(name, content)
+            status, report = self.report("verify", name)
+            self.assertEqual(status, 1)
+            self.assertEqual(report["problems"], ["%s 5: its stream is damaged" % noun])
+            self.assertNotIn("image", report)
+
+    def test_verify_finds_every_kind_of_wrong_sector(self):
+        self.make_forms()
+        raw = bytearray(self.read("game.bin"))
+        for sector, offset in ((20, 3), (30, 13), (31, 100), (32, 100), (40, 2100), (50, 2072), (60, 15), (70, 20)):
+            raw[sector * RAW + offset] ^= 0x41
+        self.write("game.bin", raw)
+        status, report = self.report("verify", "game.bin")
+        self.assertEqual(status, 1)
+        self.assertEqual(report["problems"], [
+            "sector 20: wrong sync field", "sector 30: wrong address", "sectors 31 to 32: wrong EDC, parity",
+            "sector 40: wrong parity", "sector 50: wrong EDC, parity", "sector 60: wrong mode or form",
+            "sector 70: wrong mode or form"])
+
+    def test_verify_finds_wrong_lengths(self):
+        self.write("long.iso", self.image + bytes(100))
+        sectors = len(self.image) // SECTOR
+        self.assertEqual(self.report("verify", "long.iso")[1]["problems"],
+                         ["the image is not a whole number of sectors: 100 bytes are left over"])
+        self.write("short.iso", self.image[:-155 * SECTOR])
+        status, report = self.report("verify", "short.iso")
+        self.assertEqual(status, 1)
+        self.assertIn("the image has %d sectors, its volume descriptor says %d" % (sectors - 155, sectors),
+                      report["problems"])
+        self.assertTrue(any("DIR/B.BIN" in text and "lies outside the image" in text for text in report["problems"]),
+                        report)
+        self.write("odd.iso", self.psp_with_remainder())
+        self.assert_done(self.run_here("iso2cso", "odd.iso"))
+        self.assertIn("the last 7 bytes of the image are no whole block and are not stored",
+                      self.report("verify", "odd.cso")[1]["problems"])
+
+    def psp_with_remainder(self):
+        image = bytearray(self.image + bytes(7))
+        image[33342:33345] = b"PSP"
+        return image
+
+    def test_verify_against_another_form(self):
+        self.make_forms()
+        status, report = self.report("verify", "psp.cso", "--against", "psp.dax")
+        self.assertEqual((status, report["ok"], report["difference"]), (0, True, None))
+        status, report = self.report("verify", "psp.cso", "--against", "game.bin")
+        self.assertEqual((status, report["ok"], report["difference"]["byte"]), (1, False, 33343))
+        self.write("long.iso", self.psp + bytes(5))
+        status, report = self.report("verify", "psp.dax", "--against", "long.iso")
+        self.assertEqual((status, report["difference"]),
+                         (1, {"byte": len(self.psp), "bytes": len(self.psp), "bytes_against": len(self.psp) + 5}))
+
+    def test_list_is_the_same_for_every_form(self):
+        self.make_forms()
+        lists = [self.run_here("list", name) for name in ("game.iso", "psp.cso", "psp.dax", "game.bin")]
+        for result in lists:
+            self.assert_done(result)
+            self.assertEqual(result.out, lists[0].out)
+        for row in lists[0].out.splitlines():
+            sector, size, name = row.split()
+            content = self.image[int(sector) * SECTOR:int(sector) * SECTOR + int(size)]
+            self.assertEqual(content, self.files.pop(name))
+        self.assertEqual(self.files, {})
+        report = self.report("list", "psp.cso")[1]
+        self.assertEqual(len(report["files"]), 4)
+        self.assertEqual(set(report["files"][0]), {"sector", "bytes", "path"})
+
+    def extracted(self, folder):
+        found = {}
+        for place, _, names in os.walk(self.path(folder)):
+            for name in names:
+                path = os.path.join(place, name)
+                with open(path, "rb") as file:
+                    found[os.path.relpath(path, self.path(folder)).replace(os.sep, "/")] = file.read()
+        return found
+
+    def test_extract_everything(self):
+        self.make_forms()
+        for name in "game.iso", "psp.cso", "psp.dax", "game.bin":
+            self.assert_done(self.run_here("extract", name, "-C", "out-" + name))
+            self.assertEqual(self.extracted("out-" + name), self.files)
+
+    def test_extract_some(self):
+        self.assert_done(self.run_here("extract", "game.iso", "a.txt", "/DIR/SUB/", "-C", "out"))
+        self.assertEqual(sorted(self.extracted("out")), ["A.TXT", "DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"])
+        result = self.run_here("extract", "game.iso", "NOTHING", "-C", "out2")
+        self.assertEqual((result.status, result.err), (1, "vantrel extract: game.iso: holds no NOTHING\n"))
+        self.assertFalse(os.path.exists(self.path("out2")))
+
+    def test_extract_replaces_only_when_told(self):
+        os.mkdir(self.path("out"))
+        self.write("out/A.TXT", b"older")
+        result = self.run_here("extract", "game.iso", "-C", "out")
+        self.assertEqual(result.status, 1)
+        self.assertIn("A.TXT exists already; -f replaces it", result.err)
+        self.assertEqual(self.extracted("out"), {"A.TXT": b"older"})
+        self.assert_done(self.run_here("extract", "-f", "game.iso", "-C", "out"))
+        self.assertEqual(self.extracted("out"), self.files)
+
+    def test_extract_never_leaves_the_folder(self):
+        image = self.image.replace(b"A.TXT;1", b"../UP;1")
+        self.write("game.iso", image)
+        result = self.run_here("extract", "game.iso", "-C", "out")
+        self.assertEqual(result.status, 1)
+        self.assertIn("would leave the folder", result.err)
+        self.assertFalse(os.path.exists(self.path("out")))
+
+
+if __name__ == "__main__":
+    unittest.main()

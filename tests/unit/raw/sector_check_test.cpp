@@ -1,0 +1,63 @@
+// The check of raw sectors, compared with one that works bit by bit and shares no code with it.
+#include "raw/sector_check.h"
+
+#include <gtest/gtest.h>
+
+#include "raw/sector.h"
+#include "tests/support/raw_sector_check.h"
+#include "tests/support/test_folder.h"
+
+namespace vantrel {
+namespace {
+
+using Sector = std::array<std::uint8_t, kRawSectorSize>;
+
+Sector Encoded(ESectorMode mode, std::uint32_t number) {
+    const test::Bytes data = test::RandomBytes(kUserDataSize, number);
+    Sector sector = {};
+    EncodeSector(mode, number, std::span<const std::uint8_t, kUserDataSize>(data), sector);
+    return sector;
+}
+
+TEST(SectorCheck, EncodedSectorsPass) {
+    for (const std::uint32_t number : {0U, 1U, 74U, 75U, 4499U, 333'000U}) {
+        EXPECT_FALSE(CheckSector(Encoded(ESectorMode::Mode1, number), number).Any());
+        EXPECT_FALSE(CheckSector(Encoded(ESectorMode::Mode2Form1, number), number).Any());
+        EXPECT_EQ(NumberOfSector(Encoded(ESectorMode::Mode1, number)), number);
+    }
+    EXPECT_TRUE(CheckSector(Encoded(ESectorMode::Mode1, 5), 6).address);
+}
+
+TEST(SectorCheck, EveryWrongByteIsFoundWhereTheOtherCheckFindsIt) {
+    for (const ESectorMode mode : {ESectorMode::Mode1, ESectorMode::Mode2Form1}) {
+        const Sector good = Encoded(mode, 7);
+        for (std::size_t i = 0; i < good.size(); ++i) {
+            Sector bad = good;
+            bad[i] ^= 0x81;
+            EXPECT_EQ(CheckSector(bad, 7).Any(), !test::FaultOfRawSector(bad, 7).empty()) << i;
+        }
+    }
+}
+
+TEST(SectorCheck, Form2MayLeaveOutItsEdc) {
+    Sector sector = Encoded(ESectorMode::Mode2Form1, 0);
+    sector[kSubHeaderOffset + 2] |= 0x20;
+    sector[kSubHeaderOffset + 6] |= 0x20;
+    EXPECT_EQ(KindOfSector(sector), ESectorKind::Mode2Form2);
+    EXPECT_TRUE(CheckSector(sector, 0).edc) << "what stands there is no EDC of the longer data";
+    std::fill(sector.end() - 4, sector.end(), 0);
+    EXPECT_FALSE(CheckSector(sector, 0).Any());
+}
+
+TEST(SectorCheck, OtherModesAreTold) {
+    Sector sector = Encoded(ESectorMode::Mode2Form1, 0);
+    sector[kModeOffset] = 0;
+    EXPECT_EQ(KindOfSector(sector), ESectorKind::Other);
+    EXPECT_TRUE(CheckSector(sector, 0).kind);
+    sector[kModeOffset] = 2;
+    sector[kSubHeaderOffset] = 1;
+    EXPECT_EQ(KindOfSector(sector), ESectorKind::Other) << "the copies of the sub-header differ";
+}
+
+}  // namespace
+}  // namespace vantrel
