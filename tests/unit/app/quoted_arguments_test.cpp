@@ -1,0 +1,22 @@
+// Command lines from which a program reads exactly the words that were put in.
+#include "app/quoted_arguments.h"
+
+#include <gtest/gtest.h>
+
+namespace vantrel {
+namespace {
+
+TEST(QuotedArguments, PlainWordsAreQuotedToo) {
+    EXPECT_EQ(QuotedCommandLine({"a.exe", "b c", "&%^()"}), R"("a.exe" "b c" "&%^()")
+    ");
+        EXPECT_EQ(QuotedCommandLine({"a", ""}), R"("a" "")");
+}
+
+TEST(QuotedArguments, BackslashesCountOnlyBeforeQuotes) {
+    EXPECT_EQ(QuotedCommandLine({R"(C:\a b\c)"}), R"("C:\a b\c")");
+    EXPECT_EQ(QuotedCommandLine({R"(C:\a b\)"}), R"("C:\a b\\")");
+    EXPECT_EQ(QuotedCommandLine({R"(a"b)", R"(a\"b)"}), R"("a\"b" "a\\\"b")");
+}
+
+}  // namespace
+}  // namespace vantrel
