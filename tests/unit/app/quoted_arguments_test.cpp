@@ -7,9 +7,8 @@ namespace vantrel {
 namespace {
 
 TEST(QuotedArguments, PlainWordsAreQuotedToo) {
-    EXPECT_EQ(QuotedCommandLine({"a.exe", "b c", "&%^()"}), R"("a.exe" "b c" "&%^()")
-    ");
-        EXPECT_EQ(QuotedCommandLine({"a", ""}), R"("a" "")");
+    EXPECT_EQ(QuotedCommandLine({"a.exe", "b c", "&%^()"}), "\"a.exe\" \"b c\" \"&%^()\"");
+    EXPECT_EQ(QuotedCommandLine({"a", ""}), "\"a\" \"\"");
 }
 
 TEST(QuotedArguments, BackslashesCountOnlyBeforeQuotes) {
