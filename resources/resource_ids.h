@@ -1,5 +1,5 @@
-// The one list of ids: controls, dialogs, strings, icons, bitmaps and carried files. Used by the resource script, by the
-// window and by the programs that test it.
+// The one list of ids: controls, dialogs, strings, icons, bitmaps and carried files. Used by the resource script, by
+// the window and by the programs that test it.
 #pragma once
 
 #define IDS_ABOUT 101

@@ -43,16 +43,31 @@ apt_get() {
     $as_root env DEBIAN_FRONTEND=noninteractive apt-get -q "$@" >"$log" 2>&1 </dev/null
 }
 
-# build_preset PRESET [TARGET...]: configures and builds, and is silent unless something fails or is built at length.
+# build_preset PRESET [TARGET...]: configures and builds, and is silent unless something fails.
 build_preset() {
-    local preset=$1 log=$SETUP_ROOT/build/$1.log
+    local preset=$1
     shift
     mkdir -p "$SETUP_ROOT/build"
     if command -v ccache >/dev/null; then
         export CMAKE_CXX_COMPILER_LAUNCHER=ccache
     fi
-    (cd "$SETUP_ROOT" && cmake --preset "$preset" -Wno-dev && cmake --build --preset "$preset" ${1+--target "$@"}) \
-        >"$log" 2>&1 </dev/null || {
+    (
+        # Two builds of the same folder would spoil each other.
+        exec 7>"$SETUP_ROOT/build/$preset.lock"
+        flock 7
+        build_quietly "$preset" "$@" 7>&-
+    )
+}
+
+build_quietly() {
+    local preset=$1 log=$SETUP_ROOT/build/$1.log
+    shift
+    cd "$SETUP_ROOT"
+    {
+        # A folder that is configured configures itself again when one of its own files has changed.
+        [ "build/$preset/build.ninja" -nt CMakePresets.json ] || cmake --preset "$preset" -Wno-dev
+    } >"$log" 2>&1 </dev/null &&
+        cmake --build --preset "$preset" ${1+--target "$@"} >>"$log" 2>&1 </dev/null || {
         echo "The build of \"$preset\" failed; its last lines:" >&2
         tail -n 40 "$log" >&2
         return 1

@@ -116,6 +116,8 @@ wine_env_wine() {
     # One run at a time has the prefix; the next one waits.
     flock 8
     WINE_ENV_STARTED_WINE=yes
+    # What a run that was killed has left behind knows a display that is gone.
+    wineserver -k 8>&- >/dev/null 2>&1 && wineserver -w 8>&- >/dev/null 2>&1
     # The first programs of a session start Wine's services, which keep what they inherit: neither our output nor
     # our lock. Whatever runs afterwards finds them running.
     wineserver -p 8>&- >/dev/null 2>&1 </dev/null

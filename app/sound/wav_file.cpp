@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "files/byte_order.h"
 #include "files/input_file.h"
 
 namespace vantrel {
@@ -27,14 +28,6 @@ struct SChunk {
     std::int64_t contentStart = 0;
 };
 
-std::uint16_t Read16(std::span<const std::uint8_t> bytes, std::size_t offset) {
-    return static_cast<std::uint16_t>(bytes[offset] | bytes[offset + 1] << 8);
-}
-
-std::uint32_t Read32(std::span<const std::uint8_t> bytes, std::size_t offset) {
-    return Read16(bytes, offset) | static_cast<std::uint32_t>(Read16(bytes, offset + 2)) << 16;
-}
-
 std::optional<SChunk> ReadChunkHeader(CInputFile& file, std::int64_t position) {
     std::array<std::uint8_t, kChunkHeaderSize> header;
     if (file.ReadAt(position, header) != header.size()) {
@@ -42,7 +35,7 @@ std::optional<SChunk> ReadChunkHeader(CInputFile& file, std::int64_t position) {
     }
     SChunk chunk;
     std::copy_n(header.begin(), kChunkNameSize, chunk.name.begin());
-    chunk.size = Read32(header, kChunkNameSize);
+    chunk.size = LoadLe32(std::span(header).last<4>());
     chunk.contentStart = position + static_cast<std::int64_t>(kChunkHeaderSize);
     return chunk;
 }
@@ -77,12 +70,12 @@ std::optional<SChunk> FindData(CInputFile& file, SChunk chunk) {
 
 SWaveFormat FormatOf(std::span<const std::uint8_t, kFormatSize> bytes) {
     SWaveFormat format;
-    format.formatTag = Read16(bytes, 0);
-    format.channels = Read16(bytes, 2);
-    format.samplesPerSecond = Read32(bytes, 4);
-    format.averageBytesPerSecond = Read32(bytes, 8);
-    format.blockAlign = Read16(bytes, 12);
-    format.bitsPerSample = Read16(bytes, 14);
+    format.formatTag = LoadLe16(bytes.subspan<0, 2>());
+    format.channels = LoadLe16(bytes.subspan<2, 2>());
+    format.samplesPerSecond = LoadLe32(bytes.subspan<4, 4>());
+    format.averageBytesPerSecond = LoadLe32(bytes.subspan<8, 4>());
+    format.blockAlign = LoadLe16(bytes.subspan<12, 2>());
+    format.bitsPerSample = LoadLe16(bytes.subspan<14, 2>());
     return format;
 }
 

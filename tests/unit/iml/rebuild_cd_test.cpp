@@ -425,8 +425,8 @@ TEST_F(RebuildCd, BareLineFeedsMoveTheLetter) {
     EXPECT_EQ(Failure(InPlace()), "Error!!!!!!!! This is not UMD or CD or DVD verson of iml file");
     m_layout.media = test::ELayoutMedia::Umd;
     WriteLayout();
-    // The letter is now the 'D' of "UMD", so this layout is rebuilt as a DVD, without files: the first '#' is that of the
-    // track table, where no count stands.
+    // The letter is now the 'D' of "UMD", so this layout is rebuilt as a DVD, without files: the first '#' is that of
+    // the track table, where no count stands.
     ASSERT_EQ(test::ReadText(m_folder / "game.iml")[27], 'D');
     m_leading.resize(m_leading.size() - kSector);
     Bytes trailing(kSector, 3);

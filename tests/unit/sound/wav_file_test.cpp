@@ -195,6 +195,27 @@ TEST_F(WavFile, EveryCutOfAFileIsSurvived) {
     }
 }
 
+TEST_F(WavFile, SpoiledFilesAreSurvived) {
+    Bytes wave = WaveStart();
+    AppendChunk(wave, "LIST", 5, {'I', 'N', 'F', 'O', 'x', 0});
+    AppendChunk(wave, "data", 6, kSamples);
+    const Bytes noise = test::RandomBytes(8 * 2000, 1);
+    for (std::size_t round = 0; round < 2000; ++round) {
+        Bytes spoiled = wave;
+        for (std::size_t i = 0; i < 4; ++i) {
+            spoiled[12 + noise[8 * round + 2 * i] % (wave.size() - 12)] = noise[8 * round + 2 * i + 1];
+        }
+        CWaveSound sound;
+        test::WriteWhole(m_folder / "spoiled.wav", spoiled);
+        if (sound.Load(m_folder / "spoiled.wav")) {
+            EXPECT_GT(sound.Format().blockAlign, 0) << "round " << round;
+            EXPECT_GE(sound.Samples().size(), sound.Format().blockAlign) << "round " << round;
+            EXPECT_LE(sound.Samples().size(), spoiled.size()) << "round " << round;
+            EXPECT_EQ(sound.Samples().size() % sound.Format().blockAlign, 0u) << "round " << round;
+        }
+    }
+}
+
 TEST_F(WavFile, FileOfEmptyChunksEnds) {
     Bytes wave = WaveStart();
     wave.resize(wave.size() + 8u * 1024 * 1024, 0);
