@@ -58,11 +58,6 @@ const SVariant& VariantOf(EMedia media) {
     return kUnknown;
 }
 
-std::string WithPath(const char* pattern, const std::string& path) {
-    std::string text = pattern;
-    return text.replace(text.find("%s"), 2, path);
-}
-
 /// The columns of an entry up to the opening quote.
 std::string EntryColumns(std::uint32_t first, std::uint32_t last, const char* mode) {
     return Format("%-8d %-8d %s  0   ", static_cast<std::int32_t>(first), static_cast<std::int32_t>(last), mode);
@@ -101,7 +96,7 @@ private:
     void Finish();
 
     [[noreturn]] void FailWith(const char* pattern, const std::string& path) {
-        m_operation.Fail(WithPath(pattern, path));
+        m_operation.Fail(Format(pattern, path.c_str()));
     }
     bool IsInPlace() const { return m_request.manner == EOutputManner::InPlace; }
     /// The volume's last sector, where a DVD's trailing sector belongs.

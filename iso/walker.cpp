@@ -65,8 +65,7 @@ private:
     void CheckReading();
 
     [[noreturn]] void FailWith(const char* pattern, const std::string& path) {
-        std::string text = pattern;
-        m_operation.Fail(text.replace(text.find("%s"), 2, path));
+        m_operation.Fail(Format(pattern, path.c_str()));
     }
 
     const SWalkRequest& m_request;
