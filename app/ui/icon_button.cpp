@@ -9,22 +9,19 @@
 #include <array>
 
 #include "app/ui/memory_bitmap.h"
+#include "app/ui/scaling.h"
 
 namespace vantrel {
 namespace {
 
 constexpr UINT_PTR kSubclassId = 1;
-constexpr int kDotsPerInch = 96;  // the density that the lengths below are given for
-constexpr int kEdge = 3;          // from the button's edge to its content
-constexpr int kPadding = 2;       // between content and its surroundings
-constexpr int kGap = 4;           // between icon and text
+// Lengths in pixels of a display at 100 %.
+constexpr int kEdge = 3;     // from the button's edge to its content
+constexpr int kPadding = 2;  // between content and its surroundings
+constexpr int kGap = 4;      // between icon and text
 constexpr int kLargestIcon = 32;
 constexpr int kSmallestIcon = 16;
 constexpr int kLongestText = 256;
-
-int Scaled(HDC dc, int length) {
-    return MulDiv(length, GetDeviceCaps(dc, LOGPIXELSY), kDotsPerInch);
-}
 
 /// The window's text and its size in the window's font.
 struct SCaption {
@@ -213,8 +210,8 @@ SIZE CIconButton::IdealSize() const {
         const CFontInUse font(dc, m_window);
         const SCaption caption(m_window, dc);
         const int icon = m_iconId != 0 ? kSmallestIcon : 0;
-        const int border = 2 * Scaled(dc, kEdge + kPadding);
-        const int gap = icon != 0 && !caption.IsEmpty() ? Scaled(dc, kGap) : 0;
+        const int border = 2 * Scaled(m_window, kEdge + kPadding);
+        const int gap = icon != 0 && !caption.IsEmpty() ? Scaled(m_window, kGap) : 0;
         ideal.cx = icon + gap + caption.size.cx + border;
         ideal.cy = std::max<LONG>(icon, caption.size.cy) + border;
     }
@@ -251,7 +248,7 @@ void CIconButton::Paint(HDC dc) const {
 }
 
 void CIconButton::PaintFrame(HDC dc, RECT& content, const SLook& look) const {
-    const int edge = Scaled(dc, kEdge);
+    const int edge = Scaled(m_window, kEdge);
     if (m_theme != nullptr) {
         PaintThemedFrame(dc, content, look);
     } else {
@@ -299,10 +296,11 @@ int CIconButton::IconSizeFor(const SIZE& room, int textWidth) const {
 
 void CIconButton::PaintContent(HDC dc, const RECT& content, const SLook& look) const {
     const SCaption caption(m_window, dc);
-    const int padding = Scaled(dc, kPadding);
-    const int gap = caption.IsEmpty() || m_iconId == 0 ? 0 : Scaled(dc, kGap);
-    const LONG height = content.bottom - content.top - 2 * padding;
-    const SIZE room = {content.right - content.left - 2 * padding, std::min<LONG>(height, Scaled(dc, kLargestIcon))};
+    const int padding = Scaled(m_window, kPadding);
+    const int gap = caption.IsEmpty() || m_iconId == 0 ? 0 : Scaled(m_window, kGap);
+    const LONG height = content.bottom - content.top;
+    const SIZE room = {content.right - content.left - 2 * padding,
+                       std::min<LONG>(height, Scaled(m_window, kLargestIcon))};
     m_icon.Load(m_iconId, IconSizeFor(room, gap + caption.size.cx));
     const int icon = m_icon.Size();
     const int width = icon + gap + caption.size.cx;

@@ -1,10 +1,12 @@
-// Painting and input of link labels. The text is centred in height and takes the colour that the system has for links.
+// Painting and input of link labels. The text is centred in height and takes the colour that the system has for links,
+// or one that can be read.
 #include "app/ui/link_label.h"
 
 #include <commctrl.h>
 #include <windowsx.h>
 
 #include <array>
+#include <cstdlib>
 
 #include "app/ui/hyperlink.h"
 
@@ -13,6 +15,24 @@ namespace {
 
 constexpr UINT_PTR kSubclassId = 2;
 constexpr int kLongestText = 256;
+
+constexpr COLORREF kLinkOnLight = RGB(0, 80, 180);
+constexpr COLORREF kLinkOnDark = RGB(130, 200, 255);
+constexpr int kLeastContrast = 90;  // of 255
+
+int Brightness(COLORREF colour) {
+    return (GetRValue(colour) * 77 + GetGValue(colour) * 150 + GetBValue(colour) * 29) >> 8;
+}
+
+/// The system's colour of links, unless it cannot be read on the ground of dialogs, as in some visual styles.
+COLORREF LinkColour() {
+    const COLORREF colour = GetSysColor(COLOR_HOTLIGHT);
+    const int ground = Brightness(GetSysColor(COLOR_BTNFACE));
+    if (std::abs(Brightness(colour) - ground) >= kLeastContrast) {
+        return colour;
+    }
+    return ground >= 128 ? kLinkOnLight : kLinkOnDark;
+}
 
 bool IsOpeningKey(WPARAM key) {
     return key == VK_RETURN || key == VK_SPACE;
@@ -161,7 +181,7 @@ void CLinkLabel::Paint(HDC dc) const {
     GetWindowTextW(m_window, text.data(), static_cast<int>(text.size()));
     const HGDIOBJ former = SelectObject(dc, m_font);
     SetBkMode(dc, TRANSPARENT);
-    SetTextColor(dc, GetSysColor(IsWindowEnabled(m_window) != FALSE ? COLOR_HOTLIGHT : COLOR_GRAYTEXT));
+    SetTextColor(dc, IsWindowEnabled(m_window) != FALSE ? LinkColour() : GetSysColor(COLOR_GRAYTEXT));
     const UINT align = (GetWindowLongPtrW(m_window, GWL_STYLE) & SS_TYPEMASK) == SS_CENTER ? DT_CENTER : DT_LEFT;
     DrawTextW(dc, text.data(), -1, &client, DT_SINGLELINE | DT_VCENTER | align);
     SelectObject(dc, former);

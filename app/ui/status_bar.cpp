@@ -6,6 +6,7 @@
 
 #include "app/ui/buffered_paint.h"
 #include "app/ui/scaling.h"
+#include "app/ui/theme_library.h"
 
 namespace vantrel {
 namespace {
@@ -16,13 +17,6 @@ constexpr UINT_PTR kSubclassId = 1;
 /// Between a pane's edge and its text.
 constexpr int kTextMargin = 5;
 constexpr int kSeparatorMargin = 4;
-
-bool UsesHighContrast() {
-    HIGHCONTRASTW contrast{};
-    contrast.cbSize = sizeof contrast;
-    SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0);
-    return (contrast.dwFlags & HCF_HIGHCONTRASTON) != 0;
-}
 
 }  // namespace
 
@@ -144,7 +138,7 @@ void CStatusBar::Paint(HDC target) {
     GetClientRect(m_window, &client);
     const CBufferedPaint buffer(target, client);
     const HDC context = buffer.Context();
-    const bool plain = UsesHighContrast() || m_background == CLR_INVALID;
+    const bool plain = IsHighContrast() || m_background == CLR_INVALID;
     SetBkColor(context, plain ? GetSysColor(COLOR_BTNFACE) : m_background);
     ExtTextOutW(context, 0, 0, ETO_OPAQUE, &client, nullptr, 0, nullptr);
     SetTextColor(context, plain ? GetSysColor(COLOR_BTNTEXT) : RGB(0, 0, 0));

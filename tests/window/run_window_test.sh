@@ -10,6 +10,7 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/../../scripts/wine_env.sh"
 
 audio=wine_env_no_audio
+scale=100
 display=wine_env_display
 pictures=$WINE_ENV_ROOT/build/pictures
 while :; do
@@ -17,6 +18,7 @@ while :; do
         --audio) audio=wine_env_audio; shift ;;
         --show) display=true; shift ;;
         --pictures) pictures=$2; shift 2 ;;
+        --scale) scale=$2; shift 2 ;;
         *) break ;;
     esac
 done
@@ -39,7 +41,17 @@ take_picture() {
 
 $display || exit 1
 $audio || exit 1
+# The scale of the display is a setting of the whole Wine session, which other scales therefore have to themselves.
+[ "$scale" = 100 ] || WINE_ENV_PREFIX=$WINE_ENV_PREFIX-$scale
 wine_env_wine || exit 1
+if [ "$scale" != 100 ] && [ ! -e "$WINEPREFIX/.scaled" ]; then
+    wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d $((96 * scale / 100)) /f 8>&- >/dev/null 2>&1 </dev/null
+    wineserver -k 8>&-
+    wineserver -w 8>&-
+    touch "$WINEPREFIX/.scaled"
+    wineserver -p 8>&- >/dev/null 2>&1 </dev/null
+    wine wineboot 8>&- >/dev/null 2>&1 </dev/null
+fi
 mkdir -p "$pictures"
 export VANTREL_PICTURES="Z:$pictures"
 if [ -n "${WINE_ENV_RECORDING-}" ]; then

@@ -123,13 +123,6 @@ private:
 
 class CWindowAnimationTest : public CControlsDialog {
 protected:
-    ULONGLONG TimeOfOpening() const {
-        const ULONGLONG start = GetTickCount64();
-        m_animation.Open(m_dialog, {200, 200, 600, 500});
-        m_animation.Close(m_dialog, {200, 200, 600, 500});
-        return GetTickCount64() - start;
-    }
-
     static std::vector<std::uint32_t> Screen() {
         const CMemoryBitmap bitmap(450, 350);
         const HDC screen = GetDC(nullptr);
@@ -170,7 +163,7 @@ TEST_F(CWindowAnimationTest, StylesChooseTheDirections) {
     EXPECT_TRUE(m_animation.Frames({10, 10, 10, 10}).empty());
 }
 
-TEST_F(CWindowAnimationTest, IsShortAndLeavesTheScreenAsItWas) {
+TEST_F(CWindowAnimationTest, LeavesTheScreenAsItWas) {
     std::vector<std::uint32_t> before = Screen();
     WaitUntil([&] {  // until the dialog has come to the screen
         Pump();
@@ -180,11 +173,7 @@ TEST_F(CWindowAnimationTest, IsShortAndLeavesTheScreenAsItWas) {
         Sleep(200);
         return isStill;
     });
-    const ULONGLONG start = GetTickCount64();
     CWindowAnimation::Play(m_animation.Frames({200, 200, 600, 500}));
-    const ULONGLONG time = GetTickCount64() - start;
-    EXPECT_GT(time, 50U);
-    EXPECT_LE(time, 250U);
     EXPECT_EQ(Screen(), before);
 }
 
@@ -192,11 +181,9 @@ TEST_F(CWindowAnimationTest, ObeysBothSwitchesOfTheSystem) {
     CAnimationSwitch::SetContents(TRUE);
     CAnimationSwitch::SetWindows(0);
     EXPECT_FALSE(AreAnimationsOn());
-    EXPECT_LT(TimeOfOpening(), 50U);
     CAnimationSwitch::SetWindows(1);
     CAnimationSwitch::SetContents(FALSE);
     EXPECT_FALSE(AreAnimationsOn());
-    EXPECT_LT(TimeOfOpening(), 50U);
 }
 
 }  // namespace

@@ -76,6 +76,19 @@ TEST_F(CLinkLabelTest, ShowsTheFocusAndTheHand) {
     EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, IDC_HAND));
 }
 
+TEST_F(CLinkLabelTest, StandsOutFromItsGround) {
+    const auto brightness = [](std::uint32_t pixel) {
+        return static_cast<int>((pixel >> 16 & 0xFF) * 77 + (pixel >> 8 & 0xFF) * 150 + (pixel & 0xFF) * 29) >> 8;
+    };
+    const auto picture = Picture(Control(IDC_LINK));
+    const int ground = brightness(picture.back());
+    int farthest = 0;
+    for (const std::uint32_t pixel : picture) {
+        farthest = std::max(farthest, std::abs(brightness(pixel) - ground));
+    }
+    EXPECT_GE(farthest, 80);
+}
+
 TEST_F(CLinkLabelTest, FallsBackToTheProgramOfHtmFiles) {
     const CRegisteredClass kind(L".htm", L"vantreltestpage", L"");
     const CRegisteredClass page(L"vantreltestpage", L"page", NotingCommand());

@@ -1,0 +1,74 @@
+// Pictures of the shipped window in its states, for people to look at; their names end in the scale of the display.
+#include <gtest/gtest.h>
+
+#include "app/ui/scaling.h"
+#include "tests/support/image_builder.h"
+#include "tests/window/driver/picture.h"
+#include "tests/window/driver/window_query.h"
+#include "tests/window/driver/window_test.h"
+
+namespace vantrel::test {
+namespace {
+
+constexpr std::size_t kImageSize = 8U << 20;
+constexpr int kFrame = 1;      // pixels
+constexpr int kTitleBar = 22;  // the same at every scale
+
+class CPictures : public CWindowTest {
+protected:
+    /// Moves the pointer away, so that nothing looks hot.
+    CPictures() { SetCursorPos(1, 1); }
+
+    static void Take(const std::string& name, const CDrivenDialog& dialog, EPictured pictured = EPictured::Still) {
+        Take(name, dialog.ScreenRectangle(), dialog.Window(), pictured);
+    }
+
+    static void Take(const std::string& name, RECT rectangle, HWND window, EPictured pictured = EPictured::Still) {
+        // The title bar is the window manager's.
+        rectangle = {rectangle.left - kFrame, rectangle.top - kTitleBar, rectangle.right + kFrame,
+                     rectangle.bottom + kFrame};
+        const int scale = ResolutionOf(window) * 100 / USER_DEFAULT_SCREEN_DPI;
+        TakePicture(name + "-" + std::to_string(scale), rectangle, pictured);
+    }
+
+    static int Percent(const CDrivenDialog& dialog) { return std::atoi(dialog.Pane(EPane::Percent).c_str()); }
+};
+
+TEST_F(CPictures, OfAConversion) {
+    SImageDescription description;
+    description.kind = EImageKind::Umd;
+    description.files = {{"PSP_GAME/USRDIR/DATA.BIN", RandomBytes(kImageSize, 7)}};
+    WriteWhole(m_folder / "journey.iso", BuildImage(description).bytes);
+    const CDrivenDialog dialog = m_program.Start();
+    Take("start", dialog);
+    dialog.Choose(m_folder / "journey.iso");
+    EXPECT_EQ(dialog.Text(IDC_FILE_NAME), "journey.iso");
+    Take("chosen", dialog);
+    dialog.Press(IDC_ISO_TO_CSO);
+    Require(
+        "first third of the conversion", [&] { return HasBox(m_program) || Percent(dialog) >= 30; }, kConversion);
+    EXPECT_FALSE(HasBox(m_program));
+    Take("running", dialog, EPictured::Moving);
+    const CDrivenBox box = WaitForBox(m_program, kConversion);
+    EXPECT_EQ(dialog.Pane(EPane::Percent), "100%");
+    Take("done", dialog);
+    box.Close();
+    Take("after", dialog);
+}
+
+TEST_F(CPictures, OfTheAboutBox) {
+    const CDrivenDialog dialog = m_program.Start();
+    PostMessageW(dialog.Window(), WM_SYSCOMMAND, IDM_ABOUTBOX, 0);
+    HWND about = nullptr;
+    Require("About box", [&] {
+        about = FindWindowW(nullptr, L"About quorn_vantrel_v5.0");
+        return about != nullptr;
+    });
+    RECT rectangle;
+    GetWindowRect(about, &rectangle);
+    Take("about", rectangle, about);
+    EXPECT_NE(IsWindow(about), FALSE);
+}
+
+}  // namespace
+}  // namespace vantrel::test
