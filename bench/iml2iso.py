@@ -1,0 +1,50 @@
+#!/usr/bin/env python3
+"""Rebuilding of images from layouts against cat of the same files into one: a few large files, and many small ones."""
+import os
+import random
+import sys
+
+from side_by_side import compare, program, scratch_folder
+
+SECTOR = 2048
+LEADING_SECTORS = 30
+
+
+def write_layout(folder, media, count, size):
+    """A layout of `count` files of `size` bytes without holes, and its files."""
+    dvd = media == "DVD"
+    source = random.Random(3)
+    sectors = -(-size // SECTOR)
+    lines = ["[SYS]", "VERSION=1.00", "MEDIA=" + media, "[LOC]"] + ([] if dvd else ["#Track"])
+    lines += ["# the number of entries: %d" % (count + (2 if dvd else 1)), "#Start   End      Mode Fno Path",
+              '%-8d %-8d 0.0  0   "game.ims"' % (0, LEADING_SECTORS - 1)]
+    sector = LEADING_SECTORS
+    for i in range(count):
+        name = "F%05d.BIN" % i
+        with open(os.path.join(folder, name), "wb") as file:
+            file.write(source.randbytes(size))
+        lines.append('%-8d %-8d 0.0  0   "%s"' % (sector, sector + sectors - 1, name))
+        sector += sectors
+    if dvd:
+        lines.append('%-8d %-8d 0.0  0   "game.ims" %d' % (sector, sector, LEADING_SECTORS * SECTOR))
+    with open(os.path.join(folder, "game.iml"), "wb") as file:
+        file.write("\r\n".join(lines + ["[/LOC]", "", ""]).encode())
+    with open(os.path.join(folder, "game.ims"), "wb") as file:
+        file.write(bytes(LEADING_SECTORS * SECTOR))
+        if dvd:
+            file.write(bytes(12) + sector.to_bytes(4, "little") + bytes(SECTOR - 16))
+
+
+def main():
+    good = True
+    for media, count, size in (("DVD", 4, 96 << 20), ("CD", 4, 96 << 20), ("CD", 10000, 20000)):
+        with scratch_folder() as folder:
+            write_layout(folder, media, count, size)
+            ours = [program("vantrel"), "iml2iso", "-q", "-f", "-o", os.path.join(folder, "out.iso"),
+                    os.path.join(folder, "game.iml")]
+            theirs = ["sh", "-c", "cd '%s' && cat game.ims F*.BIN > cat.iso" % folder]
+            good &= compare("iml2iso, %s of %d files of %d bytes (cat)" % (media, count, size), ours, theirs, 1.5)
+    return 0 if good else 1
+
+
+sys.exit(main())
