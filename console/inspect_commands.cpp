@@ -5,6 +5,7 @@
 #include "console/container_report.h"
 #include "console/image_report.h"
 #include "console/inspect_command.h"
+#include "console/layout_report.h"
 #include "console/open_image.h"
 #include "console/verify.h"
 #include "files/input_file.h"
@@ -15,7 +16,15 @@ namespace vantrel {
 
 namespace {
 
+bool IsLayout(const std::string& file) {
+    CInputFile content;
+    return content.Open(file) && FormOf(content) == EForm::Iml;
+}
+
 Report Info(const std::string& file) {
+    if (IsLayout(file)) {
+        return ReportOnLayout(file);
+    }
     const std::unique_ptr<CImageSource> image = OpenImageOrRefuse(file);
     CInputFile stored;
     stored.Open(file);
@@ -62,7 +71,10 @@ void AddVerifyCommand(CLI::App& app, ChosenCommand& chosen) {
         command.add_option("--against", *against, "Compare with the image in this file instead, whatever its form");
     };
     verify.inspect = [against](const std::string& file) {
-        return against->empty() ? VerifyImage(file) : CompareImages(file, *against);
+        if (!against->empty()) {
+            return CompareImages(file, *against);
+        }
+        return IsLayout(file) ? VerifyLayout(file) : VerifyImage(file);
     };
     AddInspectCommand(app, chosen, std::move(verify));
 }

@@ -4,7 +4,7 @@
 #include "console/commands.h"
 #include "files/path.h"
 #include "iml/gap_file.h"
-#include "iml/layout_writer.h"
+#include "iml/layout_summary.h"
 #include "iml/postgap.h"
 #include "iml/rebuild.h"
 
@@ -34,17 +34,10 @@ struct SRebuildOptions {
     bool exact = false;
 };
 
-/// The ".ims" file of a layout: named after the layout's base name, or after its whole name, which an export gives it.
-std::string FindLeading(const std::string& layoutPath) {
-    const std::string byBase = ResolveFileCase(FolderOf(layoutPath) + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
-    const std::string byName = ResolveFileCase(LeadingPathOf(layoutPath));
-    return FileKindOf(byBase) == EFileKind::Missing && FileKindOf(byName) != EFileKind::Missing ? byName : byBase;
-}
-
 void Rebuild(const SConversionJob& job, const SRebuildOptions& options, COperation& operation) {
     SRebuildRequest request;
     request.layoutPath = job.input;
-    request.leadingPath = FindLeading(job.input);
+    request.leadingPath = FindLeadingStructures(job.input);
     request.outputPath = job.output;
     request.manner = job.manner;
     const std::string ownFolder = FolderOf(job.input);

@@ -239,6 +239,31 @@ class Inspect(ConsoleTest):
         self.assertIn("would leave the folder", result.err)
         self.assertFalse(os.path.exists(self.path("out")))
 
+    def test_layouts(self):
+        self.assert_done(self.run_here("iso2iml", "game.iso", "--extract"))
+        status, report = self.report("info", "game.iml")
+        self.assertEqual((status, report["form"]), (0, "IML"))
+        self.assertEqual(report["layout"], {
+            "media": "CD", "entries": 5, "listed_files": 4, "missing": [], "leading_structures": "game.ims",
+            "leading_structures_present": True})
+        self.assertEqual(self.report("verify", "game.iml"),
+                         (0, {"file": "game.iml", "form": "IML", "ok": True, "problems": []}))
+        os.remove(self.path("A.TXT"))
+        self.write("DIR/B.BIN", bytes(6145))
+        os.remove(self.path("game.ims"))
+        self.assertEqual(self.report("info", "game.iml")[1]["layout"]["missing"], ["A.TXT"])
+        status, report = self.report("verify", "game.iml")
+        self.assertEqual(status, 1)
+        self.assertEqual(report["problems"][0], "game.ims with the leading structures is missing")
+        self.assertIn("A.TXT is missing", report["problems"])
+        self.assertTrue(any(text.startswith("DIR\\B.BIN has 6145 bytes and does not fit sectors ")
+                            for text in report["problems"]), report)
+        layout = self.read("game.iml")
+        self.write("cut.iml", layout[:layout.index(b"DIR\\SUB")])
+        self.assertIn("the layout counts 5 entries and has fewer", self.report("verify", "cut.iml")[1]["problems"])
+        self.write("no.iml", b"[SYS]\r\nVERSION=1.00\r\n")
+        self.assertEqual(self.run_here("info", "no.iml").status, 1)
+
 
 if __name__ == "__main__":
     unittest.main()
