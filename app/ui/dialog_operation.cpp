@@ -33,6 +33,9 @@ void CDialogOperation::EnableCommand(ECommand command, bool enabled) {
         KeepFocusUsable(control.Handle(), command, enabled);
     }
     control.Enable(enabled);
+    if (command == ECommand::CompressionLevel) {
+        m_levelListGreyed = !enabled;
+    }
     if (enabled) {
         KeepFocusUsable(control.Handle(), command, enabled);
     }
@@ -115,6 +118,9 @@ bool CDialogOperation::Complete(std::string_view doneText, const std::function<v
     DisableCommands(*this, {IsoToIml, Vantrel, IsoToBin, BinToIso});
     EnableCommand(Browse, true);
     DisableCommands(*this, {CheckPostgap, IsoToDax, DaxToIso, IsoToCso, CsoToIso});
+    if (m_levelListGreyed) {  // for the run, not for good: the next image may want another level
+        EnableCommand(CompressionLevel, true);
+    }
     m_progress.reset();
     return true;
 }

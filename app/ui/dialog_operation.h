@@ -60,6 +60,7 @@ private:
     CSleepGuard m_sleepGuard;
     CTaskbarProgress m_taskbar;
     bool m_focusMoved = false;
+    bool m_levelListGreyed = false;
     std::unique_ptr<CTimedProgressCtrl> m_progress;
 };
 

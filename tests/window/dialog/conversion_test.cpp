@@ -52,6 +52,7 @@ protected:
             EXPECT_EQ(dialog.IsEnabled(id), id == IDC_BROWSE) << id;
         }
         Require("dropping", [&] { return dialog.AcceptsDrops(); });
+        Require("the level list", [&] { return dialog.IsEnabled(IDC_COMPRESSION); });
     }
 };
 

@@ -1,0 +1,188 @@
+// The order in which the window completes a conversion, and what it does while one runs.
+#include "app/ui/dialog_operation.h"
+
+#include <commctrl.h>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "operation/frame.h"
+#include "tests/window/frame/frame_dialog.h"
+
+namespace vantrel::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+constexpr UINT_PTR kBoxTimer = 77;
+constexpr UINT_PTR kSubclassId = 9;
+
+constexpr int kWatched[] = {IDC_BROWSE,     IDC_ISO_TO_IML,    IDC_VANTREL,    IDC_ISO_TO_BIN,
+                            IDC_BIN_TO_ISO, IDC_ISO_TO_DAX,    IDC_DAX_TO_ISO, IDC_ISO_TO_CSO,
+                            IDC_CSO_TO_ISO, IDC_CHECK_POSTGAP, IDC_SOUND,      IDC_COMPRESSION};
+
+/// What happened, in order; the windows' procedures have no other way to it.
+std::vector<std::string> g_events;
+
+LRESULT CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
+    const int id = GetDlgCtrlID(window);
+    if (message == WM_ENABLE) {
+        g_events.push_back((wParam != 0 ? "enable " : "disable ") + std::to_string(id));
+    } else if (message == CB_SETCURSEL && id == IDC_SOUND) {
+        g_events.push_back("select sound " + std::to_string(static_cast<int>(wParam)));
+    } else if (message == CB_GETLBTEXT && id == IDC_SOUND) {
+        g_events.push_back("read sound " + std::to_string(static_cast<int>(wParam)));
+    }
+    return DefSubclassProc(window, message, wParam, lParam);
+}
+
+std::wstring BoxText(HWND box) {
+    std::wstring text(256, L'\0');
+    text.resize(static_cast<std::size_t>(GetDlgItemTextW(box, 0xFFFF, text.data(), static_cast<int>(text.size()))));
+    return text;
+}
+
+/// Notes and closes the message box that stands over the dialog.
+void CALLBACK CloseBox(HWND dialog, UINT, UINT_PTR timer, DWORD) {
+    const HWND box = GetLastActivePopup(dialog);
+    if (box != nullptr && box != dialog && GetDlgItem(box, 0xFFFF) != nullptr) {
+        KillTimer(dialog, timer);
+        const std::wstring text = BoxText(box);
+        g_events.push_back("box " + std::string(text.begin(), text.end()));
+        PostMessageW(box, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED), 0);
+        PostMessageW(box, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+    }
+}
+
+class CDialogOperationTest : public ::testing::Test {
+protected:
+    CDialogOperationTest() {
+        m_statusBar.Create(m_dialog.Window());
+        m_statusBar.SetPaneWidths({250, 100, 165});
+        m_soundList.Attach(m_dialog.Item(IDC_SOUND));
+        m_levelList.Attach(m_dialog.Item(IDC_COMPRESSION));
+        m_soundList.Add(L"@No Sound Selected");
+        m_soundList.Add(L"missing.wav");
+        m_levelList.Add(L"1");
+        m_levelList.Add(L"2");
+        m_soundList.Select(1);
+        m_operation.emplace(SOperationControls{m_dialog.Window(), m_dialog.Item(IDC_STATUS_LINE), m_loop, m_statusBar,
+                                               m_soundList, m_levelList, m_workFolder, m_scratchText, m_doneMessage,
+                                               [] { g_events.emplace_back("update data"); }});
+        for (const int id : kWatched) {
+            SetWindowSubclass(m_dialog.Item(id), Watch, kSubclassId, 0);
+        }
+        g_events.clear();
+    }
+    ~CDialogOperationTest() override { g_events.clear(); }
+
+    std::wstring Pane(int pane) const {
+        const auto length = LOWORD(m_statusBar.Send(SB_GETTEXTLENGTHW, static_cast<WPARAM>(pane)));
+        std::wstring text(length, L'\0');
+        m_statusBar.Send(SB_GETTEXTW, static_cast<WPARAM>(pane), reinterpret_cast<LPARAM>(text.data()));
+        return text;
+    }
+    HWND Bar() const { return FindWindowExW(m_dialog.Window(), nullptr, L"VantrelTimedProgress", nullptr); }
+
+    CMessageLoop m_loop;
+    CFrameDialog m_dialog;
+    CStatusBar m_statusBar;
+    CComboBox m_soundList;
+    CComboBox m_levelList;
+    std::wstring m_workFolder = L"Z:\\nowhere\\";
+    std::wstring m_scratchText;
+    std::wstring m_doneMessage;
+    std::optional<CDialogOperation> m_operation;
+};
+
+TEST_F(CDialogOperationTest, CompletionHasItsOrder) {
+    m_operation->StartProgress(4, EProgressFill::Dvd);
+    DisableFrameCommands(*m_operation);
+    g_events.clear();
+    SetTimer(m_dialog.Window(), kBoxTimer, 50, CloseBox);
+    EXPECT_TRUE(m_operation->Complete("All Done !", [&] {
+        g_events.emplace_back("report");
+        EXPECT_NE(Bar(), nullptr);
+    }));
+    EXPECT_THAT(g_events, ElementsAre("update data", "select sound 2", "read sound 1", "report",
+                                      "box All Done !\n[An Error Occured Attempting to play sound]", "enable 1"));
+    EXPECT_EQ(Pane(3), L"0%");
+    EXPECT_EQ(m_doneMessage, L"All Done !");
+    EXPECT_EQ(m_scratchText, L"0%");
+    EXPECT_NE(GetWindowLongPtrW(m_dialog.Window(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
+    EXPECT_EQ(Bar(), nullptr);
+}
+
+TEST_F(CDialogOperationTest, CompletionGreysEachCommandInItsOrder) {
+    SetTimer(m_dialog.Window(), kBoxTimer, 50, CloseBox);
+    EnableWindow(m_dialog.Item(IDC_BROWSE), FALSE);
+    g_events.clear();
+    m_operation->Complete("All Done !");
+    const auto box = std::find_if(g_events.begin(), g_events.end(),
+                                  [](const std::string& event) { return event.starts_with("box "); });
+    ASSERT_NE(box, g_events.end());
+    const std::vector<std::string> after(box + 1, g_events.end());
+    EXPECT_THAT(after, ElementsAre("disable 1001", "disable 1005", "disable 1012", "disable 1021", "enable 1",
+                                   "disable 1032", "disable 1029", "disable 1030", "disable 1033", "disable 1034"));
+}
+
+TEST_F(CDialogOperationTest, CompletionWithoutSelectionChangesNothing) {
+    m_operation->StartProgress(4, EProgressFill::Dvd);
+    m_operation->SetPane(EPane::Percent, "100%");
+    m_soundList.Select(-1);
+    g_events.clear();
+    bool reported = false;
+    EXPECT_FALSE(m_operation->Complete("All Done !", [&] { reported = true; }));
+    EXPECT_FALSE(reported);
+    EXPECT_THAT(g_events, ElementsAre("update data", "select sound 2"));
+    EXPECT_EQ(Pane(3), L"100%");
+    EXPECT_EQ(GetWindowLongPtrW(m_dialog.Window(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
+}
+
+TEST_F(CDialogOperationTest, LevelListIsGreyedForTheRunOnly) {
+    m_operation->EnableCommand(ECommand::CompressionLevel, false);
+    EXPECT_FALSE(IsWindowEnabled(m_levelList.Handle()));
+    SetTimer(m_dialog.Window(), kBoxTimer, 50, CloseBox);
+    m_operation->Complete("All Done !");
+    EXPECT_TRUE(IsWindowEnabled(m_levelList.Handle()));
+}
+
+TEST_F(CDialogOperationTest, LevelIsTheSelectionPlusOne) {
+    EXPECT_EQ(m_operation->CompressionLevel(), std::nullopt);
+    m_levelList.Select(1);
+    EXPECT_EQ(m_operation->CompressionLevel(), 2);
+}
+
+TEST_F(CDialogOperationTest, PanesReadExactlyAfterEveryUnit) {
+    constexpr std::int64_t kUnits = 500;
+    m_operation->StartProgress(ProgressRange(kUnits), EProgressFill::Cd);
+    for (std::int64_t unit = 0; unit < kUnits; ++unit) {
+        ShowUnitDone(*m_operation, unit, kUnits, 2048);
+        ASSERT_EQ(Pane(1), std::to_wstring((unit + 1) * 2048) + L" bytes");
+        ASSERT_EQ(Pane(3), std::to_wstring((unit + 1) * 100 / kUnits) + L"%");
+        ASSERT_EQ(SendMessageW(Bar(), PBM_GETPOS, 0, 0), unit + 1);
+    }
+    EXPECT_EQ(m_scratchText, L"100%");
+}
+
+TEST_F(CDialogOperationTest, FocusLeavesAGreyedButtonAndComesBackToBrowsing) {
+    SetForegroundWindow(m_dialog.Window());
+    SetFocus(m_dialog.Item(IDC_ISO_TO_CSO));
+    ASSERT_EQ(GetFocus(), m_dialog.Item(IDC_ISO_TO_CSO));
+    DisableFrameCommands(*m_operation);
+    EXPECT_EQ(GetFocus(), m_soundList.Handle());
+    m_operation->EnableCommand(ECommand::Browse, true);
+    EXPECT_EQ(GetFocus(), m_dialog.Item(IDC_BROWSE));
+}
+
+TEST_F(CDialogOperationTest, QuittingIsLeftToTheLoopOutside) {
+    PostQuitMessage(0);
+    EXPECT_EQ(PumpMessages(m_loop), 0);
+    MSG message{};
+    ASSERT_NE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE), FALSE);
+    EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
+    EXPECT_EQ(PumpMessages(m_loop), 1);
+}
+
+}  // namespace
+}  // namespace vantrel::test
