@@ -253,6 +253,7 @@ void CIconButton::PaintFrame(HDC dc, RECT& content, const SLook& look) const {
         PaintThemedFrame(dc, content, look);
     } else {
         PaintClassicFrame(dc, content, look);
+        OffsetRect(&content, look.isPressed ? 1 : 0, look.isPressed ? 1 : 0);
     }
     InflateRect(&content, -edge, -edge);
     if (look.showsFocus) {
@@ -272,7 +273,7 @@ void CIconButton::PaintThemedFrame(HDC dc, const RECT& whole, const SLook& look)
     m_themes.DrawBackground(m_theme, dc, BP_PUSHBUTTON, state, whole);
 }
 
-void CIconButton::PaintClassicFrame(HDC dc, RECT& whole, const SLook& look) const {
+void CIconButton::PaintClassicFrame(HDC dc, RECT whole, const SLook& look) const {
     FillRect(dc, &whole, GetSysColorBrush(COLOR_BTNFACE));
     if (look.isDefault && !look.isDisabled) {
         Frame(dc, whole, COLOR_WINDOWFRAME);
@@ -284,9 +285,6 @@ void CIconButton::PaintClassicFrame(HDC dc, RECT& whole, const SLook& look) cons
         RECT inner = whole;
         InflateRect(&inner, -2, -2);
         Frame(dc, inner, COLOR_HIGHLIGHT);
-    }
-    if (look.isPressed) {
-        OffsetRect(&whole, 1, 1);
     }
 }
 

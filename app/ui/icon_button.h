@@ -55,7 +55,7 @@ private:
     void PaintBuffered(HDC target) const;
     void PaintFrame(HDC dc, RECT& content, const SLook& look) const;
     void PaintThemedFrame(HDC dc, const RECT& whole, const SLook& look) const;
-    void PaintClassicFrame(HDC dc, RECT& whole, const SLook& look) const;
+    void PaintClassicFrame(HDC dc, RECT whole, const SLook& look) const;
     void PaintContent(HDC dc, const RECT& content, const SLook& look) const;
     void PaintText(HDC dc, const RECT& rectangle, const wchar_t* text, const SLook& look) const;
     int IconSizeFor(const SIZE& room, int textWidth) const;

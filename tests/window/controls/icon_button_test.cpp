@@ -164,6 +164,30 @@ TEST_F(CIconButtonTest, FollowsAChangeOfTheVisualStyle) {
     EXPECT_EQ(Picture(Control(IDC_FIRST)), before);
 }
 
+/// Without a visual style, which a window can be made to go without.
+TEST_F(CIconButtonTest, DrawsTheClassicWayWithoutAVisualStyle) {
+    const HWND button = Control(IDC_SECOND);
+    MoveFocus(IDC_FIRST);
+    const auto themed = Picture(button);
+    const auto setWindowTheme = reinterpret_cast<HRESULT(WINAPI*)(HWND, const wchar_t*, const wchar_t*)>(
+        reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(L"uxtheme.dll"), "SetWindowTheme")));
+    ASSERT_NE(setWindowTheme, nullptr);
+    setWindowTheme(button, L" ", L" ");
+    Pump();
+    const auto classic = Picture(button);
+    EXPECT_NE(classic, themed);
+    EXPECT_GT(CountColourful(classic), 100) << "the icon is missing";
+    SendMessageW(button, BM_SETSTATE, TRUE, 0);
+    EXPECT_NE(Picture(button), classic);
+    SendMessageW(button, BM_SETSTATE, FALSE, 0);
+    SendMessageW(button, BM_SETSTYLE, BS_DEFPUSHBUTTON, TRUE);
+    const auto asDefault = Picture(button);
+    EXPECT_NE(asDefault, classic);
+    EXPECT_EQ(CountColourful(asDefault), CountColourful(classic)) << "the icon changed with the frame";
+    EnableWindow(button, FALSE);
+    EXPECT_LT(CountColourful(Picture(button)), 10);
+}
+
 TEST_F(CIconButtonTest, OutlivesItsWindow) {
     DestroyWindow(Control(IDC_SECOND));
     EXPECT_EQ(m_second.Window(), nullptr);
