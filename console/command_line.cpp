@@ -6,6 +6,7 @@
 #include "console/commands.h"
 #include "console/help_formatter.h"
 #include "console/interrupt.h"
+#include "files/native_console.h"
 
 namespace vantrel {
 
@@ -50,6 +51,7 @@ int RunCommandLine(std::vector<std::string> words) {
     if (usage != static_cast<int>(EExit::Done)) {
         return usage == kHelpShown ? 0 : usage;
     }
+    UseUtf8Console();
     CatchInterrupts();
     try {
         return chosen();

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "console/console_operation.h"
+#include "console/file_patterns.h"
 #include "console/interrupt.h"
 #include "console/refused.h"
 #include "files/input_file.h"
@@ -233,6 +234,7 @@ void AddConversionCommand(CLI::App& app, ChosenCommand& chosen, SConversionComma
     AddOptions(*subcommand, command, *options);
     const auto shared = std::make_shared<SConversionCommand>(std::move(command));
     subcommand->callback([&chosen, options, shared] {
+        options->files = CommandFiles(options->files);
         if (!options->output.empty() && options->files.size() > 1) {
             throw CLI::ValidationError(
                 "--output", "names one file, but there are " + std::to_string(options->files.size()) + " inputs");

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "console/file_patterns.h"
 #include "console/interrupt.h"
 #include "console/refused.h"
 
@@ -88,8 +89,10 @@ void AddInspectCommand(CLI::App& app, ChosenCommand& chosen, SInspectCommand com
         command.addOptions(*subcommand);
     }
     const auto shared = std::make_shared<SInspectCommand>(std::move(command));
-    subcommand->callback(
-        [&chosen, options, shared] { chosen = [options, shared] { return Inspect(*shared, *options); }; });
+    subcommand->callback([&chosen, options, shared] {
+        options->files = CommandFiles(options->files);
+        chosen = [options, shared] { return Inspect(*shared, *options); };
+    });
 }
 
 }  // namespace vantrel

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <memory>
 
+#include "files/native_console.h"
 #include "files/native_file.h"
 
 namespace vantrel {
@@ -194,5 +195,7 @@ std::string CurrentFolder() {
     char buffer[PATH_MAX] = {};
     return ::getcwd(buffer, sizeof buffer) != nullptr ? buffer : "";
 }
+
+void UseUtf8Console() {}
 
 }  // namespace vantrel

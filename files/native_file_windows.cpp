@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "files/native_console.h"
 #include "files/native_file.h"
 #include "files/utf.h"
 
@@ -195,6 +196,10 @@ std::string CurrentFolder() {
     const DWORD length = ::GetCurrentDirectoryW(static_cast<DWORD>(buffer.size()), buffer.data());
     buffer.resize(length);
     return Utf8Of(buffer);
+}
+
+void UseUtf8Console() {
+    ::SetConsoleOutputCP(CP_UTF8);
 }
 
 }  // namespace vantrel

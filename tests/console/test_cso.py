@@ -123,6 +123,16 @@ class CsoCommands(ConsoleTest):
         self.assert_done(self.run_here("cso2iso", "a.cso"))
         self.assertEqual(self.read("new-a.iso"), psp_image(seed=1))
 
+    @unittest.skipUnless(IS_WINDOWS, "shells of other systems expand patterns")
+    def test_patterns(self):
+        self.write("one.iso", psp_image(seed=1))
+        self.write("two.iso", psp_image(seed=2))
+        result = self.run_here("iso2cso", "-q", "*.iso")
+        self.assertEqual((result.status, result.err), (0, ""))
+        self.assertEqual(self.names(), ["one.cso", "one.iso", "two.cso", "two.iso"])
+        result = self.run_here("iso2cso", "no*.iso")
+        self.assertIn("no*.iso", result.err)
+
     def test_names_in_any_script(self):
         name = "\u30b2\u30fc\u30e0 \u0418\u0433\u0440\u0430 caf\u00e9"
         self.write(name + ".iso", psp_image())

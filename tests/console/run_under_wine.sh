@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Runs tests of the console program over its Windows build: with a display and a Wine prefix that end with them.
+#
+#   run_under_wine.sh TEST.py...
+set -u
+. "$(dirname "${BASH_SOURCE[0]}")/../../scripts/wine_env.sh"
+wine_env_display && wine_env_no_audio && wine_env_wine || exit 1
+status=0
+for test in "$@"; do
+    python3 "$test" 8>&- </dev/null || status=1
+done
+exit $status
