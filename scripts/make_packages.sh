@@ -1,20 +1,21 @@
 #!/usr/bin/env bash
 # Puts built programs into packages; ./package builds them first.
 #
-#   make_packages.sh VANTREL WINDOWS_PROGRAMS TARGET
+#   make_packages.sh zip VERSION WINDOWS_PROGRAMS TARGET
+#   make_packages.sh deb VERSION VANTREL TARGET
 set -euo pipefail
-program=$(realpath "$1")
-windows=$(realpath "$2")
-target=$(realpath -m "$3")
+kind=$1
+version=$2
+built=$(realpath "$3")
+target=$(realpath -m "$4")
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-version=$("$program" --version | cut -d ' ' -f 2)
-rm -rf "$target"
 mkdir -p "$target"
 
 make_zip() {
     local name=quorn_vantrel-$version-windows stage=$target/zip
+    rm -rf "$stage" "$target/$name.zip"
     mkdir -p "$stage/$name"
-    cp "$windows/quorn_vantrel.exe" "$windows/vantrel.exe" "$stage/$name/"
+    cp "$built/quorn_vantrel.exe" "$built/vantrel.exe" "$stage/$name/"
     cp -r README.md LICENSE CHANGELOG.md docs "$stage/$name/"
     (cd "$stage" && python3 -m zipfile -c "$target/$name.zip" "$name")
     rm -rf "$stage"
@@ -33,10 +34,11 @@ dependencies_of() {
 
 make_deb() {
     local architecture stage=$target/deb name
+    rm -rf "$stage"
     architecture=$(dpkg --print-architecture)
     name=vantrel_${version}_$architecture.deb
-    install -Ds -m 755 "$program" "$stage/usr/bin/vantrel"
-    scripts/make_manual.py "$program" "$target/manual"
+    install -Ds -m 755 "$built" "$stage/usr/bin/vantrel"
+    scripts/make_manual.py "$built" "$target/manual"
     install -D -m 644 "$target/manual/vantrel.1" "$stage/usr/share/man/man1/vantrel.1"
     gzip -9n "$stage/usr/share/man/man1/vantrel.1"
     install -D -m 644 "$target/manual/vantrel.bash" "$stage/usr/share/bash-completion/completions/vantrel"
@@ -51,7 +53,7 @@ Version: $version
 Architecture: $architecture
 Maintainer: The quorn_vantrel authors <quorn-vantrel@example.org>
 Installed-Size: $(du -sk "$stage/usr" | cut -f 1)
-Depends: $(dependencies_of "$program")
+Depends: $(dependencies_of "$built")
 Section: utils
 Priority: optional
 Description: converter of PlayStation 2 and PSP disc images
@@ -63,5 +65,4 @@ TEXT
     echo "$target/$name"
 }
 
-make_zip
-make_deb
+"make_$kind"
