@@ -9,10 +9,10 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::size_t kPendingLimit = 256U * 1024U;
+constexpr std::size_t kPendingLimit = 262'144;
 /// From here on, writing past the buffer costs less than copying into it.
 constexpr std::size_t kDirectWrite = 64U * 1024U;
-constexpr std::int64_t kShortestHole = 64 * 1024;
+constexpr std::int64_t kShortestHole = 65'536;
 constexpr int kTemporaryNameTries = 100;
 
 }  // namespace

@@ -7,7 +7,7 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::size_t kChunkSize = 16U * 1024U;
+constexpr std::size_t kChunkSize = 16'384;
 constexpr int kEndOfText = 0x1A;
 
 bool IsBlank(char c) {
