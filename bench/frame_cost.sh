@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The cost of the window's update after each unit of a conversion, under Wine on a private display, everything on one
-# processor: build/windows/bin/frame_bench.exe. Build the preset "windows" first.
+# processor; and the time of a BIN of 64 MiB through the window and through the console program. Build the preset
+# "windows" first.
 set -eu
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 if [ -z "${FRAME_COST_PINNED-}" ]; then
@@ -10,4 +11,6 @@ fi
 wine_env_display
 wine_env_no_audio
 wine_env_wine
-wine "$here/../build/windows/bin/frame_bench.exe" 8>&- </dev/null
+programs=$here/../build/windows/bin
+wine "$programs/frame_bench.exe" 8>&- </dev/null
+wine "$programs/window_bin_bench.exe" "Z:$(realpath "$programs")/vantrel.exe" 8>&- </dev/null

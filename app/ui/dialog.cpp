@@ -27,8 +27,16 @@ public:
     }
 
 private:
+    /// The system creates helpers of its own, such as the input method's window, together with a first window.
+    static bool IsDialogClass(HWND window) {
+        constexpr int kRoom = 16;
+        wchar_t name[kRoom] = {};
+        GetClassNameW(window, name, kRoom);
+        return lstrcmpW(name, L"#32770") == 0;
+    }
+
     static LRESULT CALLBACK CatchWindow(int code, WPARAM wParam, LPARAM lParam) {
-        if (code == HCBT_CREATEWND && t_dialog != nullptr) {
+        if (code == HCBT_CREATEWND && t_dialog != nullptr && IsDialogClass(reinterpret_cast<HWND>(wParam))) {
             CDialog* const dialog = t_dialog;
             t_dialog = nullptr;
             dialog->Attach(reinterpret_cast<HWND>(wParam));
