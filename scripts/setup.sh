@@ -49,7 +49,9 @@ build_preset() {
     shift
     mkdir -p "$SETUP_ROOT/build"
     if command -v ccache >/dev/null; then
-        export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+        # What one checkout has compiled serves the next one, wherever it lies.
+        export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$SETUP_ROOT CCACHE_NOHASHDIR=1
+        export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
     fi
     (
         # Two builds of the same folder would spoil each other.
