@@ -15,6 +15,7 @@ SConversionCommand Compression(const char* name, const char* summary, const char
     command.name = name;
     command.summary = summary;
     command.takesLevel = true;
+    command.takesJobs = true;
     command.examples = std::string("Examples:\n  vantrel ") + name + " game.iso\n  vantrel " + name +
                        " -l 6 -o /discs/game" + extension + " game.iso";
     command.outputName = [extension](const std::string& fileName) { return BaseNameOf(fileName) + extension; };
@@ -29,6 +30,7 @@ SConversionCommand Expansion(const char* name, const char* summary, const char* 
     command.name = name;
     command.summary = summary;
     command.takesLevel = true;  // without effect, so that one set of options serves both directions of a script
+    command.takesJobs = true;
     command.examples = std::string("Examples:\n  vantrel ") + name + " game" + extension + "\n  vantrel " + name +
                        " -o game.iso game" + extension;
     command.outputName = [](const std::string& fileName) { return "new-" + BaseNameOf(fileName) + ".iso"; };

@@ -19,12 +19,14 @@ namespace vantrel {
 namespace {
 
 constexpr int kDefaultLevel = 9;
+constexpr int kMostJobs = 256;
 
 struct SOptions {
     std::vector<std::string> files;
     std::string output;
     std::string outputFolder;
     int level = kDefaultLevel;
+    int jobs = 1;
     bool force = false;
     bool quiet = false;
     bool keepGoing = false;
@@ -213,6 +215,11 @@ void AddOptions(CLI::App& app, const SConversionCommand& command, SOptions& opti
         } else {
             level->capture_default_str();
         }
+    }
+    if (command.takesJobs) {
+        app.add_option("-j,--jobs", options.jobs,
+                       "Threads to use; the output is the same for any number. One is used as yet")
+            ->check(CLI::Range(1, kMostJobs));
     }
     if (command.outputName) {
         CLI::Option* output = app.add_option("-o,--output", options.output, "Write to this path (one FILE only)");

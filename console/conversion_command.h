@@ -28,6 +28,8 @@ struct SConversionCommand {
     std::string summary;
     std::string examples;
     bool takesLevel = false;
+    /// Whether the work can be shared by several threads.
+    bool takesJobs = false;
     /// The option that sets what COperation::CompressionLevel answers, when the command takes it as a count of its own.
     std::string levelOption = "-l,--level";
     std::string levelSummary = "Compression level, 1 (fast) to 9 (small)";

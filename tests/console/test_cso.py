@@ -42,6 +42,16 @@ class CsoCommands(ConsoleTest):
         self.assertEqual(len(self.read("game.cso")), sizes[1], "9 is the default")
         self.assertGreater(sizes[0], sizes[1])
 
+    def test_the_number_of_threads_changes_nothing(self):
+        self.write("game.iso", psp_image())
+        self.assert_done(self.run_here("iso2cso", "game.iso"))
+        one = self.read("game.cso")
+        for words in ["-j", "1"], ["--jobs", "2"], ["--jobs=7"]:
+            self.assert_done(self.run_here("iso2cso", "-f", *words, "game.iso"))
+            self.assertEqual(self.read("game.cso"), one)
+            self.assert_done(self.run_here("cso2iso", "-f", *words, "game.cso"))
+        self.assertEqual(self.run_here("iso2cso", "-j", "0", "game.iso").status, 2)
+
     def test_an_existing_output_is_refused_without_force(self):
         self.write("game.iso", psp_image())
         self.write("game.cso", b"older")
