@@ -36,6 +36,8 @@ int RunCommandLine(std::vector<std::string> words) {
     ChosenCommand chosen;
     app.set_version_flag("--version", "vantrel " VANTREL_VERSION);
     app.require_subcommand(1);
+    // A word that begins with '/' is a path, on Windows too.
+    app.allow_windows_style_options(false);
     app.formatter(std::make_shared<CHelpFormatter>());
     AddCompressCommands(app, chosen);
     AddInspectCommands(app, chosen);
