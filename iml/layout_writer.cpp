@@ -4,6 +4,7 @@
 #include <array>
 
 #include "files/byte_order.h"
+#include "files/commit_together.h"
 #include "files/input_file.h"
 #include "files/path.h"
 #include "files/text_output.h"
@@ -257,14 +258,10 @@ void CLayoutWriter::ShowEntryDone(std::int32_t done, std::int32_t entries) {
 
 void CLayoutWriter::Commit() {
     m_list.Close();
-    if (!m_leading.Commit()) {
-        m_operation.Fail(m_leading.FailureText());
-    }
-    if (!m_layout.Commit()) {
-        if (m_request.manner == EOutputManner::CommitNew) {
-            RemoveFile(m_leadingPath);  // half a layout is none
-        }
-        m_operation.Fail(m_layout.FailureText());
+    std::string failure;
+    const std::array<COutputFile*, 2> outputs = {&m_leading, &m_layout};
+    if (!CommitTogether(outputs, failure)) {
+        m_operation.Fail(failure);
     }
 }
 
