@@ -7,8 +7,7 @@
 namespace vantrel {
 
 void CConsoleOperation::SetPane(EPane /*pane*/, std::string_view /*text*/) {
-    // Every conversion shows something after each unit, also the one that pumps no messages meanwhile.
-    ThrowIfInterrupted();
+    // No place to be interrupted: the last texts are shown when the outputs already have their names.
 }
 
 void CConsoleOperation::EnableCommand(ECommand /*command*/, bool /*enabled*/) {}
@@ -29,6 +28,7 @@ void CConsoleOperation::StepProgress() {
 }
 
 void CConsoleOperation::SetProgressPosition(std::int32_t position) {
+    ThrowIfInterrupted();
     m_position = position;
     m_progress.Update(m_position, m_range);
 }

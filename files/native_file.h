@@ -56,7 +56,7 @@ std::string LastFileError();
 
 enum class EFileKind { Missing, File, Folder, Other };
 
-/// What stands at `path`, symbolic links followed.
+/// What stands at `path`, symbolic links followed. Leaves LastFileError() as it was.
 EFileKind FileKindOf(const std::string& path);
 /// Whether both paths lead to the same existing file, by whatever links or spellings.
 bool IsSameFile(const std::string& first, const std::string& second);

@@ -120,8 +120,11 @@ std::string LastFileError() {
 }
 
 EFileKind FileKindOf(const std::string& path) {
+    const int lastError = errno;
     struct stat status = {};
-    if (::stat(path.c_str(), &status) != 0) {
+    const bool known = ::stat(path.c_str(), &status) == 0;
+    errno = lastError;
+    if (!known) {
         return EFileKind::Missing;
     }
     if (S_ISREG(status.st_mode)) {

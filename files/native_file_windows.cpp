@@ -123,7 +123,9 @@ std::string LastFileError() {
 }
 
 EFileKind FileKindOf(const std::string& path) {
+    const DWORD lastError = ::GetLastError();
     const DWORD attributes = ::GetFileAttributesW(WideOf(path).c_str());
+    ::SetLastError(lastError);
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         return EFileKind::Missing;
     }
