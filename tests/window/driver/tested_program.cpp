@@ -47,9 +47,13 @@ CDrivenDialog CTestedProgram::Start(const std::string& workingFolder) {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process{};
-    if (CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(),
-                       &startup, &process) == FALSE) {
-        throw CDriveFailure("cannot start " + Utf8Of(program));
+    // A program that was just copied may be held by the system for a moment.
+    const auto starts = [&] {
+        return CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(),
+                              &startup, &process) != FALSE;
+    };
+    if (!WaitUntil(starts)) {
+        throw CDriveFailure("cannot start " + Utf8Of(program) + ": error " + std::to_string(GetLastError()));
     }
     CloseHandle(process.hThread);
     if (m_process != nullptr) {
