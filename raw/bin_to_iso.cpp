@@ -9,7 +9,7 @@
 #include "files/path.h"
 #include "operation/frame.h"
 #include "operation/text.h"
-#include "raw/pieces_ahead.h"
+#include "pieces/pieces_ahead.h"
 #include "raw/raw_sector.h"
 
 namespace vantrel {
@@ -22,7 +22,7 @@ constexpr auto kRawUnit = static_cast<std::int64_t>(kRawSectorSize);
 
 /// A stretch of raw sectors as read; what could not be read is zero.
 struct SRawPiece {
-    std::vector<std::uint8_t> bytes;
+    std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(kPieceSectors * kRawUnit);
     bool complete = true;
 
     void Read(CInputFile& input, std::int64_t sectors) {
@@ -58,10 +58,14 @@ void CopyUserData(const SBinToIsoRequest& request, CInputFile& input, COutputFil
     const bool inPlace = request.manner == EOutputManner::InPlace;
     const auto pieceCount = static_cast<std::uint32_t>((count + kPieceSectors - 1) / kPieceSectors);
     input.Seek(0);
-    // The window works on one thread.
-    CPiecesAhead<SRawPiece> pieces(pieceCount, !inPlace, [&](SRawPiece& piece, std::uint32_t number) {
-        piece.Read(input, std::min(kPieceSectors, count - number * kPieceSectors));
-    });
+    // The window works on one thread. There is nothing to do but to read.
+    const std::uint32_t workers = inPlace ? 0 : 1;
+    CPiecesAhead<SRawPiece> pieces(
+        pieceCount, workers, std::vector<SRawPiece>(PlacesFor(workers)),
+        [&](SRawPiece& piece, std::uint64_t number) {
+            piece.Read(input, std::min(kPieceSectors, count - static_cast<std::int64_t>(number) * kPieceSectors));
+        },
+        [](SRawPiece&, std::uint64_t, std::uint32_t) {});
     std::int64_t sector = 0;
     while (const SRawPiece* piece = pieces.Next()) {
         if (!inPlace && !piece->complete) {

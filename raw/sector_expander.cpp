@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-#include "raw/pieces_ahead.h"
+#include "pieces/pieces_ahead.h"
 
 namespace vantrel {
 
@@ -12,21 +12,29 @@ namespace {
 
 /// Sectors of one piece of work: large enough that handing it over costs nothing, small enough for the caches.
 constexpr std::uint32_t kPieceSectors = 64;
+/// One thread reads and encodes about as fast as another writes.
+constexpr std::uint32_t kWorkers = 1;
 
 /// A stretch of raw sectors.
 class CRawPiece {
 public:
-    /// Fills the piece with the raw sectors from `first` on, reading the image where it stands.
-    void Make(CInputFile& image, const SExpansion& expansion, std::uint32_t first) {
+    CRawPiece()
+        : m_data(std::size_t{kPieceSectors} * kUserDataSize), m_raw(std::size_t{kPieceSectors} * kRawSectorSize) {}
+
+    /// Reads the user data of the sectors from `first` on, where the image stands; the postgap's is zero.
+    void Read(CInputFile& image, const SExpansion& expansion, std::uint32_t first) {
+        m_first = first;
         m_sectors = std::min(kPieceSectors, expansion.AllSectors() - first);
-        m_data.resize(std::size_t{kPieceSectors} * kUserDataSize);
-        m_raw.resize(std::size_t{kPieceSectors} * kRawSectorSize);
         const std::uint32_t ofImage = std::min(m_sectors, expansion.sectors - std::min(first, expansion.sectors));
         const auto wanted = std::span(m_data).first(std::size_t{ofImage} * kUserDataSize);
         m_complete = image.Read(wanted) == wanted.size();
         std::fill(m_data.begin() + static_cast<std::ptrdiff_t>(wanted.size()), m_data.end(), std::uint8_t{0});
+    }
+
+    /// Makes raw sectors of what was read.
+    void Encode(ESectorMode mode) {
         for (std::uint32_t i = 0; m_complete && i < m_sectors; ++i) {
-            EncodeSector(expansion.mode, first + i, std::span(m_data).subspan(i * kUserDataSize).first<kUserDataSize>(),
+            EncodeSector(mode, m_first + i, std::span(m_data).subspan(i * kUserDataSize).first<kUserDataSize>(),
                          std::span(m_raw).subspan(i * kRawSectorSize).first<kRawSectorSize>());
         }
     }
@@ -40,6 +48,7 @@ public:
 
 private:
     bool m_complete = false;
+    std::uint32_t m_first = 0;
     std::uint32_t m_sectors = 0;
     std::vector<std::uint8_t> m_data;
     std::vector<std::uint8_t> m_raw;
@@ -53,9 +62,12 @@ EExpanded ExpandSectors(CInputFile& image, const SExpansion& expansion, COutputF
         return EExpanded::ReadFailed;
     }
     const std::uint32_t count = (expansion.AllSectors() + kPieceSectors - 1) / kPieceSectors;
-    CPiecesAhead<CRawPiece> pieces(count, true, [&](CRawPiece& piece, std::uint32_t number) {
-        piece.Make(image, expansion, number * kPieceSectors);
-    });
+    CPiecesAhead<CRawPiece> pieces(
+        count, kWorkers, std::vector<CRawPiece>(PlacesFor(kWorkers)),
+        [&](CRawPiece& piece, std::uint64_t number) {
+            piece.Read(image, expansion, static_cast<std::uint32_t>(number) * kPieceSectors);
+        },
+        [&](CRawPiece& piece, std::uint64_t, std::uint32_t) { piece.Encode(expansion.mode); });
     std::uint32_t done = 0;
     while (const CRawPiece* piece = pieces.Next()) {
         if (!piece->IsComplete()) {
