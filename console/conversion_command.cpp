@@ -154,13 +154,16 @@ private:
     }
 
     /// What stands in the way of a failed conversion, as far as it can be seen from outside: " (cause)" or nothing.
-    static std::string CauseOf(const SConversionJob& job) {
-        CInputFile input;
+    std::string CauseOf(const SConversionJob& job) const {
+        CNativeFile input;
         if (FileKindOf(job.input) == EFileKind::Folder) {
             return " (" + job.input + " is a folder)";
         }
-        if (!input.Open(job.input)) {
+        if (!input.Open(job.input, IsInPlace() ? EOpenMode::ReadWrite : EOpenMode::Read, ESharing::Anyone)) {
             return " (" + job.input + ": " + LastFileError() + ")";
+        }
+        if (IsInPlace()) {
+            return "";
         }
         const std::string folder = FolderOf(job.output);
         if (!folder.empty() && FileKindOf(folder) != EFileKind::Folder) {

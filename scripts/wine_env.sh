@@ -16,6 +16,9 @@ WINE_ENV_STARTED_WINE=
 WINE_ENV_FOLDER=
 WINE_ENV_LOG=/dev/null
 
+# Without a locale of this kind Wine cannot make files with names beyond ASCII; a bare system has none set.
+[ "$(locale charmap 2>/dev/null)" = UTF-8 ] || export LC_ALL=C.UTF-8
+
 # A folder for sockets, settings and logs of this run, removed at its end. Below /tmp, because the path of a socket may
 # not be longer than 107 characters.
 wine_env_folder() {

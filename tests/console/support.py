@@ -12,6 +12,7 @@ import unittest
 
 PROGRAM = os.environ.get("VANTREL_PROGRAM", "build/native/bin/vantrel")
 IS_WINDOWS = PROGRAM.endswith(".exe")
+NOBODY = 65534
 COMMAND = (["wine"] if IS_WINDOWS else []) + [os.path.abspath(PROGRAM)]
 
 
@@ -23,9 +24,9 @@ class Result:
         return "status %d\n--- out\n%s--- err\n%s" % (self.status, self.out, self.err)
 
 
-def run(*words, **options):
+def run(*words, program=COMMAND, **options):
     """Runs the program with its output piped; text is UTF-8 with Windows line ends folded."""
-    done = subprocess.run(COMMAND + [str(word) for word in words], capture_output=True, timeout=120,
+    done = subprocess.run(program + [str(word) for word in words], capture_output=True, timeout=120,
                           stdin=subprocess.DEVNULL, **options)
     text = [stream.decode("utf-8", "surrogateescape").replace("\r\n", "\n") for stream in (done.stdout, done.stderr)]
     return Result(done.returncode, *text)
@@ -41,6 +42,15 @@ class ConsoleTest(unittest.TestCase):
 
     def run_here(self, *words, **options):
         return run(*words, cwd=self.folder, **options)
+
+    def run_as_ordinary_user(self, *words):
+        """The superuser, whom no permission stops, becomes somebody else, with a copy of the program to start."""
+        if os.geteuid() != 0:
+            return self.run_here(*words)
+        with tempfile.TemporaryDirectory(prefix="vantrel-program-") as place:
+            os.chmod(place, 0o755)
+            program = shutil.copy(COMMAND[0], place)
+            return run(*words, program=[program], cwd=self.folder, user=NOBODY, group=NOBODY, extra_groups=[])
 
     def path(self, name):
         return os.path.join(self.folder, name)

@@ -6,11 +6,12 @@ import resource
 import select
 import shutil
 import signal
+import struct
 import subprocess
 import time
 import unittest
 
-from support import COMMAND, ConsoleTest, interrupted, psp_image
+from support import COMMAND, ConsoleTest, interrupted, psp_image, run
 
 SIXTEEN_MEGABYTES = 8192
 
@@ -93,14 +94,101 @@ class Guarantees(ConsoleTest):
                                       "(game.cso: Read-only file system)\n")
         self.assertEqual(self.names(), ["game.iso"])
 
-    @unittest.skipIf(os.geteuid() == 0, "permissions do not stop root")
     def test_a_folder_without_permission(self):
         self.write("game.iso", psp_image())
         os.chmod(self.folder, 0o555)
         self.addCleanup(os.chmod, self.folder, 0o755)
-        result = self.run_here("iso2cso", "game.iso")
-        self.assertEqual(result.status, 1)
-        self.assertIn("Code 10010g - Error create game.cso (game.cso: Permission denied)", result.err)
+        result = self.run_as_ordinary_user("iso2cso", "game.iso")
+        self.assertEqual((result.status, result.err), (1, "vantrel iso2cso: Code 10010g - Error create game.cso "
+                                                          "(game.cso: Permission denied)\n"))
+        self.assertEqual(self.names(), ["game.iso"])
+
+    def test_files_without_permission(self):
+        """Each command names the file that it may not read, and the cause."""
+        names = {"iso2cso": "a.iso", "iso2dax": "a.iso", "iso2bin": "a.iso", "iso2iml": "a.iso", "verify": "a.iso",
+                 "check-postgap": "a.iso", "info": "a.iso", "list": "a.iso", "extract": "a.iso", "cso2iso": "b.cso",
+                 "dax2iso": "c.dax", "bin2iso": "d.bin", "iml2iso": "e.iml"}
+        for name in set(names.values()):
+            self.write(name, psp_image())
+            os.chmod(self.path(name), 0)
+        os.chmod(self.folder, 0o777)
+        before = self.names()
+        for command, name in names.items():
+            result = self.run_as_ordinary_user(command, name)
+            self.assertEqual((result.status, result.out), (1, ""), (command, result))
+            self.assertIn(name, result.err)
+            self.assertIn("Permission denied", result.err, command)
+            self.assertEqual(self.names(), before)
+
+    def write_image(self, system, volume_sectors):
+        """An image of 60 sectors; its system identifier tells the kind."""
+        image = bytearray(psp_image(60))
+        image[32776:32776 + len(system)] = system
+        image[33792:33800] = b"CD-XA001"
+        image[32848:32852] = struct.pack("<I", volume_sectors)
+        self.write("game.iso", image)
+        return bytes(image)
+
+    def test_an_image_that_may_not_be_changed(self):
+        image = self.write_image(b"PLAYSTATION", 210)
+        os.chmod(self.path("game.iso"), 0o444)
+        os.chmod(self.folder, 0o777)
+        for words in ["check-postgap"], ["add-postgap", "--count", "2"]:
+            result = self.run_as_ordinary_user(*words, "game.iso")
+            self.assertEqual((result.status, result.out), (1, ""), result)
+            self.assertIn("game.iso: Permission denied", result.err)
+            self.assertEqual(self.state(), {"game.iso": image})
+
+    @unittest.skipUnless(shutil.which("strace"), "a signal at a chosen moment comes from strace")
+    def test_an_interrupted_postgap_is_undone(self):
+        """Ctrl-C at a write to the image: the image is as it was, or all is done when the signal came too late."""
+        for words, system, moments in ((["check-postgap"], b"PLAYSTATION", {1: 130, 2: 130, 77: 130, 150: 130, 151: 0}),
+                                       (["add-postgap", "--count", "9"], b"PSP GAME", {1: 130, 9: 130, 10: 0})):
+            for moment, status in moments.items():
+                image = self.write_image(system, 210)
+                signal_at = ["strace", "-qq", "-o", os.devnull, "-P", self.path("game.iso"),
+                             "-e", "inject=write:signal=SIGINT:when=%d" % moment]
+                result = run(*words, "game.iso", program=signal_at + COMMAND, cwd=self.folder,
+                             env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"})
+                self.assertEqual(result.status, status, (words, moment, result))
+                if status == 130:
+                    self.assertEqual(result.err, "vantrel: interrupted; nothing unfinished was kept\n")
+                    self.assertEqual(self.read("game.iso"), image)
+                else:
+                    self.assertEqual(result.err, "")
+                    self.assertGreater(len(self.read("game.iso")), len(image))
+
+    @unittest.skipUnless(os.geteuid() == 0 and shutil.which("lowntfs-3g") and shutil.which("unshare"),
+                         "needs to mount a disk that folds cases")
+    def test_a_disk_that_folds_cases(self):
+        """Files that differ only in case are told there, before anything is written, and fit on other disks."""
+        script = """set -e
+            mkfs.ntfs -q -F -f "$1/volume" >&2
+            lowntfs-3g -o ignore_case "$1/volume" "$1/disk" || exit 99
+            touch "$1/disk/a"; [ -e "$1/disk/A" ]; rm "$1/disk/a"
+            status=0; (cd "$1/disk"; shift; "$@") || status=$?
+            find "$1/disk" -mindepth 1
+            umount "$1/disk"
+            exit $status"""
+        os.makedirs(self.path("src/DIR"))
+        for name in "src/DIR/ONE.TXT", "src/DIR/one.txt":
+            self.write(name, name.encode())
+        subprocess.run(["genisoimage", "-quiet", "-U", "-sysid", "PSP GAME", "-A", "PSP GAME", "-o", self.path("game.iso"),
+                        self.path("src")], check=True, stderr=subprocess.DEVNULL)
+        image = bytearray(self.read("game.iso"))
+        image[33792:33800] = b"CD-XA001"
+        self.write("game.iso", image)
+        os.mkdir(self.path("disk"))
+        self.write("volume", bytes(8 << 20))
+        for words in ["extract", "../game.iso"], ["iso2iml", "../game.iso", "-o", "game.iml", "--extract"]:
+            self.assert_done(self.run_here(words[0], "-f", "game.iso", *words[2:]))
+            done = subprocess.run(["unshare", "-m", "sh", "-c", script, "sh", self.folder] + COMMAND + words,
+                                  capture_output=True, text=True, timeout=60)
+            if done.returncode == 99:
+                self.skipTest(done.stderr)
+            self.assertEqual((done.returncode, done.stdout), (1, ""), done.stderr)
+            self.assertIn('\\ONE.TXT" and "', done.stderr)
+            self.assertIn("cannot both be extracted: they would be the same file on this disk", done.stderr)
 
     def test_a_terminal_gets_a_progress_line_and_a_pipe_does_not(self):
         self.write_large()

@@ -7,7 +7,7 @@ import subprocess
 import unittest
 import zlib
 
-from support import ConsoleTest
+from support import ConsoleTest, IS_WINDOWS
 
 SECTOR = 2048
 RAW = 2352
@@ -23,9 +23,10 @@ class Inspect(ConsoleTest):
             self.write("src/" + name, content)
         self.master("game.iso", b"PLAYSTATION", b"PLAYSTATION")
 
-    def master(self, name, system, application):
+    def master(self, name, system, application, *options):
         """An image that a common tool made, with the marks of a PlayStation 2 CD that is also accepted as PSP's."""
-        subprocess.run(["genisoimage", "-quiet", "-V", "GAME", "-o", self.path(name), self.path("src")], check=True)
+        subprocess.run(["genisoimage", "-quiet", "-V", "GAME", *options, "-o", self.path(name), self.path("src")],
+                       check=True, stderr=subprocess.DEVNULL)
         image = bytearray(self.read(name))
         image[32776:32776 + 32] = system.ljust(32)
         image[33342:33342 + 128] = application.ljust(128)
@@ -238,6 +239,23 @@ class Inspect(ConsoleTest):
         self.assertEqual(result.status, 1)
         self.assertIn("would leave the folder", result.err)
         self.assertFalse(os.path.exists(self.path("out")))
+
+    def test_names_that_differ_only_in_case(self):
+        """They are two files where the system tells cases apart, and are told before anything is written elsewhere."""
+        self.write("src/DIR/b.bin", b"small letters")
+        self.master("game.iso", b"PLAYSTATION", b"PLAYSTATION", "-U")
+        for words in ["extract", "game.iso", "-C", "out"], ["iso2iml", "game.iso", "--extract", "out"]:
+            before = self.names()
+            result = self.run_here(*words)
+            if IS_WINDOWS:
+                self.assertEqual(result.status, 1, result)
+                self.assertIn("cannot both be extracted: they would be the same file on this disk", result.err)
+                self.assertEqual(self.names(), before)
+            else:
+                self.assert_done(result)
+                found = self.extracted("out")
+                self.assertEqual((found["DIR/B.BIN"], found["DIR/b.bin"]), (self.files["DIR/B.BIN"], b"small letters"))
+                shutil.rmtree(self.path("out"))
 
     def test_layouts(self):
         self.assert_done(self.run_here("iso2iml", "game.iso", "--extract"))

@@ -1,6 +1,7 @@
 // The CD rebuild: placement, padding, gaps, postgap, volume size, its conversation and its failures.
 #include <filesystem>
 
+#include "tests/support/ordinary_user.h"
 #include "tests/unit/iml/rebuild_fixture.h"
 
 namespace vantrel {
@@ -440,6 +441,26 @@ TEST_F(RebuildCd, BareLineFeedsMoveTheLetter) {
 TEST_F(RebuildCd, LayoutShorterThanTheLetterIsRefused) {
     test::WriteText(m_folder / "game.iml", "[SYS]\r\nVERSION=1.00\r\nMEDIA=");
     EXPECT_EQ(Failure(InPlace()), "Error!!!!!!!! This is not UMD or CD or DVD verson of iml file");
+}
+
+TEST_F(RebuildCd, LayoutThatMayNotBeWrittenIsRefusedByTheWindowOnly) {
+    Add(18, 18, "A", test::RandomBytes(3, 1));
+    const std::string iml = m_folder / "game.iml";
+    for (const test::ELayoutMedia media : {test::ELayoutMedia::Cd, test::ELayoutMedia::Umd, test::ELayoutMedia::Dvd}) {
+        m_layout.media = media;
+        WriteLayout();
+        std::filesystem::permissions(iml, std::filesystem::perms{0444});
+        {
+            const test::CAsOrdinaryUser user(m_folder);
+            EXPECT_EQ(Failure(InPlace()), "Code 2012 - Error Opening " + iml);
+            SRebuildRequest careful = Careful();
+            careful.filesFolder = "";
+            careful.outputPath = m_folder / "new.iso";
+            EXPECT_EQ(Failure(careful), "did not fail");
+        }
+        EXPECT_TRUE(RemoveFile(m_folder / "new.iso"));
+        EXPECT_TRUE(RemoveFile(iml));
+    }
 }
 
 // ---- the console's manner
