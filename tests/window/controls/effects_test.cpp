@@ -1,4 +1,7 @@
 // The title effect and the animation of the window.
+#include <future>
+#include <set>
+
 #include "app/ui/ripple_effect.h"
 #include "app/ui/window_animation.h"
 #include "resources/resource_ids.h"
@@ -90,6 +93,49 @@ TEST(RippleEffect, MissingPictureIsHarmless) {
     EXPECT_EQ(std::count(painted.begin(), painted.end(), 0U), 600 * 100);
 }
 
+/// The row of the screen through the middle of a rectangle, which both sides of every frame within it cross.
+class CMiddleRow {
+public:
+    explicit CMiddleRow(const RECT& rectangle) : m_rectangle(rectangle), m_before(Pixels()) {}
+
+    /// Where the left side of a frame stands now, -1 when none is drawn: few pixels are inverted, all others as before.
+    int LeftSideOfFrame() const {
+        const std::vector<std::uint32_t> now = Pixels();
+        int left = -1;
+        int inverted = 0;
+        for (std::size_t x = 0; x < now.size(); ++x) {
+            if (now[x] == (m_before[x] ^ 0xFFFFFF)) {
+                left = left < 0 ? static_cast<int>(x) : left;
+                ++inverted;
+            } else if (now[x] != m_before[x]) {
+                return -1;
+            }
+        }
+        return inverted <= kBothSides ? left : -1;
+    }
+
+private:
+    static constexpr int kBothSides = 6;
+
+    std::vector<std::uint32_t> Pixels() const {
+        const int width = m_rectangle.right - m_rectangle.left;
+        const CMemoryBitmap bitmap(width, 1);
+        const HDC screen = GetDC(nullptr);
+        BitBlt(bitmap.Dc(), 0, 0, width, 1, screen, m_rectangle.left, (m_rectangle.top + m_rectangle.bottom) / 2,
+               SRCCOPY);
+        ReleaseDC(nullptr, screen);
+        GdiFlush();
+        std::vector<std::uint32_t> pixels(bitmap.Pixels(), bitmap.Pixels() + width);
+        for (std::uint32_t& pixel : pixels) {
+            pixel &= 0xFFFFFF;
+        }
+        return pixels;
+    }
+
+    RECT m_rectangle;
+    std::vector<std::uint32_t> m_before;
+};
+
 /// The system's switch for animations, put back at the end.
 class CAnimationSwitch {
 public:
@@ -161,6 +207,22 @@ TEST_F(CWindowAnimationTest, StylesChooseTheDirections) {
     EXPECT_TRUE(m_animation.Frames(whole).empty());
     m_animation.SetStyle(kAnimateZoom);
     EXPECT_TRUE(m_animation.Frames({10, 10, 10, 10}).empty());
+}
+
+TEST_F(CWindowAnimationTest, ShowsFramesAtSeveralPlaces) {
+    const RECT rectangle = {200, 200, 600, 500};
+    // A machine that is busy may be looking elsewhere during all of the frames.
+    EXPECT_TRUE(WaitUntil([&] {
+        Pump();
+        const CMiddleRow row(rectangle);
+        auto playing = std::async(std::launch::async, [&] { CWindowAnimation::Play(m_animation.Frames(rectangle)); });
+        std::set<int> places;
+        while (playing.wait_for(Milliseconds(0)) != std::future_status::ready) {
+            places.insert(row.LeftSideOfFrame());
+        }
+        places.erase(-1);
+        return places.size() >= 2;
+    }));
 }
 
 TEST_F(CWindowAnimationTest, LeavesTheScreenAsItWas) {
