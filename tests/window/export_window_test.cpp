@@ -121,6 +121,25 @@ TEST_F(ExportWindowTest, ACancelledQuestionLeavesTheDialogUsable) {
     EXPECT_EQ(ReadWhole(m_folder / "second.ims").size() % 2048, 0U);
 }
 
+TEST_F(ExportWindowTest, AChosenFolderStandsBeforeEveryPath) {
+    MakeImage(EImageKind::Umd);
+    const std::string folder = m_folder / "loose files";
+    ASSERT_TRUE(MakeFolder(folder));
+    CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    dialog.Press(IDC_FULL_PATH);
+    WaitForFileDialog(m_program).Choose(folder);
+    Require("the folder", [&] { return dialog.Text(IDC_IML_PATH) == folder + "\\"; });
+    dialog.Press(IDC_ISO_TO_IML);
+    WaitForFileDialog(m_program, kConversion).Choose(m_folder / "game.iml");
+    WaitForBox(m_program, kConversion).Close();
+    Require("end of the conversion", [&] { return dialog.IsEnabled(IDC_BROWSE); });
+    const std::string layout = ReadText(m_folder / "game.iml");
+    const std::string written = folder.substr(folder.find(':') + 1);  // without its drive
+    EXPECT_NE(layout.find('"' + written + "\\SYSTEM.CNF\"\r\n"), std::string::npos) << layout;
+    EXPECT_NE(layout.find('"' + written + "\\DATA\\LEVEL.BIN\"\r\n"), std::string::npos) << layout;
+}
+
 TEST_F(ExportWindowTest, ARefusedImageEndsTheProgram) {
     WriteText(m_folder / "game.iso", "no image at all");
     CDrivenDialog dialog = m_program.Start();
