@@ -352,18 +352,7 @@ TEST_F(RebuildCd, EveryFailureText) {
     EXPECT_EQ(Failure(InPlace()), "Code 2011 - Error Opening " + iml);
     EXPECT_EQ(test::FailureOf([&] { RebuildCdImage(InPlace(), m_operation); }), "Code 2011a - Error Opening " + iml);
     WriteLayout();
-    SRebuildRequest request = InPlace();
-    request.entryListPath = m_folder / "no/game.txt";
-    EXPECT_EQ(Failure(request), "Code 202 - Error Opening " + request.entryListPath);
-    request = InPlace();
-    request.boundsPath = m_folder / "no/game.vlt";
-    EXPECT_EQ(Failure(request), "Code 2021 - Error Opening " + request.boundsPath);
-    request = InPlace();
-    request.outputPath = m_folder / "no/game.iso";
-    EXPECT_EQ(Failure(request), "Code 203!!! file not found ==> " + request.outputPath);
-    request = InPlace();
-    request.leadingPath = m_folder / "no.ims";
-    EXPECT_EQ(Failure(request), "Code 204!!! file not found==> " + request.leadingPath);
+    ExpectFailuresOfSideFiles();
     test::WriteText(m_folder / "game.iml", "[SYS]\r\nVERSION=1.00\r\nMEDIA=XX\r\n");
     EXPECT_EQ(Failure(InPlace()), "Error!!!!!!!! This is not UMD or CD or DVD verson of iml file");
     EXPECT_EQ(test::FailureOf([&] { RebuildCdImage(InPlace(), m_operation); }),

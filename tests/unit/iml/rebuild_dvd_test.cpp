@@ -160,18 +160,7 @@ TEST_F(RebuildDvd, EveryFailureText) {
               "Error dvd !!!!!!!! This is not DVD verson of iml file");
     m_layout.media = test::ELayoutMedia::Dvd;
     WriteLayout();
-    SRebuildRequest request = InPlace();
-    request.entryListPath = m_folder / "no/game.txt";
-    EXPECT_EQ(Failure(request), "Code 202 - Error Opening " + request.entryListPath);
-    request = InPlace();
-    request.boundsPath = m_folder / "no/game.vlt";
-    EXPECT_EQ(Failure(request), "Code 2021 - Error Opening " + request.boundsPath);
-    request = InPlace();
-    request.outputPath = m_folder / "no/game.iso";
-    EXPECT_EQ(Failure(request), "Code 203!!! file not found ==> " + request.outputPath);
-    request = InPlace();
-    request.leadingPath = m_folder / "no.ims";
-    EXPECT_EQ(Failure(request), "Code 204!!! file not found==> " + request.leadingPath);
+    ExpectFailuresOfSideFiles();
     RemoveFile(m_folder / "A");
     EXPECT_EQ(Failure(InPlace()), "Code 3041 - Error!!! Opening [" + m_prefix + "A]");
 }

@@ -49,6 +49,22 @@ protected:
         return test::FailureOf([&] { Vantrel(request, m_operation); });
     }
 
+    /// What is said when the image or a file beside the layout cannot be opened.
+    void ExpectFailuresOfSideFiles() {
+        SRebuildRequest request = InPlace();
+        request.entryListPath = m_folder / "no/game.txt";
+        EXPECT_EQ(Failure(request), "Code 202 - Error Opening " + request.entryListPath);
+        request = InPlace();
+        request.boundsPath = m_folder / "no/game.vlt";
+        EXPECT_EQ(Failure(request), "Code 2021 - Error Opening " + request.boundsPath);
+        request = InPlace();
+        request.outputPath = m_folder / "no/game.iso";
+        EXPECT_EQ(Failure(request), "Code 203!!! file not found ==> " + request.outputPath);
+        request = InPlace();
+        request.leadingPath = m_folder / "no.ims";
+        EXPECT_EQ(Failure(request), "Code 204!!! file not found==> " + request.leadingPath);
+    }
+
     /// Bytes of a file with its padding, as the image must have them.
     static test::Bytes Padded(test::Bytes content) {
         static constexpr std::uint8_t kMark[] = {0x0B, 0x02, 0x13, 0x06, 0x01, 0x1A, 0x0C, 0x03, 0x15, 0x08};
