@@ -29,6 +29,34 @@ def compare(title, ours, reference, limit, rounds=7):
     return ratio <= limit
 
 
+def compare_jobs(title, ours, reference, limit, copied=None, rounds=5):
+    """`ours` with one and with two jobs against the reference on one core: each job may take its share of the time, times
+    the limit; the time in which `copied` is copied is granted where that is longer. True when all are within."""
+    copy = ["cp", copied, copied + ".copy"] if copied else ["true"]
+    commands = [ours + ["-j", "1"], ours + ["-j", "2"], reference, copy]
+    times = [[timed(command) for command in commands] for _ in range(rounds)]
+    best = [min(column) for column in zip(*times)]
+    median = [statistics.median(column) for column in zip(*times)]
+    good = True
+    for jobs in 1, 2:
+        share = best[2] / jobs
+        within = best[jobs - 1] <= max(limit * share, best[3] if copied else 0)
+        print("%-30s -j %d %7.3f s (median %.3f)  reference / %d %7.3f s (median %.3f)%s  ratio %.2f  limit %.2f  %s"
+              % (title, jobs, best[jobs - 1], median[jobs - 1], jobs, share, median[2] / jobs,
+                 "  cp %.3f s" % best[3] if copied else "", best[jobs - 1] / share, limit, "ok" if within else "OVER"))
+        good &= within
+    return good
+
+
+def memory_within(program, words, jobs, blocks):
+    """Prints the peak of a conversion; true when it is at most 64 MiB and 8 bytes for each block."""
+    peak = peak_memory([program] + words + ["-j", str(jobs)])
+    limit = blocks * 8 // 1024 + (64 << 10)
+    print("%s -j %d of %d blocks: peak %d KiB, 64 MiB + 8 bytes a block = %d KiB  %s"
+          % (words[0], jobs, blocks, peak, limit, "ok" if peak <= limit else "OVER"))
+    return peak <= limit
+
+
 def peak_memory(command):
     """Largest resident size in KiB."""
     done = subprocess.run(["/usr/bin/time", "-f", "%M"] + command, check=True, stdout=subprocess.DEVNULL,

@@ -38,13 +38,15 @@ SCompressionRequest WindowDaxExpansion(const std::string& folder, const std::str
     return request;
 }
 
-SCompressionRequest DirectConversion(const std::string& input, const std::string& output, EOutputManner manner) {
+SCompressionRequest DirectConversion(const std::string& input, const std::string& output, EOutputManner manner,
+                                     std::uint32_t workers) {
     SCompressionRequest request;
     request.chosenPath = input;
     request.imagePath = input;
     request.outputPath = output;
     request.shownName = FileNameOf(input);
     request.manner = manner;
+    request.workers = workers;
     return request;
 }
 

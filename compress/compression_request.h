@@ -1,6 +1,7 @@
 // What the CSO and DAX conversions are asked to do: which files, under which names, in which manner.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "files/output_file.h"
@@ -13,6 +14,8 @@ struct SCompressionRequest {
     std::string outputPath;
     std::string shownName;  ///< The image's name in messages; in the window base name + ".iso".
     EOutputManner manner = EOutputManner::InPlace;
+    /// Threads that compress or expand, beside the conversion's own, which writes. None are used in place.
+    std::uint32_t workers = 0;
 };
 
 /// The names that the window gives to a compression of `folder` (with its separator) + `fileName`: the image is base
@@ -26,7 +29,8 @@ SCompressionRequest WindowExpansion(const std::string& folder, const std::string
 /// The same for a DAX file, whose input is base name + ".dax", found without regard to case, whatever was chosen.
 SCompressionRequest WindowDaxExpansion(const std::string& folder, const std::string& fileName);
 
-/// A conversion of exactly `input` into exactly `output`.
-SCompressionRequest DirectConversion(const std::string& input, const std::string& output, EOutputManner manner);
+/// A conversion of exactly `input` into exactly `output`, by so many threads.
+SCompressionRequest DirectConversion(const std::string& input, const std::string& output, EOutputManner manner,
+                                     std::uint32_t workers);
 
 }  // namespace vantrel

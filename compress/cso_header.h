@@ -28,6 +28,9 @@ struct CsoHeader {
 /// Set in an index entry whose block is stored plain.
 inline constexpr std::uint32_t kCsoPlainBlock = 0x80000000U;
 
+/// Room of the buffer for a stored block, in blocks.
+inline constexpr std::uint32_t kCsoStoredRoom = 2;
+
 /// Bytes of an index entry.
 inline constexpr std::uint32_t kCsoEntrySize = 4;
 

@@ -1,10 +1,7 @@
 #include "compress/cso_reader.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 
-#include "compress/raw_deflate.h"
 #include "files/byte_order.h"
 
 namespace vantrel {
@@ -41,9 +38,7 @@ ECsoFault CCsoReader::ReadIndex() {
     }
     const std::uint64_t indexSize = (m_blockCount + 1) * kCsoEntrySize;
     m_index = TryAllocate(indexSize);
-    m_block = TryAllocate(m_header.block_size);
-    m_stored = TryAllocate(std::uint64_t{kStoredRoom} * m_header.block_size);
-    if (!m_index || !m_block || !m_stored) {
+    if (!m_index || !m_block.Allocate(BlockSizes(), 1)) {
         return ECsoFault::Memory;
     }
     const std::span index(m_index.get(), static_cast<std::size_t>(indexSize));
@@ -55,31 +50,25 @@ std::uint32_t CCsoReader::Entry(std::uint64_t block) const {
 }
 
 ECsoFault CCsoReader::ReadBlock(std::uint64_t block, std::span<const std::uint8_t>& content) {
-    std::span<const std::uint8_t> stored;
-    const ECsoFault fault = ReadStored(block, stored);
-    if (fault != ECsoFault::None) {
-        return fault;
-    }
-    if (IsPlain(block)) {
-        content = stored;
-        return ECsoFault::None;
-    }
-    return Inflate(stored, content);
+    m_block.Read(*this, block, 1);
+    m_block.Make(m_inflater);
+    content = m_block.Blocks().front().content;
+    return FaultOf(m_block.Blocks().front());
 }
 
 /// Positions are 32-bit quantities with a sign; what lies beyond 2 GiB cannot be reached. A plain block is as long as a
 /// block, whatever the next entry says.
-ECsoFault CCsoReader::ReadStored(std::uint64_t block, std::span<const std::uint8_t>& stored) {
+bool CCsoReader::ReadStored(std::uint64_t block, std::span<std::uint8_t> room, std::size_t& size, bool& plain) {
     const std::uint32_t here = Entry(block) & kPositionMask;
     const std::uint32_t next = Entry(block + 1) & kPositionMask;
-    const std::uint64_t size = IsPlain(block) ? m_header.block_size : Shifted(next - here);
-    if (size > std::uint64_t{kStoredRoom} * m_header.block_size) {
-        return ECsoFault::Read;
+    plain = IsPlain(block);
+    const std::uint64_t stored = plain ? m_header.block_size : Shifted(next - here);
+    if (stored > room.size()) {
+        return false;
     }
+    size = static_cast<std::size_t>(stored);
     const auto position = static_cast<std::int32_t>(static_cast<std::uint32_t>(Shifted(here)));
-    const std::span buffer(m_stored.get(), static_cast<std::size_t>(size));
-    stored = buffer;
-    return m_file.ReadAt(position, buffer) == size ? ECsoFault::None : ECsoFault::Read;
+    return m_file.ReadAt(position, room.first(size)) == size;
 }
 
 /// An index quantity in bytes. Shifts of 32 and more leave nothing of a 32-bit quantity.
@@ -87,28 +76,20 @@ std::uint64_t CCsoReader::Shifted(std::uint32_t quantity) const {
     return m_header.align < 32 ? static_cast<std::uint64_t>(quantity) << m_header.align : 0;
 }
 
-ECsoFault CCsoReader::Inflate(std::span<const std::uint8_t> stored, std::span<const std::uint8_t>& content) {
-    z_stream stream = {};
-    if (inflateInit2(&stream, kRawDeflateWindow) != Z_OK) {
-        m_zlibMessage = MessageOf(stream);
+ECsoFault CCsoReader::FaultOf(const SInflatedBlock& block) const {
+    if (!block.wasRead) {
+        return ECsoFault::Read;
+    }
+    if (block.outcome.FailedIn(EStreamStep::Begin)) {
         return ECsoFault::InflateBegin;
     }
-    stream.next_in = const_cast<Bytef*>(stored.data());
-    stream.avail_in = static_cast<uInt>(stored.size());
-    stream.next_out = m_block.get();
-    stream.avail_out = m_header.block_size;
-    const int result = inflate(&stream, Z_FULL_FLUSH);
-    m_zlibMessage = MessageOf(stream);
-    m_produced = m_header.block_size - stream.avail_out;
-    const int ended = inflateEnd(&stream);
-    if (result != Z_STREAM_END) {
+    if (block.outcome.FailedIn(EStreamStep::Work)) {
         return ECsoFault::Inflate;
     }
-    content = {m_block.get(), m_produced};
-    if (m_produced != m_header.block_size) {
+    if (block.content.size() != m_header.block_size) {
         return ECsoFault::WrongBlockSize;
     }
-    return ended == Z_OK ? ECsoFault::None : ECsoFault::InflateEnd;
+    return block.outcome.failed ? ECsoFault::InflateEnd : ECsoFault::None;
 }
 
 }  // namespace vantrel

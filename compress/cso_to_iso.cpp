@@ -1,7 +1,6 @@
 // A CSO file back into an image, block by block.
-#include <array>
-
 #include "compress/block_report.h"
+#include "compress/blocks_ahead.h"
 #include "compress/cso.h"
 #include "compress/cso_reader.h"
 #include "compress/finish.h"
@@ -48,6 +47,10 @@ private:
 
     void ExpandBlocks() {
         const auto count = static_cast<std::int64_t>(m_cso.BlockCount());
+        const SSharing sharing = SharingOf(m_request, m_cso.BlockSizes());
+        auto places = PlacesOf<CInflatedPiece>(sharing, m_cso.BlockSizes(), m_cso.BlockCount());
+        Check(places.empty() ? ECsoFault::Memory : ECsoFault::None);
+        CBlocksAhead<CInflatedPiece> blocks(sharing, m_cso.BlockCount(), std::move(places), m_cso, {EStreamForm::Raw});
         CBlockReport report(m_operation, count, true);
         for (std::int64_t block = 0; block < count; ++block) {
             m_operation.PumpMessages();
@@ -55,28 +58,31 @@ private:
                 m_operation.PumpMessages();
             }
             m_operation.StepProgress();
-            std::span<const std::uint8_t> content;
-            Check(m_cso.ReadBlock(static_cast<std::uint64_t>(block), content), block);
-            if (!m_output.Write(content)) {
-                m_operation.Fail(Format("Code 1110-block %d : Write error\n", static_cast<std::int32_t>(block)));
-            }
+            WriteBlock(static_cast<std::int32_t>(block), blocks.Next());
         }
         report.Show(count);
         m_operation.PumpMessages();
     }
 
-    /// Goes on when there is no fault, and ends the conversion with the fault's text otherwise. Texts before the first
-    /// block name the output where the output was chosen for them.
-    void Check(ECsoFault fault, std::int64_t block = 0) {
-        if (fault != ECsoFault::None) {
-            m_operation.Fail(TextOf(fault, static_cast<std::int32_t>(block)));
+    void WriteBlock(std::int32_t number, const SInflatedBlock& block) {
+        Check(m_cso.FaultOf(block), number, block);
+        if (!m_output.Write(block.content)) {
+            m_operation.Fail(Format("Code 1110-block %d : Write error\n", number));
         }
     }
 
-    std::string TextOf(ECsoFault fault, std::int32_t block) const {
+    /// Goes on when there is no fault, and ends the conversion with the fault's text otherwise. Texts before the first
+    /// block name the output where the output was chosen for them.
+    void Check(ECsoFault fault, std::int32_t number = 0, const SInflatedBlock& block = {}) {
+        if (fault != ECsoFault::None) {
+            m_operation.Fail(TextOf(fault, number, block));
+        }
+    }
+
+    std::string TextOf(ECsoFault fault, std::int32_t number, const SInflatedBlock& block) const {
         const char* const input = m_request.chosenPath.c_str();
         const char* const output = m_request.outputPath.c_str();
-        const char* const message = m_cso.ZlibMessage().c_str();
+        const char* const message = block.outcome.message;
         switch (fault) {
             case ECsoFault::None:
                 break;
@@ -89,14 +95,14 @@ private:
             case ECsoFault::Index:
                 return Format("Code 1105-file read error %s\n", input);
             case ECsoFault::Read:
-                return Format("Code 1107-block %d : read error\n", block);
+                return Format("Code 1107-block %d : read error\n", number);
             case ECsoFault::InflateBegin:
                 return Format("Code 1106-deflateInit%s\n", message);
             case ECsoFault::Inflate:
                 return Format("Code 1108-inflate : %s\n", message);
             case ECsoFault::WrongBlockSize:
-                return Format("Code 1109-block %d : block size error %d != %d\n", block,
-                              static_cast<std::int32_t>(m_cso.Produced()),
+                return Format("Code 1109-block %d : block size error %d != %d\n", number,
+                              static_cast<std::int32_t>(block.content.size()),
                               static_cast<std::int32_t>(m_cso.Header().block_size));
             case ECsoFault::InflateEnd:
                 return Format("Code 1111-inflateEnd: %s\n", message);

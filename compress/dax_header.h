@@ -5,11 +5,14 @@
 #include <cstdint>
 #include <span>
 
+#include "compress/block_sizes.h"
+
 namespace vantrel {
 
 inline constexpr std::uint32_t kDaxFrameSize = 8192;
 /// Room for a stored frame: more than zlib ever makes of a frame.
 inline constexpr std::uint32_t kDaxStoredRoom = 9216;
+inline constexpr SBlockSizes kDaxFrameSizes = {kDaxFrameSize, kDaxStoredRoom};
 /// Bytes of an entry of the position table and of the length table.
 inline constexpr std::uint32_t kDaxPositionSize = 4;
 inline constexpr std::uint32_t kDaxLengthSize = 2;

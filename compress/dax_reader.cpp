@@ -1,7 +1,5 @@
 #include "compress/dax_reader.h"
 
-#include <zlib.h>
-
 #include "files/byte_order.h"
 
 namespace vantrel {
@@ -17,7 +15,10 @@ EDaxFault CDaxReader::ReadHeader() {
 
 EDaxFault CDaxReader::ReadTables() {
     const EDaxFault fault = ReadTable(kDaxPositionSize, m_positions);
-    return fault == EDaxFault::None ? ReadTable(kDaxLengthSize, m_lengths) : fault;
+    if (fault != EDaxFault::None) {
+        return fault;
+    }
+    return m_frame.Allocate(kDaxFrameSizes, 1) ? ReadTable(kDaxLengthSize, m_lengths) : EDaxFault::Memory;
 }
 
 /// Reads the table that begins where the last read ended.
@@ -45,16 +46,26 @@ std::uint16_t CDaxReader::Length(std::uint32_t frame) const {
 }
 
 EDaxFault CDaxReader::ReadFrame(std::uint32_t frame, std::span<const std::uint8_t>& content) {
-    const std::size_t stored = Length(frame);
-    if (stored > m_stored.size() || m_file.ReadAt(Position(frame), std::span(m_stored).first(stored)) != stored) {
+    m_frame.Read(*this, frame, 1);
+    m_frame.Make(m_inflater);
+    content = m_frame.Blocks().front().content;
+    return FaultOf(m_frame.Blocks().front());
+}
+
+bool CDaxReader::ReadStored(std::uint64_t frame, std::span<std::uint8_t> room, std::size_t& size, bool& plain) {
+    const auto number = static_cast<std::uint32_t>(frame);
+    plain = false;
+    size = Length(number);
+    return size <= room.size() && m_file.ReadAt(Position(number), room.first(size)) == size;
+}
+
+/// A stream whose end alone displeases zlib is whole.
+EDaxFault CDaxReader::FaultOf(const SInflatedBlock& frame) {
+    if (!frame.wasRead) {
         return EDaxFault::Read;
     }
-    auto length = static_cast<uLongf>(m_frame.size());
-    if (uncompress(m_frame.data(), &length, m_stored.data(), static_cast<uLong>(stored)) != Z_OK) {
-        return EDaxFault::Inflate;
-    }
-    content = std::span(m_frame).first(length);
-    return EDaxFault::None;
+    const bool whole = !frame.outcome.failed || frame.outcome.FailedIn(EStreamStep::End);
+    return whole ? EDaxFault::None : EDaxFault::Inflate;
 }
 
 }  // namespace vantrel

@@ -2,13 +2,13 @@
 // fault; the texts belong to the callers.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
 
 #include "compress/buffer.h"
 #include "compress/dax_header.h"
+#include "compress/inflated_piece.h"
 #include "files/input_file.h"
 
 namespace vantrel {
@@ -17,14 +17,14 @@ enum class EDaxFault {
     None,
     Header,  ///< fewer than 32 bytes, or wrong magic
     Tables,  ///< the tables do not fit the file or cannot be read
-    Memory,  ///< the tables cannot be had
+    Memory,  ///< the tables or the room for frames cannot be had
     Read,    ///< the stored bytes of a frame are not there, or are more than a frame can ever take
     Inflate  ///< the stored bytes are no complete zlib stream of at most a frame
 };
 
-/// Call Open, ReadHeader and ReadTables in this order, then ReadFrame in any order, each only after its predecessor
-/// succeeded.
-class CDaxReader {
+/// Call Open, ReadHeader and ReadTables in this order, each only after its predecessor succeeded. Then the frames can
+/// be had in any order: whole by ReadFrame, or in two steps by ReadStored and zlib.
+class CDaxReader : public CStoredBlocks {
 public:
     /// False, with LastFileError() set, when the file cannot be opened. Others may read it meanwhile but not write.
     bool Open(const std::string& path) { return m_file.Open(path, ESharing::Readers); }
@@ -37,6 +37,10 @@ public:
 
     /// The content of a frame (from 0), at most 8192 bytes, valid until the next call.
     EDaxFault ReadFrame(std::uint32_t frame, std::span<const std::uint8_t>& content);
+
+    bool ReadStored(std::uint64_t frame, std::span<std::uint8_t> room, std::size_t& size, bool& plain) override;
+    /// What is wrong with a frame that came from here.
+    static EDaxFault FaultOf(const SInflatedBlock& frame);
 
     const DaxHeader& Header() const { return m_header; }
     std::uint32_t FrameCount() const { return m_header.FrameCount(); }
@@ -52,8 +56,8 @@ private:
     DaxHeader m_header;
     Buffer m_positions;
     Buffer m_lengths;
-    std::array<std::uint8_t, kDaxStoredRoom> m_stored = {};
-    std::array<std::uint8_t, kDaxFrameSize> m_frame = {};
+    CInflatedPiece m_frame;
+    CBlockInflater m_inflater{{EStreamForm::Zlib}, EStreamUse::Kept};
 };
 
 }  // namespace vantrel

@@ -1,4 +1,5 @@
 // A DAX file back into an image, frame by frame.
+#include "compress/blocks_ahead.h"
 #include "compress/dax.h"
 #include "compress/dax_reader.h"
 #include "operation/frame.h"
@@ -41,13 +42,17 @@ private:
 
     void ExpandFrames() {
         const std::uint32_t count = m_dax.FrameCount();
-        for (std::uint32_t frame = 0; frame < count; ++frame) {
-            std::span<const std::uint8_t> content;
-            Check(m_dax.ReadFrame(frame, content));
-            if (!m_output.Write(content)) {
+        const SSharing sharing = SharingOf(m_request, kDaxFrameSizes);
+        auto places = PlacesOf<CInflatedPiece>(sharing, kDaxFrameSizes, count);
+        Check(places.empty() ? EDaxFault::Memory : EDaxFault::None);
+        CBlocksAhead<CInflatedPiece> frames(sharing, count, std::move(places), m_dax, {EStreamForm::Zlib});
+        for (std::uint32_t number = 0; number < count; ++number) {
+            const SInflatedBlock& frame = frames.Next();
+            Check(CDaxReader::FaultOf(frame));
+            if (!m_output.Write(frame.content)) {
                 m_operation.Fail("I/O error writing to output file.\n");
             }
-            m_operation.SetPane(EPane::Percent, PercentText(PercentOf(frame, count)));
+            m_operation.SetPane(EPane::Percent, PercentText(PercentOf(number, count)));
             if (m_request.manner != EOutputManner::InPlace) {
                 m_operation.StepProgress();  // the window's bar waits for the end; a terminal's line moves on
             }

@@ -1,6 +1,4 @@
 // An image into a CSO file, block by block.
-#include <zlib.h>
-
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -8,12 +6,13 @@
 #include <span>
 
 #include "compress/block_report.h"
+#include "compress/blocks_ahead.h"
 #include "compress/buffer.h"
 #include "compress/cso.h"
 #include "compress/cso_header.h"
+#include "compress/deflated_piece.h"
 #include "compress/finish.h"
 #include "compress/psp_image.h"
-#include "compress/raw_deflate.h"
 #include "files/byte_order.h"
 #include "files/input_file.h"
 #include "files/path.h"
@@ -23,8 +22,6 @@
 namespace vantrel {
 
 namespace {
-
-constexpr int kMemoryLevel = 8;
 
 /// Length of the image in bytes. It is a signed 32-bit quantity here, so 2 GiB and more count as unknown.
 std::uint64_t ImageLength(const SCompressionRequest& request, COperation& operation) {
@@ -39,55 +36,6 @@ std::uint64_t ImageLength(const SCompressionRequest& request, COperation& operat
     return static_cast<std::uint64_t>(length);
 }
 
-/// Compresses blocks one by one, each with a stream of its own.
-class CBlockDeflater {
-public:
-    CBlockDeflater(COperation& operation, int level) : m_operation(operation), m_level(level) {}
-
-    /// Begins the stream of a block.
-    void Begin() {
-        m_stream = {};
-        if (deflateInit2(&m_stream, m_level, Z_DEFLATED, kRawDeflateWindow, kMemoryLevel, Z_DEFAULT_STRATEGY) != Z_OK) {
-            m_operation.Fail(Format("Code 1005-deflateInit%s\n", MessageOf(m_stream)));
-        }
-        m_open = true;
-    }
-
-    /// Deflates the block; the number of bytes put into `output`.
-    std::size_t Deflate(std::int32_t block, std::span<const std::uint8_t> input, std::span<std::uint8_t> output) {
-        m_stream.next_in = const_cast<Bytef*>(input.data());
-        m_stream.avail_in = static_cast<uInt>(input.size());
-        m_stream.next_out = output.data();
-        m_stream.avail_out = static_cast<uInt>(output.size());
-        const int result = deflate(&m_stream, Z_FINISH);
-        if (result != Z_STREAM_END) {
-            m_operation.Fail(Format("Code 1008-block %d:deflate : %s[%d]\n", block, MessageOf(m_stream), result));
-        }
-        return output.size() - m_stream.avail_out;
-    }
-
-    void End() {
-        m_open = false;
-        if (deflateEnd(&m_stream) != Z_OK) {
-            m_operation.Fail(Format("Code 1010-deflateEnd : %s\n", MessageOf(m_stream)));
-        }
-    }
-
-    CBlockDeflater(const CBlockDeflater&) = delete;
-    CBlockDeflater& operator=(const CBlockDeflater&) = delete;
-    ~CBlockDeflater() {
-        if (m_open) {
-            deflateEnd(&m_stream);
-        }
-    }
-
-private:
-    COperation& m_operation;
-    int m_level;
-    z_stream m_stream = {};
-    bool m_open = false;
-};
-
 /// One run of IsoToCso after its checks: the files, the buffers and the place reached.
 class CCsoWriter {
 public:
@@ -95,6 +43,7 @@ public:
         : m_request(request), m_operation(operation) {
         m_header.total_bytes = imageLength;
         m_blockCount = m_header.BlockCount();
+        m_sharing = SharingOf(request, m_sizes);
     }
 
     void Run(int level) {
@@ -122,9 +71,8 @@ private:
 
     void AllocateBuffers() {
         m_index = TryAllocate((m_blockCount + 1) * kCsoEntrySize);
-        m_input = TryAllocate(m_header.block_size);
-        m_stored = TryAllocate(kStoredRoom * m_header.block_size);
-        if (!m_index || !m_input || !m_stored) {
+        m_places = PlacesOf<CDeflatedPiece>(m_sharing, m_sizes, m_blockCount);
+        if (!m_index || m_places.empty()) {
             m_operation.Fail(Format("Code 1004-Can't allocate memory %s\n", m_request.imagePath.c_str()));
         }
     }
@@ -149,7 +97,8 @@ private:
     }
 
     void CompressBlocks(int level) {
-        CBlockDeflater deflater(m_operation, level);
+        CBlocksAhead<CDeflatedPiece> blocks(m_sharing, m_blockCount, std::move(m_places), m_image,
+                                            {EStreamForm::Raw, level});
         CBlockReport report(m_operation, static_cast<std::int64_t>(m_blockCount), false);
         for (std::uint64_t block = 0; block < m_blockCount; ++block) {
             if (report.ShowWhenDue(static_cast<std::int64_t>(block))) {
@@ -157,31 +106,33 @@ private:
             }
             m_operation.StepProgress();
             m_operation.PumpMessages();
-            CompressBlock(static_cast<std::int32_t>(block), deflater);
+            WriteBlock(static_cast<std::int32_t>(block), blocks.Next());
         }
         SetEntry(m_blockCount, static_cast<std::uint32_t>(m_output.Position()));
         report.Show(static_cast<std::int64_t>(m_blockCount));
     }
 
-    void CompressBlock(std::int32_t block, CBlockDeflater& deflater) {
-        deflater.Begin();
-        auto entry = static_cast<std::uint32_t>(m_output.Position());
-        const std::span<std::uint8_t> input(m_input.get(), m_header.block_size);
-        const std::span<std::uint8_t> stored(m_stored.get(), kStoredRoom * m_header.block_size);
-        if (m_image.Read(input) != input.size()) {
-            m_operation.Fail(Format("Code 1007-block %d : read error\n", block));
+    void WriteBlock(std::int32_t number, const SDeflatedBlock& block) {
+        const SStreamOutcome& outcome = block.outcome;
+        if (outcome.FailedIn(EStreamStep::Begin)) {
+            m_operation.Fail(Format("Code 1005-deflateInit%s\n", outcome.message));
         }
-        std::size_t size = deflater.Deflate(block, input, stored);
-        if (size >= input.size()) {
-            std::copy(input.begin(), input.end(), stored.begin());
-            size = input.size();
-            entry |= kCsoPlainBlock;
+        if (block.input.size() != m_header.block_size) {
+            m_operation.Fail(Format("Code 1007-block %d : read error\n", number));
         }
-        SetEntry(static_cast<std::uint64_t>(block), entry);
-        if (!m_output.Write(stored.first(size))) {
-            FailWriting(block);
+        if (outcome.FailedIn(EStreamStep::Work)) {
+            m_operation.Fail(Format("Code 1008-block %d:deflate : %s[%d]\n", number, outcome.message, outcome.result));
         }
-        deflater.End();
+        // What does not shrink is stored plain.
+        const bool plain = block.stored.size() >= block.input.size();
+        SetEntry(static_cast<std::uint64_t>(number),
+                 static_cast<std::uint32_t>(m_output.Position()) | (plain ? kCsoPlainBlock : 0));
+        if (!m_output.Write(plain ? block.input : block.stored)) {
+            FailWriting(number);
+        }
+        if (outcome.FailedIn(EStreamStep::End)) {
+            m_operation.Fail(Format("Code 1010-deflateEnd : %s\n", outcome.message));
+        }
     }
 
     void WriteIndex() {
@@ -197,8 +148,9 @@ private:
     CInputFile m_image;
     COutputFile m_output;
     Buffer m_index;
-    Buffer m_input;
-    Buffer m_stored;
+    SBlockSizes m_sizes{m_header.block_size, kCsoStoredRoom* m_header.block_size};
+    SSharing m_sharing;
+    std::vector<CDeflatedPiece> m_places;
 };
 
 }  // namespace

@@ -1,15 +1,14 @@
 // An image into a DAX file, frame by frame.
-#include <zlib.h>
-
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <optional>
 #include <span>
 
+#include "compress/blocks_ahead.h"
 #include "compress/buffer.h"
 #include "compress/dax.h"
 #include "compress/dax_header.h"
+#include "compress/deflated_piece.h"
 #include "compress/finish.h"
 #include "compress/psp_image.h"
 #include "files/byte_order.h"
@@ -28,7 +27,7 @@ constexpr std::int64_t kLargestPosition = std::numeric_limits<std::uint32_t>::ma
 class CDaxWriter {
 public:
     CDaxWriter(const SCompressionRequest& request, COperation& operation)
-        : m_request(request), m_operation(operation) {}
+        : m_request(request), m_operation(operation), m_sharing(SharingOf(request, kDaxFrameSizes)) {}
 
     void OpenFiles() {
         if (!m_image.Open(m_request.imagePath, ESharing::Readers)) {
@@ -76,7 +75,8 @@ private:
         m_frameCount = m_header.FrameCount();
         m_positions = TryAllocate(std::uint64_t{m_frameCount} * kDaxPositionSize);
         m_lengths = TryAllocate(std::uint64_t{m_frameCount} * kDaxLengthSize);
-        if (!m_positions || !m_lengths) {
+        m_places = PlacesOf<CDeflatedPiece>(m_sharing, kDaxFrameSizes, m_frameCount);
+        if (!m_positions || !m_lengths || m_places.empty()) {
             m_operation.Fail("Not enough memory for the frame tables!\n");
         }
     }
@@ -93,46 +93,55 @@ private:
     }
 
     void CompressFrames(int level) {
-        std::array<std::uint8_t, kDaxFrameSize> frame;
-        std::size_t count = 0;
-        do {
-            count = m_image.Read(frame);
-            if (count > 0) {
-                CompressFrame(std::span(frame).first(count), level);
-            }
-            m_operation.StepProgress();
-            m_operation.PumpMessages();
-        } while (count == frame.size());
+        ReadAndWriteFrames(level);
         const bool complete = m_frame == m_frameCount && !m_image.HasFailed();
         if (m_request.manner != EOutputManner::InPlace && !complete) {
             m_operation.Fail("I/O error reading " + m_request.imagePath + "\n");
         }
     }
 
-    void CompressFrame(std::span<const std::uint8_t> frame, int level) {
+    /// The image ends with the first frame that is not full, or behind the last one.
+    void ReadAndWriteFrames(int level) {
+        CBlocksAhead<CDeflatedPiece> frames(m_sharing, std::uint64_t{m_frameCount} + 1, std::move(m_places), m_image,
+                                            {EStreamForm::Zlib, level});
+        std::size_t count = 0;
+        do {
+            const SDeflatedBlock& frame = frames.Next();
+            count = frame.input.size();
+            if (count > 0) {
+                WriteFrame(frame);
+            }
+            m_operation.StepProgress();
+            m_operation.PumpMessages();
+        } while (count == kDaxFrameSize);
+    }
+
+    void WriteFrame(const SDeflatedBlock& frame) {
         if (m_frame == m_frameCount) {
             m_operation.Fail("Error getting file size.\n");  // the image grows while it is read
         }
-        std::array<std::uint8_t, kDaxStoredRoom> stored;
-        auto length = static_cast<uLongf>(stored.size());
-        const int result = compress2(stored.data(), &length, frame.data(), static_cast<uLong>(frame.size()), level);
-        if (result == Z_BUF_ERROR) {
-            m_operation.Fail("Not enough memory in compressed buffer!\n");
-        }
-        if (result != Z_OK) {
-            m_operation.Fail("Memory error while compressing.");
-        }
+        CheckStream(frame.outcome);
         const std::int64_t position = m_output.Position();
         if (position > kLargestPosition) {
             m_operation.Fail("I/O write error.\n");  // a position that the table cannot hold
         }
-        WriteOrFail(std::span(stored).first(length));
+        WriteOrFail(frame.stored);
         std::ranges::copy(Le32(static_cast<std::uint32_t>(position)),
                           m_positions.get() + std::size_t{m_frame} * kDaxPositionSize);
-        std::ranges::copy(Le16(static_cast<std::uint16_t>(length)),
+        std::ranges::copy(Le16(static_cast<std::uint16_t>(frame.stored.size())),
                           m_lengths.get() + std::size_t{m_frame} * kDaxLengthSize);
         ++m_frame;
         m_operation.SetPane(EPane::Percent, PercentText(PercentOf(m_frame, m_wholeFrames)));
+    }
+
+    void CheckStream(const SStreamOutcome& outcome) {
+        // A stream that is begun and not ended wants more room.
+        if (outcome.FailedIn(EStreamStep::Work) && (outcome.result == Z_OK || outcome.result == Z_BUF_ERROR)) {
+            m_operation.Fail("Not enough memory in compressed buffer!\n");
+        }
+        if (outcome.failed && !outcome.FailedIn(EStreamStep::End)) {
+            m_operation.Fail("Memory error while compressing.");
+        }
     }
 
     const SCompressionRequest& m_request;
@@ -145,6 +154,8 @@ private:
     COutputFile m_output;
     Buffer m_positions;
     Buffer m_lengths;
+    SSharing m_sharing;
+    std::vector<CDeflatedPiece> m_places;
 };
 
 }  // namespace

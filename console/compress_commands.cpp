@@ -20,7 +20,7 @@ SConversionCommand Compression(const char* name, const char* summary, const char
                        " -l 6 -o /discs/game" + extension + " game.iso";
     command.outputName = [extension](const std::string& fileName) { return BaseNameOf(fileName) + extension; };
     command.run = [conversion](const SConversionJob& job, COperation& operation) {
-        conversion(DirectConversion(job.input, job.output, job.manner), operation);
+        conversion(DirectConversion(job.input, job.output, job.manner, job.jobs), operation);
     };
     return command;
 }
@@ -35,7 +35,7 @@ SConversionCommand Expansion(const char* name, const char* summary, const char* 
                        " -o game.iso game" + extension;
     command.outputName = [](const std::string& fileName) { return "new-" + BaseNameOf(fileName) + ".iso"; };
     command.run = [conversion](const SConversionJob& job, COperation& operation) {
-        conversion(DirectConversion(job.input, job.output, job.manner), operation);
+        conversion(DirectConversion(job.input, job.output, job.manner, job.jobs), operation);
     };
     return command;
 }

@@ -1,10 +1,12 @@
 #include "console/conversion_command.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <memory>
 #include <optional>
 #include <set>
+#include <thread>
 
 #include "console/console_operation.h"
 #include "console/file_patterns.h"
@@ -19,14 +21,14 @@ namespace vantrel {
 namespace {
 
 constexpr int kDefaultLevel = 9;
-constexpr int kMostJobs = 256;
+constexpr std::uint32_t kMostJobs = 256;
 
 struct SOptions {
     std::vector<std::string> files;
     std::string output;
     std::string outputFolder;
     int level = kDefaultLevel;
-    int jobs = 1;
+    std::uint32_t jobs = std::clamp(std::thread::hardware_concurrency(), 1U, kMostJobs);
     bool force = false;
     bool quiet = false;
     bool keepGoing = false;
@@ -78,6 +80,7 @@ private:
     void RunOne(const std::string& input) {
         SConversionJob job;
         job.input = input;
+        job.jobs = m_options.jobs;
         try {
             job.output = OutputOf(input);
             job.manner = m_options.force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
@@ -220,9 +223,10 @@ void AddOptions(CLI::App& app, const SConversionCommand& command, SOptions& opti
         }
     }
     if (command.takesJobs) {
-        app.add_option("-j,--jobs", options.jobs,
-                       "Threads to use; the output is the same for any number. One is used as yet")
-            ->check(CLI::Range(1, kMostJobs));
+        app.add_option(
+               "-j,--jobs", options.jobs,
+               "Threads to use, one for each processor core unless given; the output is the same for any number")
+            ->check(CLI::Range(1U, kMostJobs));
     }
     if (command.outputName) {
         CLI::Option* output = app.add_option("-o,--output", options.output, "Write to this path (one FILE only)");

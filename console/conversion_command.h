@@ -3,6 +3,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -20,6 +21,7 @@ struct SConversionJob {
     std::string input;
     std::string output;  ///< The main output; the input itself for a command that works in place.
     EOutputManner manner = EOutputManner::CommitNew;
+    std::uint32_t jobs = 1;  ///< Threads to use, where the command can share its work.
 };
 
 /// A command to be. Texts are shown by --help.

@@ -1,13 +1,15 @@
 #include "console/interrupt.h"
 
+#include <atomic>
 #include <csignal>
 
 namespace vantrel {
 
 namespace {
 
-/// The one piece of state that a signal handler can reach.
-volatile std::sig_atomic_t g_signal = 0;
+/// The one piece of state that a signal handler can reach. A signal may come on any thread.
+std::atomic<int> g_signal = 0;
+static_assert(std::atomic<int>::is_always_lock_free);
 
 void Remember(int signal) {
     g_signal = signal;

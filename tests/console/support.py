@@ -76,6 +76,13 @@ class ConsoleTest(unittest.TestCase):
         self.assertEqual(result.err, "", result)
 
 
+def without_threads():
+    """For preexec_fn: stacks of threads are larger than all memory that may be had, so that none can begin."""
+    import resource
+    resource.setrlimit(resource.RLIMIT_STACK, (1 << 30, resource.RLIM_INFINITY))
+    resource.setrlimit(resource.RLIMIT_AS, (1 << 29, 1 << 29))
+
+
 def psp_image(sectors=40, seed=1):
     """An image that carries the mark of a PSP title, half noise and half text."""
     source = random.Random(seed)

@@ -43,14 +43,43 @@ class CsoCommands(ConsoleTest):
         self.assertGreater(sizes[0], sizes[1])
 
     def test_the_number_of_threads_changes_nothing(self):
-        self.write("game.iso", psp_image())
+        image = psp_image(700)
+        self.write("game.iso", image + b"a partial block")
         self.assert_done(self.run_here("iso2cso", "game.iso"))
-        one = self.read("game.cso")
-        for words in ["-j", "1"], ["--jobs", "2"], ["--jobs=7"]:
+        default = self.read("game.cso")
+        for words in ["-j", "1"], ["--jobs", "2"], ["--jobs=3"], ["-j", "256"]:
             self.assert_done(self.run_here("iso2cso", "-f", *words, "game.iso"))
-            self.assertEqual(self.read("game.cso"), one)
+            self.assertEqual(self.read("game.cso"), default, words)
             self.assert_done(self.run_here("cso2iso", "-f", *words, "game.cso"))
-        self.assertEqual(self.run_here("iso2cso", "-j", "0", "game.iso").status, 2)
+            self.assertEqual(self.read("new-game.iso"), image, words)
+
+    def test_the_number_of_threads_is_checked(self):
+        self.write("game.iso", psp_image())
+        for jobs in "0", "-1", "257", "many", "":
+            result = self.run_here("iso2cso", "-j", jobs, "game.iso")
+            self.assertEqual((result.status, result.out), (2, ""), (jobs, result))
+        self.assertEqual(self.names(), ["game.iso"])
+
+    def test_a_damaged_block_is_the_same_failure_for_any_number_of_threads(self):
+        self.write("game.iso", psp_image(1000))
+        self.assert_done(self.run_here("iso2cso", "game.iso"))
+        cso = bytearray(self.read("game.cso"))
+        for block in 600, 602, 640:  # text; every other block is noise and stored plain
+            position = int.from_bytes(cso[24 + 4 * block:28 + 4 * block], "little")
+            cso[position] = 0xFF
+        self.write("game.cso", cso)
+        before = self.state()
+        for jobs in 1, 2, 5:
+            result = self.run_here("cso2iso", "-j", jobs, "game.cso")
+            self.assertEqual((result.status, result.out), (1, ""))
+            self.assertEqual(result.err, "vantrel cso2iso: Code 1108-inflate : invalid block type\n")
+        cso[24 + 4 * 500:28 + 4 * 500] = (0x7FFFFFF0).to_bytes(4, "little")
+        self.write("game.cso", cso[:-5000])
+        before = self.state()
+        for jobs in 1, 2, 5:
+            result = self.run_here("cso2iso", "-j", jobs, "game.cso")
+            self.assertEqual((result.status, result.err), (1, "vantrel cso2iso: Code 1107-block 500 : read error\n"))
+        self.assertEqual(self.state(), before)
 
     def test_an_existing_output_is_refused_without_force(self):
         self.write("game.iso", psp_image())

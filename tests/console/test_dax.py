@@ -28,6 +28,38 @@ class DaxCommands(ConsoleTest):
         self.assert_done(self.run_here("iso2dax", "-q", "-o", "other", "game.iso"))
         self.assertEqual(self.read("other"), self.read("game.dax"), "9 is the default")
 
+    def test_the_number_of_threads_changes_nothing(self):
+        image = psp_image(703)
+        self.write("game.iso", image)
+        self.assert_done(self.run_here("iso2dax", "game.iso"))
+        default = self.read("game.dax")
+        for jobs in 1, 2, 3, 256:
+            self.assert_done(self.run_here("iso2dax", "-f", "-j", jobs, "game.iso"))
+            self.assertEqual(self.read("game.dax"), default, jobs)
+            self.assert_done(self.run_here("dax2iso", "-f", "-j", jobs, "game.dax"))
+            self.assertEqual(self.read("new-game.iso"), image, jobs)
+        self.assertEqual(self.run_here("dax2iso", "-j", "0", "game.dax").status, 2)
+
+    def test_a_damaged_frame_is_the_same_failure_for_any_number_of_threads(self):
+        self.write("game.iso", psp_image(1000))
+        self.assert_done(self.run_here("iso2dax", "game.iso"))
+        dax = bytearray(self.read("game.dax"))
+        frames = 250
+        damaged = dax[:]
+        damaged[int.from_bytes(dax[32 + 4 * 150:36 + 4 * 150], "little")] ^= 0xFF
+        damaged[32 + 4 * frames + 2 * 160 + 1] = 0xFF  # a later frame claims more than a frame ever takes
+        missing = dax[:]
+        missing[32 + 4 * 140 + 3] = 0xFF  # an earlier frame lies behind the end
+        missing[int.from_bytes(dax[32 + 4 * 150:36 + 4 * 150], "little")] ^= 0xFF
+        for content, text in ((damaged, "Error while decompressing (corrupt input?)"),
+                              (missing, "Input seems to be corrupted.")):
+            self.write("game.dax", content)
+            before = self.state()
+            for jobs in 1, 2, 5:
+                result = self.run_here("dax2iso", "-j", jobs, "game.dax")
+                self.assertEqual((result.status, result.out, result.err), (1, "", "vantrel dax2iso: %s\n" % text))
+            self.assertEqual(self.state(), before)
+
     def test_a_damaged_file_keeps_the_older_output(self):
         self.write("game.iso", psp_image())
         self.assert_done(self.run_here("iso2dax", "game.iso"))

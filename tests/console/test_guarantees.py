@@ -11,7 +11,7 @@ import subprocess
 import time
 import unittest
 
-from support import COMMAND, ConsoleTest, interrupted, psp_image, run
+from support import COMMAND, ConsoleTest, interrupted, psp_image, run, without_threads
 
 SIXTEEN_MEGABYTES = 8192
 
@@ -21,6 +21,12 @@ class Guarantees(ConsoleTest):
         self.write("game.iso", psp_image(SIXTEEN_MEGABYTES))
         self.write("game.cso", b"older")
 
+    def write_containers(self):
+        """An image of 64 MiB and both containers of it."""
+        self.write("game.iso", psp_image(4 * SIXTEEN_MEGABYTES))
+        for command in "iso2cso", "iso2dax":
+            self.assert_done(self.run_here(command, "-l", "1", "game.iso"))
+
     def test_interrupts_at_random_moments(self):
         self.write_large()
         before = self.state()
@@ -28,7 +34,8 @@ class Guarantees(ConsoleTest):
         for round_number in range(100):
             seconds = random.Random(round_number).uniform(0.005, 0.25)
             number = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)[round_number % 3]
-            result = interrupted(["iso2cso", "-f", "game.iso"], self.folder, seconds, number)
+            jobs = (1, 2, 5)[round_number // 3 % 3]
+            result = interrupted(["iso2cso", "-f", "-j", jobs, "game.iso"], self.folder, seconds, number)
             if result.status == 128 + number:
                 self.assertEqual(result.err, "vantrel: interrupted; nothing unfinished was kept\n")
                 stopped += 1
@@ -41,23 +48,56 @@ class Guarantees(ConsoleTest):
         self.assertGreater(stopped, 25)
 
     def test_an_interrupt_is_obeyed_within_a_second(self):
-        self.write("game.iso", psp_image(4 * SIXTEEN_MEGABYTES))
-        process = subprocess.Popen(COMMAND + ["iso2cso", "game.iso"], cwd=self.folder, stderr=subprocess.DEVNULL)
-        time.sleep(0.3)
-        start = time.monotonic()
-        process.send_signal(signal.SIGINT)
-        self.assertEqual(process.wait(10), 130)
-        self.assertLess(time.monotonic() - start, 1.0)
-        self.assertEqual(self.names(), ["game.iso"])
+        self.write_containers()
+        names = self.names()
+        stopped = 0
+        for words in (["iso2cso", "-f", "game.iso"], ["iso2dax", "-f", "game.iso"],
+                      ["cso2iso", "game.cso"], ["dax2iso", "game.dax"]):
+            for jobs in "1", "2", "5":
+                process = subprocess.Popen(COMMAND + words + ["-j", jobs], cwd=self.folder, stdout=subprocess.DEVNULL,
+                                           stderr=subprocess.DEVNULL)
+                time.sleep(0.05)
+                start = time.monotonic()
+                process.send_signal(signal.SIGINT)
+                status = process.wait(10)
+                self.assertLess(time.monotonic() - start, 1.0)
+                if status == 130:
+                    stopped += 1
+                    self.assertEqual(self.names(), names)
+                elif words[0].endswith("2iso") and status == 0:
+                    os.remove(self.path("new-game.iso"))
+        self.assertGreater(stopped, 5)
 
     def test_a_file_that_may_not_grow(self):
-        self.write_large()
-        before = self.state()
+        """The output ends after a megabyte, at the same block for any number of threads."""
+        self.write_containers()
         limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20))
-        result = self.run_here("iso2cso", "-f", "game.iso", preexec_fn=limit)
-        self.assertEqual(result.status, 1, result)
-        self.assertIn("Write error", result.err)
-        self.assertEqual(self.state(), before)
+        for command, name, text in (("iso2cso", "game.iso", "Code 1009-block 1[0-9]* : Write error"),
+                                    ("cso2iso", "game.cso", "Code 1110-block 639 : Write error"),
+                                    ("iso2dax", "game.iso", "I/O write error."),
+                                    ("dax2iso", "game.dax", "I/O error writing to output file.")):
+            before = self.state()
+            told = set()
+            for jobs in 1, 2, 5:
+                result = self.run_here(command, "-f", "-j", jobs, name, preexec_fn=limit)
+                self.assertEqual(result.status, 1, result)
+                told.add(result.err)
+                self.assertEqual(self.names(), sorted(before))
+            self.assertEqual(self.state(), before)
+            self.assertEqual(len(told), 1, told)
+            self.assertRegex(told.pop(), text)
+
+    def test_without_threads_the_work_is_done_all_the_same(self):
+        if self.run_here("--version", preexec_fn=without_threads).status != 0:
+            self.skipTest("this build does not run in so little memory")
+        self.write("game.iso", psp_image(1000))
+        for compress, expand, name in ("iso2cso", "cso2iso", "game.cso"), ("iso2dax", "dax2iso", "game.dax"):
+            self.assert_done(self.run_here(compress, "-j", "4", "game.iso"))
+            expected = self.read(name)
+            self.assert_done(self.run_here(compress, "-f", "-j", "4", "game.iso", preexec_fn=without_threads))
+            self.assertEqual(self.read(name), expected)
+            self.assert_done(self.run_here(expand, "-f", "-j", "4", name, preexec_fn=without_threads))
+            self.assertEqual(self.read("new-game.iso"), self.read("game.iso"))
 
     @unittest.skipUnless(os.geteuid() == 0 and shutil.which("unshare"), "needs a file system of its own")
     def test_a_full_disk(self):

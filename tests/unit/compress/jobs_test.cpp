@@ -1,0 +1,305 @@
+// Compressing and expanding on several threads: the same bytes, texts and calls as on one, and nothing left behind.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "compress/cso.h"
+#include "compress/dax.h"
+#include "compress/sharing.h"
+#include "pieces/pieces_ahead.h"
+#include "tests/support/recording_operation.h"
+#include "tests/unit/compress/cso_support.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+using test::CRecordingOperation;
+using test::CTestFolder;
+using test::FailureOf;
+using testing::ElementsAre;
+
+constexpr std::size_t kBlock = 2048;
+constexpr std::size_t kFrame = 8192;
+constexpr std::uint32_t kWorkerCounts[] = {0, 1, 2, 3, 5, 8};
+
+/// One of the two containers, with all that differs between them.
+struct SForm {
+    const char* extension;
+    std::size_t block;
+    void (*compress)(const SCompressionRequest&, COperation&);
+    void (*expand)(const SCompressionRequest&, COperation&);
+};
+
+void PrintTo(const SForm& form, std::ostream* out) {
+    *out << form.extension + 1;
+}
+
+constexpr SForm kCso = {".cso", kBlock, IsoToCso, CsoToIso};
+constexpr SForm kDax = {".dax", kFrame, IsoToDax, DaxToIso};
+
+class Jobs : public testing::TestWithParam<SForm> {
+protected:
+    /// A compression of an image of any length; the mark is in a second file.
+    SCompressionRequest Compression(const Bytes& image) const {
+        test::WriteWhole(m_folder / "mark.iso", test::WithPspMark({}));
+        test::WriteWhole(m_folder / "game.iso", image);
+        SCompressionRequest request = DirectConversion(m_folder / "game.iso", m_folder / "window", {}, 0);
+        request.chosenPath = m_folder / "mark.iso";
+        return request;
+    }
+
+    SCompressionRequest Expansion(const Bytes& container) const {
+        test::WriteWhole(m_folder / "container", container);
+        return DirectConversion(m_folder / "container", m_folder / "window", {}, 0);
+    }
+
+    /// What the conversion writes in place.
+    Bytes InPlace(void (*conversion)(const SCompressionRequest&, COperation&), const SCompressionRequest& request,
+                  CRecordingOperation& operation) const {
+        conversion(request, operation);
+        return test::ReadWhole(request.outputPath);
+    }
+
+    static SCompressionRequest Shared(SCompressionRequest request, std::uint32_t workers) {
+        request.outputPath += "-shared";
+        request.manner = EOutputManner::CommitReplace;
+        request.workers = workers;
+        return request;
+    }
+
+    Bytes Compressed(const Bytes& image) const {
+        CRecordingOperation operation;
+        return InPlace(GetParam().compress, Compression(image), operation);
+    }
+
+    CTestFolder m_folder;
+};
+
+/// Blocks that compress well, badly and not at all.
+Bytes MixedImage(std::size_t length) {
+    Bytes image;
+    for (std::uint64_t i = 0; image.size() < length; ++i) {
+        const Bytes piece = i % 3 == 0   ? test::TextLikeBytes(3000, i)
+                            : i % 3 == 1 ? test::RandomBytes(9000, i)
+                                         : Bytes(5000, static_cast<std::uint8_t>(i));
+        image.insert(image.end(), piece.begin(), piece.end());
+    }
+    image.resize(length);
+    return image;
+}
+
+TEST_P(Jobs, WriteTheSameBytesAsTheWindowWithTheSameCalls) {
+    for (const std::size_t blocks : {0, 1, 15, 16, 17, 63, 64, 65, 99, 100, 101, 250}) {
+        for (const std::size_t more : {std::size_t{0}, GetParam().block - 1}) {
+            const SCompressionRequest request = Compression(MixedImage(blocks * GetParam().block + more));
+            CRecordingOperation window;
+            window.m_level = static_cast<int>(blocks % 9 + 1);
+            const Bytes expected = InPlace(GetParam().compress, request, window);
+            for (const std::uint32_t workers : kWorkerCounts) {
+                CRecordingOperation operation;
+                operation.m_level = window.m_level;
+                GetParam().compress(Shared(request, workers), operation);
+                ASSERT_EQ(test::ReadWhole(m_folder / "window-shared"), expected)
+                    << blocks << " blocks and " << more << " bytes, " << workers << " workers";
+                EXPECT_EQ(operation.CallsOf("step"), window.CallsOf("step"));
+                EXPECT_EQ(operation.CallsOf("pump"), window.CallsOf("pump"));
+                EXPECT_EQ(operation.CallsOf("pane PERCENT"), window.CallsOf("pane PERCENT"));
+            }
+        }
+    }
+}
+
+TEST_P(Jobs, ExpandToTheSameBytes) {
+    for (const std::size_t blocks : {1, 2, 15, 16, 17, 63, 64, 65, 99, 100, 101, 250}) {
+        const SCompressionRequest request = Expansion(Compressed(MixedImage(blocks * GetParam().block + 77)));
+        CRecordingOperation window;
+        const Bytes expected = InPlace(GetParam().expand, request, window);
+        for (const std::uint32_t workers : kWorkerCounts) {
+            CRecordingOperation operation;
+            GetParam().expand(Shared(request, workers), operation);
+            ASSERT_EQ(test::ReadWhole(m_folder / "window-shared"), expected) << blocks << " blocks, " << workers;
+            EXPECT_EQ(operation.CallsOf("pump"), window.CallsOf("pump"));
+            EXPECT_EQ(operation.CallsOf("pane PERCENT"), window.CallsOf("pane PERCENT"));
+        }
+    }
+}
+
+TEST_P(Jobs, TheFirstDamagedBlockDecides) {
+    const Bytes good = Compressed(MixedImage(300 * GetParam().block));
+    std::size_t damaged = 0;
+    for (std::size_t at = good.size() / 2; at < good.size(); at += good.size() / 10) {
+        Bytes bad = good;
+        for (std::size_t i = at; i < good.size(); ++i) {
+            bad[i] = static_cast<std::uint8_t>(i);  // everything from here on; each block is wrong in its own way
+        }
+        const SCompressionRequest request = Expansion(bad);
+        CRecordingOperation window;
+        const std::string text = FailureOf([&] { GetParam().expand(request, window); });
+        damaged += text != "did not fail" ? 1U : 0U;
+        for (const std::uint32_t workers : kWorkerCounts) {
+            CRecordingOperation operation;
+            EXPECT_EQ(FailureOf([&] { GetParam().expand(Shared(request, workers), operation); }), text) << workers;
+            EXPECT_EQ(operation.CallsOf("pane PERCENT"), window.CallsOf("pane PERCENT"));
+            EXPECT_EQ(FileKindOf(m_folder / "window-shared"), EFileKind::Missing);
+        }
+    }
+    EXPECT_GT(damaged, 3U);
+    EXPECT_THAT(m_folder.Names(), ElementsAre("container", "game.iso", "mark.iso", "window"));
+}
+
+TEST_P(Jobs, AFileThatIsCutFailsAtTheSameBlock) {
+    Bytes cut = Compressed(MixedImage(300 * GetParam().block));
+    cut.resize(cut.size() * 2 / 3);
+    const SCompressionRequest request = Expansion(cut);
+    CRecordingOperation window;
+    const std::string text = FailureOf([&] { GetParam().expand(request, window); });
+    EXPECT_NE(text, "did not fail");
+    for (const std::uint32_t workers : kWorkerCounts) {
+        CRecordingOperation operation;
+        EXPECT_EQ(FailureOf([&] { GetParam().expand(Shared(request, workers), operation); }), text) << workers;
+    }
+    EXPECT_EQ(FileKindOf(m_folder / "window-shared"), EFileKind::Missing);
+}
+
+/// Another length for the image, once its length has been taken and before it is read.
+class CResizingOperation : public CRecordingOperation {
+public:
+    CResizingOperation(std::string path, Bytes image) : m_path(std::move(path)), m_image(std::move(image)) {}
+
+    void StartProgress(std::int32_t range, EProgressFill fill) override {
+        test::WriteWhole(m_path, m_image);
+        CRecordingOperation::StartProgress(range, fill);
+    }
+
+private:
+    std::string m_path;
+    Bytes m_image;
+};
+
+TEST_P(Jobs, AnImageThatShrinksFailsAtTheSameBlock) {
+    const Bytes image = MixedImage(300 * GetParam().block);
+    const Bytes shorter(image.begin(), image.begin() + static_cast<std::ptrdiff_t>(150 * GetParam().block + 5));
+    std::vector<std::string> texts;
+    for (const std::uint32_t workers : kWorkerCounts) {
+        const SCompressionRequest request = Shared(Compression(image), workers);
+        CResizingOperation operation(m_folder / "game.iso", shorter);
+        texts.push_back(FailureOf([&] { GetParam().compress(request, operation); }));
+        EXPECT_EQ(operation.CallsOf("step").size(), 151U) << workers;
+        EXPECT_THAT(m_folder.Names(), ElementsAre("game.iso", "mark.iso"));
+    }
+    const std::string expected = GetParam().block == kBlock ? "Code 1007-block 150 : read error\n"
+                                                            : "I/O error reading " + (m_folder / "game.iso") + "\n";
+    EXPECT_THAT(texts, testing::Each(expected));
+}
+
+TEST_P(Jobs, AnInterruptEndsAllThreadsAndLeavesNothing) {
+    const SCompressionRequest compression = Compression(MixedImage(1500 * GetParam().block));
+    const SCompressionRequest expansion = Expansion(Compressed(MixedImage(1500 * GetParam().block)));
+    const auto interrupt = [](int pump) {
+        if (pump == 700) {
+            throw std::runtime_error("interrupted");
+        }
+    };
+    test::WriteWhole(m_folder / "window", {});
+    for (const std::uint32_t workers : kWorkerCounts) {
+        CRecordingOperation operation;
+        operation.m_onPump = interrupt;
+        EXPECT_THROW(GetParam().compress(Shared(compression, workers), operation), std::runtime_error);
+        if (GetParam().block == kBlock) {
+            // Expanding frames steps between them and pumps at the end only.
+            CRecordingOperation other;
+            other.m_onPump = interrupt;
+            EXPECT_THROW(GetParam().expand(Shared(expansion, workers), other), std::runtime_error);
+        }
+        EXPECT_THAT(m_folder.Names(), ElementsAre("container", "game.iso", "mark.iso", "window"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, Jobs, testing::Values(kCso, kDax),
+                         [](const auto& form) { return std::string(form.param.extension + 1); });
+
+TEST(JobsOfCso, EveryFaultOfABlockIsToldAsOnOneThread) {
+    std::vector<Bytes> blocks;
+    for (std::uint64_t i = 0; i < 200; ++i) {
+        blocks.push_back(test::TextLikeBytes(i == 150 ? 2000 : kBlock, i));
+    }
+    const CTestFolder folder;
+    test::SHandMadeCso cso = test::CsoOf(blocks, 0);
+    cso.totalBytes = 200 * kBlock;
+    const auto failures = [&] {
+        test::WriteWhole(folder / "game.cso", cso.Encode());
+        std::vector<std::string> texts;
+        for (const std::uint32_t workers : kWorkerCounts) {
+            CRecordingOperation operation;
+            texts.push_back(FailureOf([&] {
+                CsoToIso(DirectConversion(folder / "game.cso", folder / "x.iso", EOutputManner::CommitNew, workers),
+                         operation);
+            }));
+        }
+        EXPECT_THAT(folder.Names(), ElementsAre("game.cso"));
+        return texts;
+    };
+    EXPECT_THAT(failures(), testing::Each("Code 1109-block 150 : block size error 2000 != 2048\n"));
+    cso.data[cso.index[140] - cso.index[0]] = 0xFF;
+    EXPECT_THAT(failures(), testing::Each("Code 1108-inflate : invalid block type\n"));
+    cso.index[130] += 0x00FFFFFF;
+    EXPECT_THAT(failures(), testing::Each("Code 1107-block 129 : read error\n"));
+}
+
+TEST(JobsOfCso, LargeBlocksAreExpanded) {
+    constexpr std::uint32_t kLargest = 1U << 20U;
+    const CTestFolder folder;
+    std::vector<Bytes> blocks;
+    Bytes image;
+    for (std::uint64_t i = 0; i < 20; ++i) {
+        blocks.push_back(test::TextLikeBytes(kLargest, i));
+        image.insert(image.end(), blocks.back().begin(), blocks.back().end());
+    }
+    test::SHandMadeCso cso = test::CsoOf(blocks, 0);
+    cso.blockSize = kLargest;
+    test::WriteWhole(folder / "game.cso", cso.Encode());
+    CRecordingOperation operation;
+    CsoToIso(DirectConversion(folder / "game.cso", folder / "x.iso", EOutputManner::CommitNew, 64), operation);
+    EXPECT_EQ(test::ReadWhole(folder / "x.iso"), image);
+}
+
+TEST(JobsOfDax, AnImageThatGrowsIsRefusedByAll) {
+    const CTestFolder folder;
+    for (const std::size_t frames : {15, 16, 17, 100}) {
+        for (const std::uint32_t workers : kWorkerCounts) {
+            test::WriteWhole(folder / "game.iso", test::WithPspMark(Bytes(frames * kFrame, 1)));
+            CResizingOperation operation(folder / "game.iso", Bytes(frames * kFrame + 1, 1));
+            EXPECT_EQ(FailureOf([&] {
+                          IsoToDax(DirectConversion(folder / "game.iso", folder / "game.dax", EOutputManner::CommitNew,
+                                                    workers),
+                                   operation);
+                      }),
+                      "Error getting file size.\n");
+            EXPECT_THAT(folder.Names(), ElementsAre("game.iso"));
+        }
+    }
+}
+
+TEST(Sharing, TakesBoundedMemoryForAnyNumberOfJobsAndSizeOfBlocks) {
+    constexpr std::uint64_t kStream = 268U << 10U;
+    for (const std::uint32_t block : {1U, 512U, 2048U, 8192U, 65536U, 1U << 20U}) {
+        const SBlockSizes sizes = {block, 2 * block};
+        for (const std::uint32_t jobs : {1U, 2U, 64U, 256U}) {
+            SCompressionRequest request;
+            EXPECT_EQ(SharingOf(request, sizes).workers, 0U) << "in place";
+            EXPECT_EQ(SharingOf(request, sizes).blocksPerPiece, 1U) << "in place";
+            request.manner = EOutputManner::CommitNew;
+            request.workers = jobs;
+            const SSharing sharing = SharingOf(request, sizes);
+            EXPECT_GE(sharing.workers, std::min(jobs, 7U)) << block;
+            EXPECT_LE(sharing.workers, jobs);
+            EXPECT_LE(PlacesFor(sharing.workers) * sharing.blocksPerPiece * std::uint64_t{3} * block +
+                          sharing.workers * kStream,
+                      50U << 20U)
+                << block << " bytes a block, " << jobs << " jobs";
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vantrel
