@@ -223,9 +223,8 @@ void AddOptions(CLI::App& app, const SConversionCommand& command, SOptions& opti
         }
     }
     if (command.takesJobs) {
-        app.add_option(
-               "-j,--jobs", options.jobs,
-               "Threads to use, one for each processor core unless given; the output is the same for any number")
+        app.add_option("-j,--jobs", options.jobs,
+                       "Threads to use, by default one for each core; the output is the same for any number")
             ->check(CLI::Range(1U, kMostJobs));
     }
     if (command.outputName) {

@@ -252,7 +252,7 @@ TEST(JobsOfCso, LargeBlocksAreExpanded) {
     std::vector<Bytes> blocks;
     Bytes image;
     for (std::uint64_t i = 0; i < 20; ++i) {
-        blocks.push_back(test::TextLikeBytes(kLargest, i));
+        blocks.push_back(Bytes(kLargest, static_cast<std::uint8_t>(i)));
         image.insert(image.end(), blocks.back().begin(), blocks.back().end());
     }
     test::SHandMadeCso cso = test::CsoOf(blocks, 0);
