@@ -11,6 +11,7 @@
 #include "files/path.h"
 #include "image/contents.h"
 #include "iso/iso9660.h"
+#include "operation/letter_case.h"
 
 namespace vantrel {
 
@@ -23,10 +24,6 @@ struct SOptions {
     bool force = false;
     bool quiet = false;
 };
-
-char LowerAscii(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 /// Whether `path` is `wanted` or lies in the folder of that name. Discs have their names in one case, so cases do not
 /// count.

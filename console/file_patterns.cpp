@@ -2,14 +2,11 @@
 
 #include "files/native_file.h"
 #include "files/path.h"
+#include "operation/letter_case.h"
 
 namespace vantrel {
 
 namespace {
-
-char LowerAscii(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 bool HasPattern(std::string_view text) {
     return text.find_first_of("*?") != std::string_view::npos;

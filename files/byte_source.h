@@ -6,6 +6,8 @@
 
 namespace vantrel {
 
+class CInputFile;
+
 class CByteSource {
 public:
     virtual ~CByteSource() = default;
@@ -16,6 +18,9 @@ public:
     /// Reads from a byte position on; the number of bytes read, smaller than the buffer only at the end or after an
     /// error, 0 for a negative position. The rest of the buffer is left as it was.
     virtual std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) = 0;
+
+    /// The file in which these very bytes stand at the same positions; null when there is none.
+    virtual CInputFile* PlainFile() { return nullptr; }
 };
 
 }  // namespace vantrel

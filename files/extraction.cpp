@@ -1,7 +1,6 @@
 #include "files/extraction.h"
 
 #include <algorithm>
-#include <array>
 
 #include "files/extracted_path.h"
 #include "files/path.h"
@@ -11,7 +10,7 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::size_t kPieceSize = 64U * 1024U;
+constexpr std::size_t kPieceSize = 1U << 20U;
 
 /// The folder that exists at or above `folder`.
 std::string ExistingFolder(const std::string& folder) {
@@ -22,7 +21,7 @@ std::string ExistingFolder(const std::string& folder) {
 
 CExtraction::CExtraction(const SExtractionRequest& request, CByteSource& image, std::vector<SExtractedFile> files,
                          COperation& operation)
-    : m_request(request), m_image(image), m_files(std::move(files)), m_operation(operation) {}
+    : m_request(request), m_image(image), m_files(std::move(files)), m_operation(operation), m_piece(kPieceSize) {}
 
 CExtraction::~CExtraction() {
     if (m_kept) {
@@ -139,14 +138,16 @@ void CExtraction::WriteFile(const SExtractedFile& listed) {
     if (!output.Open(target, m_request.manner)) {
         m_operation.Fail("Cannot create " + target + ": " + LastFileError());
     }
-    std::array<std::uint8_t, kPieceSize> piece = {};
     for (std::int64_t done = 0; done < listed.size;) {
-        const auto count = static_cast<std::size_t>(std::min<std::int64_t>(listed.size - done, kPieceSize));
-        if (m_image.ReadAt(listed.position + done, std::span(piece).first(count)) != count) {
+        const std::int64_t rest = listed.size - done;
+        const auto piece = std::span(m_piece).first(static_cast<std::size_t>(std::min<std::int64_t>(rest, kPieceSize)));
+        if (output.Copy(m_image, listed.position + done, piece) != piece.size()) {
             m_operation.Fail("Cannot read \"" + listed.path + "\" from " + m_request.imagePath);
         }
-        output.Write(std::span(piece).first(count));
-        done += static_cast<std::int64_t>(count);
+        if (output.HasFailed()) {
+            m_operation.Fail(output.FailureText());
+        }
+        done += static_cast<std::int64_t>(piece.size());
         m_operation.PumpMessages();
     }
     Commit(output);

@@ -62,6 +62,7 @@ private:
     std::vector<std::string> m_newFolders;
     std::vector<std::string> m_newFiles;
     std::string m_lastFolder;
+    std::vector<std::uint8_t> m_piece;  ///< What is copied at once.
     bool m_kept = false;
 };
 

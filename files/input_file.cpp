@@ -86,4 +86,14 @@ std::size_t CInputFile::ReadAt(std::int64_t position, std::span<std::uint8_t> bu
     return Seek(position) ? Read(buffer) : 0;
 }
 
+std::size_t CInputFile::CopyTo(CNativeFile& target, std::int64_t position, std::size_t length) {
+    if (!Seek(position) || !MoveToPosition()) {
+        return 0;
+    }
+    const std::size_t count = target.CopyFrom(m_file, length);
+    m_position += static_cast<std::int64_t>(count);
+    m_filePosition = m_position;
+    return count;
+}
+
 }  // namespace vantrel

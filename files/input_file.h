@@ -33,6 +33,10 @@ public:
 
     /// Seek and Read in one; 0 when the position is negative.
     std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override;
+    CInputFile* PlainFile() override { return this; }
+
+    /// Copies from a byte position on to the current position of `target`, as CNativeFile::CopyFrom does.
+    std::size_t CopyTo(CNativeFile& target, std::int64_t position, std::size_t length);
 
     /// Whether the system ever reported an error (not the mere end of the file) while reading.
     bool HasFailed() const { return m_failed; }

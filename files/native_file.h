@@ -40,6 +40,10 @@ public:
     std::size_t Read(std::span<std::uint8_t> buffer, bool& failed);
     /// Writes all bytes at the current position; the number written, which is smaller after an error.
     std::size_t Write(std::span<const std::uint8_t> bytes);
+    /// Copies up to `length` bytes from the current position of `source` to the current one here without taking them
+    /// through the program, and moves both on; the number copied. It ends early, and may copy nothing, wherever the
+    /// system cannot or an error occurs: what is left is for Read and Write, which then tell the error.
+    std::size_t CopyFrom(CNativeFile& source, std::size_t length);
     /// Moves to a byte position from the start, which may lie beyond the end.
     bool Seek(std::int64_t position);
     /// Length in bytes, −1 when it cannot be told.

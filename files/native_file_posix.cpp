@@ -102,6 +102,24 @@ std::size_t CNativeFile::Write(std::span<const std::uint8_t> bytes) {
     return done;
 }
 
+std::size_t CNativeFile::CopyFrom([[maybe_unused]] CNativeFile& source, [[maybe_unused]] std::size_t length) {
+    std::size_t done = 0;
+#ifdef __linux__
+    while (done < length) {
+        const ssize_t count =
+            ::copy_file_range(Descriptor(source.m_handle), nullptr, Descriptor(m_handle), nullptr, length - done, 0);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            break;
+        }
+        done += static_cast<std::size_t>(count);
+    }
+#endif
+    return done;
+}
+
 bool CNativeFile::Seek(std::int64_t position) {
     return ::lseek(Descriptor(m_handle), position, SEEK_SET) == position;
 }

@@ -96,6 +96,10 @@ std::size_t CNativeFile::Write(std::span<const std::uint8_t> bytes) {
     return done;
 }
 
+std::size_t CNativeFile::CopyFrom(CNativeFile& /*source*/, std::size_t /*length*/) {
+    return 0;  // the system copies whole files only
+}
+
 bool CNativeFile::Seek(std::int64_t position) {
     LARGE_INTEGER distance;
     distance.QuadPart = position;

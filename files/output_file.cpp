@@ -71,12 +71,16 @@ bool COutputFile::PlaceZeros() {
     return Flush() && (m_file.Seek(m_position) || NoteFailure());
 }
 
+void COutputFile::MoveOn(std::size_t count) {
+    m_position += static_cast<std::int64_t>(count);
+    m_writtenEnd = std::max(m_writtenEnd, m_position);
+}
+
 bool COutputFile::Write(std::span<const std::uint8_t> bytes) {
     if (m_unplacedZeros > 0 && !PlaceZeros()) {
         return false;
     }
-    m_position += static_cast<std::int64_t>(bytes.size());
-    m_writtenEnd = std::max(m_writtenEnd, m_position);
+    MoveOn(bytes.size());
     if (m_manner == EOutputManner::InPlace) {
         return m_file.Write(bytes) == bytes.size() || NoteFailure();
     }
@@ -85,6 +89,25 @@ bool COutputFile::Write(std::span<const std::uint8_t> bytes) {
     }
     m_pending.insert(m_pending.end(), bytes.begin(), bytes.end());
     return m_pending.size() < kPendingLimit || Flush();
+}
+
+std::size_t COutputFile::CopyWithinSystem(CByteSource& source, std::int64_t position, std::size_t length) {
+    CInputFile* const file = source.PlainFile();
+    const bool isWorthIt = m_manner != EOutputManner::InPlace && length >= kDirectWrite;
+    if (file == nullptr || !isWorthIt || (m_unplacedZeros > 0 && !PlaceZeros()) || !Flush()) {
+        return 0;
+    }
+    const std::size_t count = file->CopyTo(m_file, position, length);
+    MoveOn(count);
+    return count;
+}
+
+std::size_t COutputFile::Copy(CByteSource& source, std::int64_t position, std::span<std::uint8_t> buffer) {
+    const std::size_t copied = CopyWithinSystem(source, position, buffer.size());
+    const auto rest = buffer.subspan(copied);
+    const std::size_t count = source.ReadAt(position + static_cast<std::int64_t>(copied), rest);
+    Write(rest.first(count));
+    return copied + count;
 }
 
 bool COutputFile::WriteZeros(std::int64_t count) {

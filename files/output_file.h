@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "files/input_file.h"
 #include "files/native_file.h"
 
 namespace vantrel {
@@ -35,6 +36,10 @@ public:
     /// Writes `count` zero bytes. A long run of them at the end of a transactional output becomes a hole, where the
     /// file system knows holes.
     bool WriteZeros(std::int64_t count);
+    /// Copies up to buffer.size() bytes from a byte position of `source` to the current position and moves on: within
+    /// the system where that is possible, through the buffer otherwise. The number of bytes that the source supplied,
+    /// smaller only at its end or after an error of reading; HasFailed tells of the writing.
+    std::size_t Copy(CByteSource& source, std::int64_t position, std::span<std::uint8_t> buffer);
     bool Seek(std::int64_t position);
     /// Begins a second stage of writing, at position 0. In place the target is really closed and opened again without
     /// being emptied; a transactional output goes on. False, with LastFileError() set, when that fails.
@@ -54,6 +59,8 @@ public:
     /// Lets go of an output in place without closing it: it stays open, and shared no further, until the program ends.
     void LeaveOpen();
 
+    /// Whether anything written since Open was lost.
+    bool HasFailed() const { return !m_failureText.empty(); }
     EOutputManner Manner() const { return m_manner; }
     /// The path of the target, whatever file is written meanwhile.
     const std::string& TargetPath() const { return m_targetPath; }
@@ -63,6 +70,8 @@ public:
 private:
     bool Flush();
     bool PlaceZeros();
+    std::size_t CopyWithinSystem(CByteSource& source, std::int64_t position, std::size_t length);
+    void MoveOn(std::size_t count);
     bool NoteFailure();
 
     CNativeFile m_file;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "files/native_file.h"
+#include "operation/letter_case.h"
 
 namespace vantrel {
 
@@ -22,10 +23,6 @@ std::size_t DriveLength([[maybe_unused]] std::string_view path) {
 #else
     return 0;
 #endif
-}
-
-char LowerAscii(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 bool ContinuesSequence(char c) {

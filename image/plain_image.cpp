@@ -16,6 +16,8 @@ public:
     std::int64_t Size() const override { return m_file.Size(); }
     const std::string& Fault() const override { return m_fault; }
 
+    CInputFile* PlainFile() override { return &m_file; }
+
     std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override {
         const std::size_t done = m_file.ReadAt(position, buffer);
         if (m_file.HasFailed() && m_fault.empty()) {

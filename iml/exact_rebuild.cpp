@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <vector>
 
 #include "files/byte_order.h"
 #include "files/native_file.h"
@@ -15,6 +16,9 @@
 namespace vantrel {
 
 namespace {
+
+/// What is read of a stored area at once.
+constexpr std::int64_t kGapPiece = 1 << 20;
 
 std::int64_t SectorsOf(std::int64_t bytes) {
     return (bytes + kImageSector - 1) / kImageSector;
@@ -101,14 +105,14 @@ private:
     }
 
     void RestoreGap(std::size_t index, std::int64_t length) {
-        std::array<std::uint8_t, kImageSector> block = {};
-        for (std::int64_t done = 0; done < length; done += kImageSector) {
-            const auto piece = std::span(block).first(static_cast<std::size_t>(std::min(length - done, kImageSector)));
+        std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::min(length, kGapPiece)));
+        for (std::int64_t done = 0; done < length; done += kGapPiece) {
+            const auto piece = std::span(bytes).first(static_cast<std::size_t>(std::min(length - done, kGapPiece)));
             if (m_gaps.ReadAt(index, done, piece) != piece.size()) {
                 m_operation.Fail(Format("Cannot read all of %s", m_request.gapsPath.c_str()));
             }
             m_writer.Write(piece);
-            m_writer.ShowBlockDone();
+            m_writer.ShowBlocksDone(SectorsOf(static_cast<std::int64_t>(piece.size())));
         }
     }
 
@@ -118,7 +122,7 @@ private:
         CheckSector(place, m_request.leadingPath);
         m_writer.Seek(place * kImageSector);
         m_writer.Write(sector);
-        m_writer.ShowBlockDone();
+        m_writer.ShowBlocksDone(1);
     }
 
     void PlaceFiles() {

@@ -18,6 +18,9 @@ constexpr std::size_t kCountOffset = 16;
 constexpr std::size_t kHeaderSize = 24;
 constexpr std::size_t kIndexEntrySize = 16;
 
+/// What is copied at once.
+constexpr std::int64_t kPieceSize = 1 << 20;
+
 using Header = std::array<std::uint8_t, kHeaderSize>;
 using IndexEntry = std::array<std::uint8_t, kIndexEntrySize>;
 
@@ -33,15 +36,12 @@ std::int64_t Load64(std::span<const std::uint8_t, 8> bytes) {
 }
 
 bool CopyArea(CInputFile& image, const SImageArea& area, COutputFile& output) {
-    std::array<std::uint8_t, kSectorSize> bytes = {};
-    std::int64_t done = 0;
-    while (done < area.length) {
-        const auto piece = static_cast<std::size_t>(std::min<std::int64_t>(area.length - done, kSectorSize));
-        if (image.ReadAt(area.position + done, std::span(bytes).first(piece)) != piece) {
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::min(area.length, kPieceSize)));
+    for (std::int64_t done = 0; done < area.length; done += kPieceSize) {
+        const auto piece = std::span(bytes).first(static_cast<std::size_t>(std::min(area.length - done, kPieceSize)));
+        if (output.Copy(image, area.position + done, piece) != piece.size()) {
             return false;
         }
-        output.Write(std::span(bytes).first(piece));
-        done += static_cast<std::int64_t>(piece);
     }
     return true;
 }

@@ -7,11 +7,23 @@
 
 namespace vantrel {
 
+namespace {
+
+/// What is copied at once where nobody looks at every block.
+constexpr std::size_t kPieceSize = 1U << 20U;
+
+std::int64_t BlocksOf(std::int64_t bytes) {
+    return (bytes + kImageSector - 1) / kImageSector;
+}
+
+}  // namespace
+
 CImageWriter::CImageWriter(const SRebuildRequest& request, COperation& operation)
     : m_request(request),
       m_operation(operation),
       m_resolver(request.filesFolder),
-      m_replaces(FileKindOf(request.outputPath) != EFileKind::Missing) {}
+      m_replaces(FileKindOf(request.outputPath) != EFileKind::Missing),
+      m_piece(request.manner == EOutputManner::InPlace ? kImageSector : kPieceSize) {}
 
 void CImageWriter::Begin(std::int64_t heldBack, std::int32_t leadingLast) {
     if (!m_output.Open(m_request.outputPath, m_request.manner)) {
@@ -27,19 +39,29 @@ void CImageWriter::Begin(std::int64_t heldBack, std::int32_t leadingLast) {
     if (IsCareful() && (length < 0 || length / kImageSector <= leadingLast)) {
         m_operation.Fail(Format("The file %s is shorter than the layout says", m_request.leadingPath.c_str()));
     }
-    CopyLeading(length);
+    Copy(m_leading, m_request.leadingPath, length, [this](std::int64_t blocks) {
+        m_blocks += blocks;
+        m_operation.PumpMessages();
+    });
     m_leadingLength = m_output.Size();
 }
 
-void CImageWriter::CopyLeading(std::int64_t length) {
-    for (std::int64_t rest = length; rest > 0; rest -= kImageSector) {
-        const auto piece = std::span(m_block).first(static_cast<std::size_t>(std::min(rest, kImageSector)));
-        const std::size_t count = m_leading.Read(piece);
-        CheckRead(m_leading, count == piece.size(), m_request.leadingPath);
-        std::fill(piece.begin() + static_cast<std::ptrdiff_t>(count), piece.end(), std::uint8_t{0});
-        Write(piece);
-        ++m_blocks;
-        m_operation.PumpMessages();
+void CImageWriter::Copy(CInputFile& file, const std::string& path, std::int64_t length,
+                        const std::function<void(std::int64_t blocks)>& onPiece) {
+    const auto pieceSize = static_cast<std::int64_t>(m_piece.size());
+    for (std::int64_t done = 0; done < length; done += pieceSize) {
+        const auto piece = std::span(m_piece).first(static_cast<std::size_t>(std::min(length - done, pieceSize)));
+        const std::size_t count = m_output.Copy(file, done, piece);
+        CheckWritten(!m_output.HasFailed());
+        CheckRead(file, count == piece.size(), path);
+        WriteZeros(static_cast<std::int64_t>(piece.size() - count));
+        onPiece(BlocksOf(static_cast<std::int64_t>(piece.size())));
+    }
+}
+
+void CImageWriter::CheckWritten(bool written) {
+    if (!written) {
+        m_operation.Fail(m_output.FailureText());
     }
 }
 
@@ -68,11 +90,9 @@ void CImageWriter::StartProgress(std::int64_t blocks, EProgressFill fill) {
     m_operation.SetPane(EPane::Bytes, BytesText(m_leadingLength));
 }
 
-void CImageWriter::ShowBlockDone() {
-    ++m_blocks;
-    m_operation.SetPane(EPane::Percent, PercentText(PercentOf(m_blocks, m_range)));
-    m_operation.SetProgressPosition(ProgressRange(std::min(m_blocks, m_range)));
-    m_operation.PumpMessages();
+void CImageWriter::ShowBlocksDone(std::int64_t blocks) {
+    m_blocks += blocks;
+    ShowStretchDone(m_operation, m_blocks, m_range);
 }
 
 std::int64_t CImageWriter::OpenListed(const std::string& path) {
@@ -88,40 +108,29 @@ std::int64_t CImageWriter::OpenListed(const std::string& path) {
 }
 
 void CImageWriter::CopyListed(const std::string& path, std::int64_t length) {
-    for (std::int64_t rest = length; rest > 0; rest -= kImageSector) {
-        const auto piece = std::span(m_block).first(static_cast<std::size_t>(std::min(rest, kImageSector)));
-        const std::size_t count = m_listed.Read(piece);
-        CheckRead(m_listed, count == piece.size(), path);
-        std::fill(piece.begin() + static_cast<std::ptrdiff_t>(count), piece.end(), std::uint8_t{0});
-        Write(piece);
-        ShowBlockDone();
-    }
+    Copy(m_listed, path, length, [this](std::int64_t blocks) { ShowBlocksDone(blocks); });
     m_listed.Close();
 }
 
 void CImageWriter::WriteGap(std::int64_t sectors) {
-    for (std::int64_t i = 0; i < sectors; ++i) {
-        WriteZeros(kImageSector);
-        ShowBlockDone();
+    const std::int64_t pieceBlocks = BlocksOf(static_cast<std::int64_t>(m_piece.size()));
+    for (std::int64_t rest = sectors; rest > 0; rest -= pieceBlocks) {
+        const std::int64_t blocks = std::min(rest, pieceBlocks);
+        WriteZeros(blocks * kImageSector);
+        ShowBlocksDone(blocks);
     }
 }
 
 void CImageWriter::Write(std::span<const std::uint8_t> bytes) {
-    if (!m_output.Write(bytes)) {
-        m_operation.Fail(m_output.FailureText());
-    }
+    CheckWritten(m_output.Write(bytes));
 }
 
 void CImageWriter::WriteZeros(std::int64_t count) {
-    if (!m_output.WriteZeros(count)) {
-        m_operation.Fail(m_output.FailureText());
-    }
+    CheckWritten(m_output.WriteZeros(count));
 }
 
 void CImageWriter::Seek(std::int64_t position) {
-    if (!m_output.Seek(position)) {
-        m_operation.Fail(m_output.FailureText());
-    }
+    CheckWritten(m_output.Seek(position));
 }
 
 void CImageWriter::CorrectVolumeSize() {
@@ -133,9 +142,7 @@ void CImageWriter::CorrectVolumeSize() {
 void CImageWriter::Finish(CSideLists& lists, const char* statusText, const char* doneText) {
     m_leading.Close();
     lists.EndReading();
-    if (!m_output.Commit()) {
-        m_operation.Fail(m_output.FailureText());
-    }
+    CheckWritten(m_output.Commit());
     m_operation.SetPane(EPane::Status, statusText);
     m_operation.SetPane(EPane::File, m_request.outputPath);
     if (m_operation.Complete(doneText)) {

@@ -1,10 +1,11 @@
 // Writing of an image block by block, with the progress that belongs to every block. For the rebuilds only.
 #pragma once
 
-#include <array>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "files/input_file.h"
 #include "files/output_file.h"
@@ -40,14 +41,14 @@ public:
     /// Copies the first `length` bytes of the opened file to the current position and closes it.
     void CopyListed(const std::string& path, std::int64_t length);
 
-    /// Writes sectors of zeros as blocks of their own; nothing for a count that is not positive.
+    /// Writes sectors of zeros as so many blocks; nothing for a count that is not positive.
     void WriteGap(std::int64_t sectors);
     /// Writes bytes that count as no block.
     void Write(std::span<const std::uint8_t> bytes);
     void WriteZeros(std::int64_t count);
     void Seek(std::int64_t position);
-    /// Counts a written block: percentage, bar, messages.
-    void ShowBlockDone();
+    /// Counts written blocks: percentage, bar, messages.
+    void ShowBlocksDone(std::int64_t blocks);
 
     /// Puts the image's whole sectors into its volume descriptor.
     void CorrectVolumeSize();
@@ -60,7 +61,9 @@ public:
     bool IsCareful() const { return m_request.manner != EOutputManner::InPlace; }
 
 private:
-    void CopyLeading(std::int64_t length);
+    void Copy(CInputFile& file, const std::string& path, std::int64_t length,
+              const std::function<void(std::int64_t blocks)>& onPiece);
+    void CheckWritten(bool written);
     void CheckRead(const CInputFile& file, bool complete, const std::string& path);
 
     const SRebuildRequest& m_request;
@@ -73,7 +76,7 @@ private:
     std::int64_t m_leadingLength = 0;
     std::int64_t m_blocks = 0;
     std::int64_t m_range = 1;
-    std::array<std::uint8_t, kImageSector> m_block = {};
+    std::vector<std::uint8_t> m_piece;  ///< What is copied at once.
 };
 
 }  // namespace vantrel

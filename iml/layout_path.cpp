@@ -4,18 +4,13 @@
 
 #include "files/native_file.h"
 #include "files/path.h"
+#include "operation/letter_case.h"
 
 namespace vantrel {
 
 namespace {
 
 constexpr std::string_view kSeparators = "\\/";
-
-std::string LowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
-}
 
 bool HasDrive(std::string_view path) {
     return path.size() >= 2 && path[1] == ':';
@@ -42,10 +37,10 @@ std::string CPathResolver::Find(const std::string& folder, const std::string& na
     const auto [known, isNew] = m_namesOf.try_emplace(folder);
     if (isNew) {
         for (const std::string& existing : ListFolder(folder.empty() ? "." : folder)) {
-            known->second.try_emplace(LowerCase(existing), existing);
+            known->second.try_emplace(LowerAscii(existing), existing);
         }
     }
-    const auto found = known->second.find(LowerCase(name));
+    const auto found = known->second.find(LowerAscii(name));
     return found != known->second.end() ? found->second : name;
 }
 

@@ -75,7 +75,7 @@ private:
         const std::int64_t place = TrailingPlace("Code 3042!!! file not found==> ");
         m_writer.WriteGap(place - static_cast<std::int64_t>(m_lists.SectorBehindLast()));
         m_writer.Write(OpenAndReadTrailing("Code 3043 - Error!!! Opening [", "]"));
-        m_writer.ShowBlockDone();
+        m_writer.ShowBlocksDone(1);
     }
 
     const SRebuildRequest& m_request;

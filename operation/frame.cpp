@@ -36,4 +36,10 @@ void ShowUnitDone(COperation& operation, std::int64_t index, std::int64_t count,
     operation.PumpMessages();
 }
 
+void ShowStretchDone(COperation& operation, std::int64_t done, std::int64_t count) {
+    operation.SetPane(EPane::Percent, PercentText(PercentOf(done, count)));
+    operation.SetProgressPosition(ProgressRange(std::min(done, count)));
+    operation.PumpMessages();
+}
+
 }  // namespace vantrel

@@ -25,4 +25,7 @@ std::int32_t ProgressRange(std::int64_t units);
 /// (index + 1) x `unitBytes` in 32 bits, so it wraps beyond 2,147,483,647 and is shown negative.
 void ShowUnitDone(COperation& operation, std::int64_t index, std::int64_t count, std::uint32_t unitBytes);
 
+/// The update after a stretch of units, by which `done` of `count` are done: percent pane, bar, messages.
+void ShowStretchDone(COperation& operation, std::int64_t done, std::int64_t count);
+
 }  // namespace vantrel

@@ -20,22 +20,34 @@ namespace {
 constexpr std::int64_t kPieceSectors = 64;
 constexpr auto kRawUnit = static_cast<std::int64_t>(kRawSectorSize);
 
-/// A stretch of raw sectors as read; what could not be read is zero.
-struct SRawPiece {
-    std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(kPieceSectors * kRawUnit);
-    bool complete = true;
-
+/// The user data of a stretch of raw sectors; what could not be read is zero.
+class CDataPiece {
+public:
+    /// Reads raw sectors where the input stands.
     void Read(CInputFile& input, std::int64_t sectors) {
-        bytes.resize(static_cast<std::size_t>(sectors * kRawUnit));
-        const std::size_t count = input.Read(bytes);
-        complete = count == bytes.size();
-        std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(count), bytes.end(), std::uint8_t{0});
+        m_sectors = static_cast<std::size_t>(sectors);
+        const auto wanted = std::span(m_bytes).first(m_sectors * kRawSectorSize);
+        const std::size_t count = input.Read(wanted);
+        m_complete = count == wanted.size();
+        std::fill(wanted.begin() + static_cast<std::ptrdiff_t>(count), wanted.end(), std::uint8_t{0});
     }
 
-    std::span<const std::uint8_t> UserData(std::int64_t sector) const {
-        return std::span(bytes).subspan(static_cast<std::size_t>(sector) * kRawSectorSize + kForm1DataOffset,
-                                        kUserDataSize);
+    /// Moves their user data together.
+    void KeepUserData() {
+        for (std::size_t i = 0; i < m_sectors; ++i) {
+            std::copy_n(m_bytes.data() + i * kRawSectorSize + kForm1DataOffset, kUserDataSize,
+                        m_bytes.data() + i * kUserDataSize);
+        }
     }
+
+    bool IsComplete() const { return m_complete; }
+    std::span<const std::uint8_t> Data() const { return std::span(m_bytes).first(m_sectors * kUserDataSize); }
+
+private:
+    /// The raw sectors, and then the user data at the beginning.
+    std::vector<std::uint8_t> m_bytes = std::vector<std::uint8_t>(kPieceSectors * kRawUnit);
+    std::size_t m_sectors = 0;
+    bool m_complete = true;
 };
 
 void OpenFiles(const SBinToIsoRequest& request, CInputFile& input, COutputFile& output, COperation& operation) {
@@ -53,29 +65,41 @@ bool BeginsWithMode2(CInputFile& input) {
     return std::equal(kSync.begin(), kSync.end(), beginning.begin()) && beginning[kModeOffset] == kMode2;
 }
 
-void CopyUserData(const SBinToIsoRequest& request, CInputFile& input, COutputFile& output, std::int64_t count,
-                  COperation& operation) {
-    const bool inPlace = request.manner == EOutputManner::InPlace;
+/// The window works on one thread, and writes and shows every sector by itself. What it cannot read stays zero, and
+/// what it cannot write is not looked at.
+void CopySectors(CInputFile& input, COutputFile& output, std::int64_t count, COperation& operation) {
+    CDataPiece piece;
+    for (std::int64_t sector = 0; sector < count; ++sector) {
+        const std::int64_t inPiece = sector % kPieceSectors;
+        if (inPiece == 0) {
+            piece.Read(input, std::min(kPieceSectors, count - sector));
+            piece.KeepUserData();
+        }
+        output.Write(piece.Data().subspan(static_cast<std::size_t>(inPiece) * kUserDataSize, kUserDataSize));
+        ShowUnitDone(operation, sector, count, static_cast<std::uint32_t>(kUserDataSize));
+    }
+}
+
+void CopyPieces(const std::string& inputPath, CInputFile& input, COutputFile& output, std::int64_t count,
+                COperation& operation) {
     const auto pieceCount = static_cast<std::uint32_t>((count + kPieceSectors - 1) / kPieceSectors);
-    input.Seek(0);
-    // The window works on one thread. There is nothing to do but to read.
-    const std::uint32_t workers = inPlace ? 0 : 1;
-    CPiecesAhead<SRawPiece> pieces(
-        pieceCount, workers, std::vector<SRawPiece>(PlacesFor(workers)),
-        [&](SRawPiece& piece, std::uint64_t number) {
+    // One worker: there is next to nothing to do but to read.
+    CPiecesAhead<CDataPiece> pieces(
+        pieceCount, 1, std::vector<CDataPiece>(PlacesFor(1)),
+        [&](CDataPiece& piece, std::uint64_t number) {
             piece.Read(input, std::min(kPieceSectors, count - static_cast<std::int64_t>(number) * kPieceSectors));
         },
-        [](SRawPiece&, std::uint64_t, std::uint32_t) {});
-    std::int64_t sector = 0;
-    while (const SRawPiece* piece = pieces.Next()) {
-        if (!inPlace && !piece->complete) {
-            operation.Fail("Cannot read " + request.inputPath);
+        [](CDataPiece& piece, std::uint64_t, std::uint32_t) { piece.KeepUserData(); });
+    std::int64_t done = 0;
+    while (const CDataPiece* piece = pieces.Next()) {
+        if (!piece->IsComplete()) {
+            operation.Fail("Cannot read " + inputPath);
         }
-        const std::int64_t end = std::min(sector + kPieceSectors, count);
-        for (std::int64_t i = 0; sector < end; ++i, ++sector) {
-            output.Write(piece->UserData(i));
-            ShowUnitDone(operation, sector, count, static_cast<std::uint32_t>(kUserDataSize));
+        if (!output.Write(piece->Data())) {
+            operation.Fail(output.FailureText());
         }
+        done = std::min(done + kPieceSectors, count);
+        ShowStretchDone(operation, done, count);
     }
 }
 
@@ -98,7 +122,12 @@ void BinToIso(const SBinToIsoRequest& request, COperation& operation) {
     const std::int64_t count = size / kRawUnit;
     operation.SetPane(EPane::Status, "Converting bin2iso, please Wait");
     operation.StartProgress(ProgressRange(count), EProgressFill::Dvd);
-    CopyUserData(request, input, output, count, operation);
+    input.Seek(0);
+    if (request.manner == EOutputManner::InPlace) {
+        CopySectors(input, output, count, operation);
+    } else {
+        CopyPieces(request.inputPath, input, output, count, operation);
+    }
     if (!output.Commit()) {
         operation.Fail(output.FailureText());
     }

@@ -1,11 +1,11 @@
 #include "raw/converter.h"
 
-#include <algorithm>
 #include <optional>
 #include <ostream>
 
 #include "files/input_file.h"
 #include "files/output_file.h"
+#include "operation/letter_case.h"
 #include "operation/text.h"
 #include "raw/sector_expander.h"
 
@@ -27,12 +27,6 @@ struct SConverterTask {
     SExpansion expansion;
 };
 
-std::string LowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
-}
-
 /// The first two words are files whatever they look like; everything behind them is a switch.
 std::optional<SConverterTask> TaskOf(const std::vector<std::string>& words, std::ostream& errors) {
     if (words.size() < kFileWords) {
@@ -41,7 +35,7 @@ std::optional<SConverterTask> TaskOf(const std::vector<std::string>& words, std:
     }
     SConverterTask task = {words[0], words[1], {}};
     for (std::size_t i = kFileWords; i < words.size(); ++i) {
-        const std::string word = LowerCase(words[i]);
+        const std::string word = LowerAscii(words[i]);
         if (word == "/mode2") {
             task.expansion.mode = ESectorMode::Mode2Form1;
         } else if (word == "/postgap") {

@@ -67,11 +67,8 @@ void IsoToBinDirectly(const SDirectIsoToBinRequest& request, COperation& operati
     OpenOutput(bin, request.binPath, request.manner, operation);
     OpenOutput(cue, request.cuePath, request.manner, operation);
     operation.StartProgress(ProgressRange(expansion.AllSectors()), EProgressFill::Dvd);
-    const EExpanded result = ExpandSectors(image, expansion, bin, [&](std::uint32_t done) {
-        operation.SetPane(EPane::Percent, PercentText(PercentOf(done, expansion.AllSectors())));
-        operation.SetProgressPosition(ProgressRange(done));
-        operation.PumpMessages();
-    });
+    const EExpanded result = ExpandSectors(
+        image, expansion, bin, [&](std::uint32_t done) { ShowStretchDone(operation, done, expansion.AllSectors()); });
     if (result == EExpanded::ReadFailed) {
         operation.Fail("Cannot read " + request.imagePath);
     }

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "files/input_file.h"
 #include "tests/support/test_folder.h"
 
@@ -129,6 +131,96 @@ TEST(OutputFile, InPlaceCannotReopenWhatIsGone) {
     ASSERT_TRUE(RemoveFile(folder / "a.bin"));
     EXPECT_FALSE(output.Reopen());
 }
+
+/// A source whose bytes stand in no file.
+class CMemorySource : public CByteSource {
+public:
+    explicit CMemorySource(Bytes bytes) : m_bytes(std::move(bytes)) {}
+    std::int64_t Size() const override { return static_cast<std::int64_t>(m_bytes.size()); }
+    std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override {
+        const std::size_t start = std::min(static_cast<std::size_t>(position), m_bytes.size());
+        const std::size_t count = std::min(buffer.size(), m_bytes.size() - start);
+        std::copy_n(m_bytes.begin() + static_cast<std::ptrdiff_t>(start), count, buffer.begin());
+        return count;
+    }
+
+private:
+    Bytes m_bytes;
+};
+
+TEST(OutputFile, CopiesJoinWhatIsWrittenAroundThem) {
+    const Bytes content = test::RandomBytes(900'000, 1);
+    for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
+        for (const bool fromFile : {false, true}) {
+            for (const std::size_t length : {0U, 1U, 2048U, 65'535U, 65'536U, 800'000U}) {
+                const test::CTestFolder folder;
+                test::WriteWhole(folder / "source", content);
+                CInputFile file;
+                ASSERT_TRUE(file.Open(folder / "source"));
+                CMemorySource memory(content);
+                CByteSource& source = fromFile ? static_cast<CByteSource&>(file) : memory;
+                COutputFile output;
+                ASSERT_TRUE(output.Open(folder / "a.bin", manner));
+                Bytes buffer(length);
+                Bytes expected(3, 7);
+                const auto expect = [&](std::size_t position) {
+                    EXPECT_EQ(output.Copy(source, static_cast<std::int64_t>(position), buffer), length);
+                    const auto begin = content.begin() + static_cast<std::ptrdiff_t>(position);
+                    expected.insert(expected.end(), begin, begin + static_cast<std::ptrdiff_t>(length));
+                };
+                EXPECT_TRUE(output.Write(Bytes(3, 7)));
+                expect(5);
+                EXPECT_TRUE(output.WriteZeros(70'000));
+                expected.resize(expected.size() + 70'000);
+                expect(99'000);
+                expect(0);
+                EXPECT_TRUE(output.Write(Bytes(2, 8)));
+                expected.resize(expected.size() + 2, 8);
+                EXPECT_EQ(output.Size(), static_cast<std::int64_t>(expected.size()));
+                EXPECT_TRUE(output.Commit());
+                EXPECT_FALSE(output.HasFailed());
+                EXPECT_EQ(test::ReadWhole(folder / "a.bin"), expected) << length;
+                Bytes piece(10);
+                EXPECT_EQ(file.ReadAt(40, piece), 10U) << "a copy leaves reading as it was";
+                EXPECT_TRUE(std::equal(piece.begin(), piece.end(), content.begin() + 40));
+            }
+        }
+    }
+}
+
+TEST(OutputFile, ACopyEndsWithItsSource) {
+    const test::CTestFolder folder;
+    const Bytes content = test::RandomBytes(100'000, 1);
+    test::WriteWhole(folder / "source", content);
+    CInputFile source;
+    ASSERT_TRUE(source.Open(folder / "source"));
+    COutputFile output;
+    ASSERT_TRUE(output.Open(folder / "a.bin", EOutputManner::CommitNew));
+    Bytes buffer(90'000);
+    EXPECT_EQ(output.Copy(source, 40'000, buffer), 60'000U);
+    EXPECT_EQ(output.Copy(source, 100'000, buffer), 0U);
+    EXPECT_EQ(output.Copy(source, -1, buffer), 0U);
+    EXPECT_TRUE(output.Commit());
+    EXPECT_EQ(test::ReadWhole(folder / "a.bin"), Bytes(content.begin() + 40'000, content.end()));
+}
+
+#ifdef __linux__
+TEST(OutputFile, ACopyThatFindsNoRoomIsAFailedWrite) {
+    const test::CTestFolder folder;
+    test::WriteWhole(folder / "source", Bytes(200'000, 1));
+    CInputFile source;
+    ASSERT_TRUE(source.Open(folder / "source"));
+    CNativeFile full;
+    ASSERT_TRUE(full.Open("/dev/full", EOpenMode::ReadWrite, ESharing::Anyone));
+    EXPECT_EQ(source.CopyTo(full, 0, 200'000), 0U);
+    COutputFile output;
+    ASSERT_TRUE(output.Open("/dev/full", EOutputManner::InPlace));
+    Bytes buffer(200'000);
+    EXPECT_EQ(output.Copy(source, 0, buffer), 200'000U) << "the source supplied everything";
+    EXPECT_TRUE(output.HasFailed());
+    EXPECT_NE(output.FailureText().find("/dev/full"), std::string::npos);
+}
+#endif
 
 TEST(InputFile, ReadsByPositionAndInOrder) {
     const test::CTestFolder folder;

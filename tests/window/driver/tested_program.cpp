@@ -5,6 +5,7 @@
 #include "app/resource_file.h"
 #include "files/utf.h"
 #include "resources/resource_ids.h"
+#include "tests/window/driver/poll.h"
 #include "tests/window/driver/window_query.h"
 
 namespace vantrel::test {

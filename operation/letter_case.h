@@ -1,0 +1,19 @@
+// Lower case of ASCII letters, whatever the system's language: names on discs are compared with it.
+#pragma once
+
+#include <algorithm>
+#include <string>
+
+namespace vantrel {
+
+constexpr char LowerAscii(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+/// The text with its ASCII letters in lower case.
+inline std::string LowerAscii(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](char c) { return LowerAscii(c); });
+    return text;
+}
+
+}  // namespace vantrel
