@@ -8,7 +8,7 @@
 
 namespace vantrel {
 
-/// CRC-32, MD5 and SHA-1 of bytes that come in pieces. The sums are a library's.
+/// CRC-32, MD5 and SHA-1 of bytes that come in pieces. The sums are libraries'.
 class CImageDigest {
 public:
     CImageDigest();
@@ -16,6 +16,7 @@ public:
     CImageDigest& operator=(const CImageDigest&) = delete;
     ~CImageDigest();
 
+    /// Takes bytes in, on a second thread as well.
     void Update(std::span<const std::uint8_t> bytes);
 
     /// Lower-case hexadecimal. To be asked for when all bytes have come.

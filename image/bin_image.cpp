@@ -4,7 +4,7 @@
 #include "files/input_file.h"
 #include "image/block_image.h"
 #include "image/forms.h"
-#include "raw/raw_sector.h"
+#include "raw/sector_check.h"
 
 namespace vantrel {
 
@@ -32,8 +32,7 @@ private:
             fault = "it cannot be read";
             return false;
         }
-        const bool isMode1 = m_sector[kModeOffset] == kMode1;
-        content = std::span(m_sector).subspan(isMode1 ? kMode1DataOffset : kForm1DataOffset, kUserDataSize);
+        content = UserDataOf(m_sector);
         return true;
     }
 

@@ -58,6 +58,11 @@ ESectorKind KindOfSector(Sector sector) {
     return (sector[kSubmodeOffset] & kForm2Bit) != 0 ? ESectorKind::Mode2Form2 : ESectorKind::Mode2Form1;
 }
 
+std::span<const std::uint8_t, kUserDataSize> UserDataOf(Sector sector) {
+    return sector[kModeOffset] == kMode1 ? sector.subspan<kMode1DataOffset, kUserDataSize>()
+                                         : sector.subspan<kForm1DataOffset, kUserDataSize>();
+}
+
 SSectorFaults CheckSector(Sector sector, std::uint32_t number) {
     SSectorFaults faults;
     faults.sync = !std::equal(kSync.begin(), kSync.end(), sector.begin());

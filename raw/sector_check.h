@@ -14,6 +14,10 @@ enum class ESectorKind { Mode1, Mode2Form1, Mode2Form2, Other };
 /// whose two copies of the sub-header differ have no form.
 ESectorKind KindOfSector(std::span<const std::uint8_t, kRawSectorSize> sector);
 
+/// The user data of a sector; for sectors that are neither Mode 1 nor Mode 2 Form 1, what stands in that place of Mode
+/// 2 Form 1.
+std::span<const std::uint8_t, kUserDataSize> UserDataOf(std::span<const std::uint8_t, kRawSectorSize> sector);
+
 /// Parts of a sector that are wrong.
 struct SSectorFaults {
     bool sync = false;
