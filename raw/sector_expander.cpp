@@ -12,8 +12,8 @@ namespace {
 
 /// Sectors of one piece of work: large enough that handing it over costs nothing, small enough for the caches.
 constexpr std::uint32_t kPieceSectors = 64;
-/// One thread reads and encodes about as fast as another writes.
-constexpr std::uint32_t kWorkers = 1;
+/// Encoding takes longer than writing, so that two threads leave no processor idle.
+constexpr std::uint32_t kWorkers = 2;
 
 /// A stretch of raw sectors.
 class CRawPiece {

@@ -527,7 +527,7 @@ TEST_F(RebuildCd, FileThatShrinksMeanwhile) {
         test::CRecordingOperation operation;
         operation.m_onPump = [&](int pump) {
             // Behind the first part of "A": the window copies blocks, the other manners pieces of a mebibyte.
-            if (pump == (careful ? 1 + 1 : 1 + 18 + 10)) {
+            if (pump == (careful ? 1 + 1 + 1 : 1 + 18 + 10)) {
                 std::filesystem::resize_file(m_folder / "A", 300 * kSector);
             }
         };

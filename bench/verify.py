@@ -1,0 +1,29 @@
+#!/usr/bin/env python3
+"""Verifying of a raw image and of a plain one, in bytes of the file a second; everything in the page cache."""
+import os
+import statistics
+import sys
+
+from disc_image import MEBIBYTE, write_disc
+from side_by_side import program, scratch_folder, timed
+
+SLOWEST = 500e6  # bytes of a raw image a second
+
+
+def main():
+    with scratch_folder() as folder:
+        image, raw = (os.path.join(folder, name) for name in ("game.iso", "game.bin"))
+        write_disc(image, 600 * MEBIBYTE, False, b"PLAYSTATION")
+        timed([program("vantrel"), "iso2bin", "-q", image])
+        rates = {}
+        for path in raw, image:
+            times = [timed([program("vantrel"), "verify", path]) for _ in range(7)]
+            rates[path], median = (os.path.getsize(path) / seconds for seconds in (min(times), statistics.median(times)))
+            print("verify %s: %.0f MB/s (median %.0f)" % (os.path.basename(path), rates[path] / 1e6, median / 1e6))
+        good = rates[raw] >= SLOWEST
+        print("limit for the raw image: %.0f MB/s  %s" % (SLOWEST / 1e6, "ok" if good else "BELOW"))
+    return 0 if good else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
