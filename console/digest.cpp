@@ -3,7 +3,6 @@
 #include <gcrypt.h>
 #include <zlib.h>
 
-#include <future>
 #include <stdexcept>
 
 #include "operation/text.h"
@@ -30,13 +29,13 @@ CImageDigest::~CImageDigest() {
     gcry_md_close(m_sums->sha1);
 }
 
-void CImageDigest::Update(std::span<const std::uint8_t> bytes) {
-    // MD5 takes longer than the two others together.
-    const std::future<void> md5 = std::async(std::launch::async | std::launch::deferred,
-                                             [&] { gcry_md_write(m_sums->md5, bytes.data(), bytes.size()); });
+void CImageDigest::UpdateMd5(std::span<const std::uint8_t> bytes) {
+    gcry_md_write(m_sums->md5, bytes.data(), bytes.size());
+}
+
+void CImageDigest::UpdateOthers(std::span<const std::uint8_t> bytes) {
     m_sums->crc = crc32_z(m_sums->crc, bytes.data(), bytes.size());
     gcry_md_write(m_sums->sha1, bytes.data(), bytes.size());
-    md5.wait();
 }
 
 namespace {

@@ -16,8 +16,10 @@ public:
     CImageDigest& operator=(const CImageDigest&) = delete;
     ~CImageDigest();
 
-    /// Takes bytes in, on a second thread as well.
-    void Update(std::span<const std::uint8_t> bytes);
+    /// Takes bytes in, for the one and for the others: MD5 takes as long as all the rest, so that it can have a thread
+    /// of its own.
+    void UpdateMd5(std::span<const std::uint8_t> bytes);
+    void UpdateOthers(std::span<const std::uint8_t> bytes);
 
     /// Lower-case hexadecimal. To be asked for when all bytes have come.
     std::string Crc32() const;

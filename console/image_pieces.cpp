@@ -47,7 +47,6 @@ public:
         }
     }
 
-    void Finish(SImagePiece& /*piece*/, std::uint64_t /*number*/) const override {}
     std::vector<std::string> Problems() const override { return {}; }
 
 private:
@@ -98,29 +97,7 @@ public:
                 piece.unreadable.push_back({static_cast<std::uint64_t>(sector), "it cannot be read"});
             }
         }
-    }
-
-    void Finish(SImagePiece& piece, std::uint64_t number) const override {
-        const std::uint64_t first = number * kPieceSectors;
-        auto unreadable = piece.unreadable.begin();
-        piece.wrong.clear();
-        piece.length = 0;
-        const auto count = std::min(kPieceSectors, Sectors() - static_cast<std::int64_t>(first));
-        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-            if (unreadable != piece.unreadable.end() && unreadable->number == first + i) {
-                ++unreadable;
-                continue;
-            }
-            const auto sector = std::span(piece.room).subspan(i * kRawSectorSize).first<kRawSectorSize>();
-            const SSectorFaults found = CheckSector(sector, m_firstNumber + static_cast<std::uint32_t>(first + i));
-            if (found.Any()) {
-                piece.wrong.push_back({first + i, TextOf(found)});
-            }
-            // Towards the beginning: never over a sector that is still to be looked at.
-            const auto data = UserDataOf(sector);
-            std::copy(data.begin(), data.end(), piece.room.begin() + static_cast<std::ptrdiff_t>(piece.length));
-            piece.length += data.size();
-        }
+        Check(piece, static_cast<std::uint64_t>(start), static_cast<std::size_t>(end - start));
     }
 
     std::vector<std::string> Problems() const override {
@@ -138,6 +115,28 @@ public:
 private:
     static constexpr auto kRawUnit = static_cast<std::int64_t>(kRawSectorSize);
     static constexpr std::int64_t kPieceSectors = kPieceSize / static_cast<std::int64_t>(kUserDataSize);
+
+    /// Checks the sectors that could be read, and moves their user data together.
+    void Check(SImagePiece& piece, std::uint64_t first, std::size_t count) const {
+        auto unreadable = piece.unreadable.begin();
+        piece.wrong.clear();
+        piece.length = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            if (unreadable != piece.unreadable.end() && unreadable->number == first + i) {
+                ++unreadable;
+                continue;
+            }
+            const auto sector = std::span(piece.room).subspan(i * kRawSectorSize).first<kRawSectorSize>();
+            const SSectorFaults found = CheckSector(sector, m_firstNumber + static_cast<std::uint32_t>(first + i));
+            if (found.Any()) {
+                piece.wrong.push_back({first + i, TextOf(found)});
+            }
+            // Towards the beginning: never over a sector that is still to be looked at.
+            const auto data = UserDataOf(sector);
+            std::copy(data.begin(), data.end(), piece.room.begin() + static_cast<std::ptrdiff_t>(piece.length));
+            piece.length += data.size();
+        }
+    }
 
     std::int64_t Sectors() const { return m_file.Size() / kRawUnit; }
 

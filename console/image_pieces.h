@@ -26,8 +26,7 @@ struct SImagePiece {
     std::span<const std::uint8_t> Bytes() const { return std::span(room).first(length); }
 };
 
-/// Gives an image's pieces in two steps, so that threads can share them: reading, for one piece after the other, and
-/// finishing, for several pieces at a time.
+/// Gives an image's pieces, one after the other.
 class CImagePieces {
 public:
     virtual ~CImagePieces() = default;
@@ -37,8 +36,6 @@ public:
     virtual std::size_t Room() const = 0;
     /// Reads piece `number`, from 0. Blocks that cannot be had are noted, and left out of the piece.
     virtual void Read(SImagePiece& piece, std::uint64_t number) = 0;
-    /// Completes what was read, before which the piece's bytes are not the image's.
-    virtual void Finish(SImagePiece& piece, std::uint64_t number) const = 0;
     /// What is wrong with the file beyond its pieces.
     virtual std::vector<std::string> Problems() const = 0;
 };

@@ -18,8 +18,8 @@ namespace vantrel {
 
 namespace {
 
-/// Threads that read and check while two others compute the sums.
-constexpr std::uint32_t kWorkers = 1;
+/// Pieces of an image that are in memory.
+constexpr std::size_t kPlaces = 6;
 /// What is compared at once; a multiple of every usual block size.
 constexpr std::size_t kPieceSize = 1U << 20U;
 
@@ -39,18 +39,21 @@ void Note(CFaultRanges& ranges, const std::vector<SBlockFault>& faults) {
 void ReadWhole(const std::string& path, CImageSource& image, Report& report) {
     CProgressLine progress(IsTerminal(), FileNameOf(path), image.Size());
     const std::unique_ptr<CImagePieces> source = PiecesOf(path, image);
-    CPiecesAhead<SImagePiece> pieces(
-        source->Count(), kWorkers,
-        std::vector<SImagePiece>(PlacesFor(kWorkers), {std::vector<std::uint8_t>(source->Room()), 0, {}, {}}),
-        [&](SImagePiece& piece, std::uint64_t number) { source->Read(piece, number); },
-        [&](SImagePiece& piece, std::uint64_t number, std::uint32_t) { source->Finish(piece, number); });
     CImageDigest digest;
+    // One worker reads, checks and computes two of the sums, in the pieces' order. MD5 alone takes as long as all that.
+    CPiecesAhead<SImagePiece> pieces(
+        source->Count(), 1, std::vector<SImagePiece>(kPlaces, {std::vector<std::uint8_t>(source->Room()), 0, {}, {}}),
+        [&](SImagePiece& piece, std::uint64_t number) {
+            source->Read(piece, number);
+            digest.UpdateOthers(piece.Bytes());
+        },
+        [](SImagePiece&, std::uint64_t, std::uint32_t) {});
     CFaultRanges wrong(image.BlockNoun());
     CFaultRanges unreadable(image.BlockNoun());
     std::int64_t done = 0;
     while (const SImagePiece* piece = pieces.Next()) {
         ThrowIfInterrupted();
-        digest.Update(piece->Bytes());
+        digest.UpdateMd5(piece->Bytes());
         Note(wrong, piece->wrong);
         Note(unreadable, piece->unreadable);
         done += static_cast<std::int64_t>(piece->length);
