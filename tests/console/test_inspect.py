@@ -152,6 +152,33 @@ class Inspect(ConsoleTest):
             "sector 40: wrong parity", "sector 50: wrong EDC, parity", "sector 60: wrong mode or form",
             "sector 70: wrong mode or form"])
 
+    def test_verify_reads_on_where_pieces_join(self):
+        sectors = 8 * 512 + 3  # pieces are of 512 sectors
+        image = (self.image * (sectors * SECTOR // len(self.image) + 1))[:sectors * SECTOR]
+        image = image[:32848] + sectors.to_bytes(4, "little") + image[32852:]
+        self.write("game.iso", image)
+        self.assert_done(self.run_here("iso2bin", "game.iso"))
+        for name in "game.iso", "game.bin":
+            report = self.report("verify", name)[1]
+            self.assertEqual(report["image"], {
+                "bytes": len(image), "crc32": "%08x" % zlib.crc32(image),
+                "md5": hashlib.md5(image).hexdigest(), "sha1": hashlib.sha1(image).hexdigest()}, name)
+        raw = bytearray(self.read("game.bin"))
+        for sector in 511, 512, 1023, 2048, sectors - 1:
+            raw[sector * RAW + 2100] ^= 1
+        self.write("game.bin", raw)
+        self.assertEqual(self.report("verify", "game.bin")[1]["problems"][:4], [
+            "sectors 511 to 512: wrong parity", "sector 1023: wrong parity", "sector 2048: wrong parity",
+            "sector %d: wrong parity" % (sectors - 1)])
+
+    def test_verify_of_mode_1_gives_the_sums_of_its_user_data(self):
+        raw = b"".join(b"\0" + b"\xFF" * 10 + b"\0" + b"\0\2" + bytes([i]) + b"\1" +
+                       self.image[i * SECTOR:(i + 1) * SECTOR] + bytes(288) for i in range(10))
+        self.write("one.bin", raw)
+        status, report = self.report("verify", "one.bin")
+        self.assertEqual((status, report["problems"][0]), (1, "sectors 0 to 9: wrong EDC, parity"))
+        self.assertEqual(report["image"]["sha1"], hashlib.sha1(self.image[:10 * SECTOR]).hexdigest())
+
     def test_verify_finds_wrong_lengths(self):
         self.write("long.iso", self.image + bytes(100))
         sectors = len(self.image) // SECTOR

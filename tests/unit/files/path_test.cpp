@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "operation/letter_case.h"
 #include "tests/support/test_folder.h"
 
 namespace vantrel {
@@ -27,6 +28,10 @@ TEST(Path, BaseNameEndsAtTheFirstDotAndAfterThirtyBytes) {
     EXPECT_EQ(BaseNameOf("123456789012345678901234567890.iso"), "123456789012345678901234567890");
     EXPECT_EQ(BaseNameOf("1234567890123456789012345678901.iso"), "123456789012345678901234567890");
     EXPECT_EQ(BaseNameOf("12345678901234567890123456789\xC3\xA9.iso"), "12345678901234567890123456789");
+}
+
+TEST(LetterCase, FoldsLettersOfAsciiOnly) {
+    EXPECT_EQ(LowerAscii("@AZ[`az{ \xC3\x84"), "@az[`az{ \xC3\x84");
 }
 
 TEST(Path, FindsAFileByAFoldedName) {

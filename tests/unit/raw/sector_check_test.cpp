@@ -28,6 +28,14 @@ TEST(SectorCheck, EncodedSectorsPass) {
     EXPECT_TRUE(CheckSector(Encoded(ESectorMode::Mode1, 5), 6).address);
 }
 
+TEST(SectorCheck, UserDataIsWhatWasEncoded) {
+    for (const ESectorMode mode : {ESectorMode::Mode1, ESectorMode::Mode2Form1}) {
+        const Sector sector = Encoded(mode, 9);
+        const auto data = UserDataOf(sector);
+        EXPECT_EQ(test::Bytes(data.begin(), data.end()), test::RandomBytes(kUserDataSize, 9));
+    }
+}
+
 TEST(SectorCheck, EveryWrongByteIsFoundWhereTheOtherCheckFindsIt) {
     for (const ESectorMode mode : {ESectorMode::Mode1, ESectorMode::Mode2Form1}) {
         const Sector good = Encoded(mode, 7);
