@@ -2,12 +2,11 @@
 
 #include <array>
 
+#include "raw/edc_folding.h"
+
 namespace vantrel {
 
 namespace {
-
-/// x^32 + x^31 + x^16 + x^15 + x^4 + x^3 + x + 1 without its highest term, bits in reverse order.
-constexpr std::uint32_t kReversedPolynomial = 0xD8018001U;
 
 /// Bytes that one step takes in.
 constexpr std::size_t kStep = 16;
@@ -20,7 +19,7 @@ constexpr std::array<EdcTable, kStep> MakeTables() {
     for (std::uint32_t byte = 0; byte < 256; ++byte) {
         std::uint32_t value = byte;
         for (int bit = 0; bit < 8; ++bit) {
-            value = (value & 1U) != 0 ? (value >> 1U) ^ kReversedPolynomial : value >> 1U;
+            value = (value & 1U) != 0 ? (value >> 1U) ^ kReversedEdcPolynomial : value >> 1U;
         }
         tables[0][byte] = value;
     }
@@ -38,7 +37,15 @@ constexpr std::array<EdcTable, kStep> kTables = MakeTables();
 }  // namespace
 
 std::uint32_t EdcOf(std::span<const std::uint8_t> bytes) {
-    std::uint32_t edc = 0;
+    if (bytes.size() < kShortestFolding || !CanFoldEdc()) {
+        return EdcByTables(bytes);
+    }
+    const std::size_t rest = bytes.size() % kFoldedSize;
+    const std::uint32_t edc = EdcByTables(FoldForEdc(bytes.first(bytes.size() - rest)));
+    return EdcByTables(bytes.last(rest), edc);
+}
+
+std::uint32_t EdcByTables(std::span<const std::uint8_t> bytes, std::uint32_t edc) {
     while (bytes.size() >= kStep) {
         std::uint32_t next = 0;
         for (std::size_t i = 0; i < 4; ++i) {

@@ -45,21 +45,51 @@ constexpr std::uint8_t PowerOfAlpha(int exponent) {
     return power;
 }
 
-/// The quotients by alpha + 1.
-constexpr std::array<std::uint8_t, 256> MakeQuotients() {
-    std::array<std::uint8_t, 256> quotients = {};
-    for (std::size_t value = 0; value < quotients.size(); ++value) {
+/// 1 / (alpha + 1).
+constexpr std::uint8_t MakeQuotientOfOne() {
+    for (int value = 1; value <= kPowerPeriod; ++value) {
         const auto byte = static_cast<std::uint8_t>(value);
-        quotients[static_cast<std::size_t>(TimesAlpha(byte) ^ byte)] = byte;
+        if ((TimesAlpha(byte) ^ byte) == 1) {
+            return byte;
+        }
+    }
+    return 0;
+}
+
+/// The quotients of 1, alpha, alpha^2, ... by alpha + 1: one for each bit of what is divided.
+constexpr std::array<std::uint8_t, 8> MakeQuotients() {
+    std::array<std::uint8_t, 8> quotients = {};
+    std::uint8_t quotient = MakeQuotientOfOne();
+    for (std::uint8_t& ofBit : quotients) {
+        ofBit = quotient;
+        quotient = TimesAlpha(quotient);
     }
     return quotients;
 }
 
-constexpr std::array<std::uint8_t, 256> kQuotients = MakeQuotients();
+constexpr std::array<std::uint8_t, 8> kQuotients = MakeQuotients();
 
-/// The parity symbol a of a code word with the given sums of its other symbols; b is sum ^ a.
-std::uint8_t FirstParity(std::uint8_t sum, std::uint8_t weightedSum) {
-    return kQuotients[static_cast<std::size_t>(sum ^ weightedSum)];
+/// 0xFF where the uppermost bit is set, else 0.
+constexpr std::uint8_t MaskOf(std::uint8_t value) {
+    return static_cast<std::int8_t>(value) < 0 ? std::uint8_t{0xFF} : std::uint8_t{0};
+}
+
+/// The parity symbols a of code words with the given sums of their other symbols; b is plain ^ a.
+template <std::size_t Width>
+std::array<std::uint8_t, Width> FirstParity(const std::array<std::uint8_t, Width>& plain,
+                                            const std::array<std::uint8_t, Width>& weighted) {
+    std::array<std::uint8_t, Width> rest;
+    std::array<std::uint8_t, Width> parity = {};
+    for (std::size_t i = 0; i < Width; ++i) {
+        rest[i] = static_cast<std::uint8_t>(plain[i] ^ weighted[i]);
+    }
+    for (std::size_t bit = kQuotients.size(); bit-- > 0;) {
+        for (std::size_t i = 0; i < Width; ++i) {
+            parity[i] = static_cast<std::uint8_t>(parity[i] ^ (MaskOf(rest[i]) & kQuotients[bit]));
+            rest[i] = static_cast<std::uint8_t>(rest[i] + rest[i]);
+        }
+    }
+    return parity;
 }
 
 /// Sums of `Width` rows of symbols side by side: plain, and weighted by alpha^(rows that follow).
@@ -76,16 +106,23 @@ struct SSums {
     }
 };
 
+/// A row and a bit of what follows, which does not count: so it fills whole vectors.
+constexpr std::size_t kWideRowSize = 96;
+
 void PutP(std::uint8_t* area) {
-    SSums<kRowSize> sums;
+    SSums<kWideRowSize> sums;
     for (std::size_t row = 0; row < kDataRows; ++row) {
         sums.Add(area + row * kRowSize);
     }
+    for (std::uint8_t& sum : sums.weighted) {
+        sum = TimesAlpha(TimesAlpha(sum));
+    }
+    const auto parity = FirstParity(sums.plain, sums.weighted);
     std::uint8_t* const first = area + kDataRows * kRowSize;
     std::uint8_t* const second = first + kRowSize;
     for (std::size_t i = 0; i < kRowSize; ++i) {
-        first[i] = FirstParity(sums.plain[i], TimesAlpha(TimesAlpha(sums.weighted[i])));
-        second[i] = static_cast<std::uint8_t>(sums.plain[i] ^ first[i]);
+        first[i] = parity[i];
+        second[i] = static_cast<std::uint8_t>(sums.plain[i] ^ parity[i]);
     }
 }
 
@@ -123,8 +160,7 @@ FoldedLanes TimesLaneFactors(std::array<std::uint8_t, kLanesSize> values) {
     for (std::size_t bit = kLaneFactors.size(); bit-- > 0;) {
         const auto& factors = kLaneFactors[bit];
         for (std::size_t i = 0; i < kLanesSize; ++i) {
-            const std::uint8_t mask = static_cast<std::int8_t>(values[i]) < 0 ? std::uint8_t{0xFF} : std::uint8_t{0};
-            products[i] = static_cast<std::uint8_t>(products[i] ^ (mask & factors[i]));
+            products[i] = static_cast<std::uint8_t>(products[i] ^ (MaskOf(values[i]) & factors[i]));
             values[i] = static_cast<std::uint8_t>(values[i] + values[i]);
         }
     }
@@ -159,14 +195,14 @@ void PutQ(std::uint8_t* area) {
     FoldedLanes plain = {};
     std::copy(sums.plain.begin(), sums.plain.end(), plain.begin());
     const DiagonalBytes plainSums = Folded(plain);
-    const DiagonalBytes weightedSums = Folded(weighted);
+    const DiagonalBytes parity = FirstParity(plainSums, Folded(weighted));
     std::uint8_t* const first = area + kRows * kRowSize;
     std::uint8_t* const second = first + kDiagonalsSize;
     for (std::size_t i = 0; i < kDiagonalsSize; ++i) {
         // Lane 25 - n belongs to diagonal n; the two bytes of a word keep their order.
         const std::size_t lane = (kRows - 1 - i / kWordSize) * kWordSize + i % kWordSize;
-        first[i] = FirstParity(plainSums[lane], weightedSums[lane]);
-        second[i] = static_cast<std::uint8_t>(plainSums[lane] ^ first[i]);
+        first[i] = parity[lane];
+        second[i] = static_cast<std::uint8_t>(plainSums[lane] ^ parity[lane]);
     }
 }
 

@@ -28,6 +28,16 @@ TEST(Edc, TheCheckValueIsThePublishedOne) {
     EXPECT_EQ(EdcOf({}), 0U);
 }
 
+TEST(Edc, IsTheSameOnEveryProcessor) {
+    const Bytes bytes = test::RandomBytes(5000, 1);
+    for (std::size_t length = 0; length < 400; ++length) {
+        const auto part = std::span(bytes).subspan(length % 7, length);
+        EXPECT_EQ(EdcOf(part), EdcByTables(part)) << length;
+    }
+    EXPECT_EQ(EdcOf(bytes), EdcByTables(bytes));
+    EXPECT_EQ(EdcByTables(std::span(bytes).subspan(100), EdcByTables(std::span(bytes).first(100))), EdcByTables(bytes));
+}
+
 TEST(Edc, AppendedInItsByteOrderItLeavesZero) {
     for (std::size_t length = 0; length < 70; ++length) {
         Bytes bytes = test::RandomBytes(length, length);
