@@ -56,7 +56,8 @@ class Guarantees(ConsoleTest):
             for jobs in "1", "2", "5":
                 process = subprocess.Popen(COMMAND + words + ["-j", jobs], cwd=self.folder, stdout=subprocess.DEVNULL,
                                            stderr=subprocess.DEVNULL)
-                time.sleep(0.05)
+                while self.names() == names and process.poll() is None:
+                    time.sleep(0.001)  # until the temporary file is there
                 start = time.monotonic()
                 process.send_signal(signal.SIGINT)
                 status = process.wait(10)
