@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # The cost of the window's update after each unit of a conversion, under Wine on a private display, everything on one
-# processor; and the time of a BIN of 64 MiB through the window and through the console program. Build the preset
-# "windows" first.
+# processor; the time of a BIN of 64 MiB through the window and through the console program; and where the time goes of a
+# UMD image of 256 MiB. Build the preset "windows" first.
+#
+#     frame_cost.sh [PROCESSOR]
 set -eu
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 if [ -z "${FRAME_COST_PINNED-}" ]; then
@@ -14,3 +16,4 @@ wine_env_wine
 programs=$here/../build/windows/bin
 wine "$programs/frame_bench.exe" 8>&- </dev/null
 wine "$programs/window_bin_bench.exe" "Z:$(realpath "$programs")/vantrel.exe" 8>&- </dev/null
+wine "$programs/window_umd_bench.exe" 8>&- </dev/null

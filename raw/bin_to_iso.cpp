@@ -16,8 +16,9 @@ namespace vantrel {
 
 namespace {
 
-/// Sectors that are read at once.
-constexpr std::int64_t kPieceSectors = 64;
+/// Sectors that are read at once, and how many such pieces there may be in memory.
+constexpr std::int64_t kPieceSectors = 256;
+constexpr std::size_t kPlaces = 6;
 constexpr auto kRawUnit = static_cast<std::int64_t>(kRawSectorSize);
 
 /// The user data of a stretch of raw sectors; what could not be read is zero.
@@ -85,7 +86,7 @@ void CopyPieces(const std::string& inputPath, CInputFile& input, COutputFile& ou
     const auto pieceCount = static_cast<std::uint32_t>((count + kPieceSectors - 1) / kPieceSectors);
     // One worker: there is next to nothing to do but to read.
     CPiecesAhead<CDataPiece> pieces(
-        pieceCount, 1, std::vector<CDataPiece>(PlacesFor(1)),
+        pieceCount, 1, std::vector<CDataPiece>(kPlaces),
         [&](CDataPiece& piece, std::uint64_t number) {
             piece.Read(input, std::min(kPieceSectors, count - static_cast<std::int64_t>(number) * kPieceSectors));
         },

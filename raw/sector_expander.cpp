@@ -11,9 +11,10 @@ namespace vantrel {
 namespace {
 
 /// Sectors of one piece of work: large enough that handing it over costs nothing, small enough for the caches.
-constexpr std::uint32_t kPieceSectors = 64;
-/// Encoding takes longer than writing, so that two threads leave no processor idle.
-constexpr std::uint32_t kWorkers = 2;
+constexpr std::uint32_t kPieceSectors = 256;
+/// One thread reads and encodes about as fast as another writes, and with some pieces between them neither waits.
+constexpr std::uint32_t kWorkers = 1;
+constexpr std::size_t kPlaces = 6;
 
 /// A stretch of raw sectors.
 class CRawPiece {
@@ -63,7 +64,7 @@ EExpanded ExpandSectors(CInputFile& image, const SExpansion& expansion, COutputF
     }
     const std::uint32_t count = (expansion.AllSectors() + kPieceSectors - 1) / kPieceSectors;
     CPiecesAhead<CRawPiece> pieces(
-        count, kWorkers, std::vector<CRawPiece>(PlacesFor(kWorkers)),
+        count, kWorkers, std::vector<CRawPiece>(kPlaces),
         [&](CRawPiece& piece, std::uint64_t number) {
             piece.Read(image, expansion, static_cast<std::uint32_t>(number) * kPieceSectors);
         },

@@ -63,7 +63,7 @@ TEST(BinToIso, CallsComeInOrder) {
 }
 
 TEST(BinToIso, PiecesJoinWithoutASeam) {
-    for (const std::size_t sectors : {1, 63, 64, 65, 128, 192, 600}) {
+    for (const std::size_t sectors : {1, 255, 256, 257, 512, 2500}) {
         for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
             const CTestFolder folder;
             const Bytes raw = RawSectors(sectors);
@@ -72,7 +72,7 @@ TEST(BinToIso, PiecesJoinWithoutASeam) {
             BinToIso({folder / "game.bin", folder / "out.iso", manner}, operation);
             EXPECT_EQ(test::ReadWhole(folder / "out.iso"), DataOf(raw)) << sectors;
             EXPECT_EQ(operation.CallsOf("pump").size(),
-                      manner == EOutputManner::InPlace ? sectors : (sectors + 63) / 64)
+                      manner == EOutputManner::InPlace ? sectors : (sectors + 255) / 256)
                 << "the window shows every sector, the console program every piece";
             EXPECT_EQ(operation.PaneText(EPane::Percent), "100%");
         }
@@ -147,7 +147,7 @@ TEST(BinToIso, FilesThatCannotBeOpenedAreNamed) {
 TEST(BinToIso, AnInputThatShrinksGivesZerosInPlaceAndAFailureOtherwise) {
     for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
         const CTestFolder folder;
-        test::WriteWhole(folder / "game.bin", RawSectors(1000));
+        test::WriteWhole(folder / "game.bin", RawSectors(4000));
         CRecordingOperation operation;
         operation.m_onPump = [&](int pump) {
             if (pump == 1) {
@@ -160,7 +160,7 @@ TEST(BinToIso, AnInputThatShrinksGivesZerosInPlaceAndAFailureOtherwise) {
         if (manner == EOutputManner::InPlace) {
             EXPECT_EQ(text, "did not fail");
             const Bytes iso = test::ReadWhole(folder / "out.iso");
-            EXPECT_EQ(iso.size(), 1000U * 2048U);
+            EXPECT_EQ(iso.size(), 4000U * 2048U);
             EXPECT_EQ(Bytes(iso.end() - 2048, iso.end()), Bytes(2048, 0));
         } else {
             EXPECT_EQ(text, "Cannot read " + (folder / "game.bin"));

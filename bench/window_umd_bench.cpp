@@ -1,0 +1,127 @@
+// Where the time of the window's CSO conversions goes: an image of 256 MiB through the real window, through the engine
+// alone in the window's manner, and what merely writing so many blocks takes.
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <string>
+
+#include "compress/cso.h"
+#include "resources/resource_ids.h"
+#include "tests/support/test_folder.h"
+#include "tests/window/driver/tested_program.h"
+
+namespace vantrel::test {
+namespace {
+
+constexpr std::size_t kBlock = 2048;
+constexpr std::size_t kBlocks = (std::size_t{256} << 20) / kBlock;
+constexpr std::size_t kRun = 12;
+constexpr std::size_t kApplicationIdentifier = 33342;
+
+/// A runner that shows nothing and has no messages.
+class CSilentOperation : public COperation {
+public:
+    using COperation::Complete;
+    void SetPane(EPane, std::string_view) override {}
+    void EnableCommand(ECommand, bool) override {}
+    void AcceptDroppedFiles() override {}
+    std::optional<int> CompressionLevel() override { return 9; }
+    void StartProgress(std::int32_t, EProgressFill) override {}
+    void StepProgress() override {}
+    void SetProgressPosition(std::int32_t) override {}
+    void PumpMessages() override {}
+    void Notify(std::string_view) override {}
+    bool Complete(std::string_view, const std::function<void()>& report) override {
+        report();
+        return true;
+    }
+
+private:
+    [[noreturn]] void EndWith(std::string_view text) override { throw CDriveFailure(std::string(text)); }
+};
+
+double SecondsOf(const std::function<void()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// A third each of text, noise and zeros, in runs of several blocks.
+void WriteImage(const std::string& path) {
+    COutputFile image;
+    image.Open(path, EOutputManner::CommitNew);
+    for (std::size_t block = 0; block < kBlocks; ++block) {
+        Bytes bytes(kBlock, 0);
+        if (block / kRun % 3 != 2) {
+            bytes = block / kRun % 3 == 0 ? TextLikeBytes(kBlock, block) : RandomBytes(kBlock, block);
+        }
+        if (block == kApplicationIdentifier / kBlock) {
+            const std::string mark = "PSP";
+            std::copy(mark.begin(), mark.end(), bytes.begin() + kApplicationIdentifier % kBlock);
+        }
+        image.Write(bytes);
+    }
+    image.Commit();
+}
+
+/// So many writes of so many bytes, as the window makes them.
+double SecondsOfWrites(const std::string& path, std::size_t bytes) {
+    const Bytes block = RandomBytes(bytes, 1);
+    COutputFile output;
+    output.Open(path, EOutputManner::InPlace);
+    return SecondsOf([&] {
+        for (std::size_t i = 0; i < kBlocks; ++i) {
+            output.Write(block);
+        }
+    });
+}
+
+struct SConversion {
+    const char* name;
+    const char* input;
+    const char* output;
+    int button;
+    void (*run)(const SCompressionRequest& request, COperation& operation);
+};
+
+void Measure(CTestedProgram& program, const std::string& folder, const SConversion& conversion) {
+    const CDrivenDialog dialog = program.Start();
+    dialog.Choose(folder + conversion.input);
+    const double window = SecondsOf([&] {
+        dialog.Press(conversion.button);
+        WaitForBox(program, kConversion);
+    });
+    WaitForBox(program).Close();
+    dialog.Press(IDC_EXIT);
+    program.WaitForEnd();
+    CSilentOperation silent;
+    const double engine = SecondsOf([&] {
+        conversion.run(DirectConversion(folder + conversion.input, folder + "engine", EOutputManner::InPlace, 0),
+                       silent);
+    });
+    CInputFile written;
+    written.Open(folder + conversion.output);
+    const double writes = SecondsOfWrites(folder + "writes", static_cast<std::size_t>(written.Size()) / kBlocks);
+    std::printf(
+        "%s: %zu blocks, window %.2f s: panes, bar and messages %.2f s, reading and zlib %.2f s, writes %.2f s\n",
+        conversion.name, kBlocks, window, window - engine, engine - writes, writes);
+}
+
+}  // namespace
+}  // namespace vantrel::test
+
+int main() {
+    using namespace vantrel;
+    using namespace vantrel::test;
+    try {
+        const CTestFolder folder;
+        WriteImage(folder / "game.iso");
+        CTestedProgram program(folder.Path());
+        Measure(program, folder.Path(), {"iso2cso", "game.iso", "game.cso", IDC_ISO_TO_CSO, IsoToCso});
+        Measure(program, folder.Path(), {"cso2iso", "game.cso", "new-game.iso", IDC_CSO_TO_ISO, CsoToIso});
+        return 0;
+    } catch (const CDriveFailure& failure) {
+        std::printf("%s\n", failure.what());
+        return 1;
+    }
+}
