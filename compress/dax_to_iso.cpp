@@ -88,7 +88,9 @@ private:
         m_operation.SetPane(EPane::Percent, "100%");
         m_operation.SetPane(EPane::Status, kDoneText);
         const bool completed = m_operation.Complete(kDoneText, [&] {
-            m_output.Finish();
+            if (!m_output.Finish()) {
+                m_operation.Fail("I/O error writing to output file.\n");
+            }
             m_dax.Close();
             m_operation.SetPane(EPane::Bytes, BytesText(size));
         });

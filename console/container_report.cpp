@@ -5,6 +5,8 @@
 
 #include "compress/cso_reader.h"
 #include "compress/dax_reader.h"
+#include "console/open_image.h"
+#include "console/refused.h"
 #include "files/input_file.h"
 #include "operation/text.h"
 #include "raw/sector_check.h"
@@ -21,7 +23,12 @@ double RatioPercent(std::int64_t stored, std::uint64_t image) {
     return image > 0 ? std::round(1000.0 * static_cast<double>(stored) / static_cast<double>(image)) / 10 : 0.0;
 }
 
-Report CsoOddities(const CCsoReader& cso) {
+/// For a file that could be opened a moment ago.
+[[noreturn]] void RefuseUnreadable(const std::string& path) {
+    throw CRefused(path + ": it cannot be read in full");
+}
+
+Report CsoOddities(const CCsoReader& cso, std::int64_t fileSize) {
     const CsoHeader& header = cso.Header();
     Report oddities = Report::array();
     const auto tell = [&oddities](bool odd, const std::string& text) {
@@ -36,7 +43,7 @@ Report CsoOddities(const CCsoReader& cso) {
     tell(header.reserved[0] != 0 || header.reserved[1] != 0, "reserved bytes are not zero");
     tell(header.total_bytes % header.block_size != 0, "the image's partial last block is not stored");
     const std::uint64_t end = std::uint64_t{cso.Entry(cso.BlockCount()) & ~kCsoPlainBlock} << (header.align & 31U);
-    tell(end != static_cast<std::uint64_t>(cso.FileSize()), "the index does not end at the end of the file");
+    tell(end != static_cast<std::uint64_t>(fileSize), "the index does not end at the end of the file");
     return oddities;
 }
 
@@ -44,8 +51,9 @@ Report ReportOnCso(const std::string& path) {
     CCsoReader cso;
     Report report;
     if (!cso.Open(path) || cso.ReadHeader() != ECsoFault::None || cso.ReadIndex() != ECsoFault::None) {
-        return report;
+        RefuseUnreadable(path);
     }
+    const std::int64_t fileSize = SizeOrRefuse(path);
     std::uint64_t plain = 0;
     for (std::uint64_t block = 0; block < cso.BlockCount(); ++block) {
         plain += cso.IsPlain(block) ? 1 : 0;
@@ -58,12 +66,12 @@ Report ReportOnCso(const std::string& path) {
     report["align"] = header.align;
     report["blocks"] = cso.BlockCount();
     report["plain_blocks"] = plain;
-    report["ratio_percent"] = RatioPercent(cso.FileSize(), header.total_bytes);
-    report["oddities"] = CsoOddities(cso);
+    report["ratio_percent"] = RatioPercent(fileSize, header.total_bytes);
+    report["oddities"] = CsoOddities(cso, fileSize);
     return report;
 }
 
-Report DaxOddities(const CDaxReader& dax) {
+Report DaxOddities(const CDaxReader& dax, std::int64_t fileSize) {
     Report oddities = Report::array();
     const DaxHeader& header = dax.Header();
     bool inOrder = true;
@@ -75,7 +83,7 @@ Report DaxOddities(const CDaxReader& dax) {
     if (!inOrder) {
         oddities.push_back("frames do not follow one another without gaps");
     }
-    if (end != static_cast<std::uint64_t>(dax.FileSize())) {
+    if (end != static_cast<std::uint64_t>(fileSize)) {
         oddities.push_back("the last frame does not end at the end of the file");
     }
     if (header.image_size % kUsualBlockSize != 0) {
@@ -88,12 +96,13 @@ Report ReportOnDax(const std::string& path) {
     CDaxReader dax;
     Report report;
     if (!dax.Open(path) || dax.ReadHeader() != EDaxFault::None || dax.ReadTables() != EDaxFault::None) {
-        return report;
+        RefuseUnreadable(path);
     }
+    const std::int64_t fileSize = SizeOrRefuse(path);
     report["image_size"] = dax.Header().image_size;
     report["frames"] = dax.FrameCount();
-    report["ratio_percent"] = RatioPercent(dax.FileSize(), dax.Header().image_size);
-    report["oddities"] = DaxOddities(dax);
+    report["ratio_percent"] = RatioPercent(fileSize, dax.Header().image_size);
+    report["oddities"] = DaxOddities(dax, fileSize);
     return report;
 }
 
@@ -106,7 +115,7 @@ Report ReportOnBin(const std::string& path) {
     CInputFile file;
     Report report;
     if (!file.Open(path)) {
-        return report;
+        RefuseUnreadable(path);
     }
     std::array<std::uint32_t, 4> kinds = {};
     std::array<std::uint8_t, kRawSectorSize> sector = {};
@@ -116,6 +125,9 @@ Report ReportOnBin(const std::string& path) {
             report["first_address"] = AddressText(sector);
         }
         ++kinds[static_cast<std::size_t>(KindOfSector(sector))];
+    }
+    if (file.HasFailed()) {
+        RefuseUnreadable(path);
     }
     report["sectors"] = count;
     report["mode_1"] = kinds[static_cast<std::size_t>(ESectorKind::Mode1)];
@@ -145,9 +157,12 @@ Report ReportOnContainer(const std::string& path, EForm form) {
 }
 
 std::vector<std::string> ContainerProblems(const std::string& path, EForm form) {
-    CCsoReader cso;
-    if (form != EForm::Cso || !cso.Open(path) || cso.ReadHeader() != ECsoFault::None) {
+    if (form != EForm::Cso) {
         return {};
+    }
+    CCsoReader cso;
+    if (!cso.Open(path) || cso.ReadHeader() != ECsoFault::None) {
+        RefuseUnreadable(path);
     }
     const std::uint64_t left = cso.Header().total_bytes % cso.Header().block_size;
     if (left == 0) {

@@ -43,9 +43,15 @@ struct STally {
     std::int64_t bytesOut = 0;
 };
 
+/// Length of a file for reports, 0 when it cannot be told.
 std::int64_t SizeOf(const std::string& path) {
-    CInputFile file;
-    return file.Open(path) ? std::max<std::int64_t>(file.Size(), 0) : 0;
+    return std::max<std::int64_t>(FileSizeOf(path), 0);
+}
+
+/// "12345 bytes"
+std::string LengthText(const std::string& path) {
+    const std::int64_t size = FileSizeOf(path);
+    return size >= 0 ? BytesText(size) : "length unknown";
 }
 
 /// Texts of the program end in a line break or not; a line on a terminal ends in one.
@@ -189,8 +195,8 @@ private:
             std::printf("%s\n", OneLine(operation.Notice()).c_str());
         }
         if (!operation.DoneText().empty()) {
-            std::printf("%s -> %s: %s (%lld bytes)\n", job.input.c_str(), job.output.c_str(),
-                        operation.DoneText().c_str(), static_cast<long long>(SizeOf(job.output)));
+            std::printf("%s -> %s: %s (%s)\n", job.input.c_str(), job.output.c_str(), operation.DoneText().c_str(),
+                        LengthText(job.output).c_str());
         }
         std::fflush(stdout);
     }

@@ -72,7 +72,9 @@ std::vector<SExtractedFile> Choose(const SContents& contents, const SOptions& op
 int Extract(const SOptions& options) {
     try {
         const std::unique_ptr<CImageSource> image = OpenImageOrRefuse(options.file);
-        std::vector<SExtractedFile> files = Choose(ReadContents(*image), options);
+        const SContents contents = ReadContents(*image);
+        RefuseDamaged(*image, options.file);
+        std::vector<SExtractedFile> files = Choose(contents, options);
         SExtractionRequest request;
         request.imagePath = options.file;
         request.folder = WithSeparator(options.folder);

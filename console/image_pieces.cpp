@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "console/open_image.h"
+#include "console/refused.h"
 #include "files/input_file.h"
 #include "operation/text.h"
 #include "raw/sector_check.h"
@@ -73,10 +75,14 @@ std::string TextOf(const SSectorFaults& faults) {
 /// A raw image: everything around the user data of each sector is checked. Addresses must follow the first one.
 class CRawPieces : public CImagePieces {
 public:
-    explicit CRawPieces(const std::string& path) {
+    explicit CRawPieces(const std::string& path) : m_size(SizeOrRefuse(path)) {
         std::array<std::uint8_t, kRawSectorSize> first = {};
-        if (m_file.Open(path) && m_file.ReadAt(0, first) == first.size()) {
+        const bool isOpen = m_file.Open(path);
+        if (isOpen && m_file.ReadAt(0, first) == first.size()) {
             m_firstNumber = NumberOfSector(first);
+        }
+        if (!isOpen || m_file.HasFailed()) {
+            throw CRefused(path + ": " + LastFileError());
         }
     }
 
@@ -105,9 +111,9 @@ public:
         if (m_firstNumber != 0) {
             problems.push_back("the first sector's address is not 00:02:00");
         }
-        if (m_file.Size() % kRawUnit != 0) {
+        if (m_size % kRawUnit != 0) {
             problems.push_back(Format("the file is not a whole number of sectors: %lld bytes are left over",
-                                      static_cast<long long>(m_file.Size() % kRawUnit)));
+                                      static_cast<long long>(m_size % kRawUnit)));
         }
         return problems;
     }
@@ -138,8 +144,9 @@ private:
         }
     }
 
-    std::int64_t Sectors() const { return m_file.Size() / kRawUnit; }
+    std::int64_t Sectors() const { return m_size / kRawUnit; }
 
+    std::int64_t m_size;
     CInputFile m_file;
     std::uint32_t m_firstNumber = 0;
 };

@@ -7,6 +7,7 @@
 #include "console/inspect_command.h"
 #include "console/layout_report.h"
 #include "console/open_image.h"
+#include "console/refused.h"
 #include "console/verify.h"
 #include "files/input_file.h"
 #include "files/path.h"
@@ -18,7 +19,11 @@ namespace {
 
 bool IsLayout(const std::string& file) {
     CInputFile content;
-    return content.Open(file) && FormOf(content) == EForm::Iml;
+    const bool isLayout = content.Open(file) && FormOf(content) == EForm::Iml;
+    if (!content.IsOpen() || content.HasFailed()) {
+        throw CRefused(file + ": " + LastFileError());
+    }
+    return isLayout;
 }
 
 Report Info(const std::string& file) {
@@ -26,17 +31,16 @@ Report Info(const std::string& file) {
         return ReportOnLayout(file);
     }
     const std::unique_ptr<CImageSource> image = OpenImageOrRefuse(file);
-    CInputFile stored;
-    stored.Open(file);
     Report report;
     report["file"] = file;
     report["form"] = NameOf(image->Form());
-    report["file_bytes"] = stored.Size();
+    report["file_bytes"] = SizeOrRefuse(file);
     Report container = ReportOnContainer(file, image->Form());
     if (!container.empty()) {
         report["container"] = std::move(container);
     }
     report["image"] = ReportOnImage(*image);
+    RefuseDamaged(*image, file);
     return report;
 }
 
@@ -49,6 +53,7 @@ Report List(const std::string& file) {
     for (const SContentFile& found : ReadContents(*image).files) {
         report["files"].push_back({{"sector", found.sector}, {"bytes", found.size}, {"path", found.path}});
     }
+    RefuseDamaged(*image, file);
     return report;
 }
 

@@ -1,7 +1,7 @@
 #include "console/layout_report.h"
 
+#include "console/open_image.h"
 #include "console/refused.h"
-#include "files/input_file.h"
 #include "files/path.h"
 #include "image/form.h"
 #include "iml/layout_summary.h"
@@ -13,9 +13,11 @@ namespace {
 
 SLayoutSummary SummaryOf(const std::string& path) {
     const std::string folder = FolderOf(path);
-    const std::optional<SLayoutSummary> summary = SummarizeLayout(path, folder.empty() ? WithSeparator(".") : folder);
+    std::string problem;
+    const std::optional<SLayoutSummary> summary =
+        SummarizeLayout(path, folder.empty() ? WithSeparator(".") : folder, problem);
     if (!summary) {
-        throw CRefused(path + ": the layout names no known medium or no number of entries");
+        throw CRefused(path + ": " + problem);
     }
     return *summary;
 }
@@ -24,8 +26,6 @@ SLayoutSummary SummaryOf(const std::string& path) {
 
 Report ReportOnLayout(const std::string& path) {
     const SLayoutSummary summary = SummaryOf(path);
-    CInputFile file;
-    file.Open(path);
     Report layout;
     layout["media"] = summary.media;
     layout["entries"] = summary.entries;
@@ -38,7 +38,10 @@ Report ReportOnLayout(const std::string& path) {
     }
     layout["leading_structures"] = summary.leadingPath;
     layout["leading_structures_present"] = summary.leadingFound;
-    return {{"file", path}, {"form", NameOf(EForm::Iml)}, {"file_bytes", file.Size()}, {"layout", std::move(layout)}};
+    return {{"file", path},
+            {"form", NameOf(EForm::Iml)},
+            {"file_bytes", SizeOrRefuse(path)},
+            {"layout", std::move(layout)}};
 }
 
 Report VerifyLayout(const std::string& path) {

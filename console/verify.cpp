@@ -80,6 +80,9 @@ Report VerifyImage(const std::string& path) {
     report["problems"] = Report::array();
     ReadWhole(path, *image, report);
     Append(report["problems"], ImageProblems(*image));
+    if (report["problems"].empty()) {
+        RefuseDamaged(*image, path);
+    }
     report["ok"] = report["problems"].empty();
     return report;
 }
@@ -109,6 +112,8 @@ Report CompareImages(const std::string& path, const std::string& other) {
         }
         progress.Update(position, image->Size());
     }
+    RefuseDamaged(*image, path);
+    RefuseDamaged(*second, other);
     if (position == image->Size() && position == second->Size()) {
         report["ok"] = true;
         report["difference"] = nullptr;

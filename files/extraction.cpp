@@ -27,7 +27,7 @@ CExtraction::~CExtraction() {
     if (m_kept) {
         return;
     }
-    std::for_each(m_newFiles.rbegin(), m_newFiles.rend(), RemoveFile);
+    m_commits.Undo();  // before the folders, which must be empty
     std::for_each(m_newFolders.rbegin(), m_newFolders.rend(), RemoveFolder);
 }
 
@@ -98,6 +98,11 @@ std::string CExtraction::TargetOf(const std::string& listedPath) const {
     return m_request.folder + path;
 }
 
+void CExtraction::Keep() {
+    m_commits.Keep();
+    m_kept = true;
+}
+
 void CExtraction::MakeTrackedFolder(const std::string& path) {
     if (FileKindOf(path) == EFileKind::Folder) {
         return;
@@ -154,12 +159,9 @@ void CExtraction::WriteFile(const SExtractedFile& listed) {
 }
 
 void CExtraction::Commit(COutputFile& output) {
-    const bool isNew = FileKindOf(output.TargetPath()) == EFileKind::Missing;
-    if (!output.Commit()) {
-        m_operation.Fail(output.FailureText());
-    }
-    if (isNew) {
-        m_newFiles.push_back(output.TargetPath());
+    std::string failure;
+    if (!m_commits.Commit(output, failure)) {
+        m_operation.Fail(failure);
     }
 }
 

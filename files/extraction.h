@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "files/byte_source.h"
+#include "files/commit_together.h"
 #include "files/output_file.h"
 #include "operation/operation.h"
 
@@ -44,7 +45,7 @@ public:
     /// Gives another output of the same undertaking its name; it disappears with the rest.
     void Commit(COutputFile& output);
     /// From here on everything stays.
-    void Keep() { m_kept = true; }
+    void Keep();
 
 private:
     void CheckNames();
@@ -60,7 +61,7 @@ private:
     std::vector<SExtractedFile> m_files;
     COperation& m_operation;
     std::vector<std::string> m_newFolders;
-    std::vector<std::string> m_newFiles;
+    CUndoableCommits m_commits;
     std::string m_lastFolder;
     std::vector<std::uint8_t> m_piece;  ///< What is copied at once.
     bool m_kept = false;

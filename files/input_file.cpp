@@ -6,9 +6,9 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 256U * 1024U;
+constexpr std::size_t kBufferSize = 262'144;
 /// From here on, reading past the buffer costs less than copying out of it.
-constexpr std::size_t kDirectRead = 64U * 1024U;
+constexpr std::size_t kDirectRead = 65'536;
 
 }  // namespace
 
@@ -24,6 +24,12 @@ void CInputFile::Close() {
     m_bufferLength = 0;
     m_position = 0;
     m_filePosition = 0;
+}
+
+std::int64_t CInputFile::Size() const {
+    const std::int64_t size = m_file.Size();
+    m_failed = m_failed || size < 0;
+    return size;
 }
 
 bool CInputFile::Seek(std::int64_t position) {

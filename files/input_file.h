@@ -21,7 +21,7 @@ public:
     void LeaveOpen() { m_file.LeaveOpen(); }
 
     /// Length in bytes, −1 when it cannot be told.
-    std::int64_t Size() const override { return m_file.Size(); }
+    std::int64_t Size() const override;
     std::int64_t Position() const { return m_position; }
 
     /// Moves to a byte position from the start. False for a negative position, which leaves the position as it was.
@@ -38,7 +38,7 @@ public:
     /// Copies from a byte position on to the current position of `target`, as CNativeFile::CopyFrom does.
     std::size_t CopyTo(CNativeFile& target, std::int64_t position, std::size_t length);
 
-    /// Whether the system ever reported an error (not the mere end of the file) while reading.
+    /// Whether the system ever reported an error (not the mere end of the file) while reading or measuring.
     bool HasFailed() const { return m_failed; }
 
 private:
@@ -51,7 +51,7 @@ private:
     std::size_t m_bufferLength = 0;
     std::int64_t m_position = 0;
     std::int64_t m_filePosition = 0;
-    bool m_failed = false;
+    mutable bool m_failed = false;
 };
 
 }  // namespace vantrel

@@ -60,9 +60,13 @@ std::string LastFileError();
 
 enum class EFileKind { Missing, File, Folder, Other };
 
-/// What stands at `path`, symbolic links followed. Leaves LastFileError() as it was.
+/// What stands at `path`, symbolic links followed; Other when something may stand there but cannot be looked at. Leaves
+/// LastFileError() as it was.
 EFileKind FileKindOf(const std::string& path);
-/// Whether both paths lead to the same existing file, by whatever links or spellings.
+/// Length in bytes of the file at `path`, −1 when it cannot be told. Leaves LastFileError() as it was.
+std::int64_t FileSizeOf(const std::string& path);
+/// Whether both paths lead to the same existing file, by whatever links or spellings. In doubt they do: who asks wants
+/// to replace one and keep the other.
 bool IsSameFile(const std::string& first, const std::string& second);
 bool RemoveFile(const std::string& path);
 /// Gives a file another name in the same folder. An existing file of that name is replaced in one step when

@@ -39,19 +39,83 @@ int OpenFlags(EOpenMode mode) {
     return O_RDONLY;
 }
 
+/// Sets the error of a call that the program itself calls failed.
+bool FailWith(int error) {
+    errno = error;
+    return false;
+}
+
+/// Whether the last error says that there is nothing at a path, or nothing for this program; other errors say nothing
+/// about it.
+bool SaysMissing() {
+    return errno == ENOENT || errno == ENOTDIR || errno == EACCES || errno == ELOOP || errno == ENAMETOOLONG;
+}
+
+/// Looks at a path and leaves the last error as it was. False when there is nothing; the mode is 0 when that cannot be
+/// told.
+bool Look(const std::string& path, struct stat& status) {
+    const int lastError = errno;
+    const bool known = ::stat(path.c_str(), &status) == 0;
+    const bool missing = !known && SaysMissing();
+    if (!known) {
+        status = {};
+    }
+    errno = lastError;
+    return !missing;
+}
+
+/// For file systems that cannot rename without replacing: a second name, then the first one goes. What cannot be
+/// completed is undone.
+bool RenameByLink(const std::string& from, const std::string& to) {
+    if (::link(from.c_str(), to.c_str()) != 0) {
+        return false;
+    }
+    if (::unlink(from.c_str()) == 0) {
+        return true;
+    }
+    const int error = errno;
+    ::unlink(to.c_str());
+    return FailWith(error);
+}
+
+/// For file systems that know no second names either: look first, then rename.
+bool RenameAfterLook(const std::string& from, const std::string& to) {
+    struct stat status = {};
+    if (::lstat(to.c_str(), &status) == 0) {
+        return FailWith(EEXIST);
+    }
+    return errno == ENOENT && std::rename(from.c_str(), to.c_str()) == 0;
+}
+
+bool RenameWithoutReplacing(const std::string& from, const std::string& to) {
+#ifdef RENAME_NOREPLACE
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return false;
+    }
+#endif
+    if (RenameByLink(from, to)) {
+        return true;
+    }
+    const bool hasNoLinks = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
+    return hasNoLinks && RenameAfterLook(from, to);
+}
+
 }  // namespace
 
 bool CNativeFile::Open(const std::string& path, EOpenMode mode, ESharing /*sharing*/) {
     Close();
     m_handle = ::open(path.c_str(), OpenFlags(mode) | O_CLOEXEC, kNewFileMode);
-    if (m_handle < 0) {
-        return false;
+    if (m_handle < 0 || mode != EOpenMode::Read) {
+        return m_handle >= 0;  // the system opens no folder for writing
     }
     struct stat status = {};
-    if (::fstat(Descriptor(m_handle), &status) == 0 && S_ISDIR(status.st_mode)) {
+    const int error = ::fstat(Descriptor(m_handle), &status) != 0 ? errno : S_ISDIR(status.st_mode) ? EISDIR : 0;
+    if (error != 0) {
         Close();
-        errno = EISDIR;
-        return false;
+        return FailWith(error);
     }
     return true;
 }
@@ -138,11 +202,8 @@ std::string LastFileError() {
 }
 
 EFileKind FileKindOf(const std::string& path) {
-    const int lastError = errno;
     struct stat status = {};
-    const bool known = ::stat(path.c_str(), &status) == 0;
-    errno = lastError;
-    if (!known) {
+    if (!Look(path, status)) {
         return EFileKind::Missing;
     }
     if (S_ISREG(status.st_mode)) {
@@ -151,11 +212,19 @@ EFileKind FileKindOf(const std::string& path) {
     return S_ISDIR(status.st_mode) ? EFileKind::Folder : EFileKind::Other;
 }
 
+std::int64_t FileSizeOf(const std::string& path) {
+    struct stat status = {};
+    return Look(path, status) && S_ISREG(status.st_mode) ? static_cast<std::int64_t>(status.st_size) : -1;
+}
+
 bool IsSameFile(const std::string& first, const std::string& second) {
     struct stat one = {};
     struct stat two = {};
-    return ::stat(first.c_str(), &one) == 0 && ::stat(second.c_str(), &two) == 0 && one.st_dev == two.st_dev &&
-           one.st_ino == two.st_ino;
+    if (!Look(first, one) || !Look(second, two)) {
+        return false;
+    }
+    const bool inDoubt = one.st_mode == 0 || two.st_mode == 0;
+    return inDoubt || (one.st_dev == two.st_dev && one.st_ino == two.st_ino);
 }
 
 bool RemoveFile(const std::string& path) {
@@ -163,22 +232,7 @@ bool RemoveFile(const std::string& path) {
 }
 
 bool RenameFile(const std::string& from, const std::string& to, bool replace) {
-    if (replace) {
-        return std::rename(from.c_str(), to.c_str()) == 0;
-    }
-    if (::link(from.c_str(), to.c_str()) == 0) {
-        return ::unlink(from.c_str()) == 0;
-    }
-    if (errno == EEXIST) {
-        return false;
-    }
-    // A file system without hard links: look first, then rename.
-    struct stat status = {};
-    if (::lstat(to.c_str(), &status) == 0) {
-        errno = EEXIST;
-        return false;
-    }
-    return std::rename(from.c_str(), to.c_str()) == 0;
+    return replace ? std::rename(from.c_str(), to.c_str()) == 0 : RenameWithoutReplacing(from, to);
 }
 
 bool LinkFile(const std::string& existing, const std::string& added) {

@@ -139,6 +139,17 @@ EFileKind FileKindOf(const std::string& path) {
     return (attributes & FILE_ATTRIBUTE_DEVICE) != 0 ? EFileKind::Other : EFileKind::File;
 }
 
+std::int64_t FileSizeOf(const std::string& path) {
+    const DWORD lastError = ::GetLastError();
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    const BOOL known = ::GetFileAttributesExW(WideOf(path).c_str(), GetFileExInfoStandard, &data);
+    ::SetLastError(lastError);
+    if (known == FALSE || (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return -1;
+    }
+    return static_cast<std::int64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+}
+
 bool IsSameFile(const std::string& first, const std::string& second) {
     const auto identity = [](const std::string& path, BY_HANDLE_FILE_INFORMATION& information) {
         const HANDLE handle =

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kPendingLimit = 262'144;
 /// From here on, writing past the buffer costs less than copying into it.
-constexpr std::size_t kDirectWrite = 64U * 1024U;
+constexpr std::size_t kDirectWrite = 65'536;
 constexpr std::int64_t kShortestHole = 65'536;
 constexpr int kTemporaryNameTries = 100;
 
@@ -143,8 +143,10 @@ bool COutputFile::Reopen() {
     if (m_manner != EOutputManner::InPlace) {
         return Seek(0);
     }
-    m_file.Close();
     m_position = 0;
+    if (!m_file.Close()) {
+        return NoteFailure();
+    }
     return m_file.Open(m_targetPath, EOpenMode::ReadWrite, m_sharing);
 }
 
@@ -152,19 +154,21 @@ std::int64_t COutputFile::Size() const {
     return m_writtenEnd;
 }
 
-bool COutputFile::Finish() {
+/// Zeros at the end of a transactional output may not have been written.
+bool COutputFile::ReachEnd() {
     if (m_manner == EOutputManner::InPlace) {
-        m_file.Close();
         return true;
     }
+    const std::int64_t size = m_file.Size();
+    return size >= m_writtenEnd || (size >= 0 && m_file.Resize(m_writtenEnd));
+}
+
+bool COutputFile::Finish() {
     if (m_file.IsOpen()) {
-        if (Flush() && m_file.Size() < m_writtenEnd && !m_file.Resize(m_writtenEnd)) {
+        if (!Flush() || !ReachEnd() || !m_file.Close()) {
             NoteFailure();
         }
         m_unplacedZeros = 0;
-        if (!m_file.Close()) {
-            NoteFailure();
-        }
     }
     return m_failureText.empty();
 }
@@ -191,7 +195,7 @@ void COutputFile::Abandon() {
     m_unplacedZeros = 0;
     m_file.Close();
     if (!m_temporaryPath.empty()) {
-        RemoveFile(m_temporaryPath);
+        RemoveTemporary(m_temporaryPath);
         m_temporaryPath.clear();
     }
 }

@@ -48,11 +48,11 @@ public:
     /// Length in bytes of what has been written so far.
     std::int64_t Size() const;
 
-    /// Brings everything to the file and closes it, so that only the renaming is left. Always true in place; otherwise
-    /// false when anything failed since Open.
+    /// Brings everything to the file and closes it, so that only the renaming is left. False when anything failed since
+    /// Open.
     bool Finish();
-    /// Finish, and give the target its name. Always true in place; otherwise false when anything failed since Open,
-    /// and then nothing is left behind.
+    /// Finish, and give the target its name. False when anything failed since Open; then nothing is left behind, except
+    /// in place.
     bool Commit();
     /// Closes without keeping a transactional output.
     void Abandon();
@@ -64,12 +64,13 @@ public:
     EOutputManner Manner() const { return m_manner; }
     /// The path of the target, whatever file is written meanwhile.
     const std::string& TargetPath() const { return m_targetPath; }
-    /// Why Commit returned false, as a text that names the target and the cause.
+    /// Why Finish or Commit returned false, as a text that names the target and the cause.
     const std::string& FailureText() const { return m_failureText; }
 
 private:
     bool Flush();
     bool PlaceZeros();
+    bool ReachEnd();
     std::size_t CopyWithinSystem(CByteSource& source, std::int64_t position, std::size_t length);
     void MoveOn(std::size_t count);
     bool NoteFailure();

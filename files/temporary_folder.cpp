@@ -4,6 +4,7 @@
 
 #include "files/native_file.h"
 #include "files/path.h"
+#include "files/temporary_path.h"
 #include "operation/text.h"
 
 namespace vantrel {
@@ -15,13 +16,17 @@ constexpr int kNameTries = 100;
 }  // namespace
 
 CTemporaryFolder::~CTemporaryFolder() {
-    if (m_path.empty()) {
-        return;
+    // What is in the way of the first try may be gone at the second.
+    if (!m_path.empty() && !Remove()) {
+        Remove();
     }
+}
+
+bool CTemporaryFolder::Remove() const {
     for (const std::string& name : ListFolder(m_path)) {
-        RemoveFile(m_path + name);
+        RemoveTemporary(m_path + name);
     }
-    RemoveFolder(m_path);
+    return RemoveFolder(m_path);
 }
 
 bool CTemporaryFolder::MakeIn(const std::string& parent) {

@@ -20,6 +20,8 @@ public:
     const std::string& Path() const { return m_path; }
 
 private:
+    bool Remove() const;
+
     std::string m_path;
 };
 

@@ -6,7 +6,7 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::size_t kPendingLimit = 16U * 1024U;
+constexpr std::size_t kPendingLimit = 16'384;
 
 }  // namespace
 

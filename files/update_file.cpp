@@ -18,8 +18,20 @@ bool CUpdateFile::Open(const std::string& path, EUpdateManner manner) {
     if (!m_file.Open(path, mode, ESharing::Anyone)) {
         return false;
     }
+    m_failedReading = false;
+    m_changed = false;
     m_oldSize = m_file.Size();
+    if (m_oldSize < 0) {
+        m_file.Close();  // what is longer later could not be undone
+        return false;
+    }
     return true;
+}
+
+std::int64_t CUpdateFile::Size() {
+    const std::int64_t size = m_file.Size();
+    m_failedReading = m_failedReading || size < 0;
+    return size;
 }
 
 bool CUpdateFile::Reopen() {
@@ -27,7 +39,9 @@ bool CUpdateFile::Reopen() {
     if (m_manner != EUpdateManner::InPlace) {
         return m_file.Seek(0);
     }
-    m_file.Close();
+    if (!m_file.Close()) {
+        return NoteFailure();
+    }
     return m_file.Open(m_path, EOpenMode::ReadWrite, ESharing::Anyone);
 }
 
@@ -48,10 +62,10 @@ bool CUpdateFile::Seek(std::int64_t position) {
 
 std::size_t CUpdateFile::ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) {
     if (!Seek(position)) {
+        m_failedReading = true;
         return 0;
     }
-    bool failed = false;
-    const std::size_t count = m_file.Read(buffer, failed);
+    const std::size_t count = m_file.Read(buffer, m_failedReading);
     m_position += static_cast<std::int64_t>(count);
     return count;
 }
@@ -74,22 +88,21 @@ bool CUpdateFile::Write(std::span<const std::uint8_t> bytes) {
     if (!Keep(bytes.size())) {
         return false;
     }
+    m_changed = true;
     const std::size_t written = m_file.Write(bytes);
     m_position += static_cast<std::int64_t>(written);
     return written == bytes.size() || NoteFailure();
 }
 
 void CUpdateFile::Undo() {
-    if (m_file.IsOpen() && m_manner == EUpdateManner::UndoUnlessCommitted) {
+    if (m_file.IsOpen() && m_changed && m_manner == EUpdateManner::UndoUnlessCommitted) {
         // Last change first, so that a place that was changed twice ends as it began.
         for (auto change = m_overwritten.rbegin(); change != m_overwritten.rend(); ++change) {
             if (m_file.Seek(change->position)) {
                 m_file.Write(change->bytes);
             }
         }
-        if (m_oldSize >= 0 && m_file.Size() != m_oldSize) {
-            m_file.Resize(m_oldSize);
-        }
+        m_file.Resize(m_oldSize);
     }
     m_overwritten.clear();
     m_file.Close();
@@ -100,11 +113,20 @@ bool CUpdateFile::Commit() {
         Undo();
         return false;
     }
+    CloseForGood();
     m_overwritten.clear();
-    if (!m_file.Close()) {
-        NoteFailure();
-    }
     return m_failureText.empty();
+}
+
+/// A change that is lost by the closing is undone through a new handle.
+void CUpdateFile::CloseForGood() {
+    if (m_file.Close()) {
+        return;
+    }
+    NoteFailure();
+    if (m_manner == EUpdateManner::UndoUnlessCommitted && m_file.Open(m_path, EOpenMode::ReadWrite, ESharing::Anyone)) {
+        Undo();
+    }
 }
 
 }  // namespace vantrel

@@ -31,7 +31,7 @@ public:
     bool Reopen();
 
     /// Length in bytes, −1 when it cannot be told.
-    std::int64_t Size() const { return m_file.Size(); }
+    std::int64_t Size();
     bool Seek(std::int64_t position);
     /// Reads at a position and moves on; the number of bytes read is smaller than the buffer only at the end of the
     /// file or after an error.
@@ -44,6 +44,8 @@ public:
     /// it was made in place.
     bool Commit();
 
+    /// Whether the system ever reported an error (not the mere end of the file) while reading or measuring.
+    bool HasFailedReading() const { return m_failedReading; }
     /// Why Write or Commit returned false, as a text that names the file and the cause.
     const std::string& FailureText() const { return m_failureText; }
 
@@ -55,6 +57,7 @@ private:
 
     bool Keep(std::size_t count);
     void Undo();
+    void CloseForGood();
     bool NoteFailure();
 
     CNativeFile m_file;
@@ -63,6 +66,8 @@ private:
     std::string m_failureText;
     std::int64_t m_position = 0;
     std::int64_t m_oldSize = 0;
+    bool m_changed = false;
+    bool m_failedReading = false;
     std::vector<SOverwritten> m_overwritten;
 };
 

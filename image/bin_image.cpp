@@ -13,11 +13,12 @@ namespace {
 class CBinImage : public CBlockImage {
 public:
     bool Open(const std::string& path, std::string& problem) {
-        if (!m_file.Open(path)) {
+        const std::int64_t size = m_file.Open(path) ? m_file.Size() : -1;
+        if (size < 0) {
             problem = LastFileError();
             return false;
         }
-        SetGeometry(m_file.Size() / kRawUnit * static_cast<std::int64_t>(kUserDataSize), kUserDataSize);
+        SetGeometry(size / kRawUnit * static_cast<std::int64_t>(kUserDataSize), kUserDataSize);
         return true;
     }
 

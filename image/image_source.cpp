@@ -14,6 +14,10 @@ std::unique_ptr<CImageSource> OpenImage(const std::string& path, std::string& pr
             return nullptr;
         }
         form = FormOf(file);
+        if (file.HasFailed()) {
+            problem = LastFileError();
+            return nullptr;
+        }
     }
     switch (form) {
         case EForm::Iso:

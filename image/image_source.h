@@ -22,7 +22,8 @@ public:
     virtual std::uint32_t BlockSize() const = 0;
     /// What a block is called in this form: "block", "frame" or "sector".
     virtual const char* BlockNoun() const = 0;
-    /// Why the last read came up short before the end of the image, said of one block: "its stream is damaged".
+    /// Why a read came up short before the end of the image, the last time that one did, said of one block: "its stream
+    /// is damaged". Empty as long as everything could be read.
     virtual const std::string& Fault() const = 0;
 };
 

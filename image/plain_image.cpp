@@ -9,11 +9,15 @@ namespace {
 
 class CPlainImage : public CImageSource {
 public:
-    bool Open(const std::string& path) { return m_file.Open(path); }
+    bool Open(const std::string& path) {
+        const bool isOpen = m_file.Open(path);
+        m_size = isOpen ? m_file.Size() : -1;
+        return m_size >= 0;
+    }
     EForm Form() const override { return EForm::Iso; }
     std::uint32_t BlockSize() const override { return static_cast<std::uint32_t>(kSectorSize); }
     const char* BlockNoun() const override { return "sector"; }
-    std::int64_t Size() const override { return m_file.Size(); }
+    std::int64_t Size() const override { return m_size; }
     const std::string& Fault() const override { return m_fault; }
 
     CInputFile* PlainFile() override { return &m_file; }
@@ -28,6 +32,7 @@ public:
 
 private:
     CInputFile m_file;
+    std::int64_t m_size = 0;
     std::string m_fault;
 };
 

@@ -33,19 +33,25 @@ SExtractionRequest ExtractionOf(const SExportRequest& request) {
     return extraction;
 }
 
+void OpenOrFail(CInputFile& file, const std::string& path, COperation& operation) {
+    if (!file.Open(path)) {
+        operation.Fail("Cannot open " + path);
+    }
+}
+
 /// Number of listed files that do not lie in the image as a whole. Tracks beside the data of a CD are listed in that
 /// way, and so is what a cut image has lost.
-int CountFilesBeyond(const SWalkRequest& walk) {
-    CInputFile image;
+int CountFilesBeyond(const SWalkRequest& walk, COperation& operation) {
     CInputFile list;
-    if (!image.Open(ResolveFileCase(walk.imagePath)) || !list.Open(walk.fileListPath)) {
-        return 0;
-    }
-    const std::int64_t length = image.Size();
+    OpenOrFail(list, walk.fileListPath, operation);
+    const std::int64_t length = FileSizeOf(ResolveFileCase(walk.imagePath));
     CFileListReader reader(list);
     int beyond = 0;
     for (SFileListLine line; reader.Next(line);) {
         beyond += line.size > 0 && line.start * kSectorSize + line.size > length ? 1 : 0;
+    }
+    if (list.HasFailed() || length < 0) {
+        operation.Fail("Cannot read " + (length < 0 ? walk.imagePath : walk.fileListPath) + " in full");
     }
     return beyond;
 }
@@ -54,7 +60,7 @@ void TellDoubts(const SWalkRequest& walk, const SWalkedImage& image, COperation&
     if (MediaOf(image.mediaKey) == EMedia::Unknown) {
         operation.Notify("The image is of no known medium; the layout names none and cannot be rebuilt");
     }
-    const int beyond = CountFilesBeyond(walk);
+    const int beyond = CountFilesBeyond(walk, operation);
     if (beyond > 0) {
         operation.Notify(Format("%s ends before %d of the listed files do", walk.imagePath.c_str(), beyond));
     }
@@ -62,9 +68,7 @@ void TellDoubts(const SWalkRequest& walk, const SWalkedImage& image, COperation&
 
 std::vector<SExtractedFile> ReadFileList(const std::string& path, COperation& operation) {
     CInputFile list;
-    if (!list.Open(path)) {
-        operation.Fail("Cannot open " + path);
-    }
+    OpenOrFail(list, path, operation);
     std::vector<SExtractedFile> files;
     CFileListReader reader(list);
     for (SFileListLine line; reader.Next(line);) {
@@ -72,17 +76,20 @@ std::vector<SExtractedFile> ReadFileList(const std::string& path, COperation& op
             files.push_back({line.start * kSectorSize, line.size, line.path});
         }
     }
+    if (list.HasFailed()) {
+        operation.Fail("Cannot read " + path + " in full");
+    }
     return files;
 }
 
 /// Stores what lies between the leading sectors and the files, so that an exact rebuild can put it back.
 void WriteGaps(const SExportRequest& request, const SWalkRequest& walk, CInputFile& image,
                const std::vector<SExtractedFile>& files, CExtraction& extraction, COperation& operation) {
-    CInputFile header;
-    if (!header.Open(walk.headerCopyPath)) {
+    const std::int64_t headerLength = FileSizeOf(walk.headerCopyPath);
+    if (headerLength < 0) {
         operation.Fail("Cannot open " + walk.headerCopyPath);
     }
-    std::vector<SImageArea> covered = {{0, header.Size()}};
+    std::vector<SImageArea> covered = {{0, headerLength}};
     for (const SExtractedFile& file : files) {
         covered.push_back({file.position, file.size});
     }
@@ -102,9 +109,7 @@ void WriteGaps(const SExportRequest& request, const SWalkRequest& walk, CInputFi
 void ExportWithFiles(const SExportRequest& request, const SWalkRequest& walk, const SLayoutRequest& layout,
                      const SWalkedImage& walked, COperation& operation) {
     CInputFile image;
-    if (!image.Open(ResolveFileCase(request.imagePath))) {
-        operation.Fail("Cannot open " + request.imagePath);
-    }
+    OpenOrFail(image, ResolveFileCase(request.imagePath), operation);
     const SExtractionRequest extractionRequest = ExtractionOf(request);
     const std::vector<SExtractedFile> files = ReadFileList(walk.fileListPath, operation);
     CExtraction extraction(extractionRequest, image, files, operation);

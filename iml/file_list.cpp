@@ -11,8 +11,8 @@ constexpr std::size_t kStartColumn = 0;
 constexpr std::size_t kSizeColumn = 9;
 constexpr std::size_t kDigits = 8;
 constexpr std::size_t kPathColumn = 28;  // behind three numbers and the separator that begins every path
-constexpr std::size_t kChunkSize = 16U * 1024U;
-constexpr std::size_t kLongestLine = 64U * 1024U;
+constexpr std::size_t kChunkSize = 16'384;
+constexpr std::size_t kLongestLine = 65'536;
 
 std::uint32_t NumberAt(const std::string& text, std::size_t column) {
     std::uint32_t value = 0;

@@ -32,7 +32,7 @@ void CImageWriter::Begin(std::int64_t heldBack, std::int32_t leadingLast) {
     if (!m_leading.Open(m_request.leadingPath)) {
         m_operation.Fail(Format("Code 204!!! file not found==> %s", m_request.leadingPath.c_str()));
     }
-    const std::int64_t length = m_leading.Size() - heldBack;
+    const std::int64_t length = LengthOf(m_leading, m_request.leadingPath) - heldBack;
     if (IsCareful() && m_replaces && IsSameFile(m_request.leadingPath, m_request.outputPath)) {
         m_operation.Fail(Format("The image would replace %s", m_request.leadingPath.c_str()));
     }
@@ -43,6 +43,7 @@ void CImageWriter::Begin(std::int64_t heldBack, std::int32_t leadingLast) {
         m_blocks += blocks;
         m_operation.PumpMessages();
     });
+    CheckLeading();
     m_leadingLength = m_output.Size();
 }
 
@@ -104,7 +105,15 @@ std::int64_t CImageWriter::OpenListed(const std::string& path) {
     if (IsCareful() && m_replaces && IsSameFile(found, m_request.outputPath)) {
         m_operation.Fail(Format("The image would replace %s, which the layout lists", found.c_str()));
     }
-    return std::max<std::int64_t>(m_listed.Size(), 0);
+    return LengthOf(m_listed, path);
+}
+
+std::int64_t CImageWriter::LengthOf(const CInputFile& file, const std::string& path) {
+    const std::int64_t length = file.Size();
+    if (length < 0) {
+        m_operation.Fail(Format("Cannot read all of %s", path.c_str()));
+    }
+    return length;
 }
 
 void CImageWriter::CopyListed(const std::string& path, std::int64_t length) {
@@ -140,8 +149,12 @@ void CImageWriter::CorrectVolumeSize() {
 }
 
 void CImageWriter::Finish(CSideLists& lists, const char* statusText, const char* doneText) {
+    CheckLeading();
     m_leading.Close();
     lists.EndReading();
+    if (lists.HasFailedReading()) {
+        m_operation.Fail(Format("Cannot read all that was listed of %s", m_request.layoutPath.c_str()));
+    }
     CheckWritten(m_output.Commit());
     m_operation.SetPane(EPane::Status, statusText);
     m_operation.SetPane(EPane::File, m_request.outputPath);

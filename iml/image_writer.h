@@ -23,6 +23,8 @@ public:
 
     COutputFile& Output() { return m_output; }
     CInputFile& Leading() { return m_leading; }
+    /// Refuses, outside the window, leading structures that could not be read.
+    void CheckLeading() { CheckRead(m_leading, true, m_request.leadingPath); }
 
     /// Creates the output, opens the leading structures and copies them without their last `heldBack` bytes. Their file
     /// stays open. `leadingLast` is the last sector that the layout names for them, which outside the window they must
@@ -61,6 +63,8 @@ public:
     bool IsCareful() const { return m_request.manner != EOutputManner::InPlace; }
 
 private:
+    /// Length in bytes; fails when it cannot be told.
+    std::int64_t LengthOf(const CInputFile& file, const std::string& path);
     void Copy(CInputFile& file, const std::string& path, std::int64_t length,
               const std::function<void(std::int64_t blocks)>& onPiece);
     void CheckWritten(bool written);

@@ -53,6 +53,9 @@ void CLayoutPass::ReadHead() {
     m_bytes.Close();
     const std::optional<SListHead> head = position ? ReadListHead(m_text, *position, m_line) : std::nullopt;
     m_text.Close();
+    if (IsCareful() && (m_bytes.HasFailed() || m_text.HasFailed())) {
+        m_operation.Fail(Format("Cannot read all of %s", m_request.layoutPath.c_str()));
+    }
     if (!head) {
         m_operation.Fail(Format("The layout %s has no list of files", m_request.layoutPath.c_str()));
     }
@@ -86,7 +89,7 @@ void CLayoutPass::ListFiles() {
     if (complete && IsCareful()) {
         CheckEnd(text);
     }
-    CheckWritten(m_lists.EndWriting(), m_lists.Bounds());
+    CheckWritten(m_lists.EndWriting());
     m_text.Close();
     m_update.Close();
 }
@@ -99,7 +102,7 @@ bool CLayoutPass::ListFile(CTextReader& text) {
         return false;
     }
     CheckSectors(*file);
-    CheckWritten(m_lists.Append(*file), m_lists.EntryList());
+    CheckWritten(m_lists.Append(*file));
     m_operation.PumpMessages();
     return true;
 }
@@ -147,9 +150,9 @@ void CLayoutPass::CheckEnd(CTextReader& text) {
     }
 }
 
-void CLayoutPass::CheckWritten(bool written, const CSideFile& file) {
+void CLayoutPass::CheckWritten(bool written) {
     if (!written) {
-        m_operation.Fail(Format("Cannot write %s", file.Path().c_str()));
+        m_operation.Fail(m_lists.FailureText());
     }
 }
 

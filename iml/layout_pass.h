@@ -57,7 +57,7 @@ private:
     [[noreturn]] void RefuseLine();
     void CheckSectors(const SListedFile& file);
     void CheckEnd(CTextReader& text);
-    void CheckWritten(bool written, const CSideFile& file);
+    void CheckWritten(bool written);
     bool IsCareful() const { return m_request.manner != EOutputManner::InPlace; }
 
     const SRebuildRequest& m_request;

@@ -38,10 +38,9 @@ void ReadFiles(CInputFile& layout, const SListHead& head, std::int32_t count, CP
             return;
         }
         SLayoutFile file{listed->path, listed->first, listed->last, false, 0};
-        CInputFile content;
         const std::string path = resolver.Resolve(file.path);
-        file.found = FileKindOf(path) == EFileKind::File && content.Open(path);
-        file.size = file.found ? content.Size() : 0;
+        file.size = FileSizeOf(path);
+        file.found = file.size >= 0;
         summary.files.push_back(std::move(file));
     }
 }
@@ -59,9 +58,11 @@ std::string FindLeadingStructures(const std::string& layoutPath) {
     return FileKindOf(byBase) == EFileKind::Missing && FileKindOf(byName) != EFileKind::Missing ? byName : byBase;
 }
 
-std::optional<SLayoutSummary> SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder) {
+std::optional<SLayoutSummary> SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder,
+                                              std::string& problem) {
     CInputFile layout;
     if (!layout.Open(layoutPath)) {
+        problem = LastFileError();
         return {};
     }
     SLayoutSummary summary;
@@ -72,6 +73,7 @@ std::optional<SLayoutSummary> SummarizeLayout(const std::string& layoutPath, con
     CLineBuffer line;
     const std::optional<SListHead> head = start ? ReadListHead(layout, *start, line) : std::nullopt;
     if (summary.media.empty() || !head || head->entries < rules.unplaced || head->entries > layout.Size()) {
+        problem = layout.HasFailed() ? LastFileError() : "the layout names no known medium or no number of entries";
         return {};
     }
     summary.entries = head->entries;
@@ -79,6 +81,10 @@ std::optional<SLayoutSummary> SummarizeLayout(const std::string& layoutPath, con
     summary.leadingFound = FileKindOf(summary.leadingPath) == EFileKind::File;
     CPathResolver resolver(filesFolder);
     ReadFiles(layout, *head, head->entries - rules.unplaced, resolver, summary);
+    if (layout.HasFailed()) {
+        problem = LastFileError();
+        return {};
+    }
     return summary;
 }
 

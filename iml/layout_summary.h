@@ -32,8 +32,9 @@ struct SLayoutSummary {
 /// The ".ims" file of a layout: named after the layout's base name, or after its whole name, which an export gives it.
 std::string FindLeadingStructures(const std::string& layoutPath);
 
-/// Reads a layout and looks for its files, relative paths below `filesFolder` (with its separator). Nothing when the
-/// file cannot be opened, names no known medium or has no number of entries.
-std::optional<SLayoutSummary> SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder);
+/// Reads a layout and looks for its files, relative paths below `filesFolder` (with its separator). Nothing, and what
+/// is wrong in words, when the file cannot be read, names no known medium or has no number of entries.
+std::optional<SLayoutSummary> SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder,
+                                              std::string& problem);
 
 }  // namespace vantrel

@@ -95,6 +95,8 @@ private:
     void ShowEntryDone(std::int32_t done, std::int32_t entries);
     void Commit();
     void Finish();
+    void Close(COutputFile& output);
+    void CheckReading(const CInputFile& file, const std::string& path);
 
     [[noreturn]] void FailWith(const char* pattern, const std::string& path) {
         m_operation.Fail(Format(pattern, path.c_str()));
@@ -138,7 +140,7 @@ void CLayoutWriter::WriteLeadingStructures() {
     if (m_variant.hasTrailingEntry) {
         WriteTrailingSector();
     }
-    m_leading.Finish();
+    Close(m_leading);
 }
 
 std::int64_t CLayoutWriter::HeaderSectors() {
@@ -148,6 +150,7 @@ std::int64_t CLayoutWriter::HeaderSectors() {
     }
     std::array<std::uint8_t, 4> word = {};
     offsets.Read(word);
+    CheckReading(offsets, m_sideFiles.offsetListPath);
     return LoadLe32(word);
 }
 
@@ -164,6 +167,7 @@ void CLayoutWriter::CopyHeader() {
         m_leading.Write(bytes);
         m_operation.PumpMessages();
     }
+    CheckReading(header, m_sideFiles.headerCopyPath);
 }
 
 /// The sector that closes a DVD: the head of its descriptor tag and its own number (ECMA-167 3/7.2.8).
@@ -185,6 +189,7 @@ void CLayoutWriter::TakeLeadingLength() {
         FailWith("Code 4102 - Error Opening %s", m_leadingPath);
     }
     m_leadingLength = leading.Size();
+    CheckReading(leading, m_leadingPath);
 }
 
 std::int32_t CLayoutWriter::CountEntries() {
@@ -206,7 +211,8 @@ void CLayoutWriter::WriteLayout() {
     WriteEntries(text, entries);
     text.Write("[/LOC]\n\n");
     text.Flush();
-    m_layout.Finish();
+    CheckReading(m_list, m_sideFiles.fileListPath);
+    Close(m_layout);
 }
 
 void CLayoutWriter::WriteHead(CTextOutput& text, std::int32_t entries) {
@@ -254,6 +260,18 @@ void CLayoutWriter::ShowEntryDone(std::int32_t done, std::int32_t entries) {
     m_operation.SetPane(EPane::Percent, PercentText(PercentOf(done, entries)));
     m_operation.StepProgress();
     m_operation.PumpMessages();
+}
+
+void CLayoutWriter::Close(COutputFile& output) {
+    if (!output.Finish()) {
+        m_operation.Fail(output.FailureText());
+    }
+}
+
+void CLayoutWriter::CheckReading(const CInputFile& file, const std::string& path) {
+    if (file.HasFailed()) {
+        FailWith("Cannot read %s in full", path);
+    }
 }
 
 void CLayoutWriter::Commit() {

@@ -37,6 +37,7 @@ public:
         std::array<std::uint8_t, 1> mark = {};
         m_image.ReadAt(kSystemIdentifierSecond, system);
         m_image.ReadAt(kXaMarkFirst, mark);
+        CheckReading();
         return ImageKindOf(system[0], mark[0]);
     }
 
@@ -44,7 +45,12 @@ public:
     bool IsComplete() {
         std::array<std::uint8_t, 4> volumeSize = {};
         m_image.ReadAt(kVolumeSizePosition, volumeSize);
-        const auto length = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_image.Size()));
+        const std::int64_t size = m_image.Size();
+        if (size < 0) {
+            FailReading();  // in the window too: a complete image might get a second postgap
+        }
+        CheckReading();
+        const auto length = static_cast<std::int32_t>(static_cast<std::uint32_t>(size));
         return static_cast<std::uint32_t>(length / kImageSector) == LoadLe32(volumeSize);
     }
 
@@ -67,7 +73,11 @@ public:
         Write(bytes);
     }
 
-    void CorrectVolumeSize() { WriteAt(kVolumeSizePosition, VolumeSizeField(m_image.Size())); }
+    void CorrectVolumeSize() {
+        const std::int64_t length = m_image.Size();
+        Seek(length);  // an unknown length is no place
+        WriteAt(kVolumeSizePosition, VolumeSizeField(length));
+    }
 
     /// Keeps the change, and completes.
     void Finish() {
@@ -82,6 +92,15 @@ public:
     void Tell(const char* before) { m_operation.Notify(before + m_request.imagePath); }
 
 private:
+    /// The window takes what cannot be read for zeros; elsewhere nothing is said of an image that was not read.
+    void CheckReading() {
+        if (m_request.manner != EUpdateManner::InPlace && m_image.HasFailedReading()) {
+            FailReading();
+        }
+    }
+
+    [[noreturn]] void FailReading() { m_operation.Fail(Format("Cannot read %s", m_request.imagePath.c_str())); }
+
     void Seek(std::int64_t position) {
         if (!m_image.Seek(position)) {
             m_operation.Fail(Format("Cannot write %s", m_request.imagePath.c_str()));

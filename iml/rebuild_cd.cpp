@@ -33,7 +33,8 @@ void PlaceFiles(CSideLists& lists, std::int64_t count, CImageWriter& writer, COp
         }
         placing.Show(*file);
         // The product has 32 bits, so it wraps at 4 GiB.
-        writer.Seek(file->first * static_cast<std::uint32_t>(kImageSector));
+        const std::uint32_t position = file->first * static_cast<std::uint32_t>(kImageSector);
+        writer.Seek(position);
         placing.Place(*file);
     }
 }

@@ -38,6 +38,7 @@ private:
             m_operation.Fail(before + m_request.leadingPath + after);
         }
         const TrailingSector sector = ReadTrailingSector(m_writer.Leading());
+        m_writer.CheckLeading();
         m_writer.Leading().Close();
         return sector;
     }

@@ -20,8 +20,8 @@ bool CSideFile::Append(std::string_view text) {
     return Append(std::vector<std::uint8_t>(text.begin(), text.end()));
 }
 
-void CSideFile::EndWriting() {
-    m_output.Abandon();
+bool CSideFile::EndWriting() {
+    return m_place == ESidePlace::Memory || m_output.Finish();
 }
 
 bool CSideFile::OpenForReading() {

@@ -26,7 +26,10 @@ public:
     /// Appends. False when not everything could be written.
     bool Append(std::span<const std::uint8_t> bytes);
     bool Append(std::string_view text);
-    void EndWriting();
+    /// Closes what was written. False when something of it was lost.
+    bool EndWriting();
+    /// Why Append or EndWriting returned false, as a text that names the file and the cause; empty when neither did.
+    const std::string& FailureText() const { return m_output.FailureText(); }
 
     /// Opens what was written for reading. False, with LastFileError() set, when that fails; never in memory.
     bool OpenForReading();
@@ -35,6 +38,8 @@ public:
     /// The number of bytes read, which is smaller than the buffer only at the end or after an error.
     std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer);
     void EndReading();
+    /// Whether the system ever reported an error (not the mere end of the file) while reading or measuring.
+    bool HasFailedReading() const { return m_input.HasFailed(); }
 
     /// Deletes the file; nothing is left to delete in memory.
     void Remove();

@@ -28,10 +28,14 @@ bool CSideLists::Append(const SListedFile& file) {
 }
 
 bool CSideLists::EndWriting() {
-    const bool written = AppendBound(m_behindLast) && AppendBound(m_behindLast + 1);
-    m_bounds.EndWriting();
-    m_entryList.EndWriting();
-    return written;
+    AppendBound(m_behindLast);
+    AppendBound(m_behindLast + 1);
+    const bool boundsWritten = m_bounds.EndWriting();
+    return m_entryList.EndWriting() && boundsWritten;
+}
+
+const std::string& CSideLists::FailureText() const {
+    return m_entryList.FailureText().empty() ? m_bounds.FailureText() : m_entryList.FailureText();
 }
 
 std::uint32_t CSideLists::BoundAt(std::int64_t position) {

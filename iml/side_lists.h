@@ -25,7 +25,8 @@ public:
     /// Puts a file behind the others: "first|last|path" in the entry list, first and last in the bounds table. False
     /// when that could not be written.
     bool Append(const SListedFile& file);
-    /// Ends the bounds table with the two sectors behind the last file, and the writing of both lists.
+    /// Ends the bounds table with the two sectors behind the last file, and the writing of both lists. False when
+    /// something could not be written.
     bool EndWriting();
 
     /// First sector of the first file; without files, the sector behind the leading structures.
@@ -43,7 +44,12 @@ public:
     /// The next file of the lists; nothing behind the last one and at an empty path.
     std::optional<SPlacedFile> Next(CLineBuffer& line);
 
+    /// Why Append or EndWriting returned false.
+    const std::string& FailureText() const;
+
     void EndReading();
+    /// Whether the system ever reported an error while reading the lists.
+    bool HasFailedReading() const { return m_entryList.HasFailedReading() || m_bounds.HasFailedReading(); }
     /// Deletes both lists.
     void Remove();
 

@@ -62,7 +62,7 @@ private:
     void WriteHeaderLength();
     void CopySectors(std::int64_t first, std::int64_t count, COutputFile& output);
     void Close(COutputFile& output);
-    void CheckReading();
+    void CheckReading(const CInputFile& file, const std::string& path);
 
     [[noreturn]] void FailWith(const char* pattern, const std::string& path) {
         m_operation.Fail(Format(pattern, path.c_str()));
@@ -103,7 +103,7 @@ SWalkedImage CWalk::Run() {
     if (m_mark == EImageMark::Dvd) {
         walked.anchorTag = ReadAnchorTag(m_image, walked.volumeSectors);
     }
-    CheckReading();
+    CheckReading(m_image, m_request.imagePath);
     return walked;
 }
 
@@ -157,6 +157,7 @@ void CWalk::ReadPathTable() {
         FailWith("Code 1101d - Error Opening %s", m_request.pathTableCopyPath);
     }
     m_pathTable.Read(copy, [this] { m_operation.PumpMessages(); });
+    CheckReading(copy, m_request.pathTableCopyPath);
 }
 
 /// The highest directory ends the header. Directories that the image does not hold are not counted; when it holds none
@@ -265,9 +266,10 @@ void CWalk::TakeInUdfEntries() {
     for (std::int64_t sector = m_headerEnd; sector < newEnd; ++sector) {
         std::array<std::uint8_t, kSectorSize> bytes = {};
         m_image.ReadAt(sector * kSectorSize, bytes);
-        if (!copy.Write(bytes) && m_request.strict) {
-            m_operation.Fail(copy.FailureText());
-        }
+        copy.Write(bytes);
+    }
+    if (!copy.Commit()) {
+        m_operation.Fail(copy.FailureText());
     }
     m_headerEnd = static_cast<std::uint32_t>(newEnd);
 }
@@ -290,15 +292,14 @@ void CWalk::CopySectors(std::int64_t first, std::int64_t count, COutputFile& out
 }
 
 void CWalk::Close(COutputFile& output) {
-    output.Finish();
-    if (m_request.strict && !output.FailureText().empty()) {
+    if (!output.Finish()) {
         m_operation.Fail(output.FailureText());
     }
 }
 
-void CWalk::CheckReading() {
-    if (m_request.strict && m_image.HasFailed()) {
-        m_operation.Fail("Cannot read " + m_request.imagePath + " in full");
+void CWalk::CheckReading(const CInputFile& file, const std::string& path) {
+    if (file.HasFailed()) {
+        m_operation.Fail("Cannot read " + path + " in full");
     }
 }
 

@@ -22,8 +22,8 @@ struct SWalkRequest {
     std::string pathTableCopyPath;
     /// 32-bit numbers, little-endian: sectors of the header copy; then first and last sector of each file.
     std::string offsetListPath;
-    /// Whether a damaged image and a side file that could not be written in full are failures. Otherwise what is
-    /// missing of the image counts as zeros.
+    /// Whether an image that ends before its directories do is a failure. Otherwise what is missing of it counts as
+    /// zeros.
     bool strict = false;
 };
 

@@ -119,7 +119,10 @@ void BinToIso(const SBinToIsoRequest& request, COperation& operation) {
     if (!BeginsWithMode2(input)) {
         operation.Fail("Error bin image => MODE 2 only !");
     }
-    const std::int64_t size = std::max<std::int64_t>(input.Size(), 0);
+    const std::int64_t size = input.Size();
+    if (size < 0) {
+        operation.Fail("Cannot read " + request.inputPath);
+    }
     const std::int64_t count = size / kRawUnit;
     operation.SetPane(EPane::Status, "Converting bin2iso, please Wait");
     operation.StartProgress(ProgressRange(count), EProgressFill::Dvd);
@@ -129,8 +132,8 @@ void BinToIso(const SBinToIsoRequest& request, COperation& operation) {
     } else {
         CopyPieces(request.inputPath, input, output, count, operation);
     }
-    if (!output.Commit()) {
-        operation.Fail(output.FailureText());
+    if (!output.Commit() && request.manner != EOutputManner::InPlace) {
+        operation.Fail(output.FailureText());  // the window asks neither reading nor writing for its success
     }
     input.Close();
     if (request.manner != EOutputManner::InPlace && size % kRawUnit != 0) {

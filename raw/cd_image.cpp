@@ -38,7 +38,11 @@ SCdImage ExamineCdImage(const std::string& path, CInputFile& image, COperation& 
     }
     std::array<std::uint8_t, 4> volumeSpace = {};
     image.ReadAt(kVolumeSpaceSize, volumeSpace);
-    return {image.Size(), LoadLe32(volumeSpace)};
+    const std::int64_t length = image.Size();
+    if (image.HasFailed()) {
+        operation.Fail("Cannot read " + path);
+    }
+    return {length, LoadLe32(volumeSpace)};
 }
 
 }  // namespace vantrel

@@ -110,6 +110,9 @@ std::string Convert(SConverterTask& task, std::ostream& progress) {
         case EExpanded::Whole:
             break;
     }
+    if (!output.Finish()) {
+        return output.FailureText();
+    }
     progress << "\n";
     return "";
 }

@@ -71,10 +71,13 @@ private:
         WriteText(cue, CueSheetOf(m_call.outputName));
     }
 
-    static void WriteText(COutputFile& output, const std::string& text) {
+    void WriteText(COutputFile& output, const std::string& text) {
         CTextOutput lines(output);
         lines.Write(text);
         lines.Flush();
+        if (!output.Finish()) {
+            m_operation.Fail(output.FailureText());
+        }
     }
 
     void Start() {

@@ -26,7 +26,7 @@ bool EdcMatches(Sector sector, std::size_t start, std::size_t edcOffset) {
 
 /// In Mode 2 the header counts as zero for the parity; in Mode 1 it counts as it is.
 bool ParityMatches(Sector sector, bool headerCounts) {
-    std::array<std::uint8_t, kParityAreaSize> area;
+    std::array<std::uint8_t, kParityAreaSize> area = {};
     std::copy(sector.begin() + kAddressOffset, sector.end(), area.begin());
     if (!headerCounts) {
         std::fill_n(area.begin(), kHeaderEnd - kAddressOffset, std::uint8_t{0});

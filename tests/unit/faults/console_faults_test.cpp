@@ -1,0 +1,335 @@
+// The console program on a system on which any call may fail: it says so, ends with status 1, and the folder is as it
+// was. Where nothing is lost by a failing call, everything is as without it.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "console/command_line.h"
+#include "files/native_file.h"
+#include "tests/unit/faults/captured_output.h"
+#include "tests/unit/faults/fault_sweep.h"
+#include "tests/unit/faults/game_files.h"
+
+namespace vantrel::test {
+namespace {
+
+using Words = std::vector<std::string>;
+
+/// Runs the program in `folder`: words that begin with "@" are files in it.
+int RunIn(const CTestFolder& folder, const Words& words, std::string& printed) {
+    Words whole;
+    for (const std::string& word : words) {
+        whole.push_back(word.starts_with('@') ? folder / word.substr(1) : word);
+    }
+    const CCapturedOutput output;
+    const int status = RunCommandLine(whole);
+    printed = output.Text();
+    return status;
+}
+
+void RunOrFail(const CTestFolder& folder, const Words& words) {
+    std::string printed;
+    ASSERT_EQ(RunIn(folder, words, printed), 0) << printed;
+}
+
+/// What a command makes of the image, in place of it.
+void Become(const CTestFolder& folder, const Words& words) {
+    RunOrFail(folder, words);
+    RemoveFile(folder / "game.iso");
+}
+
+struct SCase {
+    const char* name;
+    std::function<void(const CTestFolder&)> prepare;
+    Words words;
+};
+
+std::ostream& operator<<(std::ostream& stream, const SCase& tested) {
+    return stream << tested.name;
+}
+
+class ConsoleFaults : public testing::TestWithParam<SCase> {
+protected:
+    void Sweep(const SSystem& system) {
+        m_before = StateOf(m_folder);
+        const std::size_t faults = SweepFaults(
+            m_folder, system, [this] { m_status = RunIn(m_folder, GetParam().words, m_printed); },
+            [this](const SFault& fault) {
+                if (fault.number == 0) {
+                    TakeWholeRun();
+                } else {
+                    CheckFaultyRun(fault);
+                }
+            });
+        RecordProperty("faults", static_cast<int>(faults));
+        EXPECT_GT(faults, 0U);
+    }
+
+    CTestFolder m_folder;
+
+private:
+    void TakeWholeRun() {
+        EXPECT_EQ(m_status, 0) << m_printed;
+        m_after = StateOf(m_folder);
+        m_printedWhole = m_printed;
+    }
+
+    void CheckFaultyRun(const SFault& fault) {
+        if (m_status == 0) {
+            EXPECT_TRUE(MayPass(fault.call)) << "unnoticed";
+            EXPECT_TRUE(StateOf(m_folder) == m_after) << "not what a whole run makes: " << Names();
+            // What cannot be looked at is told to be missing, or of unknown length.
+            EXPECT_TRUE(m_printed == m_printedWhole || fault.call.kind == ECall::Look) << m_printed;
+        } else {
+            EXPECT_EQ(m_status, 1);
+            EXPECT_NE(m_printed, "");
+            EXPECT_TRUE(StateOf(m_folder) == m_before) << m_printed << "not as before: " << Names();
+        }
+    }
+
+    std::string Names() const {
+        std::string names;
+        for (const auto& [path, content] : StateOf(m_folder)) {
+            names += path + " (" + std::to_string(content.size()) + ") ";
+        }
+        return names;
+    }
+
+    /// Calls that a run may do without: closing of what was not changed, looking for its end or whether something is
+    /// there, copying within the system, a removal that is tried a second time, with the list of what to remove.
+    bool MayPass(const SCall& call) const {
+        switch (call.kind) {
+            case ECall::Close:
+                return !call.written || m_after == m_before;
+            case ECall::Open:
+                return call.file.ends_with(".tmp/");
+            case ECall::List:
+            case ECall::Copy:
+            case ECall::ReadEnd:
+            case ECall::Look:
+            case ECall::Link:
+            case ECall::Remove:
+                return true;
+            default:
+                return false;
+        }
+    }
+
+    FolderState m_before;
+    FolderState m_after;
+    int m_status = 0;
+    std::string m_printed;
+    std::string m_printedWhole;
+};
+
+TEST_P(ConsoleFaults, LeaveNothingBehind) {
+    GetParam().prepare(m_folder);
+    Sweep({});
+}
+
+/// A conversion with one output, a new one and one in place of an older one.
+void WriteOlder(const CTestFolder& folder, std::initializer_list<const char*> names) {
+    for (const char* name : names) {
+        WriteText(folder / name, "older");
+    }
+}
+
+std::vector<SCase> Compressing() {
+    const auto umdAndOlder = [](const CTestFolder& folder) {
+        WriteUmd(folder);
+        WriteOlder(folder, {"game.cso", "game.dax"});
+    };
+    const auto cso = [](const CTestFolder& folder) {
+        WriteUmd(folder);
+        Become(folder, {"iso2cso", "@game.iso"});
+    };
+    const auto dax = [](const CTestFolder& folder) {
+        WriteUmd(folder);
+        Become(folder, {"iso2dax", "@game.iso"});
+    };
+    return {
+        {"Iso2Cso", WriteUmd, {"iso2cso", "@game.iso"}},
+        {"Iso2CsoReplacing", umdAndOlder, {"iso2cso", "-f", "@game.iso"}},
+        {"Iso2Dax", WriteUmd, {"iso2dax", "@game.iso"}},
+        {"Iso2DaxReplacing", umdAndOlder, {"iso2dax", "-f", "@game.iso"}},
+        {"Cso2Iso", cso, {"cso2iso", "@game.cso"}},
+        {"Dax2Iso", dax, {"dax2iso", "@game.dax"}},
+    };
+}
+
+std::vector<SCase> Raw() {
+    const auto cdAndOlder = [](const CTestFolder& folder) {
+        WriteCd(folder);
+        WriteOlder(folder, {"game.bin", "game.cue"});
+    };
+    const auto bin = [](const CTestFolder& folder) {
+        WriteCd(folder);
+        Become(folder, {"iso2bin", "@game.iso"});
+    };
+    return {
+        {"Iso2Bin", WriteCd, {"iso2bin", "@game.iso"}},
+        {"Iso2BinReplacing", cdAndOlder, {"iso2bin", "-f", "@game.iso"}},
+        {"Iso2BinWithPostgap", WriteCdWithoutPostgap, {"iso2bin", "@game.iso"}},
+        {"Bin2Iso", bin, {"bin2iso", "@game.bin"}},
+    };
+}
+
+std::vector<SCase> Exporting() {
+    const auto cdAndOlder = [](const CTestFolder& folder) {
+        WriteCd(folder);
+        WriteOlder(folder, {"game.iml", "game.ims"});
+    };
+    const auto cdAndOlderFiles = [cdAndOlder](const CTestFolder& folder) {
+        cdAndOlder(folder);
+        WriteOlder(folder, {"game.gaps", "SYSTEM.CNF"});
+    };
+    return {
+        {"Iso2ImlCd", WriteCd, {"iso2iml", "@game.iso"}},
+        {"Iso2ImlUmd", WriteUmd, {"iso2iml", "@game.iso"}},
+        {"Iso2ImlDvd", WriteDvd, {"iso2iml", "@game.iso"}},
+        {"Iso2ImlReplacing", cdAndOlder, {"iso2iml", "-f", "@game.iso"}},
+        {"Iso2ImlExtracting", WriteCd, {"iso2iml", "@game.iso", "--extract", "@files"}},
+        {"Iso2ImlExtractingReplacing", cdAndOlderFiles, {"iso2iml", "-f", "@game.iso", "--extract"}},
+    };
+}
+
+std::vector<SCase> Rebuilding() {
+    const auto layout = [](const std::function<void(const CTestFolder&)>& write) {
+        return [write](const CTestFolder& folder) {
+            write(folder);
+            Become(folder, {"iso2iml", "@game.iso", "--extract"});
+        };
+    };
+    const auto cdAndOlder = [layout](const CTestFolder& folder) {
+        layout(WriteCdWithoutPostgap)(folder);
+        WriteOlder(folder, {"game.iso"});
+    };
+    const auto otherCase = [layout](const CTestFolder& folder) {
+        layout(WriteUmd)(folder);
+        RenameFile(folder / "UMD_DATA.BIN", folder / "umd_data.bin", false);
+    };
+    return {
+        {"Iml2IsoCd", layout(WriteCd), {"iml2iso", "@game.iml"}},
+        {"Iml2IsoUmd", otherCase, {"iml2iso", "@game.iml"}},
+        {"Iml2IsoDvd", layout(WriteDvd), {"iml2iso", "@game.iml"}},
+        {"Iml2IsoReplacing", cdAndOlder, {"iml2iso", "-f", "@game.iml"}},
+        {"Iml2IsoExact", layout(WriteCd), {"iml2iso", "--exact", "@game.iml"}},
+        {"Iml2IsoExactDvd", layout(WriteDvd), {"iml2iso", "--exact", "@game.iml"}},
+    };
+}
+
+std::vector<SCase> Postgap() {
+    return {
+        {"CheckPostgap", WriteCdWithoutPostgap, {"check-postgap", "@game.iso"}},
+        {"CheckPostgapComplete", WriteCd, {"check-postgap", "@game.iso"}},
+        {"CheckPostgapDryRun", WriteCdWithoutPostgap, {"check-postgap", "--dry-run", "@game.iso"}},
+        {"AddPostgapUmd", WriteUmd, {"add-postgap", "--count", "3", "@game.iso"}},
+        {"AddPostgapCd", WriteCdWithoutPostgap, {"add-postgap", "--count", "3", "@game.iso"}},
+    };
+}
+
+/// Every form for each of the commands that look into files.
+std::vector<SCase> Inspecting() {
+    const auto become = [](const std::function<void(const CTestFolder&)>& write, const char* command) {
+        return [write, command](const CTestFolder& folder) {
+            write(folder);
+            Become(folder, {command, "@game.iso"});
+        };
+    };
+    const auto layout = [](const CTestFolder& folder) {
+        WriteCd(folder);
+        Become(folder, {"iso2iml", "@game.iso", "--extract"});
+    };
+    const auto older = [](const CTestFolder& folder) {
+        WriteCd(folder);
+        WriteOlder(folder, {"SYSTEM.CNF"});
+    };
+    const auto two = [](const CTestFolder& folder) {
+        WriteUmd(folder);
+        RunOrFail(folder, {"iso2cso", "@game.iso"});
+    };
+    return {
+        {"InfoIso", WriteCd, {"info", "@game.iso"}},
+        {"InfoCso", become(WriteUmd, "iso2cso"), {"info", "@game.cso"}},
+        {"InfoDax", become(WriteUmd, "iso2dax"), {"info", "--json", "@game.dax"}},
+        {"InfoBin", become(WriteCd, "iso2bin"), {"info", "@game.bin"}},
+        {"InfoLayout", layout, {"info", "@game.iml"}},
+        {"VerifyIso", WriteCd, {"verify", "@game.iso"}},
+        {"VerifyCso", become(WriteUmd, "iso2cso"), {"verify", "@game.cso"}},
+        {"VerifyDax", become(WriteUmd, "iso2dax"), {"verify", "@game.dax"}},
+        {"VerifyBin", become(WriteCd, "iso2bin"), {"verify", "@game.bin"}},
+        {"VerifyLayout", layout, {"verify", "@game.iml"}},
+        {"VerifyAgainst", two, {"verify", "@game.iso", "--against", "@game.cso"}},
+        {"ListIso", WriteCd, {"list", "@game.iso"}},
+        {"ListCso", become(WriteUmd, "iso2cso"), {"list", "@game.cso"}},
+        {"ListDax", become(WriteUmd, "iso2dax"), {"list", "@game.dax"}},
+        {"ListBin", become(WriteCd, "iso2bin"), {"list", "@game.bin"}},
+        {"ExtractIso", WriteCd, {"extract", "@game.iso", "-C", "@files"}},
+        {"ExtractReplacing", older, {"extract", "-f", "@game.iso", "-C", "@"}},
+        {"ExtractCso", become(WriteUmd, "iso2cso"), {"extract", "@game.cso", "-C", "@files"}},
+        {"ExtractBin", become(WriteCd, "iso2bin"), {"extract", "@game.bin", "-C", "@files"}},
+    };
+}
+
+std::string NameOf(const testing::TestParamInfo<SCase>& info) {
+    return info.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Compressing, ConsoleFaults, testing::ValuesIn(Compressing()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Raw, ConsoleFaults, testing::ValuesIn(Raw()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Exporting, ConsoleFaults, testing::ValuesIn(Exporting()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Rebuilding, ConsoleFaults, testing::ValuesIn(Rebuilding()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Postgap, ConsoleFaults, testing::ValuesIn(Postgap()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Inspecting, ConsoleFaults, testing::ValuesIn(Inspecting()), NameOf);
+
+/// The commit of one output and of two, where the system cannot do all that it should.
+class ConsoleFaultsOnPoorSystems : public ConsoleFaults {};
+
+TEST_P(ConsoleFaultsOnPoorSystems, LeaveNothingBehind) {
+    GetParam().prepare(m_folder);
+    SSystem system;
+    system.renamesWithoutReplacing = false;
+    Sweep(system);
+}
+
+TEST_P(ConsoleFaultsOnPoorSystems, LeaveNothingBehindWithoutLinks) {
+    GetParam().prepare(m_folder);
+    SSystem system;
+    system.renamesWithoutReplacing = false;
+    system.linksFiles = false;
+    Sweep(system);
+}
+
+INSTANTIATE_TEST_SUITE_P(Raw, ConsoleFaultsOnPoorSystems, testing::ValuesIn(Raw()), NameOf);
+
+/// Interrupted and partial transfers are no failures.
+class InterruptedTransfers : public ConsoleFaults {};
+
+TEST_P(InterruptedTransfers, ChangeNothing) {
+    GetParam().prepare(m_folder);
+    const FolderState before = StateOf(m_folder);
+    std::string printed;
+    ASSERT_EQ(RunIn(m_folder, GetParam().words, printed), 0) << printed;
+    const FolderState after = StateOf(m_folder);
+    CTestFolder second;
+    GetParam().prepare(second);
+    SSystem system;
+    system.transfersWhole = false;
+    {
+        const CWatchedCalls watch(second.Path(), {}, system);
+        ASSERT_EQ(RunIn(second, GetParam().words, printed), 0) << printed;
+    }
+    EXPECT_TRUE(StateOf(second) == after);
+}
+
+INSTANTIATE_TEST_SUITE_P(Compressing, InterruptedTransfers, testing::ValuesIn(Compressing()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Raw, InterruptedTransfers, testing::ValuesIn(Raw()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Exporting, InterruptedTransfers, testing::ValuesIn(Exporting()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Rebuilding, InterruptedTransfers, testing::ValuesIn(Rebuilding()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Postgap, InterruptedTransfers, testing::ValuesIn(Postgap()), NameOf);
+
+}  // namespace
+}  // namespace vantrel::test

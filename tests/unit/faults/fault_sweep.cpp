@@ -1,0 +1,85 @@
+#include "tests/unit/faults/fault_sweep.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <vector>
+
+namespace vantrel::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A layout tells when it was made, which differs from run to run.
+std::string WithoutDate(std::string layout) {
+    static constexpr std::string_view kKey = "\nDATE=";
+    static constexpr std::string_view kDate = "yyyy/MM/dd-hh:mm:ss";
+    const std::size_t start = layout.find(kKey);
+    return start == std::string::npos ? layout : layout.replace(start + kKey.size(), kDate.size(), kDate);
+}
+
+void Restore(const CTestFolder& folder, const FolderState& state) {
+    if (StateOf(folder) == state) {
+        return;
+    }
+    for (const auto& entry : fs::directory_iterator(folder.Path())) {
+        fs::remove_all(entry.path());
+    }
+    for (const auto& [path, content] : state) {
+        if (path.ends_with('/')) {
+            fs::create_directory(folder / path);
+        } else {
+            WriteText(folder / path, content);
+        }
+    }
+}
+
+/// One run; the calls that it made.
+std::vector<SCall> Watched(const CTestFolder& folder, const SFault& fault, const SSystem& system,
+                           const std::function<void()>& run) {
+    const CWatchedCalls watch(folder.Path(), fault, system);
+    run();
+    EXPECT_EQ(watch.OpenCount(), 0U) << "files stay open";
+    EXPECT_EQ(watch.HasFailed(), fault.number != 0) << "the call was not made";
+    return watch.Calls();
+}
+
+}  // namespace
+
+FolderState StateOf(const CTestFolder& folder) {
+    FolderState state;
+    for (const auto& entry : fs::recursive_directory_iterator(folder.Path())) {
+        const std::string path = fs::relative(entry.path(), folder.Path()).string();
+        if (entry.is_directory()) {
+            state[path + '/'];
+        } else {
+            const std::string content = ReadText(entry.path().string());
+            state[path] = entry.path().extension() == ".iml" ? WithoutDate(content) : content;
+        }
+    }
+    return state;
+}
+
+std::size_t SweepFaults(const CTestFolder& folder, const SSystem& system, const std::function<void()>& run,
+                        const std::function<void(const SFault& fault)>& check) {
+    const FolderState before = StateOf(folder);
+    std::map<SCall, std::size_t> counts;
+    for (const SCall& call : Watched(folder, {}, system, run)) {
+        ++counts[call];
+    }
+    check({});
+    std::size_t faults = 0;
+    for (const auto& [call, count] : counts) {
+        for (std::size_t number = 1; number <= count; ++number, ++faults) {
+            SCOPED_TRACE(TextOf(call) + ", time " + std::to_string(number) + " of " + std::to_string(count));
+            Restore(folder, before);
+            const SFault fault = {call, number};
+            Watched(folder, fault, system, run);
+            check(fault);
+        }
+    }
+    return faults;
+}
+
+}  // namespace vantrel::test

@@ -1,0 +1,234 @@
+// The conversions as the window runs them, on a system on which any call may fail: which text ends the conversion for
+// which call, and which failures it passes over.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "compress/cso.h"
+#include "compress/dax.h"
+#include "files/native_file.h"
+#include "iml/export.h"
+#include "iml/postgap.h"
+#include "iml/rebuild.h"
+#include "raw/bin_to_iso.h"
+#include "raw/iso_to_bin.h"
+#include "tests/support/layout_builder.h"
+#include "tests/support/recording_operation.h"
+#include "tests/unit/faults/fault_sweep.h"
+#include "tests/unit/faults/game_files.h"
+
+namespace vantrel::test {
+namespace {
+
+/// Instead of a text: the conversion completes.
+constexpr const char* kGoesOn = "goes on";
+
+/// Every call with what the conversion says when it fails, in the order of the calls.
+using Answers = std::map<std::string, std::vector<std::string>>;
+
+struct SWindowCase {
+    const char* name;
+    std::function<void(const CTestFolder&)> prepare;
+    std::function<void(const CTestFolder&, COperation&)> run;
+};
+
+std::ostream& operator<<(std::ostream& stream, const SWindowCase& tested) {
+    return stream << tested.name;
+}
+
+/// The folder becomes "@", numbers of blocks "#", a line break "\n".
+std::string Simplified(std::string text, const CTestFolder& folder) {
+    for (std::size_t found = 0; (found = text.find(folder.Path())) != std::string::npos;) {
+        text.replace(found, folder.Path().size(), "@");
+    }
+    static constexpr std::string_view kBlock = "block ";
+    if (const std::size_t found = text.find(kBlock); found != std::string::npos) {
+        const std::size_t number = found + kBlock.size();
+        text.replace(number, std::min(text.find_first_not_of("0123456789", number), text.size()) - number, "#");
+    }
+    if (text.ends_with('\n')) {
+        text.replace(text.size() - 1, 1, "\\n");
+    }
+    return text;
+}
+
+/// The text with which a conversion fails.
+std::string AnswerOf(const SWindowCase& tested, const CTestFolder& folder) {
+    CRecordingOperation operation;
+    try {
+        tested.run(folder, operation);
+    } catch (const CConversionFailed& failure) {
+        return Simplified(failure.what(), folder);
+    }
+    const bool ended = !operation.CallsOf("completed").empty() || !operation.CallsOf("notify").empty();
+    return ended ? kGoesOn : "ends without a word";
+}
+
+/// The answers as window_answers.txt has them: a call, and behind it, indented, what is said; the calls without an
+/// effect at the end.
+std::string TextOf(const Answers& answers) {
+    std::string text;
+    std::string withoutEffect;
+    for (const auto& [call, texts] : answers) {
+        if (texts == std::vector<std::string>{kGoesOn}) {
+            withoutEffect += "    " + call + "\n";
+            continue;
+        }
+        text += call + "\n";
+        for (const std::string& said : texts) {
+            text += "    " + said + "\n";
+        }
+    }
+    return text + kGoesOn + "\n" + withoutEffect;
+}
+
+/// The part of window_answers.txt that belongs to a conversion.
+std::string KnownAnswers(const std::string& name) {
+    const std::string all = ReadText(VANTREL_SOURCE_DIR "/tests/unit/faults/window_answers.txt");
+    const std::string heading = "[" + name + "]\n";
+    const std::size_t start = all.find(heading);
+    if (start == std::string::npos) {
+        return "";
+    }
+    const std::size_t end = all.find("\n[", start);
+    return all.substr(start + heading.size(), end - start - heading.size());
+}
+
+class WindowFaults : public testing::TestWithParam<SWindowCase> {};
+
+TEST_P(WindowFaults, AreAnsweredAsKnown) {
+    const CTestFolder folder;
+    GetParam().prepare(folder);
+    std::string answer;
+    Answers answers;
+    const std::size_t faults = SweepFaults(
+        folder, {}, [&] { answer = AnswerOf(GetParam(), folder); },
+        [&](const SFault& fault) {
+            if (fault.number == 0) {
+                EXPECT_EQ(answer, kGoesOn);
+                return;
+            }
+            std::vector<std::string>& texts = answers[TextOf(fault.call)];
+            if (texts.empty() || texts.back() != answer) {
+                texts.push_back(answer);
+            }
+        });
+    RecordProperty("faults", static_cast<int>(faults));
+    EXPECT_EQ(TextOf(answers), KnownAnswers(GetParam().name));
+}
+
+/// Stands for the system's processes: the converter has always finished.
+class CNoConverter : public CConverterRunner {
+public:
+    void PlaceConverter(const std::string& /*folder*/) override {}
+    void StartBatchFile(const std::string& /*folder*/, const std::string& /*name*/) override {}
+    void StartConverter(const std::string& /*folder*/, const std::vector<std::string>& /*arguments*/) override {}
+    bool HasFinished() override { return true; }
+    void RemoveConverter(const std::string& /*folder*/) override {}
+};
+
+/// What another conversion makes of "game.iso", in place of it.
+template <typename Conversion>
+void Become(const CTestFolder& folder, Conversion convert) {
+    CRecordingOperation operation;
+    convert(operation);
+    RemoveFile(folder / "game.iso");
+}
+
+void WriteCso(const CTestFolder& folder) {
+    WriteUmd(folder);
+    Become(folder,
+           [&](COperation& operation) { IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation); });
+}
+
+void WriteDax(const CTestFolder& folder) {
+    WriteUmd(folder);
+    Become(folder,
+           [&](COperation& operation) { IsoToDax(WindowCompression(folder.Path(), "game.iso", ".dax"), operation); });
+}
+
+void WriteBin(const CTestFolder& folder) {
+    WriteCd(folder);
+    Become(folder, [&](COperation& operation) {
+        IsoToBinDirectly({folder / "game.iso", folder / "game.bin", folder / "game.cue", EOutputManner::CommitNew},
+                         operation);
+    });
+}
+
+/// A layout with its leading structures and two files, which it names by their whole paths.
+void WriteLayout(const CTestFolder& folder, ELayoutMedia media) {
+    SLayoutDescription layout;
+    layout.media = media;
+    layout.entries = {{18, 18, folder / "A"}, {21, 22, folder / "B"}};
+    layout.volumeLast = 25;
+    WriteText(folder / "game.iml", LayoutText(layout));
+    WriteWhole(folder / "game.ims", LeadingBytes(layout));
+    WriteWhole(folder / "A", TextLikeBytes(61, 1));
+    WriteWhole(folder / "B", RandomBytes(4000, 2));
+}
+
+void Export(const CTestFolder& folder, COperation& operation) {
+    const auto choose = [&folder] { return SChosenLayout{folder / "new.iml", ""}; };
+    IsoToIml(folder.Path(), "game.iso", choose, operation);
+}
+
+void Rebuild(const CTestFolder& folder, COperation& operation) {
+    Vantrel(WindowRebuild(folder.Path(), "game.iml"), operation);
+}
+
+std::vector<SWindowCase> Cases() {
+    return {
+        {"Iso2Cso", WriteUmd,
+         [](const CTestFolder& folder, COperation& operation) {
+             IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation);
+         }},
+        {"Cso2Iso", WriteCso,
+         [](const CTestFolder& folder, COperation& operation) {
+             CsoToIso(WindowExpansion(folder.Path(), "game.cso"), operation);
+         }},
+        {"Iso2Dax", WriteUmd,
+         [](const CTestFolder& folder, COperation& operation) {
+             IsoToDax(WindowCompression(folder.Path(), "game.iso", ".dax"), operation);
+         }},
+        {"Dax2Iso", WriteDax,
+         [](const CTestFolder& folder, COperation& operation) {
+             DaxToIso(WindowDaxExpansion(folder.Path(), "game.dax"), operation);
+         }},
+        {"Iso2Bin", WriteCd,
+         [](const CTestFolder& folder, COperation& operation) {
+             CNoConverter converter;
+             IsoToBin({folder.Path(), "game.iso"}, converter, operation);
+         }},
+        {"Bin2Iso", WriteBin,
+         [](const CTestFolder& folder, COperation& operation) {
+             BinToIso(WindowBinToIso(folder.Path(), "game.bin"), operation);
+         }},
+        {"Iso2ImlCd", WriteCd, Export},
+        {"Iso2ImlDvd", WriteDvd, Export},
+        {"VantrelCd", [](const CTestFolder& folder) { WriteLayout(folder, ELayoutMedia::Cd); }, Rebuild},
+        {"VantrelDvd", [](const CTestFolder& folder) { WriteLayout(folder, ELayoutMedia::Dvd); }, Rebuild},
+        {"CheckPostgap", WriteCdWithoutPostgap,
+         [](const CTestFolder& folder, COperation& operation) {
+             CheckPostgap({folder / "game.iso", EUpdateManner::InPlace}, operation);
+         }},
+        {"AddSelectivePostgap", WriteUmd,
+         [](const CTestFolder& folder, COperation& operation) {
+             AddSelectivePostgap({folder / "game.iso", EUpdateManner::InPlace}, operation);
+         }},
+    };
+}
+
+std::string NameOf(const testing::TestParamInfo<SWindowCase>& info) {
+    return info.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, WindowFaults, testing::ValuesIn(Cases()), NameOf);
+
+}  // namespace
+}  // namespace vantrel::test
