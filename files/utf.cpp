@@ -87,10 +87,13 @@ std::wstring WideOf(std::string_view text) {
 }
 
 std::string Utf8Of(std::wstring_view text) {
+    const auto unitAt = [text](std::size_t index) {
+        return index < text.size() ? static_cast<std::uint32_t>(text[index]) : 0U;
+    };
     std::string narrow;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto unit = static_cast<std::uint32_t>(text[i]);
-        const std::uint32_t next = i + 1 < text.size() ? static_cast<std::uint32_t>(text[i + 1]) : 0;
+        const std::uint32_t unit = unitAt(i);
+        const std::uint32_t next = unitAt(i + 1);
         if (unit >= kHighSurrogate && unit < kLowSurrogate && next >= kLowSurrogate && next < 0xE000) {
             Encode(kFirstSupplementary + ((unit - kHighSurrogate) << 10U) + (next - kLowSurrogate), narrow);
             ++i;

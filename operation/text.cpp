@@ -5,7 +5,8 @@
 
 namespace vantrel {
 
-std::string Format(const char* pattern, ...) {
+// The texts are kept as printf patterns, and the compiler checks the arguments.
+std::string Format(const char* pattern, ...) {  // NOLINT(cert-dcl50-cpp)
     va_list arguments;
     va_start(arguments, pattern);
     va_list again;
@@ -13,8 +14,11 @@ std::string Format(const char* pattern, ...) {
     const int length = std::vsnprintf(nullptr, 0, pattern, arguments);
     va_end(arguments);
     std::string text(length > 0 ? static_cast<std::size_t>(length) : 0U, '\0');
-    std::vsnprintf(text.data(), text.size() + 1, pattern, again);
+    const int written = std::vsnprintf(text.data(), text.size() + 1, pattern, again);
     va_end(again);
+    if (written != length) {
+        text.clear();
+    }
     return text;
 }
 

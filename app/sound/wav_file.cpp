@@ -29,7 +29,7 @@ struct SChunk {
 };
 
 std::optional<SChunk> ReadChunkHeader(CInputFile& file, std::int64_t position) {
-    std::array<std::uint8_t, kChunkHeaderSize> header;
+    std::array<std::uint8_t, kChunkHeaderSize> header = {};
     if (file.ReadAt(position, header) != header.size()) {
         return std::nullopt;
     }
@@ -52,7 +52,7 @@ bool IsNamedData(const SChunk& chunk) {
 /// forget; no chunk's name begins with a zero.
 std::int64_t PositionAfter(CInputFile& file, const SChunk& chunk) {
     const std::int64_t end = chunk.contentStart + chunk.size;
-    std::array<std::uint8_t, 1> padding;
+    std::array<std::uint8_t, 1> padding = {};
     const bool isPadded = chunk.size % 2 != 0 && file.ReadAt(end, padding) == 1 && padding[0] == 0;
     return isPadded ? end + 1 : end;
 }
@@ -94,7 +94,7 @@ bool CWaveSound::Load(const std::string& path) {
         return false;
     }
     const std::optional<SChunk> formatChunk = ReadChunkHeader(file, kRiffHeaderSize);
-    std::array<std::uint8_t, kFormatSize> formatBytes;
+    std::array<std::uint8_t, kFormatSize> formatBytes = {};
     if (!formatChunk || formatChunk->size < kFormatSize || file.Read(formatBytes) != formatBytes.size()) {
         return false;
     }

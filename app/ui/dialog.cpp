@@ -15,10 +15,7 @@ INT_PTR CALLBACK NothingHandled(HWND, UINT, WPARAM, LPARAM) {
 /// other way to WM_CREATE.
 class CDialogCreation {
 public:
-    explicit CDialogCreation(CDialog& dialog) {
-        t_dialog = &dialog;
-        m_hook = SetWindowsHookExW(WH_CBT, CatchWindow, nullptr, GetCurrentThreadId());
-    }
+    explicit CDialogCreation(CDialog& dialog) { t_dialog = &dialog; }
     CDialogCreation(const CDialogCreation&) = delete;
     CDialogCreation& operator=(const CDialogCreation&) = delete;
     ~CDialogCreation() {
@@ -49,7 +46,7 @@ private:
 
     /// The hook has no parameter of its own; it lives only during one creation on this thread.
     static thread_local CDialog* t_dialog;
-    HHOOK m_hook = nullptr;
+    HHOOK m_hook = SetWindowsHookExW(WH_CBT, CatchWindow, nullptr, GetCurrentThreadId());
 };
 
 thread_local CDialog* CDialogCreation::t_dialog = nullptr;

@@ -1,0 +1,117 @@
+#!/usr/bin/env python3
+"""Fails, and names the places, where clang-tidy finds something in the program's own sources.
+
+    check_tidy.py BUILD_FOLDER [FOLDER...]
+
+Looks at the sources below the given folders of the checkout that BUILD_FOLDER compiles. A source that was found clean is
+passed over until it, a header of the checkout that it includes, its compile command or .clang-tidy changes.
+"""
+import concurrent.futures
+import hashlib
+import json
+import os
+import re
+import shlex
+import subprocess
+import sys
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+
+
+def dependencies(build):
+    """Every header of the checkout that each source includes, as the last build found them."""
+    found = {}
+    objects = subprocess.run(["ninja", "-C", build, "-t", "deps"], capture_output=True, text=True, check=True).stdout
+    for entry in objects.split("\n\n"):
+        paths = [os.path.normpath(os.path.join(build, line.strip())) for line in entry.splitlines()[1:]]
+        paths = [path for path in paths if path.startswith(ROOT + os.sep) and not path.startswith(build + os.sep)]
+        if paths:
+            found.setdefault(paths[0], set()).update(paths)
+    return found
+
+
+def clean_command(command):
+    """The compile command without what only GCC knows, and without its precompiled headers."""
+    words = shlex.split(command)
+    while words[0].endswith("ccache"):
+        words.pop(0)
+    kept = []
+    skip = False
+    for word in words:
+        if skip:
+            skip = word == "-include"
+        elif word == "-include" or word.endswith("cmake_pch.hxx"):
+            skip = word == "-include"
+        elif word not in ("-Winvalid-pch", "-Wno-restrict", "-Werror"):
+            kept.append(word)
+    return kept
+
+
+class Checker:
+    def __init__(self, build, folders):
+        self.build = os.path.abspath(build)
+        self.stamps = os.path.join(self.build, "tidy")
+        os.makedirs(self.stamps, exist_ok=True)
+        self.dependencies = dependencies(self.build)
+        version = subprocess.run(["clang-tidy", "--version"], capture_output=True, check=True).stdout
+        with open(os.path.join(ROOT, ".clang-tidy"), "rb") as configuration:
+            self.common = version + configuration.read()
+        with open(os.path.join(self.build, "compile_commands.json"), encoding="utf-8") as file:
+            entries = json.load(file)
+        self.sources = {}
+        for entry in entries:
+            relative = os.path.relpath(os.path.normpath(os.path.join(entry["directory"], entry["file"])), ROOT)
+            if relative.endswith(".cpp") and any(relative.startswith(folder + os.sep) for folder in folders):
+                entry["arguments"] = clean_command(entry.pop("command"))
+                self.sources.setdefault(relative, entry)
+        with open(os.path.join(self.stamps, "compile_commands.json"), "w", encoding="utf-8") as file:
+            json.dump(list(self.sources.values()), file)
+
+    def digest(self, source):
+        path = os.path.join(ROOT, source)
+        total = hashlib.sha256(self.common + json.dumps(self.sources[source]["arguments"]).encode())
+        for included in sorted(self.dependencies.get(path, {path})):
+            with open(included, "rb") as file:
+                total.update(file.read())
+        return total.hexdigest()
+
+    def stamp(self, source):
+        return os.path.join(self.stamps, source.replace(os.sep, "_") + ".clean")
+
+    def is_known_clean(self, source):
+        try:
+            with open(self.stamp(source), encoding="utf-8") as file:
+                return file.read() == self.digest(source)
+        except FileNotFoundError:
+            return False
+
+    def check(self, source):
+        """What there is to complain of, or an empty text."""
+        digest = self.digest(source)
+        done = subprocess.run(["clang-tidy", "-p", self.stamps, "--quiet", os.path.join(ROOT, source)],
+                              capture_output=True, text=True)
+        if done.returncode == 0:
+            with open(self.stamp(source), "w", encoding="utf-8") as file:
+                file.write(digest)
+            return ""
+        return done.stdout + ("" if done.stdout else done.stderr)
+
+
+def main():
+    checker = Checker(sys.argv[1], sys.argv[2:])
+    waiting = [source for source in checker.sources if not checker.is_known_clean(source)]
+    # The longest ones first, so that none is waited for alone in the end.
+    waiting.sort(key=lambda source: -len(checker.dependencies.get(os.path.join(ROOT, source), ())))
+    complaints = set()
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        for text in pool.map(checker.check, waiting):
+            # A header's fault is told by every source that includes it.
+            complaints.update(re.findall(r"(?m)^\S.*?: (?:warning|error): .*$", text) or filter(None, [text]))
+    for complaint in sorted(complaints):
+        print(complaint)
+    print(f"{len(checker.sources)} sources, {len(waiting)} of them looked at, {len(complaints)} complaints")
+    return 1 if complaints or not checker.sources else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
