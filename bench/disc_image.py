@@ -3,6 +3,7 @@ import random
 
 SECTOR = 2048
 MEBIBYTE = 1 << 20
+NOISE = [random.Random(seed).randbytes(MEBIBYTE) for seed in range(5)]
 FIRST_FILE = 32  # sectors in front of the files
 MOST_FILE_BYTES = 1 << 30
 
@@ -28,9 +29,8 @@ def write_content(file, size, sparse):
         file.truncate(file.tell() + size)
         file.seek(0, 2)
         return
-    noise = [random.Random(seed).randbytes(MEBIBYTE) for seed in range(5)]
     for start in range(0, size, MEBIBYTE):
-        file.write(noise[start // MEBIBYTE % 5][:size - start])
+        file.write(NOISE[start // MEBIBYTE % len(NOISE)][:size - start])
 
 
 def write_disc(path, size, sparse, application=b"PSP GAME"):
