@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iostream>
+#include <memory>
 
 #include "console/commands.h"
 #include "console/help_formatter.h"
@@ -15,48 +17,54 @@ namespace {
 constexpr const char* kDescription =
     "Converts disc images of PlayStation 2 and PSP titles between ISO, IML layout, BIN/CUE, CSO and DAX.";
 
-/// What Parse gives when the words asked for help or the version, which has then been printed.
-constexpr int kHelpShown = -1;
+/// The options of CLI11 and what the chosen command will do. They belong together, because commands look at their
+/// options when they run.
+struct SParser {
+    CLI::App app{kDescription, "vantrel"};
+    ChosenCommand chosen;
 
-int Parse(CLI::App& app, std::vector<std::string> words) {
-    // CLI11 takes the words from the back.
-    std::reverse(words.begin(), words.end());
-    try {
-        app.parse(std::move(words));
-        return static_cast<int>(EExit::Done);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kHelpShown : static_cast<int>(EExit::Usage);
+    SParser() {
+        app.set_version_flag("--version", "vantrel " VANTREL_VERSION);
+        app.require_subcommand(1);
+        // A word that begins with '/' is a path, on Windows too.
+        app.allow_windows_style_options(false);
+        app.formatter(std::make_shared<CHelpFormatter>());
+        AddCompressCommands(app, chosen);
+        AddInspectCommands(app, chosen);
+        AddExtractCommand(app, chosen);
+        AddExportCommands(app, chosen);
+        AddRawCommands(app, chosen);
+        AddRebuildCommands(app, chosen);
+        for (CLI::App* command : app.get_subcommands({})) {
+            command->group("Commands");
+        }
     }
-}
+};
 
 }  // namespace
 
-int RunCommandLine(std::vector<std::string> words) {
-    CLI::App app(kDescription, "vantrel");
-    ChosenCommand chosen;
-    app.set_version_flag("--version", "vantrel " VANTREL_VERSION);
-    app.require_subcommand(1);
-    // A word that begins with '/' is a path, on Windows too.
-    app.allow_windows_style_options(false);
-    app.formatter(std::make_shared<CHelpFormatter>());
-    AddCompressCommands(app, chosen);
-    AddInspectCommands(app, chosen);
-    AddExtractCommand(app, chosen);
-    AddExportCommands(app, chosen);
-    AddRawCommands(app, chosen);
-    AddRebuildCommands(app, chosen);
-    for (CLI::App* command : app.get_subcommands({})) {
-        command->group("Commands");
+SCommandLine ReadCommandLine(std::vector<std::string> words, std::ostream& out, std::ostream& errors) {
+    const auto parser = std::make_shared<SParser>();
+    // CLI11 takes the words from the back.
+    std::reverse(words.begin(), words.end());
+    try {
+        parser->app.parse(std::move(words));
+    } catch (const CLI::ParseError& error) {
+        const bool good = parser->app.exit(error, out, errors) == 0;
+        return {static_cast<int>(good ? EExit::Done : EExit::Usage), {}};
     }
+    return {std::nullopt, [parser] { return parser->chosen(); }};
+}
 
-    const int usage = Parse(app, std::move(words));
-    if (usage != static_cast<int>(EExit::Done)) {
-        return usage == kHelpShown ? 0 : usage;
+int RunCommandLine(std::vector<std::string> words) {
+    const SCommandLine read = ReadCommandLine(std::move(words), std::cout, std::cerr);
+    if (read.status) {
+        return *read.status;
     }
     UseUtf8Console();
     CatchInterrupts();
     try {
-        return chosen();
+        return read.action();
     } catch (const CInterrupted& interruption) {
         std::fputs("vantrel: interrupted; nothing unfinished was kept\n", stderr);
         return interruption.ExitStatus();

@@ -58,7 +58,7 @@ std::string Measure(const CInputFile& image, SConverterTask& task) {
         return task.input + " is not whole sectors of 2048 bytes";
     }
     const std::int64_t sectors = size / static_cast<std::int64_t>(kUserDataSize);
-    if (sectors + (task.expansion.postgap ? kPostgapSectors : 0) > kMostRawSectors) {
+    if (sectors + (task.expansion.postgap ? kRawPostgapSectors : 0) > kMostRawSectors) {
         return task.input + " is too long for a CD: addresses end at 99:59:74";
     }
     task.expansion.sectors = static_cast<std::uint32_t>(sectors);

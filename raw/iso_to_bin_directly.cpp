@@ -27,7 +27,7 @@ SExpansion ExpansionOf(const SCdImage& found, const std::string& path, COperatio
     }
     const bool postgap = found.NeedsPostgap();
     const std::int64_t sectors =
-        found.length / static_cast<std::int64_t>(kUserDataSize) + (postgap ? kPostgapSectors : 0);
+        found.length / static_cast<std::int64_t>(kUserDataSize) + (postgap ? kRawPostgapSectors : 0);
     if (sectors > kMostRawSectors) {
         operation.Fail(Format("%s is too long for a CD: addresses end at 99:59:74, after %u sectors", path.c_str(),
                               kMostRawSectors));

@@ -47,6 +47,6 @@ inline constexpr std::uint32_t kFirstFrame = 2 * kFramesPerSecond;
 inline constexpr std::uint32_t kMostRawSectors = 100 * kSecondsPerMinute * kFramesPerSecond - kFirstFrame;
 
 /// Sectors of a postgap: two seconds.
-inline constexpr std::uint32_t kPostgapSectors = 150;
+inline constexpr std::uint32_t kRawPostgapSectors = 150;
 
 }  // namespace vantrel

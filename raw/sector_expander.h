@@ -16,7 +16,7 @@ struct SExpansion {
     std::uint32_t sectors = 0;  ///< Sectors of the image.
     bool postgap = false;       ///< Add 150 sectors of zeros in the same form.
 
-    std::uint32_t AllSectors() const { return sectors + (postgap ? kPostgapSectors : 0); }
+    std::uint32_t AllSectors() const { return sectors + (postgap ? kRawPostgapSectors : 0); }
 };
 
 enum class EExpanded { Whole, ReadFailed, WriteFailed };

@@ -1,0 +1,76 @@
+// Raw images: conversion to a plain image, verification, reports; and the sectors that are made here, where not one
+// byte may change without being noticed.
+#include "console/container_report.h"
+#include "console/refused.h"
+#include "console/verify.h"
+#include "fuzz/claims.h"
+#include "fuzz/input_parts.h"
+#include "raw/bin_to_iso.h"
+#include "raw/sector.h"
+#include "raw/sector_check.h"
+#include "tests/support/raw_sector_check.h"
+
+namespace vantrel::fuzz {
+
+namespace {
+
+constexpr std::int64_t kRoom = 4 << 20U;
+const std::string kFile = std::string(kFolder) + "game.bin";
+const std::string kOutput = std::string(kFolder) + "new-game.iso";
+
+void Convert(std::span<const std::uint8_t> file) {
+    ClearDisk(kRoom);
+    PutFile(kFile, file);
+    CSilentOperation operation;
+    const bool completed = CompletesOrLeavesNothing([&] {
+        BinToIso({kFile, kOutput, EOutputManner::CommitNew}, operation);
+    });
+    if (!completed) {
+        return;
+    }
+    const Bytes careful = ContentOf(kOutput);
+    Expect(careful.size() == file.size() / kRawSectorSize * kUserDataSize, "every whole sector gives its user data");
+    Expect(!EndingOf([&] { BinToIso({kFile, kOutput, EOutputManner::InPlace}, operation); }), "the window converts it");
+    Expect(ContentOf(kOutput) == careful, "both manners make the same image");
+}
+
+void Report() {
+    ReportOnContainer(kFile, EForm::Bin).dump(2, ' ', false, vantrel::Report::error_handler_t::replace);
+    try {
+        VerifyImage(kFile).dump(2, ' ', false, vantrel::Report::error_handler_t::replace);
+    } catch (const CRefused&) {
+        // of another form
+    }
+}
+
+void MakeSector(std::span<const std::uint8_t> input) {
+    CInputParts parts(input);
+    const auto mode = parts.Byte() % 2 == 0 ? ESectorMode::Mode1 : ESectorMode::Mode2Form1;
+    const std::uint32_t number = (parts.Number() << 4U) % kMostRawSectors;
+    const std::size_t place = parts.Number() % kRawSectorSize;
+    const std::uint8_t change = parts.Byte();
+    std::array<std::uint8_t, kUserDataSize> data = {};
+    const std::span<const std::uint8_t> given = parts.Take(data.size());
+    std::copy(given.begin(), given.end(), data.begin());
+    std::array<std::uint8_t, kRawSectorSize> sector = {};
+    EncodeSector(mode, number, data, sector);
+    Expect(NumberOfSector(sector) == number, "a sector's address is that of its number");
+    Expect(!CheckSector(sector, number).Any(), "a sector that was made is right");
+    Expect(test::FaultOfRawSector(sector, number).empty(), "by the polynomials, too");
+    sector[place] ^= change;
+    Expect(CheckSector(sector, number).Any() == (change != 0), "a changed byte is noticed");
+}
+
+}  // namespace
+
+}  // namespace vantrel::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace vantrel::fuzz;
+    Convert({data, size});
+    Report();
+    if (size < 4096) {
+        MakeSector({data, size});
+    }
+    return 0;
+}

@@ -1,0 +1,272 @@
+// Writes what the fuzzers begin with: small but sound files of every form, as each target wants them.
+//
+//   make_seeds FOLDER        writes FOLDER/walker/cd and so on
+#include <filesystem>
+
+#include "compress/cso.h"
+#include "compress/dax.h"
+#include "files/path.h"
+#include "fuzz/input_parts.h"
+#include "fuzz/patched_image.h"
+#include "fuzz/silent_operation.h"
+#include "iml/export.h"
+#include "iml/gap_file.h"
+#include "iml/layout_writer.h"
+#include "raw/sector.h"
+#include "tests/support/image_builder.h"
+#include "tests/support/layout_builder.h"
+
+namespace vantrel::fuzz {
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::CTestFolder;
+using test::EImageKind;
+using test::SImageDescription;
+using test::SImageFile;
+
+struct SNamedImage {
+    std::string name;
+    SImageDescription description;
+};
+
+std::string g_folder;
+
+void WriteSeed(const std::string& target, const std::string& name, std::span<const std::uint8_t> content) {
+    fs::create_directories(g_folder + target);
+    test::WriteWhole(g_folder + target + '/' + name, {content.begin(), content.end()});
+}
+
+void WriteSeed(const std::string& target, const std::string& name, std::string_view text) {
+    WriteSeed(target, name, std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
+}
+
+/// Content that takes little room in a list of patches: its first and its last bytes only.
+Bytes Sparse(std::size_t size) {
+    Bytes content(size);
+    for (std::size_t i = 0; i < std::min<std::size_t>(size, 5); ++i) {
+        content[i] = static_cast<std::uint8_t>('A' + i);
+        content[size - 1 - i] = static_cast<std::uint8_t>('z' - i);
+    }
+    return content;
+}
+
+std::vector<SImageFile> FewFiles() {
+    return {{"SYSTEM.CNF", Sparse(20)},       {"EMPTY.DAT", {}},
+            {"DATA/ONE.BIN", Sparse(2048)},   {"DATA/SUB/TWO.BIN", Sparse(2049), 2},
+            {"DATA/SUB/DEEP/A.;", Sparse(1)}, {"NOTHING.DAT", {}, 0, test::EEmptyFile::SharesSector}};
+}
+
+/// Enough files for directories of several sectors.
+std::vector<SImageFile> ManyEmptyFiles() {
+    std::vector<SImageFile> files = {{"FIRST.DAT", Sparse(3000)}};
+    for (int i = 0; i < 60; ++i) {
+        files.push_back({"MANY/A_LONG_NAME_" + std::to_string(100 + i), {}, 0, test::EEmptyFile::SharesSector});
+    }
+    return files;
+}
+
+SImageDescription Image(EImageKind kind, std::vector<SImageFile> files) {
+    SImageDescription description;
+    description.kind = kind;
+    description.files = std::move(files);
+    return description;
+}
+
+std::vector<SNamedImage> Images() {
+    std::vector<SNamedImage> images = {
+        {"cd", Image(EImageKind::Cd, FewFiles())},
+        {"dvd", Image(EImageKind::Dvd, FewFiles())},
+        {"umd", Image(EImageKind::Umd, FewFiles())},
+        {"cd-many", Image(EImageKind::Cd, ManyEmptyFiles())},
+        {"umd-many", Image(EImageKind::Umd, ManyEmptyFiles())},
+    };
+    SImageDescription special = Image(EImageKind::Cd, FewFiles());
+    special.xaAttributes = true;
+    special.optionalPathTables = false;
+    special.postgap = test::EPostgap::Counted;
+    special.folders = {"HOLLOW/INNER"};
+    images.push_back({"cd-special", special});
+    special.postgap = test::EPostgap::Missing;
+    special.versions = false;
+    special.tailSectors = 2;
+    special.holeFill = 1;
+    images.push_back({"cd-missing-postgap", special});
+    special = Image(EImageKind::Dvd, FewFiles());
+    special.udfHoleBeforeEntries = 3;
+    special.anchorAt256 = false;
+    images.push_back({"dvd-bridge", special});
+    return images;
+}
+
+void MakeImageSeeds() {
+    for (const SNamedImage& image : Images()) {
+        const Bytes bytes = test::BuildImage(image.description).bytes;
+        const auto seed = [&bytes](std::size_t choice) {
+            return CPartWriter().Byte(static_cast<std::uint8_t>(choice)).Raw(PatchesOf(bytes)).Bytes();
+        };
+        for (std::size_t choice = 0; choice < 3; ++choice) {
+            WriteSeed("walker", image.name + "-" + std::to_string(choice), seed(choice));
+        }
+        for (std::size_t choice = 0; choice < 6; ++choice) {
+            WriteSeed("image", image.name + "-" + std::to_string(choice), seed(choice));
+        }
+    }
+}
+
+/// A layout with everything that belongs to it, as the rebuild target wants it: an export of the image.
+void MakeRebuildSeed(const SNamedImage& image, std::uint8_t flags) {
+    CTestFolder folder;
+    test::WriteWhole(folder / "game.iso", test::BuildImage(image.description).bytes);
+    CSilentOperation operation;
+    SExportRequest request;
+    request.imagePath = folder / "game.iso";
+    request.layoutPath = folder / "game.iml";
+    request.extractionFolder = folder.Path();
+    request.clock = [] { return SLocalTime(); };
+    ExportImage(request, operation);
+    CPartWriter seed;
+    seed.Byte(flags)
+        .Part(test::ReadText(request.layoutPath))
+        .Part(PatchesOf(test::ReadWhole(LeadingPathOf(request.layoutPath))))
+        .Part(test::ReadWhole(GapPathOf(request.layoutPath)));
+    for (const SImageFile& file : image.description.files) {
+        const std::string path = file.path.substr(0, file.path.find(';'));
+        seed.Part(path).Part(file.content);
+    }
+    WriteSeed("rebuild", image.name + "-" + std::to_string(flags), seed.Bytes());
+}
+
+/// A layout from a declaration, in the other spelling of line ends, with leading structures that hold the marks alone.
+void MakeLayoutSeed(const std::string& name, test::ELayoutMedia media) {
+    test::SLayoutDescription layout;
+    layout.media = media;
+    layout.entries = {{18, 18, "A"}, {20, 21, "B"}, {20, 21, "B"}, {30, 30, "DIR\\C"}};
+    layout.volumeLast = 40;
+    layout.lineEnd = "\n";
+    Bytes leading = test::LeadingBytes(layout);
+    for (std::size_t i = 0; i < leading.size(); ++i) {
+        const bool isMark = (i >= 0x8008 && i < 0x8013) || (i >= 0x8400 && i < 0x8408) || i >= 18 * 2048;
+        leading[i] = isMark ? leading[i] : std::uint8_t{0};
+    }
+    CPartWriter seed;
+    seed.Byte(2).Part(test::LayoutText(layout)).Part(PatchesOf(leading)).Part("");
+    seed.Part("A").Part("content").Part("B").Part(Sparse(3000)).Part("dir/c").Part(Sparse(2048));
+    WriteSeed("rebuild", name, seed.Bytes());
+}
+
+void MakeRebuildSeeds() {
+    for (const SNamedImage& image : Images()) {
+        MakeRebuildSeed(image, 0);
+        MakeRebuildSeed(image, 1);
+        MakeRebuildSeed(image, 4);
+    }
+    MakeLayoutSeed("plain-cd", test::ELayoutMedia::Cd);
+    MakeLayoutSeed("plain-umd", test::ELayoutMedia::Umd);
+    MakeLayoutSeed("plain-dvd", test::ELayoutMedia::Dvd);
+}
+
+void MakeCompressedSeeds() {
+    SImageDescription image = Image(EImageKind::Umd, FewFiles());
+    image.files.push_back({"NOISE.DAT", test::RandomBytes(2048, 1)});  // is stored plain
+    CTestFolder folder;
+    test::WriteWhole(folder / "game.iso", test::BuildImage(image).bytes);
+    for (const int level : {1, 9}) {
+        CSilentOperation operation(level);
+        const std::string cso = folder / "game.cso";
+        const std::string dax = folder / "game.dax";
+        IsoToCso(DirectConversion(folder / "game.iso", cso, EOutputManner::CommitReplace, 1), operation);
+        IsoToDax(DirectConversion(folder / "game.iso", dax, EOutputManner::CommitReplace, 1), operation);
+        WriteSeed("compressed", "cso-" + std::to_string(level), test::ReadWhole(cso));
+        WriteSeed("compressed", "dax-" + std::to_string(level), test::ReadWhole(dax));
+    }
+}
+
+Bytes RawImage(ESectorMode mode, const Bytes& image) {
+    Bytes bin(image.size() / kUserDataSize * kRawSectorSize);
+    for (std::size_t i = 0; i < bin.size() / kRawSectorSize; ++i) {
+        EncodeSector(mode, static_cast<std::uint32_t>(i),
+                     std::span(image).subspan(i * kUserDataSize).first<kUserDataSize>(),
+                     std::span(bin).subspan(i * kRawSectorSize).first<kRawSectorSize>());
+    }
+    return bin;
+}
+
+void MakeBinSeeds() {
+    Bytes image = test::BuildImage(Image(EImageKind::Cd, FewFiles())).bytes;
+    image.resize(22 * kUserDataSize);
+    WriteSeed("bin", "image", RawImage(ESectorMode::Mode2Form1, image));
+    image.assign(2 * kUserDataSize, 7);
+    WriteSeed("bin", "mode1", RawImage(ESectorMode::Mode1, image));
+    Bytes form2 = RawImage(ESectorMode::Mode2Form1, image);
+    form2[kSubHeaderOffset + 2] = form2[kSubHeaderOffset + 6] = 0x28;
+    WriteSeed("bin", "form2", form2);
+    form2.resize(kRawSectorSize + 100);
+    WriteSeed("bin", "cut", form2);
+}
+
+/// A WAV file of 8-bit samples with other chunks around them.
+Bytes Sound(std::string_view chunkBefore, std::uint32_t claimed) {
+    const auto tag = [](std::string_view text) { return Bytes(text.begin(), text.end()); };
+    CPartWriter file;
+    file.Raw(tag("RIFF")).Raw(Le32(100)).Raw(tag("WAVEfmt ")).Raw(Le32(16));
+    file.Number(1).Number(1).Raw(Le32(11025)).Raw(Le32(11025)).Number(1).Number(8);
+    file.Raw(tag(chunkBefore)).Raw(tag("data")).Raw(Le32(claimed)).Raw(test::TextLikeBytes(50, 1));
+    return file.Bytes();
+}
+
+void MakeSoundSeeds() {
+    using namespace std::string_view_literals;
+    WriteSeed("wav", "plain", Sound("", 50));
+    WriteSeed("wav", "chunks", Sound("LIST\4\0\0\0infoodd \3\0\0\0abc\0"sv, 50));
+    WriteSeed("wav", "unpadded", Sound("odd \3\0\0\0abc"sv, 50));
+    WriteSeed("wav", "claims", Sound("", 0xFFFFFFFFU));
+}
+
+void MakeWordSeeds() {
+    const std::pair<const char*, const char*> seeds[] = {
+        {"help", "c--help"},
+        {"version", "c--version"},
+        {"cso", "ciso2cso\n-l\n6\n-o\n/disc/game.cso\n/disc/game.iso"},
+        {"dax", "cdax2iso\n--output-dir=/disc\n-k\n-q\n--\na.dax\nb.dax"},
+        {"bin", "ciso2bin\n-f\ngame.iso"},
+        {"verify", "cverify\ngame.bin\n--against\ngame.iso\n--json"},
+        {"info", "cinfo\n--json\n*.iso"},
+        {"list", "clist\n--help"},
+        {"extract", "cextract\ngame.iso\nDIR/FILE\n-C\nfolder\n--force"},
+        {"export", "ciso2iml\ngame.iso\n--path\n/games/\n--extract=out"},
+        {"rebuild", "ciml2iso\n--exact\n--files\n/disc\ngame.iml"},
+        {"postgap", "cadd-postgap\n--count\n3\ngame.iso"},
+        {"dry", "ccheck-postgap\n--dry-run\ngame.iso"},
+        {"converter", "n/disc/in\n/disc/out\n/Mode2\n/POSTGAP"},
+        {"converter-same", "n/disc/in\n/disc/./in"},
+        {"batch", "nC:\\games and more\\\ngame.iso\ngame.bin"},
+        {"batch-danger", "n\\\\server\\share\\\na&b.iso\n100%.bin"},
+        {"quotes", "na\"b\\\nc\\\\\"d e\nend\\"},
+        {"script", "n\xD0\x98\xD0\xB3\xD1\x80\xD0\xB0.iso\n\xFF\xED\xA0\x80\n\xF0\x9F\x92\xBF"},
+    };
+    for (const auto& [name, words] : seeds) {
+        WriteSeed("words", name, words);
+    }
+}
+
+}  // namespace
+
+}  // namespace vantrel::fuzz
+
+int main(int argc, char* argv[]) {
+    using namespace vantrel::fuzz;
+    if (argc != 2) {
+        std::fputs("usage: make_seeds FOLDER\n", stderr);
+        return 2;
+    }
+    g_folder = vantrel::WithSeparator(argv[1]);
+    MakeImageSeeds();
+    MakeRebuildSeeds();
+    MakeCompressedSeeds();
+    MakeBinSeeds();
+    MakeSoundSeeds();
+    MakeWordSeeds();
+    return 0;
+}

@@ -1,0 +1,396 @@
+// All of files/native_file.h is defined here, so that the linker takes nothing of the room's own implementation.
+#include "fuzz/memory_file.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <set>
+
+#include "files/native_console.h"
+#include "files/native_file.h"
+
+namespace vantrel {
+
+namespace {
+
+using fuzz::Bytes;
+
+struct SHandle {
+    std::shared_ptr<Bytes> content;
+    std::int64_t position = 0;
+    bool writable = false;
+};
+
+/// Conversions read and write on two threads.
+struct SDisk {
+    std::mutex mutex;
+    std::map<std::string, std::shared_ptr<Bytes>> files;
+    std::set<std::string> folders = {"/"};
+    std::map<std::intptr_t, SHandle> handles;
+    std::intptr_t nextHandle = 0;
+    std::int64_t room = 0;
+};
+
+SDisk& Disk() {
+    static SDisk disk;
+    return disk;
+}
+
+thread_local const char* t_lastError = "";
+
+bool Refuse(const char* reason) {
+    t_lastError = reason;
+    return false;
+}
+
+/// One spelling for each place: absolute, without empty names, "." and "..".
+std::string PlaceOf(const std::string& path) {
+    std::vector<std::string> names;
+    for (std::size_t start = 0; start < path.size();) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        const std::string name = path.substr(start, end - start);
+        if (name == ".." && !names.empty()) {
+            names.pop_back();
+        } else if (!name.empty() && name != "." && name != "..") {
+            names.push_back(name);
+        }
+        start = end + 1;
+    }
+    std::string place;
+    for (const std::string& name : names) {
+        place += '/' + name;
+    }
+    return place.empty() ? "/" : place;
+}
+
+std::string ParentOf(const std::string& place) {
+    const std::size_t separator = place.rfind('/');
+    return separator == 0 ? "/" : place.substr(0, separator);
+}
+
+/// Like the names of most file systems: not longer than 255 bytes.
+bool CanBeCreated(const SDisk& disk, const std::string& path, const std::string& place) {
+    constexpr std::size_t kLongestName = 255;
+    return !path.empty() && path.back() != '/' && path.find('\0') == std::string::npos &&
+           place.size() - place.rfind('/') - 1 <= kLongestName && disk.folders.contains(ParentOf(place));
+}
+
+EFileKind KindOfPlace(const SDisk& disk, const std::string& place) {
+    if (disk.folders.contains(place)) {
+        return EFileKind::Folder;
+    }
+    return disk.files.contains(place) ? EFileKind::File : EFileKind::Missing;
+}
+
+/// Makes room for a file to grow; false, with the file as it was, when the disk is full.
+bool Grow(SDisk& disk, Bytes& content, std::int64_t length) {
+    const std::int64_t more = length - static_cast<std::int64_t>(content.size());
+    if (more > disk.room) {
+        return Refuse("No space left on device");
+    }
+    disk.room -= more;
+    content.resize(static_cast<std::size_t>(length));
+    return true;
+}
+
+std::int64_t PositionOf(std::intptr_t handle) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const auto found = disk.handles.find(handle);
+    return found == disk.handles.end() ? 0 : found->second.position;
+}
+
+bool IsNameIn(const std::string& place, const std::string& folder) {
+    return place != "/" && ParentOf(place) == folder;
+}
+
+std::string NameOf(const std::string& place) {
+    return place.substr(place.rfind('/') + 1);
+}
+
+}  // namespace
+
+bool CNativeFile::Open(const std::string& path, EOpenMode mode, ESharing /*sharing*/) {
+    Close();
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const std::string place = PlaceOf(path);
+    const EFileKind kind = path.empty() ? EFileKind::Missing : KindOfPlace(disk, place);
+    if (kind == EFileKind::Folder) {
+        return Refuse("Is a directory");
+    }
+    const bool creates = mode == EOpenMode::CreateTruncate || mode == EOpenMode::CreateNew;
+    if (kind == EFileKind::File && mode == EOpenMode::CreateNew) {
+        return Refuse("File exists");
+    }
+    if (kind == EFileKind::Missing && (!creates || !CanBeCreated(disk, path, place))) {
+        return Refuse("No such file or directory");
+    }
+    std::shared_ptr<Bytes>& content = disk.files[place];
+    if (!content) {
+        content = std::make_shared<Bytes>();
+    }
+    if (mode == EOpenMode::CreateTruncate) {
+        disk.room += static_cast<std::int64_t>(content->size());
+        content->clear();
+    }
+    m_handle = disk.nextHandle++;
+    disk.handles[m_handle] = {content, 0, mode != EOpenMode::Read};
+    return true;
+}
+
+bool CNativeFile::IsOpen() const {
+    return m_handle >= 0;
+}
+
+bool CNativeFile::Close() {
+    if (IsOpen()) {
+        SDisk& disk = Disk();
+        const std::lock_guard lock(disk.mutex);
+        disk.handles.erase(m_handle);
+        m_handle = -1;
+    }
+    return true;
+}
+
+std::size_t CNativeFile::Read(std::span<std::uint8_t> buffer, bool& failed) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const auto found = disk.handles.find(m_handle);
+    if (found == disk.handles.end()) {
+        failed = true;
+        return 0;
+    }
+    SHandle& handle = found->second;
+    const auto size = static_cast<std::int64_t>(handle.content->size());
+    const std::int64_t left = std::max<std::int64_t>(size - handle.position, 0);
+    const std::size_t count = std::min(buffer.size(), static_cast<std::size_t>(left));
+    std::copy_n(handle.content->begin() + std::min(handle.position, size), count, buffer.begin());
+    handle.position += static_cast<std::int64_t>(count);
+    return count;
+}
+
+std::size_t CNativeFile::Write(std::span<const std::uint8_t> bytes) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const auto found = disk.handles.find(m_handle);
+    if (found == disk.handles.end() || !found->second.writable) {
+        Refuse("Bad file descriptor");
+        return 0;
+    }
+    SHandle& handle = found->second;
+    const std::int64_t end = handle.position + static_cast<std::int64_t>(bytes.size());
+    if (end > static_cast<std::int64_t>(handle.content->size()) && !Grow(disk, *handle.content, end)) {
+        return 0;
+    }
+    std::copy(bytes.begin(), bytes.end(), handle.content->begin() + handle.position);
+    handle.position = end;
+    return bytes.size();
+}
+
+/// Whole pages only, as some systems do; the rest is for Read and Write.
+std::size_t CNativeFile::CopyFrom(CNativeFile& source, std::size_t length) {
+    constexpr std::size_t kPage = 4096;
+    const std::int64_t start = PositionOf(source.m_handle);
+    Bytes bytes(length / kPage * kPage);
+    bool failed = false;
+    bytes.resize(source.Read(bytes, failed));
+    const std::size_t written = Write(bytes);
+    source.Seek(start + static_cast<std::int64_t>(written));
+    return written;
+}
+
+bool CNativeFile::Seek(std::int64_t position) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const auto found = disk.handles.find(m_handle);
+    if (found == disk.handles.end() || position < 0) {
+        return Refuse("Invalid argument");
+    }
+    found->second.position = position;
+    return true;
+}
+
+std::int64_t CNativeFile::Size() const {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const auto found = disk.handles.find(m_handle);
+    return found == disk.handles.end() ? -1 : static_cast<std::int64_t>(found->second.content->size());
+}
+
+bool CNativeFile::Resize(std::int64_t length) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const auto found = disk.handles.find(m_handle);
+    if (found == disk.handles.end() || !found->second.writable || length < 0) {
+        return Refuse("Invalid argument");
+    }
+    return Grow(disk, *found->second.content, length);
+}
+
+std::string LastFileError() {
+    return t_lastError;
+}
+
+EFileKind FileKindOf(const std::string& path) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    return path.empty() ? EFileKind::Missing : KindOfPlace(disk, PlaceOf(path));
+}
+
+std::int64_t FileSizeOf(const std::string& path) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const auto found = disk.files.find(PlaceOf(path));
+    return found == disk.files.end() ? -1 : static_cast<std::int64_t>(found->second->size());
+}
+
+bool IsSameFile(const std::string& first, const std::string& second) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const auto one = disk.files.find(PlaceOf(first));
+    const auto two = disk.files.find(PlaceOf(second));
+    return one != disk.files.end() && two != disk.files.end() && one->second == two->second;
+}
+
+bool RemoveFile(const std::string& path) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const auto found = disk.files.find(PlaceOf(path));
+    if (found == disk.files.end()) {
+        return Refuse("No such file or directory");
+    }
+    if (found->second.use_count() == 1) {
+        disk.room += static_cast<std::int64_t>(found->second->size());
+    }
+    disk.files.erase(found);
+    return true;
+}
+
+bool RenameFile(const std::string& from, const std::string& to, bool replace) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const std::string place = PlaceOf(to);
+    const auto found = disk.files.find(PlaceOf(from));
+    if (found == disk.files.end()) {
+        return Refuse("No such file or directory");
+    }
+    const EFileKind kind = KindOfPlace(disk, place);
+    if (kind == EFileKind::Folder || (kind == EFileKind::File && !replace)) {
+        return Refuse("File exists");
+    }
+    if (!CanBeCreated(disk, to, place)) {
+        return Refuse("No such file or directory");
+    }
+    const std::shared_ptr<Bytes> content = found->second;
+    disk.files.erase(found);
+    disk.files[place] = content;
+    return true;
+}
+
+bool LinkFile(const std::string& existing, const std::string& added) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const std::string place = PlaceOf(added);
+    const auto found = disk.files.find(PlaceOf(existing));
+    if (found == disk.files.end() || KindOfPlace(disk, place) != EFileKind::Missing ||
+        !CanBeCreated(disk, added, place)) {
+        return Refuse("File exists");
+    }
+    disk.files[place] = found->second;
+    return true;
+}
+
+bool MakeFolder(const std::string& path) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const std::string place = PlaceOf(path);
+    if (!disk.folders.contains(ParentOf(place)) || disk.files.contains(place)) {
+        return Refuse("No such file or directory");
+    }
+    disk.folders.insert(place);
+    return true;
+}
+
+bool RemoveFolder(const std::string& path) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const std::string place = PlaceOf(path);
+    const auto isIn = [&place](const std::string& other) { return IsNameIn(other, place); };
+    if (std::any_of(disk.folders.begin(), disk.folders.end(), isIn) ||
+        std::any_of(disk.files.begin(), disk.files.end(), [&](const auto& file) { return isIn(file.first); })) {
+        return Refuse("Directory not empty");
+    }
+    return disk.folders.erase(place) > 0 || Refuse("No such file or directory");
+}
+
+std::vector<std::string> ListFolder(const std::string& path) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const std::string place = PlaceOf(path);
+    std::vector<std::string> names;
+    for (const std::string& folder : disk.folders) {
+        if (IsNameIn(folder, place)) {
+            names.push_back(NameOf(folder));
+        }
+    }
+    for (const auto& [file, content] : disk.files) {
+        if (IsNameIn(file, place)) {
+            names.push_back(NameOf(file));
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string CurrentFolder() {
+    return "/";
+}
+
+void UseUtf8Console() {}
+
+namespace fuzz {
+
+void ClearDisk(std::int64_t room) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    disk.files.clear();
+    disk.folders = {"/", "/disc"};
+    disk.room = room;
+}
+
+void PutFile(const std::string& path, std::span<const std::uint8_t> content) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const std::string place = PlaceOf(path);
+    for (std::string folder = ParentOf(place); disk.folders.insert(folder).second;) {
+        folder = ParentOf(folder);
+    }
+    disk.room -= static_cast<std::int64_t>(content.size());
+    disk.files[place] = std::make_shared<Bytes>(content.begin(), content.end());
+}
+
+const Bytes& ContentOf(const std::string& path) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const auto found = disk.files.find(PlaceOf(path));
+    if (found == disk.files.end()) {
+        std::abort();
+    }
+    return *found->second;
+}
+
+std::map<std::string, Bytes> WholeDisk() {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    std::map<std::string, Bytes> files;
+    for (const auto& [place, content] : disk.files) {
+        files[place] = *content;
+    }
+    return files;
+}
+
+}  // namespace fuzz
+
+}  // namespace vantrel
