@@ -7,6 +7,7 @@
 #include "files/temporary_folder.h"
 #include "iml/file_list.h"
 #include "iml/gap_file.h"
+#include "iml/layout_pass.h"
 #include "iml/layout_writer.h"
 #include "iso/walker.h"
 #include "operation/frame.h"
@@ -40,7 +41,8 @@ void OpenOrFail(CInputFile& file, const std::string& path, COperation& operation
 }
 
 /// Number of listed files that do not lie in the image as a whole. Tracks beside the data of a CD are listed in that
-/// way, and so is what a cut image has lost.
+/// way, and so is what a cut image has lost. Files without content count when they are recorded where no disc reaches,
+/// since no layout with them can be rebuilt.
 int CountFilesBeyond(const SWalkRequest& walk, COperation& operation) {
     CInputFile list;
     OpenOrFail(list, walk.fileListPath, operation);
@@ -48,7 +50,8 @@ int CountFilesBeyond(const SWalkRequest& walk, COperation& operation) {
     CFileListReader reader(list);
     int beyond = 0;
     for (SFileListLine line; reader.Next(line);) {
-        beyond += line.size > 0 && line.start * kSectorSize + line.size > length ? 1 : 0;
+        const bool endsBeyond = line.size > 0 && line.start * kSectorSize + line.size > length;
+        beyond += endsBeyond || line.start >= kSectorLimit ? 1 : 0;
     }
     if (list.HasFailed() || length < 0) {
         operation.Fail("Cannot read " + (length < 0 ? walk.imagePath : walk.fileListPath) + " in full");
@@ -80,6 +83,16 @@ std::vector<SExtractedFile> ReadFileList(const std::string& path, COperation& op
         operation.Fail("Cannot read " + path + " in full");
     }
     return files;
+}
+
+/// Refuses what no rebuild would take. Files with content have been refused before when they do not lie in the image.
+void CheckSectors(const std::vector<SExtractedFile>& files, COperation& operation) {
+    for (const SExtractedFile& file : files) {
+        if (const std::int64_t sector = file.position / kSectorSize; sector >= kSectorLimit) {
+            operation.Fail(Format("\"%s\" cannot be exported: it is recorded at sector %lld, which is on no disc",
+                                  file.path.c_str(), static_cast<long long>(sector)));
+        }
+    }
 }
 
 /// Stores what lies between the leading sectors and the files, so that an exact rebuild can put it back.
@@ -114,6 +127,7 @@ void ExportWithFiles(const SExportRequest& request, const SWalkRequest& walk, co
     const std::vector<SExtractedFile> files = ReadFileList(walk.fileListPath, operation);
     CExtraction extraction(extractionRequest, image, files, operation);
     extraction.Check();
+    CheckSectors(files, operation);
     extraction.Write();
     WriteGaps(request, walk, image, files, extraction, operation);
     WriteImlLayout(layout, walk, walked, operation);

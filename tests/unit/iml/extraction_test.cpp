@@ -223,6 +223,15 @@ TEST_F(ExtractionTest, FilesBeyondTheImageAreTold) {
     EXPECT_NE(ReadText(m_request.layoutPath).find("\"C.BIN\""), std::string::npos);
 }
 
+TEST_F(ExtractionRefusalTest, AnEmptyFileWhereNoDiscReaches) {
+    SetFiles({{"A.BIN", Bytes(1, 1)}, {"EMPTY.DAT", {}}});
+    Write32(m_image.bytes, m_image.File("\\EMPTY.DAT").recordOffset + 2, 1936683035);
+    SaveImage();
+    ExpectRefusal("\"EMPTY.DAT\" cannot be exported: it is recorded at sector 1936683035, which is on no disc");
+    EXPECT_EQ(m_operation.CallsOf("notify"),
+              std::vector<std::string>{"notify " + m_request.imagePath + " ends before 1 of the listed files do"});
+}
+
 TEST_F(ExtractionRefusalTest, ADamagedImageIsNoSuccess) {
     SetFiles({{"A.BIN", Bytes(1, 1)}, {"DIR/B.BIN", Bytes(1, 1)}});
     Write32(m_image.bytes, m_image.directories[1].pathTableOffset + 2, 100000);
