@@ -9,6 +9,7 @@
 #include "console/help_formatter.h"
 #include "console/interrupt.h"
 #include "files/native_console.h"
+#include "files/native_file.h"
 
 namespace vantrel {
 
@@ -56,15 +57,29 @@ SCommandLine ReadCommandLine(std::vector<std::string> words, std::ostream& out, 
     return {std::nullopt, [parser] { return parser->chosen(); }};
 }
 
+namespace {
+
+/// The status to end with. Results that nobody could read are a failure, whatever else went well.
+int WithResultsWritten(int status) {
+    std::cout.flush();
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good()) {
+        return status;
+    }
+    std::fprintf(stderr, "vantrel: cannot write the results: %s\n", LastFileError().c_str());
+    return static_cast<int>(EExit::Failed);
+}
+
+}  // namespace
+
 int RunCommandLine(std::vector<std::string> words) {
     const SCommandLine read = ReadCommandLine(std::move(words), std::cout, std::cerr);
     if (read.status) {
-        return *read.status;
+        return WithResultsWritten(*read.status);
     }
     UseUtf8Console();
     CatchInterrupts();
     try {
-        return read.action();
+        return WithResultsWritten(read.action());
     } catch (const CInterrupted& interruption) {
         std::fputs("vantrel: interrupted; nothing unfinished was kept\n", stderr);
         return interruption.ExitStatus();

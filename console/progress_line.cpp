@@ -1,5 +1,6 @@
 #include "console/progress_line.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -21,7 +22,7 @@ constexpr std::chrono::milliseconds kDrawInterval{100};
 constexpr double kSecondsBeforeEstimate = 0.5;
 
 std::string ClockText(double seconds) {
-    const auto whole = static_cast<std::int64_t>(seconds + 0.5);
+    const std::int64_t whole = std::llround(seconds);
     if (whole >= 3600) {
         return Format("%lld:%02lld:%02lld", static_cast<long long>(whole / 3600),
                       static_cast<long long>(whole / 60 % 60), static_cast<long long>(whole % 60));

@@ -71,7 +71,7 @@ VANTREL_FOLDS std::array<std::uint8_t, kFoldedSize> FoldForEdc(std::span<const s
     for (; next < end; next += kFoldedSize) {
         state = Fold<128>(state, Load(next));
     }
-    std::array<std::uint8_t, kFoldedSize> folded;
+    std::array<std::uint8_t, kFoldedSize> folded = {};
     _mm_storeu_si128(reinterpret_cast<__m128i*>(folded.data()), state);
     return folded;
 }

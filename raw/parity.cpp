@@ -78,7 +78,7 @@ constexpr std::uint8_t MaskOf(std::uint8_t value) {
 template <std::size_t Width>
 std::array<std::uint8_t, Width> FirstParity(const std::array<std::uint8_t, Width>& plain,
                                             const std::array<std::uint8_t, Width>& weighted) {
-    std::array<std::uint8_t, Width> rest;
+    std::array<std::uint8_t, Width> rest = {};
     std::array<std::uint8_t, Width> parity = {};
     for (std::size_t i = 0; i < Width; ++i) {
         rest[i] = static_cast<std::uint8_t>(plain[i] ^ weighted[i]);

@@ -231,6 +231,15 @@ class Guarantees(ConsoleTest):
             self.assertIn('\\ONE.TXT" and "', done.stderr)
             self.assertIn("cannot both be extracted: they would be the same file on this disk", done.stderr)
 
+    @unittest.skipUnless(os.path.exists("/dev/full"), "needs a device that is always full")
+    def test_results_that_cannot_be_written(self):
+        self.write("game.iso", psp_image())
+        for words in ["iso2cso", "game.iso"], ["info", "game.cso"], ["verify", "--json", "game.cso"], ["--help"]:
+            with open("/dev/full", "wb") as full:
+                done = subprocess.run(COMMAND + words, cwd=self.folder, stdout=full, stderr=subprocess.PIPE, text=True)
+            self.assertEqual((done.returncode, done.stderr),
+                             (1, "vantrel: cannot write the results: No space left on device\n"), words)
+
     def test_a_terminal_gets_a_progress_line_and_a_pipe_does_not(self):
         self.write_large()
         result = self.run_here("iso2cso", "-f", "game.iso")
