@@ -59,9 +59,18 @@ int CountFilesBeyond(const SWalkRequest& walk, COperation& operation) {
     return beyond;
 }
 
+/// Whether no rebuild would put a DVD's trailing sector where the volume ends.
+bool EndsBeyondDiscs(const SWalkedImage& image) {
+    return MediaOf(image.mediaKey) == EMedia::Dvd && image.volumeSectors > kSectorLimit;
+}
+
 void TellDoubts(const SWalkRequest& walk, const SWalkedImage& image, COperation& operation) {
     if (MediaOf(image.mediaKey) == EMedia::Unknown) {
         operation.Notify("The image is of no known medium; the layout names none and cannot be rebuilt");
+    }
+    if (EndsBeyondDiscs(image)) {
+        operation.Notify(Format("The volume of %s has %u sectors, more than any disc; its layout cannot be rebuilt",
+                                walk.imagePath.c_str(), image.volumeSectors));
     }
     const int beyond = CountFilesBeyond(walk, operation);
     if (beyond > 0) {
@@ -86,7 +95,12 @@ std::vector<SExtractedFile> ReadFileList(const std::string& path, COperation& op
 }
 
 /// Refuses what no rebuild would take. Files with content have been refused before when they do not lie in the image.
-void CheckSectors(const std::vector<SExtractedFile>& files, COperation& operation) {
+void CheckSectors(const SWalkRequest& walk, const SWalkedImage& image, const std::vector<SExtractedFile>& files,
+                  COperation& operation) {
+    if (EndsBeyondDiscs(image)) {
+        operation.Fail(Format("%s cannot be exported with its files: its volume has %u sectors, more than any disc",
+                              walk.imagePath.c_str(), image.volumeSectors));
+    }
     for (const SExtractedFile& file : files) {
         if (const std::int64_t sector = file.position / kSectorSize; sector >= kSectorLimit) {
             operation.Fail(Format("\"%s\" cannot be exported: it is recorded at sector %lld, which is on no disc",
@@ -127,7 +141,7 @@ void ExportWithFiles(const SExportRequest& request, const SWalkRequest& walk, co
     const std::vector<SExtractedFile> files = ReadFileList(walk.fileListPath, operation);
     CExtraction extraction(extractionRequest, image, files, operation);
     extraction.Check();
-    CheckSectors(files, operation);
+    CheckSectors(walk, walked, files, operation);
     extraction.Write();
     WriteGaps(request, walk, image, files, extraction, operation);
     WriteImlLayout(layout, walk, walked, operation);

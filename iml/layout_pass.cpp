@@ -68,6 +68,9 @@ void CLayoutPass::ReadHead() {
     if (IsCareful() && m_announced < 0) {
         m_operation.Fail(Format("The layout %s has no number of entries", m_request.layoutPath.c_str()));
     }
+    if (IsCareful() && (m_head.leadingLast < 0 || !LooksLikeEntry(m_line))) {
+        m_operation.Fail(Format("The layout %s has no entry of its leading structures", m_request.layoutPath.c_str()));
+    }
 }
 
 void CLayoutPass::Reopen() {

@@ -32,6 +32,15 @@ protected:
         description.files = std::move(files);
         SetImage(description);
     }
+    /// A DVD that says so, whatever it has.
+    void SetDvdOfSectors(std::uint32_t sectors) {
+        SImageDescription description;
+        description.kind = EImageKind::Dvd;
+        description.files = {{"A.BIN", Bytes(1, 1)}};
+        SetImage(description);
+        Write32(m_image.bytes, 0x8050, sectors);
+        SaveImage();
+    }
     void SaveImage() { WriteWhole(m_request.imagePath, m_image.bytes); }
     void Rename(std::string_view path, std::string_view name) {
         const auto at = m_image.File(path).recordOffset + 33;
@@ -230,6 +239,22 @@ TEST_F(ExtractionRefusalTest, AnEmptyFileWhereNoDiscReaches) {
     ExpectRefusal("\"EMPTY.DAT\" cannot be exported: it is recorded at sector 1936683035, which is on no disc");
     EXPECT_EQ(m_operation.CallsOf("notify"),
               std::vector<std::string>{"notify " + m_request.imagePath + " ends before 1 of the listed files do"});
+}
+
+TEST_F(ExtractionRefusalTest, AVolumeLargerThanAnyDisc) {
+    SetDvdOfSectors((1U << 24U) + 1);
+    ExpectRefusal(m_request.imagePath +
+                  " cannot be exported with its files: its volume has 16777217 sectors, more than any disc");
+    EXPECT_EQ(m_operation.CallsOf("notify"),
+              std::vector<std::string>{"notify The volume of " + m_request.imagePath +
+                                       " has 16777217 sectors, more than any disc; its layout cannot be rebuilt"});
+}
+
+TEST_F(ExtractionTest, AVolumeAsLargeAsAnyDisc) {
+    SetDvdOfSectors(1U << 24U);
+    Export();
+    ExpectFiles();
+    EXPECT_TRUE(m_operation.CallsOf("notify").empty());
 }
 
 TEST_F(ExtractionRefusalTest, ADamagedImageIsNoSuccess) {

@@ -499,6 +499,17 @@ TEST_F(RebuildCd, CarefulMannerRefusesWhatTheWindowLetsPass) {
     EXPECT_EQ(failure(), "The layout " + iml + " has no number of entries");
     m_layout.count.reset();
     WriteLayout();
+    const std::string text = test::ReadText(iml);
+    const auto replaced = [&](const std::string& from, const std::string& to) {
+        test::WriteText(iml, std::string(text).replace(text.find(from), from.size(), to));
+        return Failure(Careful());
+    };
+    // A count line too early, as in a damaged track list, has no entry two lines further on.
+    EXPECT_EQ(replaced("[LOC]\r\n", "[LOC]\r\n# the number of entries: 2\r\n"),
+              "The layout " + iml + " has no entry of its leading structures");
+    EXPECT_EQ(replaced("0        17 ", "0        -1 "),
+              "The layout " + iml + " has no entry of its leading structures");
+    WriteLayout();
     m_leading.pop_back();
     test::WriteWhole(m_folder / "game.ims", m_leading);
     EXPECT_EQ(Failure(Careful()), "The file " + (m_folder / "game.ims") + " is shorter than the layout says");
