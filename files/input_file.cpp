@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t kBufferSize = 262'144;
 /// From here on, reading past the buffer costs less than copying out of it.
-constexpr std::size_t kDirectRead = 65'536;
+constexpr std::size_t kDirectRead = 16'384;
 
 }  // namespace
 

@@ -2,6 +2,8 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <array>
+#include <optional>
 
 #include "files/native_console.h"
 #include "files/native_file.h"
@@ -42,6 +44,30 @@ DWORD Disposition(EOpenMode mode) {
 
 /// Transfers larger than this are cut into several calls, because the system counts them in 32 bits.
 constexpr std::size_t kLargestTransfer = 1U << 30U;
+
+/// Whether the last error says that there is nothing at a path, or nothing for this program; other errors say nothing
+/// about it.
+bool SaysMissing() {
+    static constexpr std::array<DWORD, 9> kMissing = {
+        ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_ACCESS_DENIED, ERROR_INVALID_DRIVE,       ERROR_BAD_NETPATH,
+        ERROR_BAD_NET_NAME,   ERROR_INVALID_NAME,   ERROR_BAD_PATHNAME,  ERROR_FILENAME_EXCED_RANGE};
+    return std::find(kMissing.begin(), kMissing.end(), ::GetLastError()) != kMissing.end();
+}
+
+/// What tells the file at `path` from all others. Nothing when there is none; it has no links when that cannot be told.
+std::optional<BY_HANDLE_FILE_INFORMATION> IdentityOf(const std::string& path) {
+    BY_HANDLE_FILE_INFORMATION identity = {};
+    const HANDLE handle = ::CreateFileW(WideOf(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return SaysMissing() ? std::nullopt : std::optional(identity);
+    }
+    if (!::GetFileInformationByHandle(handle, &identity)) {
+        identity = {};
+    }
+    ::CloseHandle(handle);
+    return identity;
+}
 
 }  // namespace
 
@@ -129,9 +155,10 @@ std::string LastFileError() {
 EFileKind FileKindOf(const std::string& path) {
     const DWORD lastError = ::GetLastError();
     const DWORD attributes = ::GetFileAttributesW(WideOf(path).c_str());
+    const bool missing = attributes == INVALID_FILE_ATTRIBUTES && SaysMissing();
     ::SetLastError(lastError);
     if (attributes == INVALID_FILE_ATTRIBUTES) {
-        return EFileKind::Missing;
+        return missing ? EFileKind::Missing : EFileKind::Other;
     }
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         return EFileKind::Folder;
@@ -151,22 +178,14 @@ std::int64_t FileSizeOf(const std::string& path) {
 }
 
 bool IsSameFile(const std::string& first, const std::string& second) {
-    const auto identity = [](const std::string& path, BY_HANDLE_FILE_INFORMATION& information) {
-        const HANDLE handle =
-            ::CreateFileW(WideOf(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                          OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-        if (handle == INVALID_HANDLE_VALUE) {
-            return false;
-        }
-        const BOOL known = ::GetFileInformationByHandle(handle, &information);
-        ::CloseHandle(handle);
-        return known != FALSE;
-    };
-    BY_HANDLE_FILE_INFORMATION left;
-    BY_HANDLE_FILE_INFORMATION right;
-    return identity(first, left) && identity(second, right) &&
-           left.dwVolumeSerialNumber == right.dwVolumeSerialNumber && left.nFileIndexHigh == right.nFileIndexHigh &&
-           left.nFileIndexLow == right.nFileIndexLow;
+    const auto one = IdentityOf(first);
+    const auto two = IdentityOf(second);
+    if (!one || !two) {
+        return false;
+    }
+    const bool inDoubt = one->nNumberOfLinks == 0 || two->nNumberOfLinks == 0;
+    return inDoubt || (one->dwVolumeSerialNumber == two->dwVolumeSerialNumber &&
+                       one->nFileIndexHigh == two->nFileIndexHigh && one->nFileIndexLow == two->nFileIndexLow);
 }
 
 bool RemoveFile(const std::string& path) {

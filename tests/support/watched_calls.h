@@ -48,6 +48,12 @@ struct SFault {
     std::size_t number = 0;  ///< 0: none fails.
 };
 
+/// What a call fails for: whatever needs room for want of it, everything else because of the device.
+enum class EFailure { Device, NoSpace };
+
+/// What LastFileError says of it.
+std::string SystemText(EFailure failure);
+
 /// A system on which some things are not to be had. What they fail with is what such systems answer.
 struct SSystem {
     bool renamesWithoutReplacing = true;  ///< renameat2 with RENAME_NOREPLACE

@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Fails, and names them, when the file layer makes calls of the system that the fault tests do not watch.
 #
-#   all_calls_are_watched.sh ARCHIVE_OF_THE_ROOM WATCHED_CALL...
+#   all_calls_are_watched.sh NM ARCHIVE_OF_THE_ROOM WATCHED_CALL...
 set -eu
-archive=$1
-shift
-# What does not touch a file: C++, the runtimes of compiler and sanitizers, memory, texts, waiting.
-harmless='^(_.*|mem.*|str.*|wmem.*|abort|getcwd|nanosleep)$'
-called=$(nm --undefined-only --format=just-symbols "$archive" | grep -v ':$' | sort -u | grep -Ev "$harmless")
+nm=$1 archive=$2
+shift 2
+# What does not touch a file: C++, the runtimes of compiler and sanitizers, memory, texts, waiting, errors.
+harmless='_[^_].*|__[^i].*|mem.*|str.*|wmem.*|wcslen|abort|getcwd|nanosleep'
+harmless+='|__imp_(GetLastError|SetLastError|FormatMessageW|GetCurrentDirectoryW|SetConsoleOutputCP|_errno)'
+called=$("$nm" --undefined-only --format=just-symbols "$archive" | grep -v ':$' | sort -u | grep -Evx "$harmless")
 missing=$(comm -23 <(echo "$called") <(printf '%s\n' "$@" | sort -u))
 if [ -n "$missing" ]; then
     echo "Not watched:" $missing

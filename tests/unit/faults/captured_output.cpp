@@ -22,12 +22,14 @@ CCapturedOutput::~CCapturedOutput() {
 
 std::string CCapturedOutput::Text() const {
     std::fflush(nullptr);
+    // The place in the file is shared with the two outputs, which go on at its end.
+    std::rewind(m_file);
     std::string text;
     char buffer[4096];
-    for (ssize_t count = 0;
-         (count = ::pread(::fileno(m_file), buffer, sizeof buffer, static_cast<off_t>(text.size()))) > 0;) {
-        text.append(buffer, static_cast<std::size_t>(count));
+    for (std::size_t count = 0; (count = std::fread(buffer, 1, sizeof buffer, m_file)) > 0;) {
+        text.append(buffer, count);
     }
+    std::fseek(m_file, 0, SEEK_END);
     return text;
 }
 

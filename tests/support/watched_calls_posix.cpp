@@ -1,19 +1,16 @@
-#include "tests/support/watched_calls.h"
-
+// The watched calls of POSIX systems.
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <map>
-#include <mutex>
 #include <optional>
-#include <utility>
+
+#include "files/native_file.h"
+#include "tests/support/watch.h"
 
 // The names are the linker's: "--wrap=read" sends calls of read to __wrap_read, and those of __real_read to the system.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,cert-dcl50-cpp)
@@ -44,128 +41,26 @@ namespace vantrel::test {
 
 namespace {
 
-constexpr std::array<const char*, 15> kNames = {"open",      "close", "read",   "read the end of", "write",
-                                                "copy into", "seek",  "size",   "resize",          "look at",
-                                                "rename",    "link",  "remove", "make folder",     "list"};
-
-/// "a/.vantrel-01234567.tmp/b" becomes "a/.vantrel-*.tmp/b".
-std::string WithoutRandomPart(std::string path) {
-    static constexpr std::string_view kBeginning = ".vantrel-";
-    static constexpr std::size_t kDigits = 8;
-    const std::size_t start = path.find(kBeginning);
-    return start == std::string::npos ? path : path.replace(start + kBeginning.size(), kDigits, "*");
+Handle HandleOf(DIR* folder) {
+    return reinterpret_cast<Handle>(folder);
 }
 
-/// What is being watched, and what is to fail. Calls come from any thread.
-class CWatch {
-public:
-    CWatch(std::string_view folder, const SFault& fault, const SSystem& system)
-        : m_folder(folder), m_fault(fault), m_system(system) {}
-
-    const SSystem& System() const { return m_system; }
-
-    /// The part of a path below the folder; nothing for paths that lie elsewhere.
-    std::optional<std::string> Below(std::string_view path) const {
-        if (!path.starts_with(std::string_view(m_folder).substr(0, m_folder.size() - 1))) {
-            return std::nullopt;
-        }
-        return WithoutRandomPart(std::string(path.substr(std::min(path.size(), m_folder.size()))));
-    }
-
-    /// Takes note of a call; whether it is the one to fail.
-    bool Note(const SCall& call) {
-        const std::lock_guard lock(m_mutex);
-        m_calls.push_back(call);
-        if (call != m_fault.call || m_fault.number == 0 || ++m_met != m_fault.number) {
-            return false;
-        }
-        m_hasFailed = true;
-        return true;
-    }
-
-    template <typename Handle>
-    void Keep(Handle handle, SCall opened) {
-        const std::lock_guard lock(m_mutex);
-        FilesOf(handle)[handle] = std::move(opened);
-    }
-
-    /// The call of a kind that concerns an open file; nothing for files that are not watched.
-    template <typename Handle>
-    std::optional<SCall> CallOn(Handle handle, ECall kind) {
-        const std::lock_guard lock(m_mutex);
-        const auto found = FilesOf(handle).find(handle);
-        if (found == FilesOf(handle).end()) {
-            return std::nullopt;
-        }
-        return SCall{kind, found->second.file, found->second.written};
-    }
-
-    template <typename Handle>
-    void Drop(Handle handle) {
-        const std::lock_guard lock(m_mutex);
-        FilesOf(handle).erase(handle);
-    }
-
-    std::vector<SCall> Calls() const {
-        const std::lock_guard lock(m_mutex);
-        return m_calls;
-    }
-
-    bool HasFailed() const {
-        const std::lock_guard lock(m_mutex);
-        return m_hasFailed;
-    }
-
-    std::size_t OpenCount() const {
-        const std::lock_guard lock(m_mutex);
-        return m_files.size() + m_folders.size();
-    }
-
-    /// Whether it is the turn of an interruption; every other transfer is one.
-    bool TakesInterruption() {
-        const std::lock_guard lock(m_mutex);
-        m_isInterrupted = !m_isInterrupted;
-        return m_isInterrupted;
-    }
-
-private:
-    std::map<int, SCall>& FilesOf(int /*descriptor*/) { return m_files; }
-    std::map<DIR*, SCall>& FilesOf(DIR* /*folder*/) { return m_folders; }
-
-    std::string m_folder;
-    SFault m_fault;
-    SSystem m_system;
-    mutable std::mutex m_mutex;
-    std::vector<SCall> m_calls;
-    std::map<int, SCall> m_files;
-    std::map<DIR*, SCall> m_folders;
-    std::size_t m_met = 0;
-    bool m_hasFailed = false;
-    bool m_isInterrupted = false;
-};
-
-/// The one watch there is, because calls of the system have no place for another argument.
-std::optional<CWatch> g_watch;
+int CodeOf(EFailure failure) {
+    return failure == EFailure::NoSpace ? ENOSPC : EIO;
+}
 
 /// Whether the call about a path is the one to fail; errno is set then.
-bool FailsAt(const char* path, ECall kind, int error = EIO, bool written = false) {
-    const std::optional<std::string> file = g_watch ? g_watch->Below(path) : std::nullopt;
-    if (!file || !g_watch->Note({kind, *file, written})) {
-        return false;
-    }
-    errno = error;
-    return true;
+bool FailsAt(const char* path, ECall kind, EFailure failure = EFailure::Device, bool written = false) {
+    const bool fails = IsToFailAt(path, kind, written);
+    errno = fails ? CodeOf(failure) : errno;
+    return fails;
 }
 
 /// The same for an open file.
-template <typename Handle>
-bool FailsOn(Handle handle, ECall kind, int error = EIO) {
-    const std::optional<SCall> call = g_watch ? g_watch->CallOn(handle, kind) : std::nullopt;
-    if (!call || !g_watch->Note(*call)) {
-        return false;
-    }
-    errno = error;
-    return true;
+bool FailsOn(Handle handle, ECall kind, EFailure failure = EFailure::Device) {
+    const bool fails = IsToFailOn(handle, kind);
+    errno = fails ? CodeOf(failure) : errno;
+    return fails;
 }
 
 /// How much of a transfer comes about at once; nothing when it is interrupted.
@@ -182,29 +77,9 @@ std::optional<std::size_t> TransferOf(int descriptor, std::size_t count) {
 
 }  // namespace
 
-std::string TextOf(const SCall& call) {
-    return std::string(kNames.at(static_cast<std::size_t>(call.kind))) + " " + call.file +
-           (call.written ? " (written)" : "");
-}
-
-CWatchedCalls::CWatchedCalls(std::string_view folder, const SFault& fault, const SSystem& system) {
-    g_watch.emplace(folder, fault, system);
-}
-
-CWatchedCalls::~CWatchedCalls() {
-    g_watch.reset();
-}
-
-std::vector<SCall> CWatchedCalls::Calls() const {
-    return g_watch->Calls();
-}
-
-bool CWatchedCalls::HasFailed() const {
-    return g_watch->HasFailed();
-}
-
-std::size_t CWatchedCalls::OpenCount() const {
-    return g_watch->OpenCount();
+std::string SystemText(EFailure failure) {
+    errno = CodeOf(failure);
+    return LastFileError();
 }
 
 extern "C" {
@@ -218,12 +93,12 @@ int __wrap_open64(const char* path, int flags, ...) {
         va_end(arguments);
     }
     const bool written = (flags & O_ACCMODE) != O_RDONLY;
-    if (FailsAt(path, ECall::Open, EIO, written)) {
+    if (FailsAt(path, ECall::Open, EFailure::Device, written)) {
         return -1;
     }
     const int descriptor = __real_open64(path, flags, mode);
-    if (descriptor >= 0 && g_watch && g_watch->Below(path)) {
-        g_watch->Keep(descriptor, {ECall::Open, *g_watch->Below(path), written});
+    if (descriptor >= 0 && g_watch) {
+        g_watch->Keep(descriptor, path, written);
     }
     return descriptor;
 }
@@ -251,7 +126,7 @@ ssize_t __wrap_read(int descriptor, void* buffer, std::size_t count) {
 }
 
 ssize_t __wrap_write(int descriptor, const void* buffer, std::size_t count) {
-    if (FailsOn(descriptor, ECall::Write, ENOSPC)) {
+    if (FailsOn(descriptor, ECall::Write, EFailure::NoSpace)) {
         const ssize_t half = __real_write(descriptor, buffer, count / 2);
         errno = ENOSPC;
         return half < 0 ? half : -1;
@@ -278,7 +153,7 @@ int __wrap_fstat64(int descriptor, struct stat* status) {
 }
 
 int __wrap_ftruncate64(int descriptor, off64_t length) {
-    return FailsOn(descriptor, ECall::Resize, ENOSPC) ? -1 : __real_ftruncate64(descriptor, length);
+    return FailsOn(descriptor, ECall::Resize, EFailure::NoSpace) ? -1 : __real_ftruncate64(descriptor, length);
 }
 
 int __wrap_stat64(const char* path, struct stat* status) {
@@ -314,7 +189,7 @@ int __wrap_unlink(const char* path) {
 }
 
 int __wrap_mkdir(const char* path, mode_t mode) {
-    return FailsAt(path, ECall::MakeFolder, ENOSPC) ? -1 : __real_mkdir(path, mode);
+    return FailsAt(path, ECall::MakeFolder, EFailure::NoSpace) ? -1 : __real_mkdir(path, mode);
 }
 
 int __wrap_rmdir(const char* path) {
@@ -326,19 +201,19 @@ DIR* __wrap_opendir(const char* path) {
         return nullptr;
     }
     DIR* const folder = __real_opendir(path);
-    if (folder != nullptr && g_watch && g_watch->Below(path)) {
-        g_watch->Keep(folder, {ECall::Open, *g_watch->Below(path), false});
+    if (folder != nullptr && g_watch) {
+        g_watch->Keep(HandleOf(folder), path, false);
     }
     return folder;
 }
 
 struct dirent64* __wrap_readdir64(DIR* folder) {
-    return FailsOn(folder, ECall::List) ? nullptr : __real_readdir64(folder);
+    return FailsOn(HandleOf(folder), ECall::List) ? nullptr : __real_readdir64(folder);
 }
 
 int __wrap_closedir(DIR* folder) {
     if (g_watch) {
-        g_watch->Drop(folder);
+        g_watch->Drop(HandleOf(folder));
     }
     return __real_closedir(folder);
 }

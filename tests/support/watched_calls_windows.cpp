@@ -1,0 +1,215 @@
+// The watched calls of Windows. Programs call the system through pointers that the loader fills in, like
+// __imp_ReadFile;
+// "--wrap=__imp_ReadFile" makes the file layer use the pointer __wrap___imp_ReadFile, and __real___imp_ReadFile is the
+// loader's.
+#include <windows.h>
+
+#include "files/native_file.h"
+#include "files/utf.h"
+#include "tests/support/watch.h"
+
+extern "C" {
+extern decltype(&CreateFileW) __real___imp_CreateFileW;
+extern decltype(&CloseHandle) __real___imp_CloseHandle;
+extern decltype(&ReadFile) __real___imp_ReadFile;
+extern decltype(&WriteFile) __real___imp_WriteFile;
+extern decltype(&SetFilePointerEx) __real___imp_SetFilePointerEx;
+extern decltype(&GetFileSizeEx) __real___imp_GetFileSizeEx;
+extern decltype(&SetEndOfFile) __real___imp_SetEndOfFile;
+extern decltype(&GetFileAttributesW) __real___imp_GetFileAttributesW;
+extern decltype(&GetFileAttributesExW) __real___imp_GetFileAttributesExW;
+extern decltype(&GetFileInformationByHandle) __real___imp_GetFileInformationByHandle;
+extern decltype(&DeleteFileW) __real___imp_DeleteFileW;
+extern decltype(&MoveFileExW) __real___imp_MoveFileExW;
+extern decltype(&CreateHardLinkW) __real___imp_CreateHardLinkW;
+extern decltype(&CreateDirectoryW) __real___imp_CreateDirectoryW;
+extern decltype(&RemoveDirectoryW) __real___imp_RemoveDirectoryW;
+extern decltype(&FindFirstFileW) __real___imp_FindFirstFileW;
+extern decltype(&FindNextFileW) __real___imp_FindNextFileW;
+extern decltype(&FindClose) __real___imp_FindClose;
+}
+
+namespace vantrel::test {
+
+namespace {
+
+Handle HandleOf(HANDLE file) {
+    return reinterpret_cast<Handle>(file);
+}
+
+void SetLastErrorTo(EFailure failure) {
+    ::SetLastError(failure == EFailure::NoSpace ? ERROR_DISK_FULL : ERROR_IO_DEVICE);
+}
+
+/// Whether the call about a path is the one to fail; the last error is set then.
+bool FailsAt(const wchar_t* path, ECall kind, EFailure failure = EFailure::Device, bool written = false) {
+    const bool fails = IsToFailAt(Utf8Of(path), kind, written);
+    if (fails) {
+        SetLastErrorTo(failure);
+    }
+    return fails;
+}
+
+/// The same for an open file.
+bool FailsOn(HANDLE file, ECall kind, EFailure failure = EFailure::Device) {
+    const bool fails = IsToFailOn(HandleOf(file), kind);
+    if (fails) {
+        SetLastErrorTo(failure);
+    }
+    return fails;
+}
+
+/// How much of a transfer comes about at once.
+DWORD TransferOf(HANDLE file, DWORD count) {
+    const bool whole =
+        !g_watch || g_watch->System().transfersWhole || !g_watch->CallOn(HandleOf(file), ECall::Read).has_value();
+    return whole ? count : count / 2 + count % 2;
+}
+
+HANDLE WINAPI WatchedCreateFile(LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
+                                DWORD disposition, DWORD attributes, HANDLE pattern) {
+    const bool written = (access & GENERIC_WRITE) != 0;
+    // Who asks for no access wants to know which file it is.
+    if (FailsAt(path, access == 0 ? ECall::Look : ECall::Open, EFailure::Device, written)) {
+        return INVALID_HANDLE_VALUE;
+    }
+    const HANDLE file = __real___imp_CreateFileW(path, access, sharing, security, disposition, attributes, pattern);
+    if (file != INVALID_HANDLE_VALUE && g_watch) {
+        g_watch->Keep(HandleOf(file), Utf8Of(path), written);
+    }
+    return file;
+}
+
+BOOL WINAPI WatchedCloseHandle(HANDLE file) {
+    const bool fails = FailsOn(file, ECall::Close);
+    if (g_watch) {
+        g_watch->Drop(HandleOf(file));
+    }
+    const BOOL result = __real___imp_CloseHandle(file);
+    if (fails) {
+        SetLastErrorTo(EFailure::Device);
+    }
+    return fails ? FALSE : result;
+}
+
+BOOL WINAPI WatchedReadFile(HANDLE file, LPVOID buffer, DWORD count, LPDWORD done, LPOVERLAPPED overlapped) {
+    const BOOL result = __real___imp_ReadFile(file, buffer, TransferOf(file, count), done, overlapped);
+    if (FailsOn(file, *done == 0 ? ECall::ReadEnd : ECall::Read)) {
+        *done = 0;
+        return FALSE;
+    }
+    return result;
+}
+
+BOOL WINAPI WatchedWriteFile(HANDLE file, LPCVOID buffer, DWORD count, LPDWORD done, LPOVERLAPPED overlapped) {
+    if (FailsOn(file, ECall::Write)) {
+        __real___imp_WriteFile(file, buffer, count / 2, done, overlapped);
+        *done = 0;
+        SetLastErrorTo(EFailure::NoSpace);
+        return FALSE;
+    }
+    return __real___imp_WriteFile(file, buffer, TransferOf(file, count), done, overlapped);
+}
+
+BOOL WINAPI WatchedSetFilePointer(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER position, DWORD from) {
+    return FailsOn(file, ECall::Seek) ? FALSE : __real___imp_SetFilePointerEx(file, distance, position, from);
+}
+
+BOOL WINAPI WatchedGetFileSize(HANDLE file, PLARGE_INTEGER size) {
+    return FailsOn(file, ECall::Size) ? FALSE : __real___imp_GetFileSizeEx(file, size);
+}
+
+BOOL WINAPI WatchedSetEndOfFile(HANDLE file) {
+    return FailsOn(file, ECall::Resize, EFailure::NoSpace) ? FALSE : __real___imp_SetEndOfFile(file);
+}
+
+DWORD WINAPI WatchedGetFileAttributes(LPCWSTR path) {
+    return FailsAt(path, ECall::Look) ? INVALID_FILE_ATTRIBUTES : __real___imp_GetFileAttributesW(path);
+}
+
+BOOL WINAPI WatchedGetFileAttributesEx(LPCWSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data) {
+    return FailsAt(path, ECall::Look) ? FALSE : __real___imp_GetFileAttributesExW(path, level, data);
+}
+
+BOOL WINAPI WatchedGetFileInformation(HANDLE file, LPBY_HANDLE_FILE_INFORMATION information) {
+    return FailsOn(file, ECall::Look) ? FALSE : __real___imp_GetFileInformationByHandle(file, information);
+}
+
+BOOL WINAPI WatchedDeleteFile(LPCWSTR path) {
+    return FailsAt(path, ECall::Remove) ? FALSE : __real___imp_DeleteFileW(path);
+}
+
+BOOL WINAPI WatchedMoveFile(LPCWSTR from, LPCWSTR to, DWORD flags) {
+    return FailsAt(to, ECall::Rename) ? FALSE : __real___imp_MoveFileExW(from, to, flags);
+}
+
+BOOL WINAPI WatchedCreateHardLink(LPCWSTR added, LPCWSTR existing, LPSECURITY_ATTRIBUTES security) {
+    if (g_watch && g_watch->Below(Utf8Of(added)) && !g_watch->System().linksFiles) {
+        ::SetLastError(ERROR_INVALID_FUNCTION);
+        return FALSE;
+    }
+    return FailsAt(added, ECall::Link) ? FALSE : __real___imp_CreateHardLinkW(added, existing, security);
+}
+
+BOOL WINAPI WatchedCreateDirectory(LPCWSTR path, LPSECURITY_ATTRIBUTES security) {
+    return FailsAt(path, ECall::MakeFolder, EFailure::NoSpace) ? FALSE : __real___imp_CreateDirectoryW(path, security);
+}
+
+BOOL WINAPI WatchedRemoveDirectory(LPCWSTR path) {
+    return FailsAt(path, ECall::Remove) ? FALSE : __real___imp_RemoveDirectoryW(path);
+}
+
+HANDLE WINAPI WatchedFindFirstFile(LPCWSTR pattern, LPWIN32_FIND_DATAW data) {
+    const std::wstring_view whole = pattern;
+    const std::wstring path(whole.substr(0, whole.find_last_of(L'\\')));
+    if (FailsAt(path.c_str(), ECall::Open)) {
+        return INVALID_HANDLE_VALUE;
+    }
+    const HANDLE search = __real___imp_FindFirstFileW(pattern, data);
+    if (search != INVALID_HANDLE_VALUE && g_watch) {
+        g_watch->Keep(HandleOf(search), Utf8Of(path), false);
+    }
+    return search;
+}
+
+BOOL WINAPI WatchedFindNextFile(HANDLE search, LPWIN32_FIND_DATAW data) {
+    return FailsOn(search, ECall::List) ? FALSE : __real___imp_FindNextFileW(search, data);
+}
+
+BOOL WINAPI WatchedFindClose(HANDLE search) {
+    if (g_watch) {
+        g_watch->Drop(HandleOf(search));
+    }
+    return __real___imp_FindClose(search);
+}
+
+}  // namespace
+
+std::string SystemText(EFailure failure) {
+    SetLastErrorTo(failure);
+    return LastFileError();
+}
+
+}  // namespace vantrel::test
+
+extern "C" {
+decltype(&CreateFileW) __wrap___imp_CreateFileW = vantrel::test::WatchedCreateFile;
+decltype(&CloseHandle) __wrap___imp_CloseHandle = vantrel::test::WatchedCloseHandle;
+decltype(&ReadFile) __wrap___imp_ReadFile = vantrel::test::WatchedReadFile;
+decltype(&WriteFile) __wrap___imp_WriteFile = vantrel::test::WatchedWriteFile;
+decltype(&SetFilePointerEx) __wrap___imp_SetFilePointerEx = vantrel::test::WatchedSetFilePointer;
+decltype(&GetFileSizeEx) __wrap___imp_GetFileSizeEx = vantrel::test::WatchedGetFileSize;
+decltype(&SetEndOfFile) __wrap___imp_SetEndOfFile = vantrel::test::WatchedSetEndOfFile;
+decltype(&GetFileAttributesW) __wrap___imp_GetFileAttributesW = vantrel::test::WatchedGetFileAttributes;
+decltype(&GetFileAttributesExW) __wrap___imp_GetFileAttributesExW = vantrel::test::WatchedGetFileAttributesEx;
+decltype(&GetFileInformationByHandle) __wrap___imp_GetFileInformationByHandle =
+    vantrel::test::WatchedGetFileInformation;
+decltype(&DeleteFileW) __wrap___imp_DeleteFileW = vantrel::test::WatchedDeleteFile;
+decltype(&MoveFileExW) __wrap___imp_MoveFileExW = vantrel::test::WatchedMoveFile;
+decltype(&CreateHardLinkW) __wrap___imp_CreateHardLinkW = vantrel::test::WatchedCreateHardLink;
+decltype(&CreateDirectoryW) __wrap___imp_CreateDirectoryW = vantrel::test::WatchedCreateDirectory;
+decltype(&RemoveDirectoryW) __wrap___imp_RemoveDirectoryW = vantrel::test::WatchedRemoveDirectory;
+decltype(&FindFirstFileW) __wrap___imp_FindFirstFileW = vantrel::test::WatchedFindFirstFile;
+decltype(&FindNextFileW) __wrap___imp_FindNextFileW = vantrel::test::WatchedFindNextFile;
+decltype(&FindClose) __wrap___imp_FindClose = vantrel::test::WatchedFindClose;
+}
