@@ -3,6 +3,7 @@
 #
 #   fuzz.sh run SECONDS [TARGET...]   each target for so long with two workers; non-zero when there is a finding
 #   fuzz.sh merge [TARGET...]         takes what the grown corpus covers beyond fuzz/corpus into fuzz/corpus
+#   fuzz.sh coverage                  which lines of every room seeds and both corpora reach
 #
 # The grown corpus lies in build/fuzz/corpus, findings in build/fuzz/artifacts.
 set -euo pipefail
@@ -82,8 +83,26 @@ merge_target() {
     echo "$target: $(find "fuzz/corpus/$target" -type f | wc -l) inputs, $(du -sb "fuzz/corpus/$target" | cut -f 1) bytes"
 }
 
+# The lines of every room that seeds and corpora reach.
+measure_coverage() {
+    local target build=build/coverage
+    build_preset native make_seeds
+    build_preset coverage fuzzers
+    build/native/bin/make_seeds build/fuzz/seeds
+    find "$build" -name '*.gcda' -delete
+    for target in $all_targets; do
+        mkdir -p "$grown/$target"
+        "$build/bin/fuzz_$target" "fuzz/corpus/$target" "build/fuzz/seeds/$target" "$grown/$target" >/dev/null
+    done
+    scripts/coverage.py "$build" operation files pieces iso iml raw compress image console app
+}
+
 action=$1
 shift
+if [ "$action" = coverage ]; then
+    measure_coverage
+    exit
+fi
 status=0
 if [ "$action" = run ]; then
     case ${1-} in

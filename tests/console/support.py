@@ -76,10 +76,11 @@ class ConsoleTest(unittest.TestCase):
         self.assertEqual(result.err, "", result)
 
 
-def without_threads():
-    """For preexec_fn: stacks of threads are larger than all memory that may be had, so that none can begin."""
+def limited_threads(stack):
+    """For preexec_fn: 512 MiB of address space and so many MiB for the stack of each thread, so that few can begin, or
+    none."""
     import resource
-    resource.setrlimit(resource.RLIMIT_STACK, (1 << 30, resource.RLIM_INFINITY))
+    resource.setrlimit(resource.RLIMIT_STACK, (stack << 20, resource.RLIM_INFINITY))
     resource.setrlimit(resource.RLIMIT_AS, (1 << 29, 1 << 29))
 
 

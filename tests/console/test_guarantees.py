@@ -11,7 +11,7 @@ import subprocess
 import time
 import unittest
 
-from support import COMMAND, ConsoleTest, interrupted, psp_image, run, without_threads
+from support import COMMAND, ConsoleTest, interrupted, limited_threads, psp_image, run
 
 SIXTEEN_MEGABYTES = 8192
 
@@ -88,17 +88,20 @@ class Guarantees(ConsoleTest):
             self.assertEqual(len(told), 1, told)
             self.assertRegex(told.pop(), text)
 
-    def test_without_threads_the_work_is_done_all_the_same(self):
-        if self.run_here("--version", preexec_fn=without_threads).status != 0:
+    def test_without_threads_or_with_few_the_work_is_done_all_the_same(self):
+        without = lambda: limited_threads(1024)
+        few = lambda: limited_threads(100)
+        if self.run_here("--version", preexec_fn=without).status != 0:
             self.skipTest("this build does not run in so little memory")
         self.write("game.iso", psp_image(1000))
         for compress, expand, name in ("iso2cso", "cso2iso", "game.cso"), ("iso2dax", "dax2iso", "game.dax"):
             self.assert_done(self.run_here(compress, "-j", "4", "game.iso"))
             expected = self.read(name)
-            self.assert_done(self.run_here(compress, "-f", "-j", "4", "game.iso", preexec_fn=without_threads))
-            self.assertEqual(self.read(name), expected)
-            self.assert_done(self.run_here(expand, "-f", "-j", "4", name, preexec_fn=without_threads))
-            self.assertEqual(self.read("new-game.iso"), self.read("game.iso"))
+            for limit in without, few:
+                self.assert_done(self.run_here(compress, "-f", "-j", "16", "game.iso", preexec_fn=limit))
+                self.assertEqual(self.read(name), expected)
+                self.assert_done(self.run_here(expand, "-f", "-j", "16", name, preexec_fn=limit))
+                self.assertEqual(self.read("new-game.iso"), self.read("game.iso"))
 
     @unittest.skipUnless(os.geteuid() == 0 and shutil.which("unshare"), "needs a file system of its own")
     def test_a_full_disk(self):
