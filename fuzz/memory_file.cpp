@@ -384,11 +384,14 @@ const Bytes& ContentOf(const std::string& path) {
 std::map<std::string, Bytes> WholeDisk() {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    std::map<std::string, Bytes> files;
+    std::map<std::string, Bytes> everything;
     for (const auto& [place, content] : disk.files) {
-        files[place] = *content;
+        everything[place] = *content;
     }
-    return files;
+    for (const std::string& folder : disk.folders) {
+        everything[folder + '/'];
+    }
+    return everything;
 }
 
 }  // namespace fuzz

@@ -24,7 +24,7 @@ void PutFile(const std::string& path, std::span<const std::uint8_t> content);
 /// The content of a file; the target ends when there is none.
 const Bytes& ContentOf(const std::string& path);
 
-/// All files with their contents, to compare what a conversion did to the disk.
+/// All files with their contents, and the folders with a '/' behind them, to compare what a conversion did to the disk.
 std::map<std::string, Bytes> WholeDisk();
 
 }  // namespace vantrel::fuzz

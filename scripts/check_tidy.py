@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
 """Fails, and names the places, where clang-tidy finds something in the program's own sources.
 
-    check_tidy.py BUILD_FOLDER [FOLDER...]
+    check_tidy.py [--besides OTHER_BUILD_FOLDER] BUILD_FOLDER FOLDER...
 
-Looks at the sources below the given folders of the checkout that BUILD_FOLDER compiles. A source that was found clean is
-passed over until it, a header of the checkout that it includes, its compile command or .clang-tidy changes.
+Looks at the sources below the given folders of the checkout that BUILD_FOLDER compiles, and OTHER_BUILD_FOLDER does not.
+A source that was found clean is passed over until it, a header of the checkout that it includes, its compile command or
+.clang-tidy changes.
 """
+import argparse
 import concurrent.futures
+import functools
 import hashlib
 import json
 import os
@@ -30,12 +33,36 @@ def dependencies(build):
     return found
 
 
+def entries_of(build):
+    """The compile commands of a build, by source below the checkout."""
+    with open(os.path.join(build, "compile_commands.json"), encoding="utf-8") as file:
+        entries = json.load(file)
+    named = {}
+    for entry in entries:
+        path = os.path.normpath(os.path.join(entry["directory"], entry["file"]))
+        named.setdefault(os.path.relpath(path, ROOT), entry)
+    return named
+
+
+@functools.cache
+def words_for_system(compiler):
+    """What makes Clang compile as a cross compiler does: its target, and its headers but for those of the processor,
+    which belong to GCC alone."""
+    if "mingw" not in compiler:
+        return [compiler]
+    told = subprocess.run([compiler, "-xc++", "-E", "-v", os.devnull], capture_output=True, text=True, check=True).stderr
+    folders = re.findall(r"(?m)^ (\S+)$", told.split("#include <...>", 1)[1].split("End of", 1)[0])
+    wanted = [folder for folder in folders if "c++" in folder or not folder.startswith("/usr/lib/gcc") or "/../" in folder]
+    words = ["clang++", "--target=x86_64-w64-windows-gnu", "-nostdinc++", "-nostdlibinc"]
+    return words + [word for folder in wanted for word in ("-isystem", folder)]
+
+
 def clean_command(command):
     """The compile command without what only GCC knows, and without its precompiled headers."""
     words = shlex.split(command)
     while words[0].endswith("ccache"):
         words.pop(0)
-    kept = []
+    kept = list(words_for_system(words.pop(0)))
     skip = False
     for word in words:
         if skip:
@@ -48,22 +75,19 @@ def clean_command(command):
 
 
 class Checker:
-    def __init__(self, build, folders):
-        self.build = os.path.abspath(build)
-        self.stamps = os.path.join(self.build, "tidy")
+    def __init__(self, build, others, folders):
+        self.stamps = os.path.join(build, "tidy")
         os.makedirs(self.stamps, exist_ok=True)
-        self.dependencies = dependencies(self.build)
+        self.dependencies = dependencies(build)
         version = subprocess.run(["clang-tidy", "--version"], capture_output=True, check=True).stdout
         with open(os.path.join(ROOT, ".clang-tidy"), "rb") as configuration:
             self.common = version + configuration.read()
-        with open(os.path.join(self.build, "compile_commands.json"), encoding="utf-8") as file:
-            entries = json.load(file)
         self.sources = {}
-        for entry in entries:
-            relative = os.path.relpath(os.path.normpath(os.path.join(entry["directory"], entry["file"])), ROOT)
-            if relative.endswith(".cpp") and any(relative.startswith(folder + os.sep) for folder in folders):
+        for source, entry in entries_of(build).items():
+            wanted = source.endswith(".cpp") and any(source.startswith(folder + os.sep) for folder in folders)
+            if wanted and source not in others:
                 entry["arguments"] = clean_command(entry.pop("command"))
-                self.sources.setdefault(relative, entry)
+                self.sources[source] = entry
         with open(os.path.join(self.stamps, "compile_commands.json"), "w", encoding="utf-8") as file:
             json.dump(list(self.sources.values()), file)
 
@@ -98,7 +122,12 @@ class Checker:
 
 
 def main():
-    checker = Checker(sys.argv[1], sys.argv[2:])
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--besides")
+    parser.add_argument("build", type=os.path.abspath)
+    parser.add_argument("folders", nargs="+")
+    options = parser.parse_args()
+    checker = Checker(options.build, entries_of(options.besides) if options.besides else {}, options.folders)
     waiting = [source for source in checker.sources if not checker.is_known_clean(source)]
     # The longest ones first, so that none is waited for alone in the end.
     waiting.sort(key=lambda source: -len(checker.dependencies.get(os.path.join(ROOT, source), ())))
