@@ -54,17 +54,21 @@ bool SaysMissing() {
     return std::find(kMissing.begin(), kMissing.end(), ::GetLastError()) != kMissing.end();
 }
 
-/// What tells the file at `path` from all others. Nothing when there is none; it has no links when that cannot be told.
-std::optional<BY_HANDLE_FILE_INFORMATION> IdentityOf(const std::string& path) {
-    BY_HANDLE_FILE_INFORMATION identity = {};
+/// What tells a file from all others.
+struct SIdentity {
+    BY_HANDLE_FILE_INFORMATION information = {};
+    bool isKnown = false;
+};
+
+/// Nothing when there is no file at `path`.
+std::optional<SIdentity> IdentityOf(const std::string& path) {
+    SIdentity identity;
     const HANDLE handle = ::CreateFileW(WideOf(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return SaysMissing() ? std::nullopt : std::optional(identity);
     }
-    if (!::GetFileInformationByHandle(handle, &identity)) {
-        identity = {};
-    }
+    identity.isKnown = ::GetFileInformationByHandle(handle, &identity.information) != FALSE;
     ::CloseHandle(handle);
     return identity;
 }
@@ -183,9 +187,11 @@ bool IsSameFile(const std::string& first, const std::string& second) {
     if (!one || !two) {
         return false;
     }
-    const bool inDoubt = one->nNumberOfLinks == 0 || two->nNumberOfLinks == 0;
-    return inDoubt || (one->dwVolumeSerialNumber == two->dwVolumeSerialNumber &&
-                       one->nFileIndexHigh == two->nFileIndexHigh && one->nFileIndexLow == two->nFileIndexLow);
+    const BY_HANDLE_FILE_INFORMATION& left = one->information;
+    const BY_HANDLE_FILE_INFORMATION& right = two->information;
+    return !one->isKnown || !two->isKnown ||
+           (left.dwVolumeSerialNumber == right.dwVolumeSerialNumber && left.nFileIndexHigh == right.nFileIndexHigh &&
+            left.nFileIndexLow == right.nFileIndexLow);
 }
 
 bool RemoveFile(const std::string& path) {
