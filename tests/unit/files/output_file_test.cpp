@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
 
 #include "files/input_file.h"
 #include "tests/support/test_folder.h"
@@ -238,6 +239,30 @@ TEST(InputFile, ReadsByPositionAndInOrder) {
     EXPECT_EQ(input.Read(piece), 0U);
     EXPECT_FALSE(input.Seek(-1));
     EXPECT_EQ(input.ReadAt(-1, piece), 0U);
+    EXPECT_FALSE(input.HasFailed());
+}
+
+TEST(InputFile, ReadsThroughTheBufferAndPastItAreTheSame) {
+    const test::CTestFolder folder;
+    const Bytes content = test::RandomBytes(700'000, 1);
+    test::WriteWhole(folder / "a.bin", content);
+    CInputFile input;
+    ASSERT_TRUE(input.Open(folder / "a.bin"));
+    std::mt19937 random(1);
+    std::size_t position = 0;
+    for (int i = 0; i < 2000; ++i) {
+        static constexpr std::size_t kLengths[] = {1, 2048, 16'383, 16'384, 65'536, 300'000};
+        if (random() % 3 == 0) {
+            position = random() % content.size();
+            ASSERT_TRUE(input.Seek(static_cast<std::int64_t>(position)));
+        }
+        Bytes piece(kLengths[random() % std::size(kLengths)]);
+        const std::size_t wanted = std::min(piece.size(), content.size() - position);
+        ASSERT_EQ(input.Read(piece), wanted);
+        ASSERT_TRUE(std::equal(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(wanted),
+                               content.begin() + static_cast<std::ptrdiff_t>(position)));
+        position += wanted;
+    }
     EXPECT_FALSE(input.HasFailed());
 }
 
