@@ -92,7 +92,8 @@ measure_coverage() {
     find "$build" -name '*.gcda' -delete
     for target in $all_targets; do
         mkdir -p "$grown/$target"
-        "$build/bin/fuzz_$target" "fuzz/corpus/$target" "build/fuzz/seeds/$target" "$grown/$target" >/dev/null
+        "$build/bin/fuzz_$target" "fuzz/corpus/$target" "build/fuzz/seeds/$target" "$grown/$target" \
+            >build/fuzz/coverage_"$target".log 2>&1
     done
     scripts/coverage.py "$build" operation files pieces iso iml raw compress image console app
 }
