@@ -45,7 +45,7 @@ def main():
             few = count < 100
             theirs = ["cp", output, other] if few else ["sh", "-c", "cd '%s' && cat game.ims F*.BIN > cat.iso" % folder]
             good &= compare("iml2iso, %s of %d files of %d bytes (%s)" % (media, count, size, "cp" if few else "cat"),
-                            ours, theirs, 1.25)
+                            ours, theirs, 1.25 if few else 1.5)
     return 0 if good else 1
 
 

@@ -23,6 +23,7 @@ CImageWriter::CImageWriter(const SRebuildRequest& request, COperation& operation
       m_operation(operation),
       m_resolver(request.filesFolder),
       m_replaces(FileKindOf(request.outputPath) != EFileKind::Missing),
+      m_replacedLength(FileSizeOf(request.outputPath)),
       m_piece(request.manner == EOutputManner::InPlace ? kImageSector : kPieceSize) {}
 
 void CImageWriter::Begin(std::int64_t heldBack, std::int32_t leadingLast) {
@@ -102,10 +103,12 @@ std::int64_t CImageWriter::OpenListed(const std::string& path) {
     if (FileKindOf(found) != EFileKind::File || !m_listed.Open(found)) {
         m_operation.Fail(Format("Code 3041 - Error!!! Opening [%s]", path.c_str()));
     }
-    if (IsCareful() && m_replaces && IsSameFile(found, m_request.outputPath)) {
+    const std::int64_t length = LengthOf(m_listed, path);
+    const bool mayBeReplaced = m_replaces && (m_replacedLength < 0 || m_replacedLength == length);
+    if (IsCareful() && mayBeReplaced && IsSameFile(found, m_request.outputPath)) {
         m_operation.Fail(Format("The image would replace %s, which the layout lists", found.c_str()));
     }
-    return LengthOf(m_listed, path);
+    return length;
 }
 
 std::int64_t CImageWriter::LengthOf(const CInputFile& file, const std::string& path) {

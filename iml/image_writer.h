@@ -76,7 +76,8 @@ private:
     COutputFile m_output;
     CInputFile m_leading;
     CInputFile m_listed;
-    bool m_replaces;  ///< Whether the target exists, so that it might be one of the listed files.
+    bool m_replaces;                ///< Whether the target exists, so that it might be one of the listed files.
+    std::int64_t m_replacedLength;  ///< Its length, which the same file has; −1 when it cannot be told.
     std::int64_t m_leadingLength = 0;
     std::int64_t m_blocks = 0;
     std::int64_t m_range = 1;
