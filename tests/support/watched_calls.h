@@ -56,7 +56,7 @@ std::string SystemText(EFailure failure);
 
 /// A system on which some things are not to be had. What they fail with is what such systems answer.
 struct SSystem {
-    bool renamesWithoutReplacing = true;  ///< renameat2 with RENAME_NOREPLACE
+    bool renamesWithoutReplacing = true;  ///< POSIX: renameat2 with RENAME_NOREPLACE
     bool linksFiles = true;
     bool transfersWhole = true;  ///< Otherwise reads and writes are interrupted, or move one half of what was asked.
 };
