@@ -55,10 +55,9 @@ public:
         : m_request(request), m_pass(pass), m_lists(lists), m_operation(operation), m_writer(request, operation) {}
 
     void Run() {
-        m_writer.Begin(m_pass.IsDvd() ? kImageSector : 0, m_pass.LeadingLast());
-        m_writer.BeginPlacing(m_lists);
         m_hasGaps = FileKindOf(m_request.gapsPath) != EFileKind::Missing;
-        m_length = m_hasGaps ? OpenGaps() : VolumeLength();
+        BeginImage();
+        m_writer.BeginPlacing(m_lists);
         m_writer.StartProgress(SectorsOf(m_length), m_pass.IsDvd() ? EProgressFill::Dvd : EProgressFill::Cd);
         // What was stored comes first, so that a file that has grown within its last sector lies over it. Everything
         // that is not written is zeros.
@@ -74,6 +73,18 @@ public:
     }
 
 private:
+    /// The leading structures are whole sectors, also of an image that ends within one.
+    void BeginImage() {
+        const std::int64_t heldBack = m_pass.IsDvd() ? kImageSector : 0;
+        if (m_hasGaps) {
+            m_length = OpenGaps();
+            m_writer.Begin(heldBack, m_pass.LeadingLast(), m_length);
+        } else {
+            m_writer.Begin(heldBack, m_pass.LeadingLast());
+            m_length = VolumeLength();
+        }
+    }
+
     std::int64_t OpenGaps() {
         if (!m_gaps.Open(m_request.gapsPath)) {
             m_operation.Fail(m_gaps.Problem());

@@ -26,7 +26,7 @@ CImageWriter::CImageWriter(const SRebuildRequest& request, COperation& operation
       m_replacedLength(FileSizeOf(request.outputPath)),
       m_piece(request.manner == EOutputManner::InPlace ? kImageSector : kPieceSize) {}
 
-void CImageWriter::Begin(std::int64_t heldBack, std::int32_t leadingLast) {
+void CImageWriter::Begin(std::int64_t heldBack, std::int32_t leadingLast, std::int64_t mostBytes) {
     if (!m_output.Open(m_request.outputPath, m_request.manner)) {
         m_operation.Fail(Format("Code 203!!! file not found ==> %s", m_request.outputPath.c_str()));
     }
@@ -40,7 +40,7 @@ void CImageWriter::Begin(std::int64_t heldBack, std::int32_t leadingLast) {
     if (IsCareful() && (length < 0 || length / kImageSector <= leadingLast)) {
         m_operation.Fail(Format("The file %s is shorter than the layout says", m_request.leadingPath.c_str()));
     }
-    Copy(m_leading, m_request.leadingPath, length, [this](std::int64_t blocks) {
+    Copy(m_leading, m_request.leadingPath, std::min(length, mostBytes), [this](std::int64_t blocks) {
         m_blocks += blocks;
         m_operation.PumpMessages();
     });

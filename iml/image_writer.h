@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <span>
 #include <string>
 #include <vector>
@@ -26,10 +27,11 @@ public:
     /// Refuses, outside the window, leading structures that could not be read.
     void CheckLeading() { CheckRead(m_leading, true, m_request.leadingPath); }
 
-    /// Creates the output, opens the leading structures and copies them without their last `heldBack` bytes. Their file
-    /// stays open. `leadingLast` is the last sector that the layout names for them, which outside the window they must
-    /// reach.
-    void Begin(std::int64_t heldBack, std::int32_t leadingLast);
+    /// Creates the output, opens the leading structures and copies them without their last `heldBack` bytes, but never
+    /// more than `mostBytes`. Their file stays open. `leadingLast` is the last sector that the layout names for them,
+    /// which outside the window they must reach.
+    void Begin(std::int64_t heldBack, std::int32_t leadingLast,
+               std::int64_t mostBytes = std::numeric_limits<std::int64_t>::max());
     /// The image's length after that.
     std::int64_t LeadingLength() const { return m_leadingLength; }
     /// Opens the side lists and the output for the second stage of writing, which begins behind the leading structures.

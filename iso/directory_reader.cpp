@@ -25,14 +25,21 @@ SDirectoryRecord RecordAt(std::span<const std::uint8_t> bytes) {
 CDirectoryReader::CDirectoryReader(CByteSource& image)
     : m_image(image), m_imageSectors(SectorsInFile(image)), m_visited(m_imageSectors) {}
 
+std::int64_t CDirectoryReader::LengthOf(std::uint32_t extent) {
+    std::array<std::uint8_t, sizeof(SDirectoryRecord)> bytes = {};
+    m_image.ReadAt(extent * kSectorSize, bytes);
+    return RecordAt(bytes).dataLength.Value();
+}
+
 std::uint32_t CDirectoryReader::SectorsOf(std::uint32_t extent) {
     if (!HasSector(extent)) {
         return 0;
     }
-    std::array<std::uint8_t, sizeof(SDirectoryRecord)> bytes = {};
-    m_image.ReadAt(extent * kSectorSize, bytes);
-    const std::int64_t sectors = SectorsFor(RecordAt(bytes).dataLength.Value());
-    return static_cast<std::uint32_t>(std::min<std::int64_t>(sectors, m_imageSectors - extent));
+    return static_cast<std::uint32_t>(std::min<std::int64_t>(SectorsFor(LengthOf(extent)), m_imageSectors - extent));
+}
+
+bool CDirectoryReader::HasDirectory(std::uint32_t extent) {
+    return HasSector(extent) && extent * kSectorSize + LengthOf(extent) <= m_image.Size();
 }
 
 void CDirectoryReader::Visit(std::uint32_t extent, const std::function<void(const SDirectoryEntry&)>& visit,

@@ -30,6 +30,9 @@ public:
     /// Sectors of the directory that begins at `extent`, by the length in its own first record; none beyond the image.
     std::uint32_t SectorsOf(std::uint32_t extent);
 
+    /// Whether the whole directory that begins at `extent` lies in the image.
+    bool HasDirectory(std::uint32_t extent);
+
     /// Calls `visit` for every record of every sector of the directory, and `afterRead` after each record and sector. A
     /// sector that was visited before, as part of whatever directory, is passed over: so circles end.
     void Visit(std::uint32_t extent, const std::function<void(const SDirectoryEntry&)>& visit,
@@ -38,6 +41,8 @@ public:
 private:
     using Sector = std::array<std::uint8_t, kSectorSize>;
 
+    /// Bytes of a directory that begins in the image, as its own first record has them.
+    std::int64_t LengthOf(std::uint32_t extent);
     static void VisitSector(const Sector& bytes, const std::function<void(const SDirectoryEntry&)>& visit,
                             const std::function<void()>& afterRead);
 

@@ -190,6 +190,10 @@ void CWalk::CheckDirectories(CDirectoryReader& reader) {
             m_operation.Fail(Format("%s ends at sector %u, before its directory at sector %u",
                                     m_request.imagePath.c_str(), reader.ImageSectors(), extent));
         }
+        if (!reader.HasDirectory(extent)) {
+            m_operation.Fail(Format("%s ends at sector %u, within its directory at sector %u",
+                                    m_request.imagePath.c_str(), reader.ImageSectors(), extent));
+        }
     }
 }
 

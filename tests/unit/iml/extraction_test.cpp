@@ -265,6 +265,15 @@ TEST_F(ExtractionRefusalTest, ADamagedImageIsNoSuccess) {
     ExpectRefusal("before its directory at sector 100000");
 }
 
+TEST_F(ExtractionRefusalTest, AnImageThatEndsWithinADirectory) {
+    SetFiles({{"A.BIN", Bytes(1, 1)}, {"DIR/B.BIN", Bytes(1, 1)}});
+    m_image.bytes.resize(m_image.directoryEnd * std::size_t{2048} - 1);
+    SaveImage();
+    m_request.extractionFolder.reset();
+    const std::string end = std::to_string(m_image.directoryEnd);
+    ExpectRefusal("game.iso ends at sector " + end + ", within its directory at sector ");
+}
+
 TEST_F(ExtractionTest, AFailureHalfWayTakesEverythingBack) {
     SetFiles(ManyFiles(30, 6, 5));
     bool done = false;

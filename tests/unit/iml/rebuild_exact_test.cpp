@@ -84,6 +84,15 @@ TEST_F(RebuildExact, StoredGapsComeBackBelowTheFiles) {
     EXPECT_EQ(RebuiltExactly(), expected);
 }
 
+TEST_F(RebuildExact, AnImageThatEndsWithinItsLeadingStructures) {
+    WriteLayoutOf(18);
+    const Bytes stored = test::RandomBytes(10, 3);
+    WriteGaps(17 * kSector + 77, 17 * kSector + 50, stored);
+    Bytes expected(m_leading.begin(), m_leading.begin() + 17 * kSector + 77);
+    std::copy(stored.begin(), stored.end(), expected.begin() + 17 * kSector + 50);
+    EXPECT_EQ(RebuiltExactly(), expected);
+}
+
 TEST_F(RebuildExact, StoredGapsReplaceTheTrailingSector) {
     m_layout.media = test::ELayoutMedia::Dvd;
     Add(20, 20, "A", test::RandomBytes(10, 1));
