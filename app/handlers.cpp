@@ -1,6 +1,6 @@
 // The conversions behind the buttons of the main dialog: each takes the chosen input, names its files and calls the
 // engine.
-#include "app/converter_process.h"
+#include "app/converter/converter_process.h"
 #include "app/main_dialog.h"
 #include "compress/cso.h"
 #include "compress/dax.h"

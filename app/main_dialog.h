@@ -16,7 +16,7 @@
 #include "app/ui/status_bar.h"
 #include "app/ui/tool_tip_ctrl.h"
 #include "app/ui/window_animation.h"
-#include "iml/export.h"
+#include "iml/export/export.h"
 #include "operation/operation.h"
 
 namespace vantrel {

@@ -1,7 +1,7 @@
 // The "vantrel" button, which rebuilds an image from the chosen layout, and the buttons of the postgap.
 #include "app/main_dialog.h"
-#include "iml/postgap.h"
-#include "iml/rebuild.h"
+#include "iso/postgap.h"
+#include "iml/rebuild/rebuild.h"
 
 namespace vantrel {
 

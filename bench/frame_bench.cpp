@@ -9,7 +9,7 @@
 
 #include "app/ui/dialog.h"
 #include "app/ui/dialog_operation.h"
-#include "operation/frame.h"
+#include "operation/progress.h"
 #include "resources/resource_ids.h"
 
 // clang-format off

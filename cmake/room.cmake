@@ -23,19 +23,47 @@ else()
   target_compile_definitions(vantrel_flags INTERFACE _FILE_OFFSET_BITS=64)
 endif()
 
-# vantrel_room(NAME SOURCES ... USES ...): one static library per room, so that a wrong include does not link.
+# vantrel_room(NAME [SOURCES ...] [USES ROOM...] [LINKS LIBRARY...]): the library vantrel_NAME of the current folder. USES
+# names the rooms whose headers it may include; check_rooms.py compares that with the includes. Without sources, the room
+# is a header-only library.
 function(vantrel_room name)
-  cmake_parse_arguments(room "" "" "SOURCES;USES" ${ARGN})
-  add_library(vantrel_${name} STATIC ${room_SOURCES})
-  target_include_directories(vantrel_${name} PUBLIC ${PROJECT_SOURCE_DIR})
-  target_link_libraries(vantrel_${name} PUBLIC ${room_USES} PRIVATE vantrel_flags)
+  cmake_parse_arguments(room "" "" "SOURCES;USES;LINKS" ${ARGN})
+  list(TRANSFORM room_USES PREPEND vantrel_ OUTPUT_VARIABLE uses)
+  if(room_SOURCES)
+    add_library(vantrel_${name} STATIC ${room_SOURCES})
+    target_include_directories(vantrel_${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_link_libraries(vantrel_${name} PUBLIC ${uses} ${room_LINKS} PRIVATE vantrel_flags)
+  else()
+    add_library(vantrel_${name} INTERFACE)
+    target_include_directories(vantrel_${name} INTERFACE ${PROJECT_SOURCE_DIR})
+    target_link_libraries(vantrel_${name} INTERFACE ${uses} ${room_LINKS})
+  endif()
+  vantrel_declare_room(${name} ${room_USES})
 endfunction()
 
-# vantrel_unit_test(NAME SOURCES ... USES ...): a GoogleTest program whose cases ctest lists as "<preset>.<name>.<case>".
+# vantrel_declare_room(NAME ROOM...): lists a target of the current folder, and the rooms it uses, for check_rooms.py.
+function(vantrel_declare_room name)
+  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  list(JOIN ARGN " " uses)
+  set_property(GLOBAL APPEND PROPERTY VANTREL_ROOMS "${folder} ${name} ${uses}")
+endfunction()
+
+# vantrel_write_rooms(): writes what all rooms have declared to rooms.txt in the build folder, one target a line: its folder,
+# its name and the rooms it uses.
+function(vantrel_write_rooms)
+  get_property(rooms GLOBAL PROPERTY VANTREL_ROOMS)
+  list(JOIN rooms "\n" text)
+  file(WRITE ${CMAKE_BINARY_DIR}/rooms.txt "${text}\n")
+endfunction()
+
+# vantrel_unit_test(NAME SOURCES ... [USES ROOM...] [LINKS TARGET...]): a GoogleTest program whose cases ctest lists as
+# "<preset>.<name>.<case>".
 function(vantrel_unit_test name)
-  cmake_parse_arguments(unit "" "" "SOURCES;USES" ${ARGN})
+  cmake_parse_arguments(unit "" "" "SOURCES;USES;LINKS" ${ARGN})
+  list(TRANSFORM unit_USES PREPEND vantrel_)
   add_executable(${name} ${unit_SOURCES})
-  target_link_libraries(${name} PRIVATE ${unit_USES} vantrel_test_support vantrel_flags GTest::gmock_main)
+  target_link_libraries(${name} PRIVATE ${unit_USES} ${unit_LINKS} vantrel_test_support vantrel_flags GTest::gmock_main)
+  target_precompile_headers(${name} REUSE_FROM vantrel_test_headers)
   get_filename_component(preset ${CMAKE_BINARY_DIR} NAME)
   gtest_discover_tests(${name} TEST_PREFIX "${preset}.${name}." DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
                        PROPERTIES TIMEOUT 300)

@@ -1,6 +1,6 @@
 #include "compress/block_report.h"
 
-#include "operation/frame.h"
+#include "operation/progress.h"
 #include "operation/text.h"
 
 namespace vantrel {

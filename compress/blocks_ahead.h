@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "compress/sharing.h"
-#include "pieces/pieces_ahead.h"
+#include "pipeline/ordered_pipeline.h"
 
 namespace vantrel {
 

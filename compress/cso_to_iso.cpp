@@ -5,7 +5,7 @@
 #include "compress/cso_reader.h"
 #include "compress/finish.h"
 #include "files/path.h"
-#include "operation/frame.h"
+#include "operation/progress.h"
 #include "operation/text.h"
 
 namespace vantrel {

@@ -2,7 +2,7 @@
 #include "compress/blocks_ahead.h"
 #include "compress/dax.h"
 #include "compress/dax_reader.h"
-#include "operation/frame.h"
+#include "operation/progress.h"
 #include "operation/text.h"
 
 namespace vantrel {

@@ -16,7 +16,7 @@
 #include "files/byte_order.h"
 #include "files/input_file.h"
 #include "files/path.h"
-#include "operation/frame.h"
+#include "operation/progress.h"
 #include "operation/text.h"
 
 namespace vantrel {

@@ -4,9 +4,9 @@
 #include "console/commands.h"
 #include "files/native_file.h"
 #include "files/path.h"
-#include "iml/export.h"
-#include "iml/gap_file.h"
-#include "iml/layout_writer.h"
+#include "iml/export/export.h"
+#include "iml/layout/gap_file.h"
+#include "iml/export/layout_writer.h"
 
 namespace vantrel {
 

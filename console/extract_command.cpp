@@ -7,11 +7,11 @@
 #include "console/console_operation.h"
 #include "console/open_image.h"
 #include "console/refused.h"
-#include "files/extraction.h"
+#include "iso/extraction.h"
 #include "files/path.h"
-#include "image/contents.h"
+#include "iso/contents.h"
 #include "iso/iso9660.h"
-#include "operation/letter_case.h"
+#include "files/letter_case.h"
 
 namespace vantrel {
 

@@ -2,7 +2,7 @@
 
 #include "files/native_file.h"
 #include "files/path.h"
-#include "operation/letter_case.h"
+#include "files/letter_case.h"
 
 namespace vantrel {
 

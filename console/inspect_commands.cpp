@@ -2,16 +2,16 @@
 #include <cstdio>
 
 #include "console/commands.h"
-#include "console/container_report.h"
-#include "console/image_report.h"
+#include "image/inspect/container_report.h"
+#include "image/inspect/image_report.h"
 #include "console/inspect_command.h"
-#include "console/layout_report.h"
+#include "image/inspect/layout_report.h"
 #include "console/open_image.h"
 #include "console/refused.h"
-#include "console/verify.h"
+#include "image/inspect/verify.h"
 #include "files/input_file.h"
 #include "files/path.h"
-#include "image/contents.h"
+#include "iso/contents.h"
 
 namespace vantrel {
 

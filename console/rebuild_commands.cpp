@@ -3,10 +3,10 @@
 
 #include "console/commands.h"
 #include "files/path.h"
-#include "iml/gap_file.h"
-#include "iml/layout_summary.h"
-#include "iml/postgap.h"
-#include "iml/rebuild.h"
+#include "iml/layout/gap_file.h"
+#include "iml/layout/layout_summary.h"
+#include "iso/postgap.h"
+#include "iml/rebuild/rebuild.h"
 
 namespace vantrel {
 

@@ -16,10 +16,10 @@ std::string KeepOlder(const std::string& path) {
 }
 
 /// Brings all outputs to their files, so that only the renaming is left.
-bool FinishAll(std::span<COutputFile* const> outputs, std::string& failureText) {
-    return std::all_of(outputs.begin(), outputs.end(), [&failureText](COutputFile* output) {
+bool FinishAll(std::span<COutputFile* const> outputs, std::string& problem) {
+    return std::all_of(outputs.begin(), outputs.end(), [&problem](COutputFile* output) {
         const bool finished = output->Finish();
-        failureText = output->FailureText();
+        problem = output->Problem();
         return finished;
     });
 }
@@ -34,17 +34,17 @@ void CUndoableCommits::Undo(const SCommitted& committed) {
     }
 }
 
-bool CUndoableCommits::Commit(COutputFile& output, std::string& failureText) {
+bool CUndoableCommits::Commit(COutputFile& output, std::string& problem) {
     SCommitted step = {output.TargetPath(), ""};
     if (output.Manner() == EOutputManner::CommitReplace && FileKindOf(step.target) == EFileKind::File) {
         step.older = KeepOlder(step.target);
         if (step.older.empty()) {
-            failureText = "Cannot replace " + step.target + ": " + LastFileError();
+            problem = "Cannot replace " + step.target + ": " + LastFileError();
             return false;
         }
     }
     if (!output.Commit()) {
-        failureText = output.FailureText();
+        problem = output.Problem();
         if (!step.older.empty()) {
             Undo(step);
         }
@@ -71,11 +71,11 @@ void CUndoableCommits::Keep() {
     m_committed.clear();
 }
 
-bool CommitTogether(std::span<COutputFile* const> outputs, std::string& failureText) {
+bool CommitTogether(std::span<COutputFile* const> outputs, std::string& problem) {
     CUndoableCommits commits;
-    const bool committed = FinishAll(outputs, failureText) &&
+    const bool committed = FinishAll(outputs, problem) &&
                            std::all_of(outputs.begin(), outputs.end(),
-                                       [&](COutputFile* output) { return commits.Commit(*output, failureText); });
+                                       [&](COutputFile* output) { return commits.Commit(*output, problem); });
     if (committed) {
         commits.Keep();
         return true;

@@ -18,9 +18,9 @@ public:
     CUndoableCommits& operator=(const CUndoableCommits&) = delete;
     ~CUndoableCommits() { Undo(); }
 
-    /// Commits an output. False, with `failureText` saying why, when that fails; then nothing is left of this output.
+    /// Commits an output. False, with `problem` saying why, when that fails; then nothing is left of this output.
     /// In place what was written stays, now and later.
-    bool Commit(COutputFile& output, std::string& failureText);
+    bool Commit(COutputFile& output, std::string& problem);
     /// Takes all names back, the last one first.
     void Undo();
     /// From here on everything stays.
@@ -39,8 +39,8 @@ private:
 };
 
 /// Commits the outputs in their order. When one cannot be, those before it are undone, older files included, the rest
-/// is abandoned, and false is returned with `failureText` saying which output failed and why. In place what was
+/// is abandoned, and false is returned with `problem` saying which output failed and why. In place what was
 /// written stays, and false says only that something was lost.
-bool CommitTogether(std::span<COutputFile* const> outputs, std::string& failureText);
+bool CommitTogether(std::span<COutputFile* const> outputs, std::string& problem);
 
 }  // namespace vantrel

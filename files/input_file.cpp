@@ -7,14 +7,15 @@ namespace vantrel {
 namespace {
 
 constexpr std::size_t kBufferSize = 262'144;
-/// From here on, reading past the buffer costs less than copying out of it.
+/// Reads of this size and above bypass the buffer, which saves a copy.
 constexpr std::size_t kDirectRead = 16'384;
 
 }  // namespace
 
 bool CInputFile::Open(const std::string& path, ESharing sharing) {
     Close();
-    m_failed = false;
+    m_path = path;
+    m_problem.clear();
     return m_file.Open(path, EOpenMode::Read, sharing);
 }
 
@@ -28,8 +29,25 @@ void CInputFile::Close() {
 
 std::int64_t CInputFile::Size() const {
     const std::int64_t size = m_file.Size();
-    m_failed = m_failed || size < 0;
+    if (size < 0) {
+        NoteFailure();
+    }
     return size;
+}
+
+void CInputFile::NoteFailure() const {
+    if (m_problem.empty()) {
+        m_problem = "Cannot read " + m_path + ": " + LastFileError();
+    }
+}
+
+std::size_t CInputFile::ReadFile(std::span<std::uint8_t> buffer) {
+    bool failed = false;
+    const std::size_t count = m_file.Read(buffer, failed);
+    if (failed) {
+        NoteFailure();
+    }
+    return count;
 }
 
 bool CInputFile::Seek(std::int64_t position) {
@@ -42,7 +60,7 @@ bool CInputFile::Seek(std::int64_t position) {
 
 bool CInputFile::MoveToPosition() {
     if (m_filePosition != m_position && !m_file.Seek(m_position)) {
-        m_failed = true;
+        NoteFailure();
         return false;
     }
     return true;
@@ -54,7 +72,7 @@ bool CInputFile::FillBuffer() {
     }
     m_buffer.resize(kBufferSize);
     m_bufferStart = m_position;
-    m_bufferLength = m_file.Read(m_buffer, m_failed);
+    m_bufferLength = ReadFile(m_buffer);
     m_filePosition = m_position + static_cast<std::int64_t>(m_bufferLength);
     return m_bufferLength > 0;
 }
@@ -68,7 +86,7 @@ std::size_t CInputFile::Read(std::span<std::uint8_t> buffer) {
                 if (!MoveToPosition()) {
                     break;
                 }
-                const std::size_t count = m_file.Read(buffer.subspan(done), m_failed);
+                const std::size_t count = ReadFile(buffer.subspan(done));
                 m_position += static_cast<std::int64_t>(count);
                 m_filePosition = m_position;
                 return done + count;

@@ -17,7 +17,7 @@ public:
     bool Open(const std::string& path, ESharing sharing = ESharing::Anyone);
     bool IsOpen() const { return m_file.IsOpen(); }
     void Close();
-    /// Lets go of the file without closing it: it stays open until the program ends.
+    /// Releases the file without closing it: it stays open until the program ends.
     void LeaveOpen() { m_file.LeaveOpen(); }
 
     /// Length in bytes, −1 when it cannot be told.
@@ -38,20 +38,25 @@ public:
     /// Copies from a byte position on to the current position of `target`, as CNativeFile::CopyFrom does.
     std::size_t CopyTo(CNativeFile& target, std::int64_t position, std::size_t length);
 
-    /// Whether the system ever reported an error (not the mere end of the file) while reading or measuring.
-    bool HasFailed() const { return m_failed; }
+    /// Whether the system has reported an error while reading or measuring since Open. The end of the file is no error.
+    bool HasFailed() const { return !m_problem.empty(); }
+    /// The first such error, as a text that names the file and the cause.
+    const std::string& Problem() const { return m_problem; }
 
 private:
     bool MoveToPosition();
     bool FillBuffer();
+    std::size_t ReadFile(std::span<std::uint8_t> buffer);
+    void NoteFailure() const;
 
     CNativeFile m_file;
+    std::string m_path;
     std::vector<std::uint8_t> m_buffer;
     std::int64_t m_bufferStart = 0;
     std::size_t m_bufferLength = 0;
     std::int64_t m_position = 0;
     std::int64_t m_filePosition = 0;
-    mutable bool m_failed = false;
+    mutable std::string m_problem;
 };
 
 }  // namespace vantrel

@@ -26,7 +26,7 @@ bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing s
     m_manner = manner;
     m_sharing = sharing;
     m_targetPath = path;
-    m_failureText.clear();
+    m_problem.clear();
     m_position = 0;
     m_writtenEnd = 0;
     if (manner == EOutputManner::InPlace) {
@@ -46,8 +46,8 @@ bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing s
 }
 
 bool COutputFile::NoteFailure() {
-    if (m_failureText.empty()) {
-        m_failureText = "Cannot write " + m_targetPath + ": " + LastFileError();
+    if (m_problem.empty()) {
+        m_problem = "Cannot write " + m_targetPath + ": " + LastFileError();
     }
     return false;
 }
@@ -170,7 +170,7 @@ bool COutputFile::Finish() {
         }
         m_unplacedZeros = 0;
     }
-    return m_failureText.empty();
+    return m_problem.empty();
 }
 
 bool COutputFile::Commit() {

@@ -60,12 +60,12 @@ public:
     void LeaveOpen();
 
     /// Whether anything written since Open was lost.
-    bool HasFailed() const { return !m_failureText.empty(); }
+    bool HasFailed() const { return !m_problem.empty(); }
     EOutputManner Manner() const { return m_manner; }
     /// The path of the target, whatever file is written meanwhile.
     const std::string& TargetPath() const { return m_targetPath; }
     /// Why Finish or Commit returned false, as a text that names the target and the cause.
-    const std::string& FailureText() const { return m_failureText; }
+    const std::string& Problem() const { return m_problem; }
 
 private:
     bool Flush();
@@ -80,7 +80,7 @@ private:
     ESharing m_sharing = ESharing::Anyone;
     std::string m_targetPath;
     std::string m_temporaryPath;
-    std::string m_failureText;
+    std::string m_problem;
     std::vector<std::uint8_t> m_pending;
     std::int64_t m_position = 0;
     std::int64_t m_writtenEnd = 0;

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "files/native_file.h"
-#include "operation/letter_case.h"
+#include "files/letter_case.h"
 
 namespace vantrel {
 

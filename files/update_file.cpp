@@ -12,25 +12,27 @@ bool CUpdateFile::Open(const std::string& path, EUpdateManner manner) {
     Undo();
     m_manner = manner;
     m_path = path;
-    m_failureText.clear();
+    m_writeProblem.clear();
+    m_readProblem.clear();
     m_position = 0;
     const EOpenMode mode = manner == EUpdateManner::ReadOnly ? EOpenMode::Read : EOpenMode::ReadWrite;
     if (!m_file.Open(path, mode, ESharing::Anyone)) {
         return false;
     }
-    m_failedReading = false;
     m_changed = false;
     m_oldSize = m_file.Size();
     if (m_oldSize < 0) {
-        m_file.Close();  // what is longer later could not be undone
+        m_file.Close();  // without the old length, appended bytes could not be removed again
         return false;
     }
     return true;
 }
 
-std::int64_t CUpdateFile::Size() {
+std::int64_t CUpdateFile::Size() const {
     const std::int64_t size = m_file.Size();
-    m_failedReading = m_failedReading || size < 0;
+    if (size < 0) {
+        NoteReadFailure();
+    }
     return size;
 }
 
@@ -40,19 +42,25 @@ bool CUpdateFile::Reopen() {
         return m_file.Seek(0);
     }
     if (!m_file.Close()) {
-        return NoteFailure();
+        return NoteWriteFailure();
     }
     return m_file.Open(m_path, EOpenMode::ReadWrite, ESharing::Anyone);
 }
 
-bool CUpdateFile::NoteFailure() {
-    if (m_failureText.empty()) {
-        m_failureText = "Cannot write " + m_path + ": " + LastFileError();
+bool CUpdateFile::NoteWriteFailure() {
+    if (m_writeProblem.empty()) {
+        m_writeProblem = "Cannot write " + m_path + ": " + LastFileError();
     }
     return false;
 }
 
-bool CUpdateFile::Seek(std::int64_t position) {
+void CUpdateFile::NoteReadFailure() const {
+    if (m_readProblem.empty()) {
+        m_readProblem = "Cannot read " + m_path + ": " + LastFileError();
+    }
+}
+
+bool CUpdateFile::MoveTo(std::int64_t position) {
     if (position < 0 || !m_file.Seek(position)) {
         return false;
     }
@@ -60,12 +68,16 @@ bool CUpdateFile::Seek(std::int64_t position) {
     return true;
 }
 
+bool CUpdateFile::Seek(std::int64_t position) {
+    return MoveTo(position) || NoteWriteFailure();
+}
+
 std::size_t CUpdateFile::ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) {
-    if (!Seek(position)) {
-        m_failedReading = true;
-        return 0;
+    bool failed = !MoveTo(position);
+    const std::size_t count = failed ? 0 : m_file.Read(buffer, failed);
+    if (failed) {
+        NoteReadFailure();
     }
-    const std::size_t count = m_file.Read(buffer, m_failedReading);
     m_position += static_cast<std::int64_t>(count);
     return count;
 }
@@ -78,7 +90,7 @@ bool CUpdateFile::Keep(std::size_t count) {
     SOverwritten overwritten{m_position, std::vector<std::uint8_t>(static_cast<std::size_t>(old))};
     bool failed = false;
     if (m_file.Read(overwritten.bytes, failed) != overwritten.bytes.size() || !m_file.Seek(m_position)) {
-        return NoteFailure();
+        return NoteWriteFailure();
     }
     m_overwritten.push_back(std::move(overwritten));
     return true;
@@ -91,12 +103,12 @@ bool CUpdateFile::Write(std::span<const std::uint8_t> bytes) {
     m_changed = true;
     const std::size_t written = m_file.Write(bytes);
     m_position += static_cast<std::int64_t>(written);
-    return written == bytes.size() || NoteFailure();
+    return written == bytes.size() || NoteWriteFailure();
 }
 
 void CUpdateFile::Undo() {
     if (m_file.IsOpen() && m_changed && m_manner == EUpdateManner::UndoUnlessCommitted) {
-        // Last change first, so that a place that was changed twice ends as it began.
+        // Last change first, so that bytes that were changed twice end as they began.
         for (auto change = m_overwritten.rbegin(); change != m_overwritten.rend(); ++change) {
             if (m_file.Seek(change->position)) {
                 m_file.Write(change->bytes);
@@ -109,21 +121,21 @@ void CUpdateFile::Undo() {
 }
 
 bool CUpdateFile::Commit() {
-    if (m_manner == EUpdateManner::UndoUnlessCommitted && !m_failureText.empty()) {
+    if (m_manner == EUpdateManner::UndoUnlessCommitted && !m_writeProblem.empty()) {
         Undo();
         return false;
     }
     CloseForGood();
     m_overwritten.clear();
-    return m_failureText.empty();
+    return m_writeProblem.empty();
 }
 
-/// A change that is lost by the closing is undone through a new handle.
+/// A change that closing loses is undone through a new handle.
 void CUpdateFile::CloseForGood() {
     if (m_file.Close()) {
         return;
     }
-    NoteFailure();
+    NoteWriteFailure();
     if (m_manner == EUpdateManner::UndoUnlessCommitted && m_file.Open(m_path, EOpenMode::ReadWrite, ESharing::Anyone)) {
         Undo();
     }

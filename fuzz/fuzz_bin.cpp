@@ -1,9 +1,9 @@
 // Raw images: conversion to a plain image, verification, reports; and the sectors that are made here, where not one
 // byte may change without being noticed.
-#include "console/container_report.h"
+#include "image/inspect/container_report.h"
 #include "console/refused.h"
-#include "console/verify.h"
-#include "fuzz/claims.h"
+#include "image/inspect/verify.h"
+#include "fuzz/invariants.h"
 #include "fuzz/input_parts.h"
 #include "raw/bin_to_iso.h"
 #include "raw/sector.h"

@@ -3,11 +3,11 @@
 
 #include "compress/cso.h"
 #include "compress/dax.h"
-#include "console/container_report.h"
-#include "console/image_report.h"
+#include "image/inspect/container_report.h"
+#include "image/inspect/image_report.h"
 #include "console/refused.h"
-#include "console/verify.h"
-#include "fuzz/claims.h"
+#include "image/inspect/verify.h"
+#include "fuzz/invariants.h"
 #include "image/image_source.h"
 
 namespace vantrel::fuzz {

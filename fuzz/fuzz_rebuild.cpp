@@ -2,14 +2,14 @@
 //
 //      8 bits  1: exact, 2: without the gap file, 4: in the window's way instead
 //     then parts: the layout, the leading structures (as patches), the gap file, and for each file its name and content
-#include "console/layout_report.h"
+#include "image/inspect/layout_report.h"
 #include "console/refused.h"
-#include "fuzz/claims.h"
+#include "fuzz/invariants.h"
 #include "fuzz/input_parts.h"
 #include "fuzz/patched_image.h"
-#include "iml/gap_file.h"
-#include "iml/layout_writer.h"
-#include "iml/rebuild.h"
+#include "iml/layout/gap_file.h"
+#include "iml/export/layout_writer.h"
+#include "iml/rebuild/rebuild.h"
 
 namespace vantrel::fuzz {
 

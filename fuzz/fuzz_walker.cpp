@@ -6,14 +6,14 @@
 //     then the image, as patches
 #include <optional>
 
-#include "fuzz/claims.h"
+#include "fuzz/invariants.h"
 #include "fuzz/input_parts.h"
 #include "fuzz/patched_image.h"
-#include "iml/export.h"
-#include "iml/gap_file.h"
-#include "iml/layout_summary.h"
-#include "iml/layout_writer.h"
-#include "iml/rebuild.h"
+#include "iml/export/export.h"
+#include "iml/layout/gap_file.h"
+#include "iml/layout/layout_summary.h"
+#include "iml/export/layout_writer.h"
+#include "iml/rebuild/rebuild.h"
 #include "iso/volume.h"
 
 namespace vantrel::fuzz {

@@ -6,14 +6,14 @@
 #include <algorithm>
 #include <sstream>
 
-#include "app/quoted_arguments.h"
+#include "app/converter/quoted_arguments.h"
 #include "console/command_line.h"
 #include "files/path.h"
 #include "files/utf.h"
 #include "fuzz/expect.h"
 #include "fuzz/memory_file.h"
 #include "image/form.h"
-#include "raw/batch_line.h"
+#include "app/converter/batch_line.h"
 #include "raw/converter.h"
 #include "raw/cue_sheet.h"
 

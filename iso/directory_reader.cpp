@@ -64,7 +64,7 @@ void CDirectoryReader::VisitSector(const Sector& bytes, const std::function<void
         const SDirectoryRecord record = RecordAt(std::span(bytes).subspan(offset));
         const std::size_t nameEnd = sizeof(SDirectoryRecord) + record.nameLength;
         if (record.length > bytes.size() - offset || record.length < nameEnd) {
-            return;  // nothing that follows a record of a wrong length can be trusted
+            return;  // the position of the next record is unknown
         }
         const auto* name = reinterpret_cast<const char*>(&bytes[offset]) + sizeof(SDirectoryRecord);
         visit({record, {name, record.nameLength}});

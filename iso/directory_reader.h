@@ -1,4 +1,4 @@
-// The records of directories (ECMA-119 6.8, 9.1), with every length checked against the sector that holds it.
+// The records of directories (ECMA-119 6.8, 9.1). Every length is checked against the sector that holds the record.
 #pragma once
 
 #include <array>
@@ -13,35 +13,35 @@
 
 namespace vantrel {
 
-/// One record as it stands in its sector.
+/// One record of a directory.
 struct SDirectoryEntry {
     SDirectoryRecord record;
-    std::string_view name;  ///< as recorded, version included; valid during the call that hands it out
+    std::string_view name;  ///< as recorded, with version; valid during the call
 };
 
 class CDirectoryReader {
 public:
     explicit CDirectoryReader(CByteSource& image);
 
-    /// Whether the sector lies in the image, at least with its first byte.
+    /// Whether the image has at least the first byte of the sector.
     bool HasSector(std::uint32_t sector) const { return sector < m_imageSectors; }
     std::uint32_t ImageSectors() const { return m_imageSectors; }
 
-    /// Sectors of the directory that begins at `extent`, by the length in its own first record; none beyond the image.
+    /// Sectors of the directory at `extent`, by the length in its own first record, limited to the image.
     std::uint32_t SectorsOf(std::uint32_t extent);
 
-    /// Whether the whole directory that begins at `extent` lies in the image.
+    /// Whether the image holds the whole directory at `extent`.
     bool HasDirectory(std::uint32_t extent);
 
-    /// Calls `visit` for every record of every sector of the directory, and `afterRead` after each record and sector. A
-    /// sector that was visited before, as part of whatever directory, is passed over: so circles end.
+    /// Calls `visit` for every record of every sector of the directory, and `afterRead` after each record and sector.
+    /// Skips sectors that were visited before, also for another directory, so that cycles end.
     void Visit(std::uint32_t extent, const std::function<void(const SDirectoryEntry&)>& visit,
                const std::function<void()>& afterRead);
 
 private:
     using Sector = std::array<std::uint8_t, kSectorSize>;
 
-    /// Bytes of a directory that begins in the image, as its own first record has them.
+    /// Bytes of the directory at `extent`, which lies in the image, by its own first record.
     std::int64_t LengthOf(std::uint32_t extent);
     static void VisitSector(const Sector& bytes, const std::function<void(const SDirectoryEntry&)>& visit,
                             const std::function<void()>& afterRead);

@@ -1,5 +1,5 @@
-// The structures of ISO 9660 (ECMA-119) that images are read by, byte for byte as they stand in an image. Numbers stay
-// arrays of bytes, so that the structures have no padding and may be copied from anywhere.
+// The structures of ISO 9660 (ECMA-119), byte for byte as an image holds them. Numbers are arrays of bytes, so that the
+// structures have no padding and can be copied from any address.
 #pragma once
 
 #include <array>
@@ -10,15 +10,25 @@
 
 namespace vantrel {
 
-/// Bytes of user data in a sector, which is also the logical block of every image that is read here.
+/// Bytes of user data in a sector, which is also the logical block size of every supported image.
 inline constexpr std::int64_t kSectorSize = 2048;
 
-/// Whole sectors that `bytes` take.
+/// Number of sectors that hold `bytes`, rounded up.
 constexpr std::int64_t SectorsFor(std::int64_t bytes) {
     return (bytes + kSectorSize - 1) / kSectorSize;
 }
 
-/// A 32-bit number in both byte orders (ECMA-119 7.3.3). The little-endian half is the one that counts.
+/// Sectors from this one on (32 GiB) exist on no disc. Files that name one are refused, because an image that reaches it
+/// would be zeros until the disk is full.
+inline constexpr std::uint32_t kSectorLimit = 1U << 24U;
+
+/// Sectors of the postgap behind the data track of a CD: two seconds (ECMA-130 20.2).
+inline constexpr std::int64_t kPostgapSectors = 150;
+
+/// Bytes of the longest path that is read; ECMA-119 6.8.2.1 allows 255.
+inline constexpr std::size_t kLongestPath = 2000;
+
+/// A 32-bit number in both byte orders (ECMA-119 7.3.3). Readers use the little-endian half.
 struct SBothOrder32 {
     std::array<std::uint8_t, 4> little;
     std::array<std::uint8_t, 4> big;
@@ -57,13 +67,13 @@ static_assert(offsetof(SDirectoryRecord, nameLength) == 32);
 inline constexpr std::uint8_t kFileFlagsPlain = 0;
 inline constexpr std::uint8_t kFileFlagsDirectory = 2;
 
-/// The shortest record there is: one character of name.
+/// The shortest record: a name of one character.
 inline constexpr std::size_t kShortestDirectoryRecord = 34;
 
-/// A record that would start here or later ends its sector, since no record crosses into the next (ECMA-119 6.8.1.1).
+/// No record starts at this offset of a sector or behind it, because records never cross a sector (ECMA-119 6.8.1.1).
 inline constexpr std::size_t kDirectoryRecordLimit = 2015;
 
-/// What separates a file's name from its version (ECMA-119 7.5.1).
+/// Separates a file's name from its version (ECMA-119 7.5.1).
 inline constexpr char kVersionSeparator = ';';
 
 /// The fixed part of a path table record (ECMA-119 9.4); the name follows, padded to an even length. This is type L,
@@ -122,8 +132,12 @@ static_assert(offsetof(SPrimaryVolumeDescriptor, rootRecord) == 156);
 static_assert(offsetof(SPrimaryVolumeDescriptor, applicationIdentifier) == 574);
 static_assert(offsetof(SPrimaryVolumeDescriptor, applicationUse) == 883);
 
-/// Position of the primary volume descriptor in an image.
+/// Byte positions in an image: of the primary volume descriptor, and of fields in it.
 inline constexpr std::int64_t kPrimaryVolumePosition = 16 * kSectorSize;
+inline constexpr std::int64_t kVolumeSizePosition =
+    kPrimaryVolumePosition + static_cast<std::int64_t>(offsetof(SPrimaryVolumeDescriptor, volumeSpaceSize));
+inline constexpr std::int64_t kApplicationIdentifierPosition =
+    kPrimaryVolumePosition + static_cast<std::int64_t>(offsetof(SPrimaryVolumeDescriptor, applicationIdentifier));
 
 /// The CD-ROM XA mark "CD-XA001" stands at byte 1024 of the primary volume descriptor, in its application use field.
 inline constexpr std::size_t kXaMarkInApplicationUse = 1024 - offsetof(SPrimaryVolumeDescriptor, applicationUse);

@@ -10,7 +10,7 @@ namespace vantrel {
 
 namespace {
 
-constexpr char kListSeparator = '\\';  // whatever the system's own is
+constexpr char kListSeparator = '\\';  // on every system
 constexpr unsigned char kFirstPrintable = 0x20;
 
 }  // namespace
@@ -21,41 +21,49 @@ std::string PrintableName(std::string name) {
     return name;
 }
 
-void CPathTable::Read(CInputFile& file, const std::function<void()>& afterRecord) {
+void CPathTable::Read(CByteSource& image, std::int64_t position, std::int64_t length,
+                      const std::function<void()>& afterRecord) {
     m_directories.clear();
-    file.Seek(0);
+    const std::int64_t end = position + length;
+    const auto read = [&](std::span<std::uint8_t> bytes) {
+        const std::int64_t left = std::max<std::int64_t>(end - position, 0);
+        const auto wanted = bytes.first(std::min(bytes.size(), static_cast<std::size_t>(left)));
+        const std::size_t count = image.ReadAt(position, wanted);
+        position += static_cast<std::int64_t>(count);
+        return count == bytes.size();
+    };
     std::array<std::uint8_t, sizeof(SPathTableRecord)> head = {};
-    while (m_directories.size() < kMostDirectories && file.Read(head) == head.size()) {
+    while (m_directories.size() < kMostDirectories && read(head)) {
         const auto record = std::bit_cast<SPathTableRecord>(head);
         if (record.nameLength == 0) {
             break;
         }
         std::array<std::uint8_t, 256> name = {};
-        file.Read(std::span(name).first(record.nameLength + record.nameLength % 2U));
+        read(std::span(name).first(record.nameLength + record.nameLength % 2U));
         const std::size_t parent = LoadLe16(record.parentNumber);
         m_directories.push_back({LoadLe32(record.extentLocation), parent == 0 ? kMostDirectories : parent - 1,
                                  PrintableName({name.begin(), name.begin() + record.nameLength})});
         afterRecord();
     }
-    HangLooseDirectoriesBelowRoot();
+    RepairParents();
 }
 
 void CPathTable::ReadRootOnly(std::uint32_t extent) {
     m_directories = {{extent, 0, {}}};
 }
 
-/// A parent that does not exist, and one of every circle of parents, is replaced by the root, so that every way ends
-/// there.
-void CPathTable::HangLooseDirectoriesBelowRoot() {
+/// Replaces parents that do not exist by the root, and breaks every cycle of parents there, so that every path ends at the
+/// root.
+void CPathTable::RepairParents() {
     constexpr std::size_t kNotSeen = 0;
-    std::vector<std::size_t> seenOnWay(m_directories.size(), kNotSeen);
+    std::vector<std::size_t> seenFrom(m_directories.size(), kNotSeen);
     for (std::size_t start = 0; start < m_directories.size(); ++start) {
         std::size_t index = start;
-        while (index != 0 && seenOnWay[index] == kNotSeen) {
-            seenOnWay[index] = start + 1;
+        while (index != 0 && seenFrom[index] == kNotSeen) {
+            seenFrom[index] = start + 1;
             std::size_t& parent = m_directories[index].parent;
-            const bool closesCircle = parent < m_directories.size() && parent != 0 && seenOnWay[parent] == start + 1;
-            if (parent >= m_directories.size() || closesCircle) {
+            const bool closesCycle = parent < m_directories.size() && parent != 0 && seenFrom[parent] == start + 1;
+            if (parent >= m_directories.size() || closesCycle) {
                 parent = 0;
             }
             index = parent;

@@ -1,4 +1,4 @@
-// The path table of an image (ECMA-119 6.9): every directory's first sector and the way to it from the root.
+// The path table of an image (ECMA-119 6.9): the first sector of every directory and its path from the root.
 #pragma once
 
 #include <cstdint>
@@ -6,31 +6,31 @@
 #include <string>
 #include <vector>
 
-#include "files/input_file.h"
+#include "files/byte_source.h"
 
 namespace vantrel {
 
-/// Makes a name fit into one line of a text file: control characters become '_'.
+/// Replaces control characters by '_', so that the name fits into one line of a text file.
 std::string PrintableName(std::string name);
 
 class CPathTable {
 public:
-    /// More directories than a 16-bit number can name are not read.
+    /// Directories are numbered in 16 bits; further records are not read.
     static constexpr std::size_t kMostDirectories = 65535;
 
-    /// Reads records (ECMA-119 9.4, type L) from the start of a file up to the first without a name, or the end.
-    /// `afterRecord` is called after each.
-    void Read(CInputFile& file, const std::function<void()>& afterRecord);
+    /// Reads records (ECMA-119 9.4, type L) from `length` bytes at `position` of the image, up to the first record without
+    /// a name. Calls `afterRecord` after each.
+    void Read(CByteSource& image, std::int64_t position, std::int64_t length,
+              const std::function<void()>& afterRecord);
 
-    /// A table of the root alone, for an image whose own table is not there.
+    /// Makes a table of the root alone, for an image without a usable table.
     void ReadRootOnly(std::uint32_t extent);
 
     std::size_t Count() const { return m_directories.size(); }
     /// First sector of a directory; `index` counts from 0, which is the root.
     std::uint32_t Extent(std::size_t index) const { return m_directories[index].extent; }
 
-    /// The path of a directory: "" for the root, "\DIR\SUB" for others, at most `limit` characters; nothing is returned
-    /// but false when it is longer.
+    /// Forms the path of a directory: "" for the root, "\DIR\SUB" for others. False if it is longer than `limit`.
     bool PathOf(std::size_t index, std::size_t limit, std::string& path) const;
 
 private:
@@ -40,7 +40,7 @@ private:
         std::string name;
     };
 
-    void HangLooseDirectoriesBelowRoot();
+    void RepairParents();
 
     std::vector<SDirectory> m_directories;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <string_view>
 
 namespace vantrel {
 
@@ -15,6 +16,10 @@ bool HasMark(CByteSource& image, std::int64_t position, std::string_view mark) {
     return std::equal(bytes.begin(), bytes.end(), mark.begin(), mark.end());
 }
 
+std::uint8_t XaMarkFirst(const SPrimaryVolumeDescriptor& volume) {
+    return volume.applicationUse[kXaMarkInApplicationUse];
+}
+
 }  // namespace
 
 EImageMark ReadImageMark(CByteSource& image) {
@@ -24,21 +29,28 @@ EImageMark ReadImageMark(CByteSource& image) {
     return HasMark(image, kDvdMarkPosition, "DVD") ? EImageMark::Dvd : EImageMark::None;
 }
 
-EMedia MediaOf(const SMediaKey& key) {
-    if (key.id == 'L' && key.sub == 0) {
-        return EMedia::Dvd;
+ImageKind KindByApplication(std::uint8_t applicationSecond, std::uint8_t xaMarkFirst) {
+    if (xaMarkFirst == 'C') {
+        return applicationSecond == 'L'   ? ImageKind::Cd
+               : applicationSecond == 'S' ? ImageKind::Umd
+                                          : ImageKind::Unknown;
     }
-    if (key.sub != 'C') {
-        return EMedia::Unknown;
-    }
-    if (key.id == 'L') {
-        return EMedia::Cd;
-    }
-    return key.id == 'S' ? EMedia::Umd : EMedia::Unknown;
+    return applicationSecond == 'L' && xaMarkFirst == 0 ? ImageKind::Dvd : ImageKind::Unknown;
 }
 
-SMediaKey MediaKeyOf(const SPrimaryVolumeDescriptor& volume) {
-    return {volume.applicationIdentifier[1], volume.applicationUse[kXaMarkInApplicationUse]};
+ImageKind KindByApplication(const SPrimaryVolumeDescriptor& volume) {
+    return KindByApplication(volume.applicationIdentifier[1], XaMarkFirst(volume));
+}
+
+ImageKind KindBySystem(std::uint8_t systemSecond, std::uint8_t xaMarkFirst) {
+    if (xaMarkFirst != 'C') {
+        return ImageKind::Dvd;
+    }
+    return systemSecond == 'L' ? ImageKind::Cd : systemSecond == 'S' ? ImageKind::Umd : ImageKind::Dvd;
+}
+
+ImageKind KindBySystem(const SPrimaryVolumeDescriptor& volume) {
+    return KindBySystem(volume.systemIdentifier[1], XaMarkFirst(volume));
 }
 
 SPrimaryVolumeDescriptor ReadPrimaryVolume(CByteSource& image) {
@@ -56,6 +68,11 @@ TagHead ReadAnchorTag(CByteSource& image, std::uint32_t volumeSectors) {
         }
     }
     return {};
+}
+
+std::array<std::uint8_t, sizeof(SBothOrder32)> VolumeSizeField(std::int64_t length) {
+    const auto sectors = static_cast<std::uint32_t>(length / kSectorSize);
+    return std::bit_cast<std::array<std::uint8_t, sizeof(SBothOrder32)>>(SBothOrder32{Le32(sectors), Be32(sectors)});
 }
 
 }  // namespace vantrel

@@ -1,8 +1,8 @@
-// What kind of image this is and what its volume descriptor says.
+// The kind and the size of an image, from its primary volume descriptor.
 #pragma once
 
+#include <array>
 #include <cstdint>
-#include <string_view>
 
 #include "files/byte_source.h"
 #include "iso/iso9660.h"
@@ -10,8 +10,8 @@
 
 namespace vantrel {
 
-/// The mark by which an image is accepted. Nothing else is tested, in particular not the standard identifier: images
-/// without it are in circulation and readable.
+/// The mark by which an export accepts an image. The standard identifier "CD001" is deliberately not tested, because
+/// readable images without it are in circulation.
 enum class EImageMark {
     None,
     Cd,   ///< "CD-" at byte 33792: PlayStation 2 CD and PSP UMD
@@ -20,24 +20,30 @@ enum class EImageMark {
 
 EImageMark ReadImageMark(CByteSource& image);
 
-/// The two bytes that tell the medium apart.
-struct SMediaKey {
-    std::uint8_t id = 0;   ///< second character of the application identifier (byte 33343)
-    std::uint8_t sub = 0;  ///< first character of the CD-ROM XA mark (byte 33792)
-};
+/// The medium of an image.
+enum class ImageKind : std::int32_t { Unknown = -1, Dvd = 0, Cd = 1, Umd = 3 };
 
-enum class EMedia { Unknown, Dvd, Cd, Umd };
+// Two rules tell the kind of an image. Both look at the first character of the CD-XA mark ('C' on CD and UMD) and at one
+// letter that is 'L' on PlayStation 2 and 'S' on PSP discs. They differ in the identifier that supplies the letter and in
+// the answer for all other images, because a layout must not name a medium that the image does not have, whereas the
+// postgap commands must leave alone whatever is not known to be a CD.
 
-/// 'L' with 0 is a PlayStation 2 DVD, 'L' with 'C' a PlayStation 2 CD, 'S' with 'C' a PSP UMD.
-EMedia MediaOf(const SMediaKey& key);
+/// The rule of exports and reports: the letter is the second character of the application identifier (byte 33343).
+ImageKind KindByApplication(std::uint8_t applicationSecond, std::uint8_t xaMarkFirst);
+ImageKind KindByApplication(const SPrimaryVolumeDescriptor& volume);
 
-/// The key as a volume descriptor has it.
-SMediaKey MediaKeyOf(const SPrimaryVolumeDescriptor& volume);
+/// The rule of rebuilds and postgaps: the letter is the second character of the system identifier (byte 32777), and every
+/// other image counts as a DVD.
+ImageKind KindBySystem(std::uint8_t systemSecond, std::uint8_t xaMarkFirst);
+ImageKind KindBySystem(const SPrimaryVolumeDescriptor& volume);
 
-/// Sector 16. What the image is too short to have is zero.
+/// The descriptor in sector 16. Bytes beyond the end of the image are zero.
 SPrimaryVolumeDescriptor ReadPrimaryVolume(CByteSource& image);
 
-/// The first 12 bytes of the anchor in the volume's last sector, or else of the one in sector 256, or else zeros.
+/// The first 12 bytes of the anchor in the last sector of the volume, else of the anchor in sector 256, else zeros.
 TagHead ReadAnchorTag(CByteSource& image, std::uint32_t volumeSectors);
+
+/// The volume space size for an image of `length` bytes: its whole sectors, in both byte orders (ECMA-119 7.3.3).
+std::array<std::uint8_t, sizeof(SBothOrder32)> VolumeSizeField(std::int64_t length);
 
 }  // namespace vantrel

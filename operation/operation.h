@@ -1,95 +1,91 @@
-// What a conversion may say to whoever runs it. The window, the console program and the tests each implement
+// What a conversion tells the program that runs it. The window, the console program and the tests each derive from
 // COperation; a conversion never knows which of them it talks to.
 #pragma once
 
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
-#include <optional>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 
 namespace vantrel {
 
+/// The conversions, for runners that treat them differently. A rebuild begins as ImlToIso and, once the medium is known,
+/// again as the rebuild of that medium.
+enum class EConversion {
+    IsoToIml,
+    ImlToIso,
+    ImlToCdImage,
+    ImlToDvdImage,
+    IsoToBin,
+    BinToIso,
+    IsoToCso,
+    CsoToIso,
+    IsoToDax,
+    DaxToIso,
+    CheckPostgap,
+    AddPostgap,
+};
+
 /// The four panes of the status bar, in their order.
 enum class EPane { File, Bytes, Status, Percent };
 
-/// The controls that a conversion may grey or enable. The value is the control's id in the main dialog.
-enum class ECommand : std::int32_t {
-    Browse = 1,
-    IsoToIml = 1001,
-    Vantrel = 1005,
-    IsoToBin = 1012,
-    BinToIso = 1021,
-    FullPath = 1025,
-    RelativePath = 1026,
-    IsoToDax = 1029,
-    DaxToIso = 1030,
-    CompressionLevel = 1031,
-    CheckPostgap = 1032,
-    IsoToCso = 1033,
-    CsoToIso = 1034,
-    AddSelectivePostgap = 1035,
+/// What COperation::Fail throws unless the runner ends in another way; what() is the conversion's text.
+class CConversionFailed : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
 };
 
-/// The bitmap that fills the progress bar. The value is the bitmap's resource id.
-enum class EProgressFill : std::int32_t { Cd = 187, Dvd = 189 };
-
-/// The conversation of one conversion with its runner.
+/// The link between one conversion and its runner. Every call has a default, so a runner overrides only what it shows;
+/// a plain COperation runs a conversion in silence.
 ///
-/// Texts are UTF-8. Every call returns at once except Notify and Complete, which may wait for the user, and Fail,
-/// which never returns: the window ends the process, the other runners throw their own exception, which the
-/// engine neither catches nor knows. PumpMessages is the only place where anything else may happen meanwhile.
+/// Texts are UTF-8. Every call returns at once except Notify and Complete, which may wait for the user, and Fail, which
+/// never returns. Only Yield and Fail may throw; the engine catches nothing.
 class COperation {
 public:
     virtual ~COperation() = default;
 
+    /// Announces the conversion, so that the runner can lock whatever must not be used meanwhile.
+    virtual void Begin(EConversion /*conversion*/) {}
+
     /// Puts a text into a pane of the status bar.
-    virtual void SetPane(EPane pane, std::string_view text) = 0;
+    virtual void SetPane(EPane /*pane*/, std::string_view /*text*/) {}
 
-    /// Greys or enables one control of the main dialog.
-    virtual void EnableCommand(ECommand command, bool enabled) = 0;
+    /// Announces the amount of work: `units` is 0 or more.
+    virtual void SetTotal(std::int64_t /*units*/) {}
 
-    /// Lets the window accept dropped files again.
-    virtual void AcceptDroppedFiles() = 0;
+    /// Reports how many units are done, from 0 to the total.
+    virtual void SetDone(std::int64_t /*units*/) {}
 
-    /// The chosen compression level, 1 to 9; nothing when no entry of the list is selected.
-    virtual std::optional<int> CompressionLevel() = 0;
+    /// Processes pending window messages; in the console program, acts on Ctrl-C.
+    virtual void Yield() {}
 
-    /// Creates the progress bar with the range 0 to `range` (units of work, never negative) and the step 1.
-    virtual void StartProgress(std::int32_t range, EProgressFill fill) = 0;
+    /// Shows a notice and continues.
+    virtual void Notify(std::string_view /*text*/) {}
 
-    /// Moves the bar on by one unit, at most to the end of its range.
-    virtual void StepProgress() = 0;
-
-    /// Moves the bar to a position of its range.
-    virtual void SetProgressPosition(std::int32_t position) = 0;
-
-    /// Lets everything else that waits for this thread happen.
-    virtual void PumpMessages() = 0;
-
-    /// Tells something and goes on.
-    virtual void Notify(std::string_view text) = 0;
-
-    /// Tells why the conversion cannot go on, and ends it.
+    /// Reports why the conversion cannot continue, and ends it.
     [[noreturn]] void Fail(std::string_view text) {
         EndWith(text);
         std::abort();
     }
 
-    /// Runs the completion: done message, sound, buttons, removal of the bar. When the completion is left early
-    /// (no sound entry is selected) it says and changes nothing and returns false. Otherwise `report` is called
-    /// once, before the done message is shown, and true is returned when all is over.
-    virtual bool Complete(std::string_view doneText, const std::function<void()>& report) = 0;
+    /// Reports success. Calls `report` once, before the runner shows the done text. Returns false, without calling
+    /// `report`, if the runner leaves the completion early (the window does if no sound is selected).
+    virtual bool Complete(std::string_view /*doneText*/, const std::function<void()>& report) {
+        report();
+        return true;
+    }
 
-    /// Completes without a last report.
+    /// Reports success without a final report.
     bool Complete(std::string_view doneText) {
         return Complete(doneText, [] {});
     }
 
 private:
-    /// The runner's way to fail; must not return. (A virtual function is not taken as non-returning by every compiler
-    /// at the place of the call, so Fail itself is none.)
-    virtual void EndWith(std::string_view text) = 0;
+    /// Ends the conversion; must not return. Fail itself is not virtual because compilers do not rely on [[noreturn]] in
+    /// virtual calls.
+    virtual void EndWith(std::string_view text) { throw CConversionFailed(std::string(text)); }
 };
 
 }  // namespace vantrel

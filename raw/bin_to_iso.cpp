@@ -7,9 +7,9 @@
 
 #include "files/input_file.h"
 #include "files/path.h"
-#include "operation/frame.h"
+#include "operation/progress.h"
 #include "operation/text.h"
-#include "pieces/pieces_ahead.h"
+#include "pipeline/ordered_pipeline.h"
 #include "raw/raw_sector.h"
 
 namespace vantrel {

@@ -5,7 +5,7 @@
 
 #include "files/input_file.h"
 #include "files/output_file.h"
-#include "operation/letter_case.h"
+#include "files/letter_case.h"
 #include "operation/text.h"
 #include "raw/sector_expander.h"
 

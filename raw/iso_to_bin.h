@@ -6,7 +6,7 @@
 
 #include "files/output_file.h"
 #include "operation/operation.h"
-#include "raw/converter_runner.h"
+#include "app/converter/converter_runner.h"
 
 namespace vantrel {
 

@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-#include "pieces/pieces_ahead.h"
+#include "pipeline/ordered_pipeline.h"
 
 namespace vantrel {
 

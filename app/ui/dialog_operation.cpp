@@ -7,7 +7,7 @@
 #include "app/message_box.h"
 #include "app/sound/completion_sound.h"
 #include "files/utf.h"
-#include "operation/frame.h"
+#include "operation/progress.h"
 #include "operation/text.h"
 
 namespace vantrel {

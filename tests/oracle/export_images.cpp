@@ -6,7 +6,7 @@
 #include <string>
 
 #include "files/path.h"
-#include "iml/export.h"
+#include "iml/export/export.h"
 #include "tests/support/image_builder.h"
 #include "tests/support/recording_operation.h"
 

@@ -9,7 +9,45 @@ namespace {
 
 constexpr const char* kPaneNames[] = {"FILE", "BYTES", "STATUS", "PERCENT"};
 
+const char* NameOf(EConversion conversion) {
+    switch (conversion) {
+        case EConversion::IsoToIml:
+            return "iso2iml";
+        case EConversion::ImlToIso:
+            return "iml2iso";
+        case EConversion::ImlToCdImage:
+            return "iml2iso cd";
+        case EConversion::ImlToDvdImage:
+            return "iml2iso dvd";
+        case EConversion::IsoToBin:
+            return "iso2bin";
+        case EConversion::BinToIso:
+            return "bin2iso";
+        case EConversion::IsoToCso:
+            return "iso2cso";
+        case EConversion::CsoToIso:
+            return "cso2iso";
+        case EConversion::IsoToDax:
+            return "iso2dax";
+        case EConversion::DaxToIso:
+            return "dax2iso";
+        case EConversion::CheckPostgap:
+            return "check-postgap";
+        case EConversion::AddPostgap:
+            return "add-postgap";
+    }
+    return "";
+}
+
 }  // namespace
+
+std::string BeginOf(EConversion conversion) {
+    return std::string("begin ") + NameOf(conversion);
+}
+
+void CRecordingOperation::Begin(EConversion conversion) {
+    m_calls.push_back(BeginOf(conversion));
+}
 
 void CRecordingOperation::SetPane(EPane pane, std::string_view text) {
     const auto index = static_cast<std::size_t>(pane);
@@ -17,36 +55,19 @@ void CRecordingOperation::SetPane(EPane pane, std::string_view text) {
     m_calls.push_back("pane " + std::string(kPaneNames[index]) + " " + std::string(text));
 }
 
-void CRecordingOperation::EnableCommand(ECommand command, bool enabled) {
-    m_calls.push_back((enabled ? "enable " : "disable ") + std::to_string(static_cast<std::int32_t>(command)));
+void CRecordingOperation::SetTotal(std::int64_t units) {
+    m_calls.push_back("total " + std::to_string(units));
 }
 
-void CRecordingOperation::AcceptDroppedFiles() {
-    m_calls.emplace_back("accept drops");
+void CRecordingOperation::SetDone(std::int64_t units) {
+    m_calls.push_back("done " + std::to_string(units));
 }
 
-std::optional<int> CRecordingOperation::CompressionLevel() {
-    m_calls.emplace_back("ask level");
-    return m_level;
-}
-
-void CRecordingOperation::StartProgress(std::int32_t range, EProgressFill fill) {
-    m_calls.push_back("progress " + std::to_string(range) + " fill " + std::to_string(static_cast<std::int32_t>(fill)));
-}
-
-void CRecordingOperation::StepProgress() {
-    m_calls.emplace_back("step");
-}
-
-void CRecordingOperation::SetProgressPosition(std::int32_t position) {
-    m_calls.push_back("position " + std::to_string(position));
-}
-
-void CRecordingOperation::PumpMessages() {
-    m_calls.emplace_back("pump");
-    ++m_pumps;
-    if (m_onPump) {
-        m_onPump(m_pumps);
+void CRecordingOperation::Yield() {
+    m_calls.emplace_back("yield");
+    ++m_yields;
+    if (m_onYield) {
+        m_onYield(m_yields);
     }
 }
 

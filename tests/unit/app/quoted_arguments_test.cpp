@@ -1,5 +1,5 @@
 // Command lines from which a program reads exactly the words that were put in.
-#include "app/quoted_arguments.h"
+#include "app/converter/quoted_arguments.h"
 
 #include <gtest/gtest.h>
 

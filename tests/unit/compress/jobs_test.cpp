@@ -5,7 +5,7 @@
 #include "compress/cso.h"
 #include "compress/dax.h"
 #include "compress/sharing.h"
-#include "pieces/pieces_ahead.h"
+#include "pipeline/ordered_pipeline.h"
 #include "tests/support/recording_operation.h"
 #include "tests/unit/compress/cso_support.h"
 

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "operation/letter_case.h"
+#include "files/letter_case.h"
 #include "tests/support/test_folder.h"
 
 namespace vantrel {

@@ -1,11 +1,9 @@
-// The conversion to a raw image through a converter program that is only pretended: order of everything, the files that
-// come and go, names that must never reach the command processor.
-#include "raw/iso_to_bin.h"
-
+// The conversion to a raw image without a second program: bytes, both outputs or none, refusals.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "raw/batch_line.h"
+#include "raw/iso_to_bin.h"
+#include "raw/raw_sector.h"
 #include "tests/support/raw_sector_check.h"
 #include "tests/support/recording_operation.h"
 #include "tests/unit/raw/raw_support.h"
@@ -18,206 +16,98 @@ using test::CRecordingOperation;
 using test::CTestFolder;
 using test::FailureOf;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
-/// Pretends to be the system. Its calls stand in one record with those of the operation.
-class CFakeRunner : public CConverterRunner {
-public:
-    explicit CFakeRunner(const CTestFolder& folder) : m_folder(folder) {}
-
-    void PlaceConverter(const std::string& folder) override {
-        Note("place", folder);
-        test::WriteText(m_folder / "tmpfile.exe", "converter");
-    }
-    void StartBatchFile(const std::string& folder, const std::string& name) override {
-        Note("batch " + name, folder);
-        m_line = test::ReadText(m_folder / name);
-    }
-    void StartConverter(const std::string& folder, const std::vector<std::string>& arguments) override {
-        std::string words;
-        for (const std::string& argument : arguments) {
-            words += "<" + argument + ">";
-        }
-        Note("direct " + words, folder);
-    }
-    bool HasFinished() override { return ++m_looks >= m_looksUntilFinished; }
-    void RemoveConverter(const std::string& folder) override {
-        Note("remove", folder);
-        RemoveFile(m_folder / "tmpfile.exe");
-    }
-
-    std::vector<std::string> m_notes;
-    std::string m_line;
-    int m_looksUntilFinished = 1;
-
-private:
-    void Note(const std::string& what, const std::string& folder) {
-        EXPECT_EQ(folder, m_folder.Path());
-        m_notes.push_back(what + " among " + testing::PrintToString(m_folder.Names()));
-    }
-
-    const CTestFolder& m_folder;
-    int m_looks = 0;
-};
-
-Bytes WithVolumeSize(Bytes image, std::uint32_t sectors) {
-    test::Write32(image, 32848, sectors);
-    return image;
-}
-
-std::string SizeText(std::size_t size) {
-    return std::to_string(size) + " bytes";
-}
-
-TEST(IsoToBin, CallsComeInOrder) {
-    const CTestFolder folder;
-    const Bytes image = test::CdImage();
-    const std::string sectors = std::to_string(image.size() / 2048);
+SDirectIsoToBinRequest RequestFor(const CTestFolder& folder, const Bytes& image) {
     test::WriteWhole(folder / "game.iso", image);
-    CRecordingOperation operation;
-    CFakeRunner runner(folder);
-    runner.m_looksUntilFinished = 2;
-    IsoToBin({folder.Path(), "game.iso"}, runner, operation);
-    const std::string bytes = "pane BYTES " + SizeText(image.size());
-    const std::string second = "pane PERCENT " + std::to_string(100 / (image.size() / 2048)) + "%";
-    EXPECT_THAT(operation.Calls(),
-                ElementsAre("pane STATUS Converting ISO2BIN, please Wait", bytes, "disable 1001", "disable 1005",
-                            "disable 1012", "disable 1021", "disable 1029", "disable 1030", "disable 1", "disable 1032",
-                            "disable 1033", "disable 1034", "progress " + sectors + " fill 189",  //
-                            "pane PERCENT 0%", "step", bytes, "pump",                             //
-                            second, "step", bytes, "pump",                                        //
-                            "position " + sectors, "pane PERCENT 100%", "pane STATUS Conversion iso2bin Done !",
-                            "complete Conversion iso2bin Done !", "completed", "pane STATUS Conversion iso2bin Done !",
-                            "pane FILE game.bin", "pane BYTES " + SizeText(image.size() / 2048 * 2352)));
-    EXPECT_THAT(runner.m_notes,
-                ElementsAre(R"(place among { "game.iso" })",
-                            R"(batch ISO2BIN.BAT among { "ISO2BIN.BAT", "game.cue", "game.iso", "tmpfile.exe" })",
-                            R"(remove among { "game.cue", "game.iso", "tmpfile.exe" })"));
-    EXPECT_THAT(folder.Names(), ElementsAre("game.cue", "game.iso"));
-    EXPECT_EQ(runner.m_line, "tmpfile game.iso game.bin /mode2\r\n");
-    EXPECT_EQ(test::ReadText(folder / "game.cue"),
-              "FILE \"game.bin\" BINARY\r\n  TRACK 01 MODE2/2352\r\n    INDEX 01 00:00:00\r\n");
+    return {folder / "game.iso", folder / "game.bin", folder / "game.cue", EOutputManner::CommitReplace};
 }
 
-TEST(IsoToBin, TheBarGoesRound) {
-    const CTestFolder folder;
-    const Bytes image = test::CdImage();
-    const auto sectors = static_cast<int>(image.size() / 2048);
-    test::WriteWhole(folder / "game.iso", image);
-    CRecordingOperation operation;
-    CFakeRunner runner(folder);
-    runner.m_looksUntilFinished = 2 * sectors + 1;
-    IsoToBin({folder.Path(), "game.iso"}, runner, operation);
-    EXPECT_THAT(operation.CallsOf("position"),
-                ElementsAre("position 0", "position 0", "position " + std::to_string(sectors)));
-    EXPECT_EQ(operation.CallsOf("pane PERCENT 0%").size(), 5U) << "at the start of each round, and twice at its end";
-    EXPECT_EQ(operation.CallsOf("pump").size(), static_cast<std::size_t>(2 * sectors + 1));
-}
-
-TEST(IsoToBin, ACompletionThatIsLeftEarlySaysNothingMore) {
-    const CTestFolder folder;
-    test::WriteWhole(folder / "game.iso", test::CdImage());
-    CRecordingOperation operation;
-    operation.m_completes = false;
-    CFakeRunner runner(folder);
-    IsoToBin({folder.Path(), "game.iso"}, runner, operation);
-    EXPECT_EQ(operation.Calls().back(), "complete Conversion iso2bin Done !");
-}
-
-TEST(IsoToBin, AnyOtherLengthThanTheVolumesGetsAPostgap) {
-    const Bytes image = test::CdImage();
-    const auto sectors = static_cast<std::uint32_t>(image.size() / 2048);
-    for (const std::uint32_t volume : {sectors - 1, sectors, sectors + 1}) {
+TEST(IsoToBinDirectly, WritesSectorsAndSheet) {
+    for (const test::EPostgap postgap : {test::EPostgap::None, test::EPostgap::Missing}) {
         const CTestFolder folder;
-        test::WriteWhole(folder / "game.iso", WithVolumeSize(image, volume));
+        const Bytes image = test::CdImage(postgap);
         CRecordingOperation operation;
-        CFakeRunner runner(folder);
-        IsoToBin({folder.Path(), "game.iso"}, runner, operation);
-        EXPECT_EQ(runner.m_line, volume == sectors ? "tmpfile game.iso game.bin /mode2\r\n"
-                                                   : "tmpfile game.iso game.bin /mode2 /postgap\r\n");
+        IsoToBinDirectly(RequestFor(folder, image), operation);
+        const Bytes raw = test::ReadWhole(folder / "game.bin");
+        const std::size_t added = postgap == test::EPostgap::Missing ? 150 : 0;
+        EXPECT_EQ(raw.size(), (image.size() / 2048 + added) * 2352);
+        EXPECT_EQ(test::FaultOfRawImage(raw), "");
+        EXPECT_EQ(test::ReadText(folder / "game.cue"),
+                  "FILE \"game.bin\" BINARY\r\n  TRACK 01 MODE2/2352\r\n    INDEX 01 00:00:00\r\n");
+        EXPECT_THAT(folder.Names(), ElementsAre("game.bin", "game.cue", "game.iso"));
+        EXPECT_EQ(operation.Calls().back(), "completed");
+        EXPECT_EQ(operation.PaneText(EPane::Bytes), std::to_string(raw.size()) + " bytes");
     }
 }
 
-TEST(IsoToBin, OutputsAreNamedAfterTheFileWithoutItsExtension) {
+TEST(IsoToBinDirectly, AnImageOfPartialSectorsIsRefused) {
     const CTestFolder folder;
-    test::WriteWhole(folder / "a.b.img", test::CdImage());
+    Bytes image = test::CdImage();
+    image.push_back(0);
     CRecordingOperation operation;
-    CFakeRunner runner(folder);
-    IsoToBin({folder.Path(), "a.b.img"}, runner, operation);
-    EXPECT_EQ(runner.m_line, "tmpfile a.b.iso a.b.bin /mode2\r\n") << "the converter always reads name + .iso";
-    EXPECT_THAT(folder.Names(), ElementsAre("a.b.cue", "a.b.img"));
+    EXPECT_EQ(FailureOf([&] { IsoToBinDirectly(RequestFor(folder, image), operation); }),
+              (folder / "game.iso") + " is not whole sectors of 2048 bytes: 1 bytes are left over");
+    EXPECT_THAT(folder.Names(), ElementsAre("game.iso"));
 }
 
-TEST(IsoToBin, NamesThatTheCommandProcessorWouldReadGoAroundIt) {
-    for (const std::string name : {"a b", "a&calc", "%PATH%", "a^b", "(a)", "a;b", "a,b", "a=b", "caf\xC3\xA9", "a'b",
-                                   "!x!", "a@b", "`a`", "a~1"}) {
-        const CTestFolder folder;
-        test::WriteWhole(folder / (name + ".iso"), test::CdImage());
-        CRecordingOperation operation;
-        CFakeRunner runner(folder);
-        IsoToBin({folder.Path(), name + ".iso"}, runner, operation);
-        ASSERT_EQ(runner.m_notes.size(), 3U);
-        EXPECT_THAT(runner.m_notes[1],
-                    testing::StartsWith("direct <" + name + ".iso><" + name + ".bin></mode2> among"));
-        EXPECT_THAT(runner.m_notes[1], testing::HasSubstr("ISO2BIN.BAT")) << "the same files appear";
-    }
-}
-
-TEST(BatchLine, FoldersThatTheCommandProcessorCannotWorkInGoAroundIt) {
-    const SConverterCall call = {"game.iso", "game.bin", false};
-    EXPECT_TRUE(IsBatchLineSafe("C:\\My Games\\", call));
-    EXPECT_TRUE(IsBatchLineSafe("/discs/cd/", call));
-    EXPECT_FALSE(IsBatchLineSafe("C:\\100%\\", call));
-    EXPECT_FALSE(IsBatchLineSafe("C:\\a&b\\", call));
-    EXPECT_FALSE(IsBatchLineSafe("C:\\caf\xC3\xA9\\", call));
-    EXPECT_FALSE(IsBatchLineSafe("\\\\server\\share\\", call));
+TEST(IsoToBinDirectly, AnImageBeyondTheLastAddressIsRefused) {
     const CTestFolder folder;
-    EXPECT_TRUE(IsBatchLineSafe(folder.Path(), call));
-    test::WriteText(folder / "tmpfile.com", "something else");
-    EXPECT_FALSE(IsBatchLineSafe(folder.Path(), call)) << "it would be run instead of the converter";
-}
-
-TEST(IsoToBin, FailuresHaveTheirTextsAndLeaveWhatIsThere) {
-    const CTestFolder folder;
+    const SDirectIsoToBinRequest request = RequestFor(folder, test::CdImage());
+    CNativeFile file;
+    ASSERT_TRUE(file.Open(folder / "game.iso", EOpenMode::ReadWrite, ESharing::Anyone));
+    ASSERT_TRUE(file.Resize((std::int64_t{kMostRawSectors} - 149) * 2048));
     CRecordingOperation operation;
-    CFakeRunner runner(folder);
-    const auto failure = [&](const char* name) {
-        return FailureOf([&] { IsoToBin({folder.Path(), name}, runner, operation); });
-    };
-    EXPECT_EQ(failure("a.iso"), "Code 103- Error Opening " + (folder / "a.iso"));
-    const std::string refused = "Code 76 PS2 - invalid PS2 CD iso  file header  " + (folder / "a.iso");
-    test::WriteWhole(folder / "a.iso", {});
-    EXPECT_EQ(failure("a.iso"), refused);
-    for (const std::size_t spoilt : {33792, 33794, 33342, 33344}) {
-        Bytes image = test::CdImage();
-        image[spoilt] ^= 1;
-        test::WriteWhole(folder / "a.iso", image);
-        EXPECT_EQ(failure("a.iso"), refused) << spoilt;
-    }
-    EXPECT_THAT(runner.m_notes, IsEmpty());
-    EXPECT_THAT(folder.Names(), ElementsAre("a.iso"));
-
-    test::WriteWhole(folder / "a.iso", test::CdImage());
-    ASSERT_TRUE(MakeFolder(folder / "a.cue"));
-    EXPECT_EQ(failure("a.iso"), "Code 102- Error Opening " + (folder / "a.cue"));
-    EXPECT_THAT(folder.Names(), ElementsAre("ISO2BIN.BAT", "a.cue", "a.iso", "tmpfile.exe"));
-    RemoveFile(folder / "ISO2BIN.BAT");
-    ASSERT_TRUE(MakeFolder(folder / "ISO2BIN.BAT"));
-    EXPECT_EQ(failure("a.iso"), "Code 101- Error Opening " + (folder / "ISO2BIN.BAT"));
+    EXPECT_EQ(FailureOf([&] { IsoToBinDirectly(request, operation); }),
+              (folder / "game.iso") + " is too long for a CD: addresses end at 99:59:74, after 449850 sectors");
+    EXPECT_THAT(folder.Names(), ElementsAre("game.iso"));
 }
 
-TEST(IsoToBin, ADvdIsRefused) {
+TEST(IsoToBinDirectly, NamesThatASheetCannotSpellAreRefused) {
     const CTestFolder folder;
-    test::SImageDescription description;
-    description.kind = test::EImageKind::Dvd;
-    description.files = {{"SYSTEM.CNF", Bytes(10, 1)}};
-    test::WriteWhole(folder / "dvd.iso", test::BuildImage(description).bytes);
+    SDirectIsoToBinRequest request = RequestFor(folder, test::CdImage());
+    request.binPath = folder / "a\"b.bin";
     CRecordingOperation operation;
-    CFakeRunner runner(folder);
-    EXPECT_EQ(FailureOf([&] {
-                  IsoToBin({folder.Path(), "dvd.iso"}, runner, operation);
-              }),
-              "Code 76 PS2 - invalid PS2 CD iso  file header  " + (folder / "dvd.iso"));
+    EXPECT_EQ(FailureOf([&] { IsoToBinDirectly(request, operation); }),
+              "A CUE sheet cannot name the file " + request.binPath);
+}
+
+TEST(IsoToBinDirectly, WhenTheSheetCannotBeNeitherIs) {
+    const CTestFolder folder;
+    const SDirectIsoToBinRequest request = RequestFor(folder, test::CdImage());
+    test::WriteText(folder / "game.bin", "older");
+    ASSERT_TRUE(MakeFolder(folder / "game.cue"));
+    CRecordingOperation operation;
+    EXPECT_THAT(FailureOf([&] { IsoToBinDirectly(request, operation); }), testing::HasSubstr(folder / "game.cue"));
+    EXPECT_THAT(folder.Names(), ElementsAre("game.bin", "game.cue", "game.iso"));
+    EXPECT_EQ(test::ReadText(folder / "game.bin"), "older");
+}
+
+TEST(IsoToBinDirectly, AnImageThatShrinksLeavesNothing) {
+    const CTestFolder folder;
+    Bytes image = test::CdImage();
+    image.resize(std::size_t{2048} * 4096);
+    const SDirectIsoToBinRequest request = RequestFor(folder, image);
+    CRecordingOperation operation;
+    operation.m_onPump = [&](int) { test::WriteWhole(folder / "game.iso", Bytes(5, 1)); };
+    EXPECT_EQ(FailureOf([&] { IsoToBinDirectly(request, operation); }), "Cannot read " + (folder / "game.iso"));
+    EXPECT_THAT(folder.Names(), ElementsAre("game.iso"));
+}
+
+TEST(IsoToBinDirectly, AnInterruptionLeavesNothing) {
+    const CTestFolder folder;
+    Bytes image = test::CdImage();
+    image.resize(std::size_t{2048} * 4096);
+    const SDirectIsoToBinRequest request = RequestFor(folder, image);
+    CRecordingOperation operation;
+    operation.m_onPump = [](int) { throw std::runtime_error("interrupted"); };
+    EXPECT_THROW(IsoToBinDirectly(request, operation), std::runtime_error);
+    EXPECT_THAT(folder.Names(), ElementsAre("game.iso"));
+}
+
+TEST(CuePathOf, IsBesideTheRawImageAndNeverTheImageItself) {
+    EXPECT_EQ(CuePathOf("a/b.c.bin"), "a/b.c.cue");
+    EXPECT_EQ(CuePathOf("a/b"), "a/b.cue");
+    EXPECT_EQ(CuePathOf("a/b.CUE"), "a/b.CUE.cue");
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "app/quoted_arguments.h"
+#include "app/converter/quoted_arguments.h"
 #include "app/resource_file.h"
 #include "files/utf.h"
 

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "operation/frame.h"
+#include "operation/progress.h"
 #include "tests/window/frame/frame_dialog.h"
 
 namespace vantrel::test {

@@ -1,0 +1,130 @@
+#include "files/checked_file.h"
+
+#include "operation/text.h"
+
+namespace vantrel {
+
+void CCheckedInput::OpenOrFail(const std::string& path, const char* pattern, ESharing sharing) {
+    OpenOrFail(path, pattern, path, sharing);
+}
+
+void CCheckedInput::OpenOrFail(const std::string& path, const char* pattern, const std::string& shownPath,
+                               ESharing sharing) {
+    if (!Open(path, sharing)) {
+        m_operation.Fail(Format(pattern, shownPath.c_str()));
+    }
+}
+
+std::int64_t CCheckedInput::SizeOrFail() const {
+    const std::int64_t size = Size();
+    if (size < 0) {
+        m_operation.Fail(Problem());
+    }
+    return size;
+}
+
+void CCheckedInput::FailIfUnread() const {
+    if (HasFailed()) {
+        m_operation.Fail(Problem());
+    }
+}
+
+void CCheckedOutput::OpenOrFail(const std::string& path, EOutputManner manner, const char* pattern) {
+    OpenOrFail(path, manner, pattern, path, ESharing::Anyone);
+}
+
+void CCheckedOutput::OpenOrFail(const std::string& path, EOutputManner manner, const char* pattern,
+                                const std::string& shownPath, ESharing sharing) {
+    if (!Open(path, manner, sharing)) {
+        m_operation.Fail(Format(pattern, shownPath.c_str()));
+    }
+}
+
+void CCheckedOutput::ReopenOrFail(const char* pattern) {
+    if (!Reopen()) {
+        m_operation.Fail(Format(pattern, TargetPath().c_str()));
+    }
+}
+
+void CCheckedOutput::WriteOrFail(std::span<const std::uint8_t> bytes) {
+    Write(bytes);
+    FailIfUnwritten();
+}
+
+void CCheckedOutput::WriteZerosOrFail(std::int64_t count) {
+    WriteZeros(count);
+    FailIfUnwritten();
+}
+
+void CCheckedOutput::SeekOrFail(std::int64_t position) {
+    Seek(position);
+    FailIfUnwritten();
+}
+
+void CCheckedOutput::FailIfUnwritten() const {
+    if (HasFailed()) {
+        m_operation.Fail(Problem());
+    }
+}
+
+void CCheckedOutput::FinishOrFail() {
+    if (!Finish()) {
+        m_operation.Fail(Problem());
+    }
+}
+
+void CCheckedOutput::CommitOrFail() {
+    if (!Commit()) {
+        m_operation.Fail(Problem());
+    }
+}
+
+void CCheckedUpdate::OpenOrFail(const std::string& path, EUpdateManner manner, const char* pattern) {
+    if (!Open(path, manner)) {
+        m_operation.Fail(Format(pattern, path.c_str()));
+    }
+}
+
+void CCheckedUpdate::ReopenOrFail(const char* pattern) {
+    if (!Reopen()) {
+        m_operation.Fail(Format(pattern, Path().c_str()));
+    }
+}
+
+std::int64_t CCheckedUpdate::SizeOrFail() const {
+    const std::int64_t size = Size();
+    if (size < 0) {
+        m_operation.Fail(ReadProblem());
+    }
+    return size;
+}
+
+void CCheckedUpdate::SeekOrFail(std::int64_t position) {
+    if (!Seek(position)) {
+        m_operation.Fail(Problem());
+    }
+}
+
+void CCheckedUpdate::WriteOrFail(std::span<const std::uint8_t> bytes) {
+    if (!Write(bytes)) {
+        m_operation.Fail(Problem());
+    }
+}
+
+void CCheckedUpdate::FailIfUnread() const {
+    if (HasFailedReading()) {
+        m_operation.Fail(ReadProblem());
+    }
+}
+
+void CCheckedUpdate::CommitOrFail() {
+    if (!Commit()) {
+        m_operation.Fail(Problem());
+    }
+}
+
+std::string CreationProblem(const std::string& path) {
+    return "Cannot create " + path + ": " + LastFileError();
+}
+
+}  // namespace vantrel

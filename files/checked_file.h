@@ -1,0 +1,78 @@
+// Files of a conversion: every failure ends the conversion with a text that names the file.
+//
+// Failure patterns hold one "%s", which stands for the path. Where a message deliberately names another file, the caller
+// passes that path as `shownPath`.
+#pragma once
+
+#include <string>
+
+#include "files/input_file.h"
+#include "files/output_file.h"
+#include "files/update_file.h"
+#include "operation/operation.h"
+
+namespace vantrel {
+
+class CCheckedInput : public CInputFile {
+public:
+    explicit CCheckedInput(COperation& operation) : m_operation(operation) {}
+
+    void OpenOrFail(const std::string& path, const char* pattern, ESharing sharing = ESharing::Anyone);
+    void OpenOrFail(const std::string& path, const char* pattern, const std::string& shownPath,
+                    ESharing sharing = ESharing::Anyone);
+
+    /// Length in bytes.
+    std::int64_t SizeOrFail() const;
+
+    /// Fails if the system has reported an error since the file was opened. Reading up to the end is no error.
+    void FailIfUnread() const;
+
+private:
+    COperation& m_operation;
+};
+
+class CCheckedOutput : public COutputFile {
+public:
+    explicit CCheckedOutput(COperation& operation) : m_operation(operation) {}
+
+    void OpenOrFail(const std::string& path, EOutputManner manner, const char* pattern);
+    void OpenOrFail(const std::string& path, EOutputManner manner, const char* pattern, const std::string& shownPath,
+                    ESharing sharing);
+    void ReopenOrFail(const char* pattern);
+
+    void WriteOrFail(std::span<const std::uint8_t> bytes);
+    void WriteZerosOrFail(std::int64_t count);
+    void SeekOrFail(std::int64_t position);
+    /// Fails if anything written so far was lost.
+    void FailIfUnwritten() const;
+
+    /// Finish and Commit of COutputFile.
+    void FinishOrFail();
+    void CommitOrFail();
+
+private:
+    COperation& m_operation;
+};
+
+class CCheckedUpdate : public CUpdateFile {
+public:
+    explicit CCheckedUpdate(COperation& operation) : m_operation(operation) {}
+
+    void OpenOrFail(const std::string& path, EUpdateManner manner, const char* pattern);
+    void ReopenOrFail(const char* pattern);
+
+    std::int64_t SizeOrFail() const;
+    void SeekOrFail(std::int64_t position);
+    void WriteOrFail(std::span<const std::uint8_t> bytes);
+    /// Fails if the system has reported an error while reading since the file was opened.
+    void FailIfUnread() const;
+    void CommitOrFail();
+
+private:
+    COperation& m_operation;
+};
+
+/// The text for a file that cannot be created: names the file and the cause, which is the last error.
+std::string CreationProblem(const std::string& path);
+
+}  // namespace vantrel

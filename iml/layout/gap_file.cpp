@@ -1,0 +1,172 @@
+#include "iml/layout/gap_file.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "files/byte_order.h"
+#include "files/path.h"
+#include "iso/iso9660.h"
+
+namespace vantrel {
+
+namespace {
+
+constexpr std::string_view kMagic = "IMLGAPS1";
+constexpr std::size_t kLengthOffset = 8;
+constexpr std::size_t kCountOffset = 16;
+constexpr std::size_t kHeaderSize = 24;
+constexpr std::size_t kIndexEntrySize = 16;
+
+/// What is copied at once.
+constexpr std::int64_t kPieceSize = 1 << 20;
+
+using Header = std::array<std::uint8_t, kHeaderSize>;
+using IndexEntry = std::array<std::uint8_t, kIndexEntrySize>;
+
+void Store64(std::span<std::uint8_t> bytes, std::int64_t value) {
+    const auto low = Le32(static_cast<std::uint32_t>(value));
+    const auto high = Le32(static_cast<std::uint32_t>(value >> 32));
+    std::copy(low.begin(), low.end(), bytes.begin());
+    std::copy(high.begin(), high.end(), bytes.begin() + 4);
+}
+
+std::int64_t Load64(std::span<const std::uint8_t, 8> bytes) {
+    return static_cast<std::int64_t>(LoadLe64(bytes));
+}
+
+bool CopyArea(CInputFile& image, const SImageArea& area, COutputFile& output) {
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::min(area.length, kPieceSize)));
+    for (std::int64_t done = 0; done < area.length; done += kPieceSize) {
+        const auto piece = std::span(bytes).first(static_cast<std::size_t>(std::min(area.length - done, kPieceSize)));
+        if (output.Copy(image, area.position + done, piece) != piece.size()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+std::string GapPathOf(const std::string& layoutPath) {
+    const SPathParts parts = SplitPath(layoutPath);
+    return parts.drive + parts.folder + parts.name + ".gaps";
+}
+
+std::vector<SImageArea> UncoveredAreas(std::span<const SImageArea> covered, std::int64_t imageLength) {
+    std::vector<SImageArea> areas;
+    std::int64_t position = 0;
+    for (const SImageArea& area : covered) {
+        const std::int64_t start = std::min(area.position, imageLength);
+        if (start > position) {
+            areas.push_back({position, start - position});
+        }
+        position = std::max(position, std::min(area.position + area.length, imageLength));
+    }
+    if (position < imageLength) {
+        areas.push_back({position, imageLength - position});
+    }
+    return areas;
+}
+
+std::vector<SImageArea> AreasWithData(CInputFile& image, std::span<const SImageArea> areas) {
+    std::vector<SImageArea> found;
+    std::array<std::uint8_t, kSectorSize> bytes = {};
+    for (const SImageArea& area : areas) {
+        const std::int64_t end = area.position + area.length;
+        std::int64_t position = area.position;
+        while (position < end) {
+            const std::int64_t next = std::min(end, (position / kSectorSize + 1) * kSectorSize);
+            const auto piece = std::span(bytes).first(static_cast<std::size_t>(next - position));
+            const std::size_t count = image.ReadAt(position, piece);
+            const bool hasData = std::any_of(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(count),
+                                             [](std::uint8_t byte) { return byte != 0; });
+            if (hasData && !found.empty() && found.back().position + found.back().length == position) {
+                found.back().length += next - position;
+            } else if (hasData) {
+                found.push_back({position, next - position});
+            }
+            position = next;
+        }
+    }
+    return found;
+}
+
+bool WriteGapFile(CInputFile& image, std::span<const SImageArea> areas, COutputFile& output) {
+    Header header = {};
+    std::copy(kMagic.begin(), kMagic.end(), header.begin());
+    Store64(std::span(header).subspan(kLengthOffset), image.Size());
+    const auto count = Le32(static_cast<std::uint32_t>(areas.size()));
+    std::copy(count.begin(), count.end(), header.begin() + kCountOffset);
+    output.Write(header);
+    for (const SImageArea& area : areas) {
+        IndexEntry entry = {};
+        Store64(entry, area.position);
+        Store64(std::span(entry).subspan(8), area.length);
+        output.Write(entry);
+    }
+    return std::all_of(areas.begin(), areas.end(),
+                       [&](const SImageArea& area) { return CopyArea(image, area, output); });
+}
+
+bool CGapFileReader::Refuse(const std::string& path, const char* reason) {
+    m_problem = path + ": " + reason;
+    m_file.Close();
+    return false;
+}
+
+bool CGapFileReader::Open(const std::string& path) {
+    m_areas.clear();
+    m_dataPositions.clear();
+    m_problem.clear();
+    if (!m_file.Open(path)) {
+        m_problem = path + ": " + LastFileError();
+        return false;
+    }
+    Header header = {};
+    if (m_file.Read(header) != header.size() || !std::equal(kMagic.begin(), kMagic.end(), header.begin())) {
+        return Refuse(path, "not a list of an image's gaps");
+    }
+    m_imageLength = Load64(std::span(header).subspan<kLengthOffset, 8>());
+    if (m_imageLength < 0 || !ReadIndex(LoadLe32(std::span(header).subspan<kCountOffset, 4>()))) {
+        return Refuse(path, "damaged list of an image's gaps");
+    }
+    return true;
+}
+
+bool CGapFileReader::ReadIndex(std::uint32_t count) {
+    const std::int64_t size = m_file.Size();
+    std::int64_t dataPosition = static_cast<std::int64_t>(kHeaderSize + kIndexEntrySize * std::uint64_t{count});
+    if (dataPosition > size) {
+        return false;
+    }
+    std::int64_t lastEnd = 0;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        IndexEntry entry = {};
+        if (m_file.Read(entry) != entry.size()) {
+            return false;
+        }
+        const std::int64_t position = Load64(std::span(entry).first<8>());
+        const std::int64_t length = Load64(std::span(entry).last<8>());
+        if (position < lastEnd || length <= 0 || position > m_imageLength || length > m_imageLength - position ||
+            length > size - dataPosition) {
+            return false;
+        }
+        m_areas.push_back({position, length});
+        m_dataPositions.push_back(dataPosition);
+        lastEnd = position + length;
+        dataPosition += length;
+    }
+    return dataPosition == size;
+}
+
+std::size_t CGapFileReader::ReadAt(std::size_t index, std::int64_t offset, std::span<std::uint8_t> buffer) {
+    const std::int64_t rest = m_areas[index].length - offset;
+    if (offset < 0 || rest <= 0) {
+        return 0;
+    }
+    const auto count = static_cast<std::size_t>(std::min<std::int64_t>(rest, static_cast<std::int64_t>(buffer.size())));
+    return m_file.ReadAt(m_dataPositions[index] + offset, buffer.first(count));
+}
+
+}  // namespace vantrel

@@ -1,0 +1,94 @@
+#include "iml/layout/layout_reader.h"
+
+#include <array>
+
+namespace vantrel {
+
+namespace {
+
+constexpr std::size_t kCountDigits = 10;
+constexpr std::size_t kFirstColumn = 0;
+constexpr std::size_t kFirstWidth = 9;
+constexpr std::size_t kLastColumn = 9;
+constexpr std::size_t kLastWidth = 10;
+constexpr std::size_t kQuoteColumn = 27;
+constexpr std::size_t kPathColumn = 28;
+/// Characters of an entry line that are not its path: the columns before it and the closing quote.
+constexpr std::size_t kAroundPath = 29;
+
+}  // namespace
+
+char MediaLetterOf(CInputFile& layout) {
+    std::array<std::uint8_t, 1> letter = {};
+    layout.ReadAt(kMediaLetterPosition, letter);
+    return static_cast<char>(letter[0]);
+}
+
+bool IsCdLetter(char letter) {
+    return letter == 'C' || letter == '\r' || letter == 'U';
+}
+
+bool IsDvdLetter(char letter) {
+    return letter == 'D';
+}
+
+std::optional<std::int64_t> FindListHead(CInputFile& layout, int hashes) {
+    layout.Seek(0);
+    std::array<std::uint8_t, 1> byte = {};
+    while (hashes > 0) {
+        if (layout.Read(byte) == 0) {
+            return std::nullopt;
+        }
+        hashes -= byte[0] == '#' ? 1 : 0;
+    }
+    return layout.Position();
+}
+
+std::optional<SListHead> ReadListHead(CInputFile& layout, std::int64_t position, CLineBuffer& line) {
+    CTextReader text = TextOf(layout, position);
+    int character = 0;
+    do {
+        character = text.Next();
+        if (character == CTextReader::kEnd) {
+            return std::nullopt;
+        }
+    } while (character != ':');
+    text.Next();
+    SListHead head;
+    if (text.ReadLine(line) && !line.Text().empty()) {
+        std::string_view count = line.Text();
+        count = count.substr(0, count.find('\r')).substr(0, kCountDigits);
+        head.entries = DecimalOf(count);
+        if (text.ReadLine(line) && !line.Text().empty() && text.ReadLine(line) && !line.Text().empty()) {
+            head.leadingLast = DecimalOf(line.Piece(kLastColumn, kLastWidth));
+        }
+    }
+    head.entriesPosition = text.Position();
+    return head;
+}
+
+std::optional<SListedFile> ListedFileOf(const CLineBuffer& line) {
+    // The difference wraps for a short line, and the path is then whatever stands in the buffer.
+    const std::size_t length = line.Text().size() - kAroundPath;
+    if (length == 0) {
+        return std::nullopt;
+    }
+    SListedFile file;
+    file.first = DecimalOf(line.Piece(kFirstColumn, kFirstWidth));
+    file.last = DecimalOf(line.Piece(kLastColumn, kLastWidth));
+    file.path = line.Piece(kPathColumn, length);
+    return file;
+}
+
+bool LooksLikeEntry(const CLineBuffer& line) {
+    const std::string_view text = line.Text();
+    return text.size() >= kAroundPath && text[kQuoteColumn] == '"';
+}
+
+CTextReader TextOf(CInputFile& file, std::int64_t start) {
+    return CTextReader(
+        [&file](std::int64_t position, std::span<std::uint8_t> buffer) { return file.ReadAt(position, buffer); },
+        start);
+}
+
+}  // namespace vantrel

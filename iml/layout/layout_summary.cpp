@@ -1,0 +1,91 @@
+#include "iml/layout/layout_summary.h"
+
+#include "files/input_file.h"
+#include "files/path.h"
+#include "iml/rebuild/layout_pass.h"
+#include "iml/layout/layout_path.h"
+#include "iml/layout/layout_reader.h"
+#include "iml/export/layout_writer.h"
+#include "iml/volume_size.h"
+
+namespace vantrel {
+
+namespace {
+
+std::string MediaName(char letter) {
+    switch (letter) {
+        case 'C':
+        case '\r':
+            return "CD";
+        case 'U':
+            return "UMD";
+        case 'D':
+            return "DVD";
+        default:
+            return {};
+    }
+}
+
+void ReadFiles(CInputFile& layout, const SListHead& head, std::int32_t count, CPathResolver& resolver,
+               SLayoutSummary& summary) {
+    CTextReader text = TextOf(layout, head.entriesPosition);
+    CLineBuffer line;
+    for (std::int32_t i = 0; i < count; ++i) {
+        const bool read = text.ReadLine(line) && LooksLikeEntry(line);
+        const std::optional<SListedFile> listed = read ? ListedFileOf(line) : std::nullopt;
+        if (!listed) {
+            summary.complete = false;
+            return;
+        }
+        SLayoutFile file{listed->path, listed->first, listed->last, false, 0};
+        const std::string path = resolver.Resolve(file.path);
+        file.size = FileSizeOf(path);
+        file.found = file.size >= 0;
+        summary.files.push_back(std::move(file));
+    }
+}
+
+}  // namespace
+
+bool SLayoutFile::Fits() const {
+    const std::int64_t sectors = std::int64_t{last} - first + 1;
+    return size <= sectors * static_cast<std::int64_t>(kImageSector);
+}
+
+std::string FindLeadingStructures(const std::string& layoutPath) {
+    const std::string byBase = ResolveFileCase(FolderOf(layoutPath) + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
+    const std::string byName = ResolveFileCase(LeadingPathOf(layoutPath));
+    return FileKindOf(byBase) == EFileKind::Missing && FileKindOf(byName) != EFileKind::Missing ? byName : byBase;
+}
+
+std::optional<SLayoutSummary> SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder,
+                                              std::string& problem) {
+    CInputFile layout;
+    if (!layout.Open(layoutPath)) {
+        problem = LastFileError();
+        return {};
+    }
+    SLayoutSummary summary;
+    const char letter = MediaLetterOf(layout);
+    summary.media = MediaName(letter);
+    const SLayoutRules& rules = IsDvdLetter(letter) ? kDvdRules : kCdRules;
+    const std::optional<std::int64_t> start = FindListHead(layout, rules.hashes);
+    CLineBuffer line;
+    const std::optional<SListHead> head = start ? ReadListHead(layout, *start, line) : std::nullopt;
+    if (summary.media.empty() || !head || head->entries < rules.unplaced || head->entries > layout.Size()) {
+        problem = layout.HasFailed() ? LastFileError() : "the layout names no known medium or no number of entries";
+        return {};
+    }
+    summary.entries = head->entries;
+    summary.leadingPath = FindLeadingStructures(layoutPath);
+    summary.leadingFound = FileKindOf(summary.leadingPath) == EFileKind::File;
+    CPathResolver resolver(filesFolder);
+    ReadFiles(layout, *head, head->entries - rules.unplaced, resolver, summary);
+    if (layout.HasFailed()) {
+        problem = LastFileError();
+        return {};
+    }
+    return summary;
+}
+
+}  // namespace vantrel

@@ -1,0 +1,171 @@
+#include "iso/extraction.h"
+
+#include <algorithm>
+
+#include "files/path.h"
+#include "iso/extracted_path.h"
+#include "operation/progress.h"
+#include "operation/text.h"
+
+namespace vantrel {
+
+namespace {
+
+constexpr std::size_t kBufferSize = 1U << 20U;
+
+/// `folder` if it exists, else its parent.
+std::string ExistingFolder(const std::string& folder) {
+    return FileKindOf(folder) == EFileKind::Folder ? folder : FolderOf(folder.substr(0, folder.size() - 1));
+}
+
+}  // namespace
+
+CExtraction::CExtraction(const SExtractionRequest& request, CByteSource& image, std::vector<SExtractedFile> files,
+                         COperation& operation)
+    : m_request(request), m_image(image), m_files(std::move(files)), m_operation(operation), m_buffer(kBufferSize) {}
+
+CExtraction::~CExtraction() {
+    if (m_kept) {
+        return;
+    }
+    m_commits.Undo();  // first, because only empty folders can be removed
+    std::for_each(m_newFolders.rbegin(), m_newFolders.rend(), RemoveFolder);
+}
+
+void CExtraction::Check() {
+    CheckNames();
+    CheckClashes();
+    CheckTargets();
+}
+
+void CExtraction::CheckNames() {
+    const std::int64_t imageSize = m_image.Size();
+    for (const SExtractedFile& file : m_files) {
+        for (const std::string& name : NamesOf(file.path)) {
+            const std::string problem = NameProblem(name, kSystemNameRules);
+            if (!problem.empty()) {
+                m_operation.Fail(Format("\"%s\" cannot be extracted: it %s", file.path.c_str(), problem.c_str()));
+            }
+        }
+        if (file.size > 0 && file.position + file.size > imageSize) {
+            m_operation.Fail(Format("\"%s\" cannot be extracted: the image ends before it does", file.path.c_str()));
+        }
+    }
+}
+
+void CExtraction::CheckClashes() {
+    std::vector<std::string> paths;
+    paths.reserve(m_files.size());
+    for (const SExtractedFile& file : m_files) {
+        paths.push_back(file.path);
+    }
+    SPathClash clash = FindClash(paths, false);
+    if (clash.second.empty()) {
+        clash = FindClash(paths, true);
+        if (clash.second.empty() || !FolderFoldsCase(ExistingFolder(m_request.folder))) {
+            return;
+        }
+    }
+    m_operation.Fail(Format("\"%s\" and \"%s\" cannot both be extracted: they would be the same file on this disk",
+                            clash.first.c_str(), clash.second.c_str()));
+}
+
+void CExtraction::CheckTargets() {
+    std::vector<std::string> own = m_request.otherOutputs;
+    std::sort(own.begin(), own.end());
+    for (const SExtractedFile& file : m_files) {
+        const std::string target = TargetOf(file.path);
+        if (std::binary_search(own.begin(), own.end(), target)) {
+            m_operation.Fail(Format("\"%s\" cannot be extracted: %s is another output of the same export",
+                                    file.path.c_str(), target.c_str()));
+        }
+        const EFileKind kind = FileKindOf(target);
+        if (kind == EFileKind::Missing) {
+            continue;
+        }
+        if (kind != EFileKind::File) {
+            m_operation.Fail(Format("\"%s\" cannot be extracted: %s exists and is not a file", file.path.c_str(),
+                                    target.c_str()));
+        }
+        if (IsSameFile(target, m_request.imagePath)) {
+            m_operation.Fail(
+                Format("\"%s\" cannot be extracted: %s is the image", file.path.c_str(), target.c_str()));
+        }
+        if (m_request.manner == EOutputManner::CommitNew) {
+            m_operation.Fail(Format("%s exists already%s", target.c_str(), m_request.existsHint.c_str()));
+        }
+    }
+}
+
+std::string CExtraction::TargetOf(const std::string& listedPath) const {
+    std::string path = listedPath;
+    std::replace(path.begin(), path.end(), '\\', kPathSeparator);
+    return m_request.folder + path;
+}
+
+void CExtraction::Keep() {
+    m_commits.Keep();
+    m_kept = true;
+}
+
+void CExtraction::MakeTrackedFolder(const std::string& path) {
+    if (FileKindOf(path) == EFileKind::Folder) {
+        return;
+    }
+    if (!MakeFolder(path)) {
+        m_operation.Fail(Format("Cannot create the folder %s: %s", path.c_str(), LastFileError().c_str()));
+    }
+    m_newFolders.push_back(path);
+}
+
+void CExtraction::MakeFolders(const std::string& listedPath) {
+    const std::string folder = listedPath.substr(0, listedPath.rfind('\\') + 1);
+    if (folder == m_lastFolder) {
+        return;
+    }
+    for (std::size_t end = folder.find('\\'); end != std::string::npos; end = folder.find('\\', end + 1)) {
+        MakeTrackedFolder(TargetOf(folder.substr(0, end)));
+    }
+    m_lastFolder = folder;
+}
+
+void CExtraction::Write() {
+    if (!m_request.folder.empty()) {
+        MakeTrackedFolder(m_request.folder);
+    }
+    CProgress progress(m_operation, static_cast<std::int64_t>(m_files.size()));
+    for (const SExtractedFile& file : m_files) {
+        MakeFolders(file.path);
+        WriteFile(file);
+        progress.Advance();
+    }
+}
+
+void CExtraction::WriteFile(const SExtractedFile& listed) {
+    CCheckedOutput output(m_operation);
+    const std::string target = TargetOf(listed.path);
+    if (!output.Open(target, m_request.manner)) {
+        m_operation.Fail(CreationProblem(target));
+    }
+    for (std::int64_t done = 0; done < listed.size;) {
+        const auto left = static_cast<std::size_t>(listed.size - done);
+        const auto piece = std::span(m_buffer).first(std::min(left, kBufferSize));
+        if (output.Copy(m_image, listed.position + done, piece) != piece.size()) {
+            m_operation.Fail(
+                Format("Cannot read \"%s\" from %s", listed.path.c_str(), m_request.imagePath.c_str()));
+        }
+        output.FailIfUnwritten();
+        done += static_cast<std::int64_t>(piece.size());
+        m_operation.Yield();
+    }
+    Commit(output);
+}
+
+void CExtraction::Commit(COutputFile& output) {
+    std::string problem;
+    if (!m_commits.Commit(output, problem)) {
+        m_operation.Fail(problem);
+    }
+}
+
+}  // namespace vantrel

@@ -1,0 +1,67 @@
+#!/usr/bin/env python3
+"""Fails, and names the places, where a source includes a header of a room that its own room does not declare to use.
+
+    check_rooms.py ROOMS_FILE
+
+ROOMS_FILE is the rooms.txt of a build: a line for each target with its folder, its name and the rooms it uses. Static
+libraries alone do not notice a wrong include of a header without functions.
+"""
+import os
+import re
+import subprocess
+import sys
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+
+
+def declared(path):
+    """The folder of each target, and the folders that each folder may include from, uses of uses included."""
+    folders, uses = {}, {}
+    with open(path, encoding="utf-8") as file:
+        for line in file:
+            folder, name, *used = line.split()
+            folders[name] = folder
+            uses[name] = used
+
+    def reach(name, seen):
+        if name not in seen:
+            seen.add(name)
+            for used in uses.get(name, ()):
+                reach(used, seen)
+        return seen
+
+    allowed = {}
+    for name, folder in folders.items():
+        allowed.setdefault(folder, set()).update(folders[found] for found in reach(name, set()))
+    return allowed
+
+
+def room_of(path, rooms):
+    """The folder of the room that a path of the checkout belongs to; None if it belongs to none."""
+    folder = os.path.dirname(path)
+    while folder and folder not in rooms:
+        folder = os.path.dirname(folder)
+    return folder or None
+
+
+def main():
+    allowed = declared(sys.argv[1])
+    sources = subprocess.run(["git", "-C", ROOT, "ls-files", "*.cpp", "*.h"], capture_output=True, text=True, check=True)
+    wrong = []
+    for source in sources.stdout.split():
+        room = room_of(source, allowed)
+        path = os.path.join(ROOT, source)
+        if room is None or not os.path.exists(path):
+            continue
+        with open(path, encoding="utf-8") as file:
+            for number, line in enumerate(file, 1):
+                found = re.match(r'#include "([^"]+)"', line)
+                other = room_of(found.group(1), allowed) if found else None
+                if other and other not in allowed[room]:
+                    wrong.append(f"{source}:{number}: {room} does not declare to use {other}")
+    print("\n".join(wrong) or f"{len(allowed)} rooms include only what they declare to use")
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,1 @@
+// Gives the target of the precompiled headers a source.

@@ -1,0 +1,22 @@
+// Faults put together into ranges.
+#include "image/inspect/fault_ranges.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace vantrel {
+namespace {
+
+TEST(FaultRanges, NeighboursWithOneTextAreOneRange) {
+    CFaultRanges faults("sector");
+    for (const unsigned number : {3U, 4U, 5U, 7U, 9U}) {
+        faults.Add(number, "wrong EDC");
+    }
+    faults.Add(10, "wrong sync field");
+    EXPECT_THAT(faults.Lines(), testing::ElementsAre("sectors 3 to 5: wrong EDC", "sector 7: wrong EDC",
+                                                     "sector 9: wrong EDC", "sector 10: wrong sync field"));
+    EXPECT_TRUE(CFaultRanges("block").Lines().empty());
+}
+
+}  // namespace
+}  // namespace vantrel

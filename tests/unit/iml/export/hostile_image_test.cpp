@@ -1,0 +1,170 @@
+// Images that lie: whatever they claim, the walk ends, with the files that are there or with a message.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "iml/export/walker.h"
+#include "tests/support/image_builder.h"
+#include "tests/support/recording_operation.h"
+
+namespace vantrel::test {
+namespace {
+
+class HostileImageTest : public testing::Test {
+protected:
+    HostileImageTest() {
+        SImageDescription description;
+        description.files = {{"A.BIN", Bytes(3000, 1)}, {"DIR/B.BIN", Bytes(10, 2)}, {"DIR/SUB/C.BIN", Bytes(5, 3)}};
+        m_image = BuildImage(description);
+    }
+
+    /// The list, or the message with which the walk ended.
+    std::string Outcome(bool strict = false) {
+        WriteWhole(m_folder / "game.iso", m_image.bytes);
+        SWalkRequest request = WindowWalk(m_folder.Path(), "game.iso");
+        request.strict = strict;
+        CRecordingOperation operation;
+        const std::string failure = FailureOf([&] { WalkIsoImage(request, operation); });
+        return failure == "did not fail" ? ReadText(request.fileListPath) : failure;
+    }
+
+    std::string Refusal() const { return "Code 9999 - invalid file header " + (m_folder / "game.iso"); }
+    std::size_t RecordOf(std::string_view path) const { return m_image.File(path).recordOffset; }
+
+    CTestFolder m_folder;
+    SBuiltImage m_image;
+};
+
+constexpr const char* kWhole =
+    "00000019|00000BB8|00000002|\\A.BIN\r\n0000001B|0000000A|00000001|\\DIR\\B.BIN\r\n"
+    "0000001C|00000005|00000001|\\DIR\\SUB\\C.BIN\r\n";
+
+TEST_F(HostileImageTest, IsWholeToBeginWith) {
+    EXPECT_EQ(Outcome(), kWhole);
+}
+
+TEST_F(HostileImageTest, CyclicParents) {
+    m_image.bytes[m_image.directories[1].pathTableOffset + 6] = 3;
+    EXPECT_NE(Outcome().find("|\\SUB\\DIR\\B.BIN\r\n"), std::string::npos) << Outcome();
+}
+
+TEST_F(HostileImageTest, DanglingParents) {
+    m_image.bytes[m_image.directories[2].pathTableOffset + 7] = 0xFF;
+    EXPECT_NE(Outcome().find("|\\SUB\\C.BIN\r\n"), std::string::npos) << Outcome();
+}
+
+TEST_F(HostileImageTest, ADirectoryThatContainsItself) {
+    Write32(m_image.bytes, m_image.directories[2].pathTableOffset + 2, m_image.directories[1].sector);
+    EXPECT_EQ(Outcome(), "00000019|00000BB8|00000002|\\A.BIN\r\n0000001B|0000000A|00000001|\\DIR\\B.BIN\r\n");
+}
+
+TEST_F(HostileImageTest, DirectoriesBeyondTheImage) {
+    Write32(m_image.bytes, m_image.directories[2].pathTableOffset + 2, 0xFFFFFFFF);
+    EXPECT_EQ(Outcome(), "00000019|00000BB8|00000002|\\A.BIN\r\n0000001B|0000000A|00000001|\\DIR\\B.BIN\r\n");
+    EXPECT_EQ(Outcome(true), (m_folder / "game.iso") + " ends at sector 29, before its directory at sector 4294967295");
+}
+
+TEST_F(HostileImageTest, ADirectoryThatClaimsFourGigabytes) {
+    Write32(m_image.bytes, std::size_t{m_image.directories[2].sector} * 2048 + 10, 0xFFFFFFFF);
+    EXPECT_EQ(Outcome(), kWhole);
+    EXPECT_EQ(ReadWhole(m_folder / "temp1.tmp"), m_image.bytes) << "the header ends with the image";
+}
+
+TEST_F(HostileImageTest, FilesBeyondTheImageAreListed) {
+    Write32(m_image.bytes, RecordOf("\\A.BIN") + 2, 0xFFFFFFF0);
+    Write32(m_image.bytes, RecordOf("\\A.BIN") + 10, 0xFFFFFFFF);
+    EXPECT_EQ(Outcome(),
+              "0000001B|0000000A|00000001|\\DIR\\B.BIN\r\n0000001C|00000005|00000001|\\DIR\\SUB\\C.BIN\r\n"
+              "FFFFFFF0|FFFFFFFF|00200000|\\A.BIN\r\n");
+}
+
+TEST_F(HostileImageTest, APathTableLargerThanTheImage) {
+    Write32(m_image.bytes, 32912, 0xFFFFFFFF);
+    EXPECT_EQ(Outcome(), kWhole);
+    EXPECT_LE(ReadWhole(m_folder / "tmp.tmp").size(), m_image.bytes.size());
+    Write32(m_image.bytes, 32912, 0);
+    Write32(m_image.bytes, 32900, 0xFFFFFFFF);
+    EXPECT_EQ(Outcome(), kWhole);
+}
+
+TEST_F(HostileImageTest, APathTableBeyondTheImageLeavesTheRoot) {
+    Write32(m_image.bytes, 32908, 0xFFFFFFF0);
+    EXPECT_EQ(Outcome(), "00000019|00000BB8|00000002|\\A.BIN\r\n");
+}
+
+TEST_F(HostileImageTest, WithoutAnyDirectoryTheImageIsRefused) {
+    Write32(m_image.bytes, 32908, 0xFFFFFFF0);
+    Write32(m_image.bytes, 32926, 0xFFFFFFF0);
+    EXPECT_EQ(Outcome(), Refusal());
+}
+
+TEST_F(HostileImageTest, NamesThatAreNone) {
+    m_image.bytes[RecordOf("\\A.BIN") + 33] = ';';
+    m_image.bytes[RecordOf("\\DIR\\B.BIN") + 32] = 0;
+    EXPECT_EQ(Outcome(),
+              "00000019|00000BB8|00000002|\\\r\n0000001B|0000000A|00000001|\\DIR\\\r\n"
+              "0000001C|00000005|00000001|\\DIR\\SUB\\C.BIN\r\n");
+}
+
+TEST_F(HostileImageTest, NamesWithCharactersOfTheList) {
+    const auto rename = [&](std::string_view path, std::string_view name) {
+        std::copy(name.begin(), name.end(), m_image.bytes.begin() + static_cast<std::ptrdiff_t>(RecordOf(path) + 33));
+    };
+    rename("\\A.BIN", "\r\n|\"\\");
+    rename("\\DIR\\B.BIN", "../..");
+    EXPECT_EQ(Outcome(),
+              "00000019|00000BB8|00000002|\\__|\"\\\r\n0000001B|0000000A|00000001|\\DIR\\../..\r\n"
+              "0000001C|00000005|00000001|\\DIR\\SUB\\C.BIN\r\n");
+}
+
+TEST_F(HostileImageTest, PathsWithoutEndAreRefused) {
+    // 90 folders of 30 characters, one in the other
+    SImageDescription description;
+    std::string path;
+    for (int i = 0; i < 90; ++i) {
+        path += "FOLDER-WITH-A-NAME-OF-SOME-LEN/";
+    }
+    description.files = {{path + "A.BIN", Bytes(1, 1)}};
+    m_image = BuildImage(description);
+    EXPECT_EQ(Outcome(), Refusal());
+}
+
+TEST_F(HostileImageTest, AnImageCutAnywhereEndsTheWalk) {
+    const Bytes whole = m_image.bytes;
+    for (std::size_t length = 0; length < whole.size(); length += 509) {
+        m_image.bytes.assign(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+        const std::string outcome = Outcome();
+        if (length < 33795) {
+            EXPECT_EQ(outcome, Refusal()) << length;
+        } else if (length >= std::size_t{m_image.directoryEnd} * 2048) {
+            EXPECT_EQ(outcome, kWhole) << length;
+        }
+    }
+}
+
+TEST_F(HostileImageTest, ADvdWithoutFilesOrWithFilesFarAway) {
+    SImageDescription description;
+    description.kind = EImageKind::Dvd;
+    m_image = BuildImage(description);
+    EXPECT_EQ(Outcome(), "");
+    description.files = {{"A.BIN", Bytes(10, 1)}};
+    m_image = BuildImage(description);
+    Write32(m_image.bytes, RecordOf("\\A.BIN") + 2, 0xFFFFFFF0);
+    EXPECT_EQ(Outcome(), "FFFFFFF0|0000000A|00000001|\\A.BIN\r\n");
+}
+
+TEST_F(HostileImageTest, SpoiltBytesNeverStopTheWalkFromEnding) {
+    std::mt19937 random(42);
+    const SBuiltImage whole = m_image;
+    for (int round = 0; round < 300; ++round) {
+        m_image = whole;
+        for (int i = 0; i < 12; ++i) {
+            const std::size_t at = (16 + random() % 9) * 2048 + random() % 256;
+            m_image.bytes[at] = static_cast<std::uint8_t>(random());
+        }
+        Outcome(round % 2 == 0);
+    }
+}
+
+}  // namespace
+}  // namespace vantrel::test

@@ -1,0 +1,142 @@
+// Gap files as bytes, written out by hand, and what their reader refuses.
+#include "iml/layout/gap_file.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/test_folder.h"
+
+namespace vantrel::test {
+namespace {
+
+bool operator==(const SImageArea& a, const SImageArea& b) {
+    return a.position == b.position && a.length == b.length;
+}
+
+using Areas = std::vector<SImageArea>;
+
+void ExpectAreas(const Areas& found, const Areas& expected) {
+    ASSERT_EQ(found.size(), expected.size());
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        EXPECT_TRUE(found[i] == expected[i]) << i << ": " << found[i].position << " " << found[i].length;
+    }
+}
+
+TEST(UncoveredAreasTest, AreWhatIsLeft) {
+    ExpectAreas(UncoveredAreas(Areas{{0, 10}, {20, 5}, {22, 1}, {24, 6}}, 40), {{10, 10}, {30, 10}});
+    ExpectAreas(UncoveredAreas(Areas{{0, 10}, {20, 50}}, 40), {{10, 10}});
+    ExpectAreas(UncoveredAreas(Areas{{0, 10}, {90, 50}}, 40), {{10, 30}});
+    ExpectAreas(UncoveredAreas(Areas{{5, 0}}, 7), {{0, 5}, {5, 2}});
+    ExpectAreas(UncoveredAreas(Areas{}, 7), {{0, 7}});
+    ExpectAreas(UncoveredAreas(Areas{{0, 7}}, 7), {});
+}
+
+class GapFileTest : public testing::Test {
+protected:
+    GapFileTest() : m_image(5 * 2048 + 100) {
+        m_image[2047] = 1;
+        m_image[2048] = 2;
+        m_image[3 * 2048 + 5] = 3;
+        m_image[5 * 2048 + 99] = 4;
+    }
+
+    void Write(const Areas& uncovered) {
+        WriteWhole(m_folder / "image", m_image);
+        CInputFile image;
+        ASSERT_TRUE(image.Open(m_folder / "image"));
+        const Areas areas = AreasWithData(image, uncovered);
+        COutputFile output;
+        ASSERT_TRUE(output.Open(m_folder / "out.gaps", EOutputManner::CommitReplace));
+        ASSERT_TRUE(WriteGapFile(image, areas, output));
+        ASSERT_TRUE(output.Commit());
+    }
+
+    bool Reads(const Bytes& bytes) {
+        WriteWhole(m_folder / "some.gaps", bytes);
+        return CGapFileReader().Open(m_folder / "some.gaps");
+    }
+
+    CTestFolder m_folder;
+    Bytes m_image;
+};
+
+TEST_F(GapFileTest, HoldsTheAreasThatAreNotZero) {
+    Write({{2000, 2000}, {3 * 2048, 2048}, {4 * 2048, 2048}, {5 * 2048, 100}});
+    Bytes expected = {'I', 'M', 'L', 'G', 'A', 'P', 'S', '1'};
+    expected.resize(24 + 3 * 16);
+    Write64(expected, 8, 5 * 2048 + 100);
+    Write32(expected, 16, 3);
+    const Areas areas = {{2000, 2000}, {3 * 2048, 2048}, {5 * 2048, 100}};
+    for (std::size_t i = 0; i < areas.size(); ++i) {
+        Write64(expected, 24 + 16 * i, static_cast<std::uint64_t>(areas[i].position));
+        Write64(expected, 32 + 16 * i, static_cast<std::uint64_t>(areas[i].length));
+        const auto start = m_image.begin() + areas[i].position;
+        expected.insert(expected.end(), start, start + areas[i].length);
+    }
+    EXPECT_EQ(ReadWhole(m_folder / "out.gaps"), expected);
+}
+
+TEST_F(GapFileTest, IsReadBack) {
+    Write({{2000, 2000}, {5 * 2048, 100}});
+    CGapFileReader reader;
+    ASSERT_TRUE(reader.Open(m_folder / "out.gaps")) << reader.Problem();
+    EXPECT_EQ(reader.ImageLength(), 5 * 2048 + 100);
+    ExpectAreas(reader.Areas(), {{2000, 2000}, {5 * 2048, 100}});
+    Bytes data(100);
+    EXPECT_EQ(reader.ReadAt(1, 0, data), 100U);
+    EXPECT_EQ(data[99], 4);
+    EXPECT_EQ(reader.ReadAt(0, 47, data), 100U);
+    EXPECT_EQ(data[0], 1);
+    EXPECT_EQ(data[1], 2);
+    EXPECT_EQ(reader.ReadAt(0, 1950, data), 50U) << "an area ends where the next one's data begin";
+    EXPECT_EQ(reader.ReadAt(0, 2000, data), 0U);
+}
+
+TEST_F(GapFileTest, WithoutAreasTheLengthIsKept) {
+    Write({{4 * 2048, 2048}});
+    CGapFileReader reader;
+    ASSERT_TRUE(reader.Open(m_folder / "out.gaps"));
+    EXPECT_EQ(reader.ImageLength(), 5 * 2048 + 100);
+    EXPECT_TRUE(reader.Areas().empty());
+    EXPECT_EQ(ReadWhole(m_folder / "out.gaps").size(), 24U);
+}
+
+TEST_F(GapFileTest, RefusesWhatIsDamaged) {
+    Write({{2000, 2000}, {5 * 2048, 100}});
+    const Bytes whole = ReadWhole(m_folder / "out.gaps");
+    EXPECT_TRUE(Reads(whole));
+    for (std::size_t length = 0; length < whole.size(); length += 7) {
+        EXPECT_FALSE(Reads({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)})) << length;
+    }
+    Bytes longer = whole;
+    longer.push_back(0);
+    EXPECT_FALSE(Reads(longer));
+    const auto readsWith64 = [&](std::size_t offset, std::uint64_t value) {
+        Bytes bytes = whole;
+        Write64(bytes, offset, value);
+        return Reads(bytes);
+    };
+    EXPECT_FALSE(readsWith64(0, 0)) << "magic";
+    EXPECT_FALSE(readsWith64(8, 5 * 2048 + 99)) << "an area beyond the image";
+    EXPECT_FALSE(readsWith64(8, 0x8000000000000000U)) << "a negative length of the image";
+    EXPECT_FALSE(readsWith64(16, 0xFFFFFFFF)) << "a count without end";
+    EXPECT_FALSE(readsWith64(24, 9000)) << "overlapping areas";
+    EXPECT_FALSE(readsWith64(24, 0xFFFFFFFFFFFFF000U)) << "a negative position";
+    EXPECT_FALSE(readsWith64(32, 0)) << "an area without length";
+    EXPECT_FALSE(readsWith64(40, 1000)) << "areas that do not ascend";
+}
+
+TEST_F(GapFileTest, SaysWhatIsWrong) {
+    CGapFileReader reader;
+    EXPECT_FALSE(reader.Open(m_folder / "missing"));
+    EXPECT_NE(reader.Problem().find(m_folder / "missing"), std::string::npos);
+    WriteText(m_folder / "text", "no gaps");
+    EXPECT_FALSE(reader.Open(m_folder / "text"));
+    EXPECT_EQ(reader.Problem(), (m_folder / "text") + ": not a list of an image's gaps");
+}
+
+TEST(GapPathTest, ReplacesTheExtension) {
+    EXPECT_EQ(GapPathOf("game.iml"), "game.gaps");
+}
+
+}  // namespace
+}  // namespace vantrel::test

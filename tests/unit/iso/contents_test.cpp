@@ -1,0 +1,77 @@
+// The files of an image, compared with what the builder put into it.
+#include "iso/contents.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "files/input_file.h"
+#include "tests/support/image_builder.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+using test::CTestFolder;
+
+SContents ContentsOf(const Bytes& image) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "game.iso", image);
+    CInputFile file;
+    EXPECT_TRUE(file.Open(folder / "game.iso"));
+    return ReadContents(file);
+}
+
+TEST(Contents, AreWhatTheBuilderPutIn) {
+    for (const auto kind : {test::EImageKind::Cd, test::EImageKind::Dvd, test::EImageKind::Umd}) {
+        test::SImageDescription description;
+        description.kind = kind;
+        for (int i = 0; i < 300; ++i) {
+            description.files.push_back({"DIR" + std::to_string(i % 7) + "/SUB/FILE" + std::to_string(i) + ".BIN",
+                                         Bytes(static_cast<std::size_t>(i) * 7, 1)});
+        }
+        const test::SBuiltImage built = test::BuildImage(description);
+        const SContents contents = ContentsOf(built.bytes);
+        EXPECT_EQ(contents.folders, 15U);
+        std::vector<std::string> expected;
+        std::vector<std::string> found;
+        for (const test::SBuiltFile& file : built.files) {
+            std::string path = file.path.substr(1);
+            std::replace(path.begin(), path.end(), '\\', '/');
+            expected.push_back(path + " " + std::to_string(file.sector) + " " + std::to_string(file.content.size()));
+        }
+        for (const SContentFile& file : contents.files) {
+            EXPECT_TRUE(file.inside);
+            found.push_back(file.path + " " + std::to_string(file.sector) + " " + std::to_string(file.size));
+        }
+        EXPECT_THAT(found, testing::UnorderedElementsAreArray(expected));
+        EXPECT_TRUE(std::is_sorted(contents.files.begin(), contents.files.end(),
+                                   [](const auto& a, const auto& b) { return a.sector < b.sector; }));
+    }
+}
+
+TEST(Contents, AnImageCutAnywhereEnds) {
+    test::SImageDescription description;
+    description.files = {{"A/B/C.BIN", test::RandomBytes(5000, 1)}, {"D.BIN", test::RandomBytes(5000, 2)}};
+    const Bytes whole = test::BuildImage(description).bytes;
+    for (std::size_t length = 0; length < whole.size(); length += 509) {
+        const SContents contents =
+            ContentsOf(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
+        EXPECT_LE(contents.files.size(), 2U);
+    }
+}
+
+TEST(Contents, ADirectoryThatContainsItselfIsReadOnce) {
+    test::SImageDescription description;
+    description.files = {{"A/B.BIN", Bytes(10, 1)}};
+    Bytes image = test::BuildImage(description).bytes;
+    const std::uint32_t root = test::Read32(image, 16 * 2048 + 158);
+    // The record of A, the third of the root, is made to point at the root.
+    const std::size_t record = std::size_t{root} * 2048 + image[std::size_t{root} * 2048] * std::size_t{2};
+    test::Write32(image, record + 2, root);
+    const SContents contents = ContentsOf(image);
+    EXPECT_EQ(contents.folders, 1U);
+    EXPECT_TRUE(contents.files.empty());
+}
+
+}  // namespace
+}  // namespace vantrel

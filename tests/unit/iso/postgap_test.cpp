@@ -1,0 +1,243 @@
+// The postgap commands: kinds, notices, what is appended, and the way back.
+#include "iso/postgap.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "tests/support/image_builder.h"
+#include "tests/support/recording_operation.h"
+#include "tests/support/test_folder.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+
+constexpr std::size_t kSector = 2048;
+
+class Postgap : public testing::Test {
+protected:
+    Bytes Image(test::EImageKind kind, test::EPostgap postgap) {
+        test::SImageDescription description;
+        description.kind = kind;
+        description.postgap = postgap;
+        description.files = {{"SYSTEM.CNF", test::TextLikeBytes(61, 1)}, {"DATA/A.BIN", test::RandomBytes(5000, 2)}};
+        Bytes bytes = test::BuildImage(description).bytes;
+        test::WriteWhole(m_path, bytes);
+        return bytes;
+    }
+
+    void Check(EUpdateManner manner = EUpdateManner::InPlace) { CheckPostgap({m_path, manner}, m_operation); }
+    void Add(EUpdateManner manner = EUpdateManner::InPlace) { AddSelectivePostgap({m_path, manner}, m_operation); }
+
+    static Bytes WithPostgap(Bytes image) {
+        const std::size_t start = image.size();
+        image.resize(start + 150 * kSector);
+        const std::string word = "postgap";
+        std::copy(word.begin(), word.end(), image.begin() + static_cast<std::ptrdiff_t>(start));
+        return image;
+    }
+
+    static Bytes WithVolumeSize(Bytes image) {
+        const auto sectors = static_cast<std::uint32_t>(image.size() / kSector);
+        test::Write32(image, 0x8050, sectors);
+        for (std::size_t i = 0; i < 4; ++i) {
+            image.at(0x8057 - i) = static_cast<std::uint8_t>(sectors >> (8 * i));
+        }
+        return image;
+    }
+
+    static std::vector<std::string> Disabled(const std::vector<std::string>& ids) {
+        std::vector<std::string> calls = {"pane STATUS checking ISO postgap, please Wait"};
+        for (const std::string& id : ids) {
+            calls.push_back("disable " + id);
+        }
+        return calls;
+    }
+
+    test::CTestFolder m_folder;
+    std::string m_path = m_folder / "game.iso";
+    test::CRecordingOperation m_operation;
+};
+
+const std::vector<std::string> kCheckDisables = {"1001", "1005", "1012", "1021", "1032",
+                                                 "1030", "1029", "1033", "1034"};
+const std::vector<std::string> kAddDisables = {"1001", "1005", "1012", "1021", "1032", "1030", "1029"};
+
+TEST_F(Postgap, NoticesOfImagesThatNeedNone) {
+    struct SCase {
+        test::EImageKind kind;
+        test::EPostgap postgap;
+        std::string text;
+    };
+    const std::vector<SCase> cases = {
+        {test::EImageKind::Dvd, test::EPostgap::None,
+         "This is PS2 DVD iso  image file ,doesn't needed to Write a postgap "},
+        {test::EImageKind::Umd, test::EPostgap::None,
+         "This is PSP UMD iso image file ,doesn't needed to Write a postgap "},
+        {test::EImageKind::Cd, test::EPostgap::Counted,
+         "This is PS2 CD/DVDRIP iso image file ,already Write a postgap "},
+        {test::EImageKind::Cd, test::EPostgap::None, "This is PS2 CD/DVDRIP iso image file ,already Write a postgap "},
+    };
+    for (const SCase& one : cases) {
+        const Bytes before = Image(one.kind, one.postgap);
+        m_operation = {};
+        Check();
+        std::vector<std::string> expected = Disabled(kCheckDisables);
+        expected.insert(expected.end(),
+                        {"progress 150 fill 187", "notify " + one.text + m_path, "enable 1", "accept drops"});
+        EXPECT_EQ(m_operation.Calls(), expected);
+        EXPECT_EQ(test::ReadWhole(m_path), before);
+    }
+}
+
+TEST_F(Postgap, MissingOneIsAppendedAndThenThere) {
+    const Bytes before = Image(test::EImageKind::Cd, test::EPostgap::Missing);
+    Check();
+    const Bytes after = test::ReadWhole(m_path);
+    EXPECT_EQ(after, WithPostgap(before));
+    EXPECT_EQ(test::Read32(after, 0x8050), after.size() / kSector);
+    std::vector<std::string> expected = Disabled(kCheckDisables);
+    expected.emplace_back("progress 150 fill 187");
+    for (int i = 1; i <= 150; ++i) {
+        expected.insert(expected.end(), {"step", "pane PERCENT " + std::to_string(i * 100 / 150) + "%", "pump"});
+    }
+    expected.insert(expected.end(),
+                    {"pane STATUS checking [cd] ISO done added postgap!", "pane FILE " + m_path,
+                     "complete checking [cd] ISO done added postgap!", "completed", "enable 1", "accept drops"});
+    EXPECT_EQ(m_operation.Calls(), expected);
+    m_operation = {};
+    Check();
+    EXPECT_EQ(
+        m_operation.CallsOf("notify"),
+        std::vector<std::string>{"notify This is PS2 CD/DVDRIP iso image file ,already Write a postgap " + m_path});
+    EXPECT_EQ(test::ReadWhole(m_path), after);
+}
+
+TEST_F(Postgap, LongerThanItsVolumeGetsOneMore) {
+    const Bytes before = Image(test::EImageKind::Cd, test::EPostgap::Uncounted);
+    Check();
+    EXPECT_EQ(test::ReadWhole(m_path), WithPostgap(before));
+}
+
+TEST_F(Postgap, KindsOfOddImages) {
+    // Whatever is neither CD nor UMD, however short, is taken for a DVD.
+    for (const Bytes& image : {Bytes(), Bytes(100, 1), Bytes(0x8400, 'L'), Bytes(40'000, 'X'), Bytes(40'000, 'L')}) {
+        test::WriteWhole(m_path, image);
+        m_operation = {};
+        Check();
+        EXPECT_EQ(m_operation.CallsOf("notify This is PS2 DVD").size(), 1U);
+        EXPECT_EQ(test::ReadWhole(m_path), image);
+    }
+}
+
+TEST_F(Postgap, MissingImage) {
+    EXPECT_EQ(test::FailureOf([&] { Check(); }), "Code 401 - Error Opening " + m_path);
+    EXPECT_EQ(test::FailureOf([&] { Add(); }), "Code 401 - Error Opening " + m_path);
+    EXPECT_TRUE(m_folder.Names().empty());
+}
+
+TEST_F(Postgap, ReadOnlyReports) {
+    const Bytes before = Image(test::EImageKind::Cd, test::EPostgap::Missing);
+    Check(EUpdateManner::ReadOnly);
+    EXPECT_EQ(m_operation.CallsOf("notify"),
+              std::vector<std::string>{"notify This is PS2 CD iso image file ,without its postgap " + m_path});
+    EXPECT_EQ(test::ReadWhole(m_path), before);
+}
+
+class CStopped : public std::runtime_error {
+public:
+    CStopped() : std::runtime_error("stopped") {}
+};
+
+TEST_F(Postgap, StoppedHalfWayIsUndoneInTheConsoleOnly) {
+    const Bytes before = Image(test::EImageKind::Cd, test::EPostgap::Missing);
+    m_operation.m_onPump = [](int pump) {
+        if (pump == 70) {
+            throw CStopped();
+        }
+    };
+    EXPECT_THROW(Check(EUpdateManner::UndoUnlessCommitted), CStopped);
+    EXPECT_EQ(test::ReadWhole(m_path), before);
+    m_operation = {};
+    m_operation.m_onPump = [](int pump) {
+        if (pump == 70) {
+            throw CStopped();
+        }
+    };
+    EXPECT_THROW(Check(EUpdateManner::InPlace), CStopped);
+    EXPECT_EQ(test::ReadWhole(m_path).size(), before.size() + 70 * kSector);
+}
+
+TEST_F(Postgap, SelectiveLengthensAUmdByTheChosenCount) {
+    for (const EUpdateManner manner : {EUpdateManner::InPlace, EUpdateManner::UndoUnlessCommitted}) {
+        const Bytes before = Image(test::EImageKind::Umd, test::EPostgap::None);
+        m_operation = {};
+        m_operation.m_level = 2;
+        Add(manner);
+        Bytes expected = before;
+        expected.resize(before.size() + 2 * kSector);
+        EXPECT_EQ(test::ReadWhole(m_path), WithVolumeSize(expected));
+        std::vector<std::string> calls = Disabled(kAddDisables);
+        calls.insert(
+            calls.end(),
+            {"ask level", "disable 1031", "progress 2 fill 187", "step", "pane PERCENT 50%", "pump", "step",
+             "pane PERCENT 100%", "pump", "pane STATUS checking [cd] ISO done added postgap!", "pane FILE " + m_path,
+             "complete checking [cd] ISO done added postgap!", "completed", "enable 1", "accept drops"});
+        EXPECT_EQ(m_operation.Calls(), calls);
+    }
+}
+
+TEST_F(Postgap, SelectiveOnlyCountsACdAnew) {
+    const Bytes before = Image(test::EImageKind::Cd, test::EPostgap::Missing);
+    Add();
+    EXPECT_EQ(test::ReadWhole(m_path), WithVolumeSize(before));
+    EXPECT_EQ(m_operation.CallsOf("step").size(), 0U);
+    EXPECT_EQ(m_operation.CallsOf("complete ").size(), 1U);
+}
+
+TEST_F(Postgap, SelectiveLeavesADvdAlone) {
+    const Bytes before = Image(test::EImageKind::Dvd, test::EPostgap::None);
+    Add();
+    EXPECT_EQ(test::ReadWhole(m_path), before);
+    std::vector<std::string> calls = Disabled(kAddDisables);
+    calls.insert(calls.end(), {"ask level", "disable 1031", "progress 9 fill 187",
+                               "notify This is PS2 DVD iso  image file ,doesn't needed to Write a postgap " + m_path,
+                               "enable 1", "accept drops"});
+    EXPECT_EQ(m_operation.Calls(), calls);
+}
+
+TEST_F(Postgap, SelectiveWithoutASelectionDoesNothing) {
+    const Bytes before = Image(test::EImageKind::Umd, test::EPostgap::None);
+    m_operation.m_level.reset();
+    Add();
+    std::vector<std::string> calls = Disabled(kAddDisables);
+    calls.emplace_back("ask level");
+    EXPECT_EQ(m_operation.Calls(), calls);
+    EXPECT_EQ(test::ReadWhole(m_path), before);
+}
+
+TEST_F(Postgap, SelectiveTellsWhenTheImageIsGone) {
+    Image(test::EImageKind::Umd, test::EPostgap::None);
+    m_operation.m_onPump = [&](int pump) {
+        if (pump == 9) {
+            EXPECT_TRUE(RemoveFile(m_path));
+        }
+    };
+    EXPECT_EQ(test::FailureOf([&] { Add(); }), "Code 13000 - Error Opening " + m_path);
+}
+
+TEST_F(Postgap, SelectiveStoppedHalfWayIsUndoneInTheConsole) {
+    const Bytes before = Image(test::EImageKind::Umd, test::EPostgap::None);
+    m_operation.m_onPump = [](int pump) {
+        if (pump == 4) {
+            throw CStopped();
+        }
+    };
+    EXPECT_THROW(Add(EUpdateManner::UndoUnlessCommitted), CStopped);
+    EXPECT_EQ(test::ReadWhole(m_path), before);
+}
+
+}  // namespace
+}  // namespace vantrel
