@@ -58,8 +58,7 @@ int CBlockStream::End() {
 
 /// Records the first failure of a block. Returns false if this step failed.
 bool CBlockStream::Check(EStreamStep step, int result, int wanted, SStreamOutcome& outcome) const {
-    if (result != wanted && !outcome.failed) {
-        outcome.failed = true;
+    if (result != wanted && !outcome.failedStep) {
         outcome.failedStep = step;
         outcome.result = result;
         outcome.message = m_stream.msg != nullptr ? m_stream.msg : "error";

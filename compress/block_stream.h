@@ -26,13 +26,14 @@ enum class EStreamStep { Begin, Work, End };
 
 /// The result of one block.
 struct SStreamOutcome {
-    std::size_t produced = 0;  ///< Bytes of output, also after a failure.
-    bool failed = false;
-    EStreamStep failedStep = EStreamStep::Begin;  ///< The first step that failed.
-    int result = Z_OK;                            ///< zlib's return code in that step.
-    const char* message = "";                     ///< zlib's message in that step; "error" if it gave none.
+    std::size_t produced = 0;               ///< Bytes of output, also after a failure.
+    std::optional<EStreamStep> failedStep;  ///< The first step that failed.
+    int result = Z_OK;                      ///< zlib's return code in that step.
+    const char* message = "";               ///< zlib's message in that step; "error" if it gave none.
 
-    bool FailedIn(EStreamStep step) const { return failed && failedStep == step; }
+    bool FailedIn(EStreamStep step) const { return failedStep == step; }
+    /// The output counts as intact even if only ending the stream fails.
+    bool HasAllOutput() const { return !failedStep || failedStep == EStreamStep::End; }
 };
 
 class CBlockStream {

@@ -22,19 +22,16 @@ ECsoFault CCsoReader::ReadHeader() {
     if (m_header.magic != CsoHeader().magic || m_header.block_size == 0 || m_header.total_bytes == 0) {
         return ECsoFault::Format;
     }
-    m_blockCount = m_header.BlockCount();
     return ECsoFault::None;
 }
 
 ECsoFault CCsoReader::ReadIndex() {
     const std::int64_t room = m_file.Size() - static_cast<std::int64_t>(CsoHeader::kSize);
-    if (m_blockCount >= static_cast<std::uint64_t>(std::max<std::int64_t>(room, 0)) / sizeof(std::uint32_t)) {
+    if (BlockCount() >= static_cast<std::uint64_t>(std::max<std::int64_t>(room, 0)) / sizeof(std::uint32_t)) {
         return ECsoFault::Index;
     }
-    if (m_header.block_size > kLargestBlockSize) {
-        return ECsoFault::Memory;
-    }
-    if (!m_index.Allocate(m_blockCount + 1) || !m_slot.Allocate(BlockSizes(), 1)) {
+    if (m_header.block_size > kLargestBlockSize || !m_index.Allocate(BlockCount() + 1) ||
+        !m_slot.Allocate(BlockSizes(), 1)) {
         return ECsoFault::Memory;
     }
     const std::span index = m_index.Bytes();
@@ -85,7 +82,7 @@ ECsoFault CCsoReader::FaultOf(const SBlock& block) const {
     if (block.content.size() != m_header.block_size) {
         return ECsoFault::WrongBlockSize;
     }
-    return block.outcome.failed ? ECsoFault::InflateEnd : ECsoFault::None;
+    return block.outcome.failedStep ? ECsoFault::InflateEnd : ECsoFault::None;
 }
 
 }  // namespace vantrel

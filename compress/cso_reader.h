@@ -45,7 +45,7 @@ public:
     const CsoHeader& Header() const { return m_header; }
     SBlockSizes BlockSizes() const { return {m_header.block_size, kCsoStoredRoom * m_header.block_size}; }
     /// Number of whole blocks, which is also the number of the index entry for the end of the data.
-    std::uint64_t BlockCount() const { return m_blockCount; }
+    std::uint64_t BlockCount() const { return m_header.BlockCount(); }
     /// An index entry, 0 to BlockCount().
     std::uint32_t Entry(std::uint64_t block) const { return m_index.Get(block); }
     bool IsPlain(std::uint64_t block) const { return (Entry(block) & kCsoPlainBlock) != 0; }
@@ -56,7 +56,6 @@ private:
 
     CInputFile m_file;
     CsoHeader m_header;
-    std::uint64_t m_blockCount = 0;
     CNumberTable<std::uint32_t> m_index;
     CBlockSlot m_slot;
     CBlockStream m_stream{{EStreamForm::Raw, std::nullopt}, EStreamUse::Reused};

@@ -52,13 +52,11 @@ bool CDaxReader::ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer
     return true;
 }
 
-/// Fully inflated data counts as intact even if inflateEnd fails.
 EDaxFault CDaxReader::FaultOf(const SBlock& frame) {
     if (frame.isUnreadable) {
         return EDaxFault::Read;
     }
-    const bool intact = !frame.outcome.failed || frame.outcome.FailedIn(EStreamStep::End);
-    return intact ? EDaxFault::None : EDaxFault::Inflate;
+    return frame.outcome.HasAllOutput() ? EDaxFault::None : EDaxFault::Inflate;
 }
 
 }  // namespace vantrel

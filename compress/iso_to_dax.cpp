@@ -111,7 +111,7 @@ private:
         if (outcome.FailedIn(EStreamStep::Work) && (outcome.result == Z_OK || outcome.result == Z_BUF_ERROR)) {
             m_operation.Fail("Not enough memory in compressed buffer!\n");
         }
-        if (outcome.failed && !outcome.FailedIn(EStreamStep::End)) {
+        if (!outcome.HasAllOutput()) {
             m_operation.Fail("Memory error while compressing.");
         }
     }
