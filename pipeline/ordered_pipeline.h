@@ -2,8 +2,8 @@
 #pragma once
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <future>
@@ -25,7 +25,8 @@ constexpr std::size_t SlotsFor(std::uint32_t workers) {
 /// steps; with workers, they run on threads of their own, as far ahead as there are slots.
 ///
 /// Neither step may throw. Whatever the steps use must outlive the pipeline; its destructor waits for running steps.
-template <typename Slot>
+/// Tests replace `Condition` to pause at the points where threads meet.
+template <typename Slot, typename Condition = std::condition_variable>
 class COrderedPipeline {
 public:
     /// Called in the order of the items and never concurrently, but on changing threads.
@@ -73,23 +74,21 @@ public:
     std::size_t ThreadCount() const { return m_threads.size(); }
 
 private:
-    using Counter = std::atomic<std::uint64_t>;
-
     static constexpr std::uint64_t kStopped = std::numeric_limits<std::uint64_t>::max();
 
-    static void Set(Counter& counter, std::uint64_t value) {
-        counter = value;
-        counter.notify_all();
+    void Set(std::uint64_t& counter, std::uint64_t value) {
+        {
+            const std::lock_guard lock(m_mutex);
+            counter = value;
+        }
+        m_changed.notify_all();
     }
 
     /// Returns the value that ended the wait.
-    static std::uint64_t WaitUntilAbove(const Counter& counter, std::uint64_t bound) {
-        std::uint64_t value = counter;
-        while (value <= bound) {
-            counter.wait(value);
-            value = counter;
-        }
-        return value;
+    std::uint64_t WaitUntilAbove(const std::uint64_t& counter, std::uint64_t bound) {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [&counter, bound] { return counter > bound; });
+        return counter;
     }
 
     void StartThreads(std::uint32_t wanted) {
@@ -123,12 +122,16 @@ private:
 
     const std::uint64_t m_count;
     std::vector<Slot> m_slots;
-    std::vector<Counter> m_doneEnds;  ///< For each slot, one more than the last item completed in it; 0 before.
+    /// For each slot, one more than the last item completed in it; 0 before. Shared between threads: use Set and
+    /// WaitUntilAbove.
+    std::vector<std::uint64_t> m_doneEnds;
     Reader m_read;
     Worker m_work;
-    std::uint64_t m_taken = 0;  ///< Items that Next() has returned or waits for.
-    Counter m_startLimit;       ///< Items below this number may be started; kStopped ends the threads.
-    std::mutex m_reading;       ///< Held while an item is started and read, which keeps the order.
+    std::uint64_t m_taken = 0;   ///< Items that Next() has returned or waits for.
+    std::uint64_t m_startLimit;  ///< Items below this number may be started; kStopped ends the threads. Shared, too.
+    std::mutex m_mutex;          ///< Held while m_doneEnds or m_startLimit is used.
+    Condition m_changed;         ///< The caller of Next() and the worker whose turn it is to read wait for it.
+    std::mutex m_reading;        ///< Held while an item is started and read, which keeps the order.
     std::uint64_t m_started = 0;
     std::vector<std::future<void>> m_threads;
 };
