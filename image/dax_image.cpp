@@ -1,4 +1,4 @@
-// The image in a DAX file.
+// Reads the image in a DAX file.
 #include "compress/dax_reader.h"
 #include "image/block_image.h"
 #include "image/forms.h"
@@ -8,7 +8,7 @@ namespace vantrel {
 
 namespace {
 
-const char* TextOf(EDaxFault fault) {
+const char* DaxFaultText(EDaxFault fault) {
     switch (fault) {
         case EDaxFault::None:
             break;
@@ -37,7 +37,7 @@ public:
         if (fault == EDaxFault::None) {
             fault = m_dax.ReadTables();
         }
-        problem = TextOf(fault);
+        problem = DaxFaultText(fault);
         SetGeometry(m_dax.Header().image_size, kDaxFrameSize);
         return fault == EDaxFault::None;
     }
@@ -49,7 +49,7 @@ private:
     bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
         const EDaxFault found = m_dax.ReadFrame(static_cast<std::uint32_t>(number), content);
         if (found != EDaxFault::None) {
-            fault = TextOf(found);
+            fault = DaxFaultText(found);
             return false;
         }
         const std::int64_t wanted =
