@@ -4,6 +4,7 @@
 
 #include "app/converter/batch_line.h"
 #include "files/checked_file.h"
+#include "files/native_file.h"
 #include "files/path.h"
 #include "files/text_output.h"
 #include "operation/progress.h"
