@@ -36,8 +36,9 @@ public:
             m_operation.Notify("The image is of no known medium; the layout names none and cannot be rebuilt");
         }
         if (EndsBeyondDiscs(m_walked)) {
-            m_operation.Notify(Format("The volume of %s has %u sectors, more than any disc; its layout cannot be rebuilt",
-                                      m_request.imagePath.c_str(), m_walked.volumeSectors));
+            m_operation.Notify(
+                Format("The volume of %s has %u sectors, more than any disc; its layout cannot be rebuilt",
+                       m_request.imagePath.c_str(), m_walked.volumeSectors));
         }
         const auto beyond = std::count_if(m_walked.files.begin(), m_walked.files.end(),
                                           [this](const SWalkedFile& file) { return IsBeyond(file); });
@@ -100,13 +101,15 @@ private:
     /// Fails for layouts that no rebuild would accept. The extraction has checked the files with content.
     void CheckSectors() {
         if (EndsBeyondDiscs(m_walked)) {
-            m_operation.Fail(Format("%s cannot be exported with its files: its volume has %u sectors, more than any disc",
-                                    m_request.imagePath.c_str(), m_walked.volumeSectors));
+            m_operation.Fail(
+                Format("%s cannot be exported with its files: its volume has %u sectors, more than any disc",
+                       m_request.imagePath.c_str(), m_walked.volumeSectors));
         }
         for (const SWalkedFile& file : m_walked.files) {
             if (file.HasName() && file.start >= kSectorLimit) {
-                m_operation.Fail(Format("\"%s\" cannot be exported: it is recorded at sector %u, which exists on no disc",
-                                        file.path.c_str(), file.start));
+                m_operation.Fail(
+                    Format("\"%s\" cannot be exported: it is recorded at sector %u, which exists on no disc",
+                           file.path.c_str(), file.start));
             }
         }
     }

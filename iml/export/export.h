@@ -25,8 +25,8 @@ inline constexpr const char* kExportCancelledCaption = "No File Chosen";
 /// The path of a layout for the chosen folder (with its separator) and file name: always with the extension ".iml".
 std::string LayoutPathOf(const std::string& folder, const std::string& fileName);
 
-/// The window's "iso2iml" for the image `folder` (with its separator) + `fileName`: walks the image, asks for the layout,
-/// and writes it. False if the user cancelled.
+/// The window's "iso2iml" for the image `folder` (with its separator) + `fileName`: walks the image, asks for the
+/// layout, and writes it. False if the user cancelled.
 bool IsoToIml(const std::string& folder, const std::string& fileName, const ChooseImlPath& chooseImlPath,
               COperation& operation, const std::function<SLocalTime()>& clock = LocalTimeNow);
 

@@ -29,8 +29,8 @@ struct SLayoutRequest {
 /// separator, like _splitpath. Both '\' and '/' separate.
 std::string LayoutFolderOf(const std::string& folderText);
 
-/// Writes the layout of a walked image and completes. Fails with the codes 4100 (file list), 4101 (".ims" created), 4103
-/// (offset list), 4101a (source of the leading structures), 4102 (".ims" reopened) and 4104 (".iml").
+/// Writes the layout of a walked image and completes. Fails with the codes 4100 (file list), 4101 (".ims" created),
+/// 4103 (offset list), 4101a (source of the leading structures), 4102 (".ims" reopened) and 4104 (".iml").
 void WriteImlLayout(const SLayoutRequest& request, const SWalkedImage& image, COperation& operation);
 
 }  // namespace vantrel

@@ -1,5 +1,5 @@
-// The four files that the window's export keeps beside the image. They are written only, never read back as data; but each
-// is reopened where the export would use it, because the window reports a file that cannot be reopened.
+// The four files that the window's export keeps beside the image. They are written only, never read back as data; but
+// each is reopened where the export would use it, because the window reports a file that cannot be reopened.
 #pragma once
 
 #include <cstdint>
@@ -23,8 +23,8 @@ struct SWalkFilePaths {
     std::string offsetList;
 };
 
-/// The window's names: "temp1.tmp", "tmp.tmp" and the image's name with "-LBA.TXT" and ".vlt", all in `folder`, which ends
-/// in its separator.
+/// The window's names: "temp1.tmp", "tmp.tmp" and the image's name with "-LBA.TXT" and ".vlt", all in `folder`, which
+/// ends in its separator.
 SWalkFilePaths WindowWalkFiles(const std::string& folder, const std::string& fileName);
 
 /// Writes the files, step by step in the order of the members. Copies stop where the image ends and pad its last sector

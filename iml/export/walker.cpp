@@ -120,8 +120,8 @@ std::uint32_t CWalk::HighestDirectory(const CDirectoryReader& reader) const {
     return highest;
 }
 
-/// The last directory ends the leading structures. If the path table names no directory of the image, the root directory
-/// of the volume descriptor is used.
+/// The last directory ends the leading structures. If the path table names no directory of the image, the root
+/// directory of the volume descriptor is used.
 void CWalk::FindHeaderEnd(CDirectoryReader& reader) {
     std::uint32_t extent = HighestDirectory(reader);
     if (extent == 0) {
@@ -179,9 +179,8 @@ void CWalk::ListDirectory(CDirectoryReader& reader, std::size_t directory) {
 
 /// First sector behind the directories at which a file starts; 0 if there is none.
 std::int64_t CWalk::FirstFileSector() const {
-    const auto first = std::find_if(m_walked.files.begin(), m_walked.files.end(), [this](const SWalkedFile& file) {
-        return file.start >= m_walked.headerSectors;
-    });
+    const auto first = std::find_if(m_walked.files.begin(), m_walked.files.end(),
+                                    [this](const SWalkedFile& file) { return file.start >= m_walked.headerSectors; });
     return first == m_walked.files.end() ? 0 : first->start;
 }
 

@@ -1,5 +1,5 @@
-// The walk through an image, the first stage of an export: finds the leading structures and lists every file in the order
-// of the sectors. It never reads the contents of files.
+// The walk through an image, the first stage of an export: finds the leading structures and lists every file in the
+// order of the sectors. It never reads the contents of files.
 #pragma once
 
 #include <cstdint>
@@ -28,8 +28,8 @@ struct SWalkedImage {
     std::uint8_t mediaSub = 0;        ///< first character of the CD-XA mark (byte 33792)
     std::uint32_t volumeSectors = 0;  ///< volume space size
     TagHead anchorTag = {};           ///< see ReadAnchorTag; zeros unless the image is marked as a DVD
-    /// Sectors of the leading structures: up to the end of the last directory, on DVD up to the last UDF file entry that
-    /// precedes the files.
+    /// Sectors of the leading structures: up to the end of the last directory, on DVD up to the last UDF file entry
+    /// that precedes the files.
     std::uint32_t headerSectors = 0;
     std::vector<SWalkedFile> files;  ///< in the order of their first sectors
 };

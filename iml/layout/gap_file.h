@@ -27,8 +27,8 @@ struct SImageArea {
     std::int64_t length = 0;
 };
 
-/// The areas of an image of `imageLength` bytes outside of `covered`, whose positions ascend. The covered areas may overlap
-/// and reach beyond the image.
+/// The areas of an image of `imageLength` bytes outside of `covered`, whose positions ascend. The covered areas may
+/// overlap and reach beyond the image.
 std::vector<SImageArea> UncoveredAreas(std::span<const SImageArea> covered, std::int64_t imageLength);
 
 /// The sectors in `areas` that hold anything but zeros; adjacent ones form one area.
@@ -40,8 +40,8 @@ bool WriteGapFile(CByteSource& image, std::span<const SImageArea> areas, COutput
 
 class CGapFileReader {
 public:
-    /// Opens a gap file and checks its index: order, the length of the image, the length of the file. False, with Problem()
-    /// set, if anything is wrong.
+    /// Opens a gap file and checks its index: order, the length of the image, the length of the file. False, with
+    /// Problem() set, if anything is wrong.
     bool Open(const std::string& path);
     /// What is wrong, as a text that names the file.
     const std::string& Problem() const { return m_problem; }
@@ -50,8 +50,8 @@ public:
     std::int64_t ImageLength() const { return m_imageLength; }
     const std::vector<SImageArea>& Areas() const { return m_areas; }
 
-    /// Reads data of area `index` (from 0), starting at byte `offset` of the area. Reads fewer bytes than requested only at
-    /// the end of the area and after an error.
+    /// Reads data of area `index` (from 0), starting at byte `offset` of the area. Reads fewer bytes than requested
+    /// only at the end of the area and after an error.
     std::size_t ReadAt(std::size_t index, std::int64_t offset, std::span<std::uint8_t> buffer);
 
 private:

@@ -39,8 +39,8 @@ struct SListHead {
 /// Position behind the `hashes`-th '#' of the layout; nothing if there are fewer.
 std::optional<std::int64_t> FindListHead(CInputFile& layout, int hashes);
 
-/// Reads the count line whose '#' ends at `position`, the column header and the entry of the leading structures. An empty
-/// line ends the reading early. Nothing if no ':' follows.
+/// Reads the count line whose '#' ends at `position`, the column header and the entry of the leading structures. An
+/// empty line ends the reading early. Nothing if no ':' follows.
 std::optional<SListHead> ReadListHead(CInputFile& layout, std::int64_t position, CLineBuffer& line);
 
 /// A file in the list.
@@ -51,8 +51,9 @@ struct SListedFile {
 };
 
 /// The file of an entry line, by fixed columns: the first sector in the first 9 characters, the last sector in the next
-/// 10, and the path between the quote in column 27 and the quote that ends the line. Nothing for an empty path, which ends
-/// the list. If the line is too short for a column, characters of earlier lines in the same buffer take their place.
+/// 10, and the path between the quote in column 27 and the quote that ends the line. Nothing for an empty path, which
+/// ends the list. If the line is too short for a column, characters of earlier lines in the same buffer take their
+/// place.
 std::optional<SListedFile> ListedFileOf(const CLineBuffer& line);
 
 /// Whether a line is long enough for an entry and has its opening quote.

@@ -30,8 +30,8 @@ struct SLayoutSummary {
 /// The ".ims" file of a layout: named after the base name of the layout, or after its whole name, as an export does.
 std::string FindLeadingStructures(const std::string& layoutPath);
 
-/// Reads a layout and looks for its files; relative paths start at `filesFolder` (with its separator). Throws CRefused if
-/// the layout is unreadable, names no known medium or has no number of entries.
+/// Reads a layout and looks for its files; relative paths start at `filesFolder` (with its separator). Throws CRefused
+/// if the layout is unreadable, names no known medium or has no number of entries.
 SLayoutSummary SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder);
 
 }  // namespace vantrel

@@ -14,8 +14,8 @@ struct SSectorRange {
 /// Assigns ranges to files, in the order of the list.
 class CRangeRule {
 public:
-    /// The range of a file of `size` bytes at sector `start`. An empty file gets one sector. A file with the start and the
-    /// padding of the remembered file gets only its last sector; every other file becomes the remembered one.
+    /// The range of a file of `size` bytes at sector `start`. An empty file gets one sector. A file with the start and
+    /// the padding of the remembered file gets only its last sector; every other file becomes the remembered one.
     SSectorRange Next(std::uint32_t start, std::uint32_t size);
 
 private:

@@ -11,8 +11,8 @@
 
 namespace vantrel {
 
-/// The buffer for lines. Behind the end of a line it still holds characters of earlier lines, and a failed read leaves it
-/// unchanged.
+/// The buffer for lines. Behind the end of a line it still holds characters of earlier lines, and a failed read leaves
+/// it unchanged.
 class CLineBuffer {
 public:
     /// Room for a line's characters with their terminator.

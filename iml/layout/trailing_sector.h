@@ -1,5 +1,5 @@
-// The sector behind the leading structures in the ".ims" file of a DVD layout: the closing anchor of the UDF volume, which
-// holds its own sector number.
+// The sector behind the leading structures in the ".ims" file of a DVD layout: the closing anchor of the UDF volume,
+// which holds its own sector number.
 #pragma once
 
 #include <array>

@@ -19,9 +19,9 @@ namespace {
 /// Bytes of a stored area copied at a time.
 constexpr std::int64_t kBufferSize = 1 << 20;
 
-/// Finds the first sector of a file. For a file that shares the sectors of the file before it, the layout records the last
-/// sector only. So a file that is too long for that sector, ends there and starts where the earlier file starts lies at
-/// the sectors of the earlier file.
+/// Finds the first sector of a file. For a file that shares the sectors of the file before it, the layout records the
+/// last sector only. So a file that is too long for that sector, ends there and starts where the earlier file starts
+/// lies at the sectors of the earlier file.
 class CFirstSectorFinder {
 public:
     /// The first sector; nothing if the file is longer than its range.
@@ -145,8 +145,8 @@ private:
         const std::int64_t length = m_writer.OpenListed(file.path);
         const std::optional<std::int64_t> first = m_firstSectors.FirstOf(file, length);
         if (!first) {
-            m_operation.Fail(Format("%s has %lld bytes, but its sectors in the image hold only %lld",
-                                    file.path.c_str(), static_cast<long long>(length),
+            m_operation.Fail(Format("%s has %lld bytes, but its sectors in the image hold only %lld", file.path.c_str(),
+                                    static_cast<long long>(length),
                                     static_cast<long long>(CFirstSectorFinder::RoomOf(file))));
         }
         if (length > 0) {

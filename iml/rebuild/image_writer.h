@@ -28,14 +28,14 @@ public:
     void CheckLeading();
 
     /// Creates the output (code 203), opens the leading structures (code 204) and copies them without their last
-    /// `heldBack` bytes, but never more than `mostBytes`. Their file stays open. `leadingLast` is the last sector that the
-    /// layout names for them; if strict, they must reach it.
+    /// `heldBack` bytes, but never more than `mostBytes`. Their file stays open. `leadingLast` is the last sector that
+    /// the layout names for them; if strict, they must reach it.
     void Begin(std::int64_t heldBack, std::int32_t leadingLast,
                std::int64_t mostBytes = std::numeric_limits<std::int64_t>::max());
     /// The length of the image after Begin.
     std::int64_t LeadingLength() const { return m_leadingLength; }
-    /// Starts the second stage of writing behind the leading structures: reopens the window's lists (codes 206 and 2022)
-    /// and the output (code 2022a).
+    /// Starts the second stage of writing behind the leading structures: reopens the window's lists (codes 206 and
+    /// 2022) and the output (code 2022a).
     void BeginPlacing();
 
     /// Announces `blocks` blocks in total, and shows the length so far.
@@ -58,7 +58,8 @@ public:
     /// Sets the volume space size to the number of whole sectors of the image.
     void CorrectVolumeSize();
 
-    /// Commits the image, shows the end text and completes. Deletes the window's lists unless the completion ends early.
+    /// Commits the image, shows the end text and completes. Deletes the window's lists unless the completion ends
+    /// early.
     void Finish(const char* statusText, const char* doneText);
 
 private:

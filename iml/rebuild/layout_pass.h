@@ -21,9 +21,9 @@ public:
           m_bytes(operation),
           m_text(operation) {}
 
-    /// Shows the start text and fills the placements. Fails with the codes 2011a (CD), 2011, 2021a (DVD) and 2012 if the
-    /// layout cannot be opened or reopened, with those of CPlacements, and for a layout of another medium or without a
-    /// list.
+    /// Shows the start text and fills the placements. Fails with the codes 2011a (CD), 2011, 2021a (DVD) and 2012 if
+    /// the layout cannot be opened or reopened, with those of CPlacements, and for a layout of another medium or
+    /// without a list.
     void Run();
 
     /// Whether the layout has the DVD shape.

@@ -1,5 +1,5 @@
-// The files that a rebuild places, in the order of the layout. The window keeps the list in two files as well, which are
-// written only, never read back as data; but it reports a file that cannot be reopened.
+// The files that a rebuild places, in the order of the layout. The window keeps the list in two files as well, which
+// are written only, never read back as data; but it reports a file that cannot be reopened.
 #pragma once
 
 #include <cstdint>

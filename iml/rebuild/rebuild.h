@@ -33,8 +33,8 @@ struct SRebuildRequest {
 /// have its base name.
 SRebuildRequest WindowRebuild(const std::string& folder, const std::string& fileName);
 
-/// The window's "vantrel" and the console program's iml2iso: calls the rebuild for the layout's media letter. Fails with
-/// code 2011 if the layout cannot be opened, and for other letters.
+/// The window's "vantrel" and the console program's iml2iso: calls the rebuild for the layout's media letter. Fails
+/// with code 2011 if the layout cannot be opened, and for other letters.
 void RebuildImage(const SRebuildRequest& request, COperation& operation);
 
 /// Rebuilds a CD or UMD image: every file at its first sector, then the postgap of a PlayStation 2 CD.
