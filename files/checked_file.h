@@ -26,6 +26,8 @@ public:
 
     /// Fails if the system has reported an error since the file was opened. Reading up to the end is no error.
     void FailIfUnread() const;
+    /// Fails because the file ended before all expected bytes were read, or with the system's error if there is one.
+    [[noreturn]] void FailIncomplete() const;
 
 private:
     COperation& m_operation;
