@@ -1,7 +1,7 @@
 // Files of a conversion: every failure ends the conversion with a text that names the file.
 //
-// Failure patterns hold one "%s", which stands for the path. Where a message deliberately names another file, the caller
-// passes that path as `shownPath`.
+// Failure patterns hold one "%s", which stands for the path. Where a message deliberately names another file, the
+// caller passes that path as `shownPath`.
 #pragma once
 
 #include <string>
