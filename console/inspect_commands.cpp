@@ -103,9 +103,9 @@ private:
     std::string Text(const CReport& report) const override {
         std::string text;
         for (const CReport& file : report["files"].As<CReport::List>()) {
-            text += Format("%8lld %10lld ", static_cast<long long>(file["sector"].As<std::int64_t>()),
-                           static_cast<long long>(file["bytes"].As<std::int64_t>())) +
-                    file["path"].As<std::string>() + '\n';
+            text += Format("%8lld %10lld %s\n", static_cast<long long>(file["sector"].As<std::int64_t>()),
+                           static_cast<long long>(file["bytes"].As<std::int64_t>()),
+                           file["path"].As<std::string>().c_str());
         }
         return text;
     }

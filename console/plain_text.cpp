@@ -25,7 +25,8 @@ struct SValueText {
     std::string operator()(bool value) const { return value ? " yes\n" : " no\n"; }
     std::string operator()(std::int64_t value) const { return ' ' + std::to_string(value) + '\n'; }
     std::string operator()(double value) const { return Format(" %.1f\n", value); }
-    std::string operator()(const std::string& text) const { return ' ' + text + '\n'; }
+    /// Damaged names may contain NUL; the text ends there.
+    std::string operator()(const std::string& text) const { return Format(" %s\n", text.c_str()); }
     std::string operator()(const CReport::Object& members) const { return '\n' + LinesOf(members, indent); }
 
     std::string operator()(const CReport::List& elements) const {
