@@ -64,6 +64,7 @@ public:
         request.manner = job.manner;
         if (m_extract) {
             request.extractionFolder = ExtractionFolder(job.output);
+            request.existsHint = "; -f replaces it";
         }
         ExportImage(request, operation);
     }
