@@ -1,8 +1,8 @@
 #include "console/file_patterns.h"
 
+#include "files/letter_case.h"
 #include "files/native_file.h"
 #include "files/path.h"
-#include "files/letter_case.h"
 
 namespace vantrel {
 
