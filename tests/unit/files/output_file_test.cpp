@@ -58,7 +58,7 @@ TEST(OutputFile, CommitNewNeverReplaces) {
     ASSERT_TRUE(output.Open(folder / "a.bin", EOutputManner::CommitNew));
     test::WriteText(folder / "a.bin", "came meanwhile");
     EXPECT_FALSE(output.Commit());
-    EXPECT_NE(output.FailureText().find(folder / "a.bin"), std::string::npos);
+    EXPECT_NE(output.Problem().find(folder / "a.bin"), std::string::npos);
     EXPECT_EQ(folder.Names(), std::vector<std::string>{"a.bin"});
     EXPECT_EQ(test::ReadText(folder / "a.bin"), "came meanwhile");
 }
@@ -219,7 +219,7 @@ TEST(OutputFile, ACopyThatFindsNoRoomIsAFailedWrite) {
     Bytes buffer(200'000);
     EXPECT_EQ(output.Copy(source, 0, buffer), 200'000U) << "the source supplied everything";
     EXPECT_TRUE(output.HasFailed());
-    EXPECT_NE(output.FailureText().find("/dev/full"), std::string::npos);
+    EXPECT_NE(output.Problem().find("/dev/full"), std::string::npos);
 }
 #endif
 

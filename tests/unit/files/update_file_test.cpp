@@ -89,7 +89,7 @@ TEST_F(UpdateFile, ReadOnlyRefusesToWrite) {
     CUpdateFile file;
     ASSERT_TRUE(file.Open(m_path, EUpdateManner::ReadOnly));
     EXPECT_FALSE(file.Write(Bytes{1}));
-    EXPECT_NE(file.FailureText().find(m_path), std::string::npos);
+    EXPECT_NE(file.Problem().find(m_path), std::string::npos);
     EXPECT_FALSE(file.Commit());
     EXPECT_EQ(test::ReadWhole(m_path), m_before);
 }
