@@ -185,7 +185,7 @@ std::size_t CNativeFile::CopyFrom([[maybe_unused]] CNativeFile& source, [[maybe_
 }
 
 bool CNativeFile::Seek(std::int64_t position) {
-    return ::lseek(Descriptor(m_handle), position, SEEK_SET) == position;
+    return ::lseek(Descriptor(m_handle), position, SEEK_SET) == position && position >= 0;  // -1 means failure
 }
 
 std::int64_t CNativeFile::Size() const {

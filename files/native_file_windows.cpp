@@ -133,7 +133,7 @@ std::size_t CNativeFile::CopyFrom(CNativeFile& /*source*/, std::size_t /*length*
 bool CNativeFile::Seek(std::int64_t position) {
     LARGE_INTEGER distance;
     distance.QuadPart = position;
-    return position >= 0 && ::SetFilePointerEx(Handle(m_handle), distance, nullptr, FILE_BEGIN) != FALSE;
+    return ::SetFilePointerEx(Handle(m_handle), distance, nullptr, FILE_BEGIN) != FALSE;
 }
 
 std::int64_t CNativeFile::Size() const {

@@ -61,7 +61,7 @@ void CUpdateFile::NoteReadFailure() const {
 }
 
 bool CUpdateFile::MoveTo(std::int64_t position) {
-    if (position < 0 || !m_file.Seek(position)) {
+    if (!m_file.Seek(position)) {
         return false;
     }
     m_position = position;
