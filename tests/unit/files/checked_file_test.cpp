@@ -80,10 +80,9 @@ TEST_F(CheckedOutput, FileThatCannotBeCreatedFailsWithItsPath) {
     const std::string path = m_missing + "/a";
     EXPECT_EQ(FailureOf([&] { m_output.OpenOrFail(path, EOutputManner::InPlace, kPattern); }),
               "Code 101e - Error Opening " + path);
-    EXPECT_EQ(FailureOf([&] {
-                  m_output.OpenOrFail(path, EOutputManner::InPlace, kPattern, "shown.iso", ESharing::Readers);
-              }),
-              "Code 101e - Error Opening shown.iso");
+    EXPECT_EQ(
+        FailureOf([&] { m_output.OpenOrFail(path, EOutputManner::InPlace, kPattern, "shown.iso", ESharing::Readers); }),
+        "Code 101e - Error Opening shown.iso");
 }
 
 TEST_F(CheckedOutput, FailureToReopenNamesTheTarget) {

@@ -41,8 +41,8 @@ TEST(Progress, ShowsThePercentageBeforeItYields) {
     CProgress progress(operation, 3);
     progress.Advance();
     progress.Advance(2);
-    EXPECT_THAT(operation.Calls(), ElementsAre("total 3", "pane PERCENT 33%", "done 1", "yield", "pane PERCENT 100%",
-                                               "done 3", "yield"));
+    EXPECT_THAT(operation.Calls(),
+                ElementsAre("total 3", "pane PERCENT 33%", "done 1", "yield", "pane PERCENT 100%", "done 3", "yield"));
 }
 
 TEST(Progress, ContinuesFromWhatIsDone) {
@@ -137,8 +137,8 @@ TEST(BlockProgress, ShowsEveryHundredthFromBlock0) {
     const CRecordingOperation operation = ShownFor(250, CBlockProgress::EFirst::AtBlock0);
     const Lines calls = operation.Calls();
     ASSERT_EQ(calls.size(), 3U * 125);
-    EXPECT_EQ(Lines(calls.begin(), calls.begin() + 6),
-              (Lines{"pane PERCENT 0%", "pane BYTES 0 block", "yield", "pane PERCENT 1%", "pane BYTES 2 block", "yield"}));
+    EXPECT_EQ(Lines(calls.begin(), calls.begin() + 6), (Lines{"pane PERCENT 0%", "pane BYTES 0 block", "yield",
+                                                              "pane PERCENT 1%", "pane BYTES 2 block", "yield"}));
     EXPECT_EQ(operation.CallsOf("pane PERCENT").back(), "pane PERCENT 124%");
     EXPECT_EQ(operation.CallsOf("pane BYTES").back(), "pane BYTES 248 block");
 }
