@@ -1,4 +1,4 @@
-// A folder for files that exist only while the console program exports an image.
+// A folder that exists only as long as its object.
 #pragma once
 
 #include <string>
