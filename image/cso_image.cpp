@@ -1,4 +1,4 @@
-// The image in a CSO file.
+// Reads the image in a CSO file.
 #include "compress/cso_reader.h"
 #include "files/refused.h"
 #include "image/block_image.h"
@@ -8,7 +8,7 @@ namespace vantrel {
 
 namespace {
 
-const char* TextOf(ECsoFault fault) {
+const char* CsoFaultText(ECsoFault fault) {
     switch (fault) {
         case ECsoFault::None:
             break;
@@ -43,10 +43,13 @@ public:
         if (fault == ECsoFault::None) {
             fault = m_cso.ReadIndex();
         }
-        problem = TextOf(fault);
+        if (fault != ECsoFault::None) {
+            problem = CsoFaultText(fault);
+            return false;
+        }
         const std::uint32_t blockSize = m_cso.Header().block_size;
         SetGeometry(static_cast<std::int64_t>(m_cso.BlockCount() * blockSize), blockSize);
-        return fault == ECsoFault::None;
+        return true;
     }
 
     EForm Form() const override { return EForm::Cso; }
@@ -56,7 +59,7 @@ private:
     bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
         const ECsoFault found = m_cso.ReadBlock(number, content);
         if (found != ECsoFault::None) {
-            fault = TextOf(found);
+            fault = CsoFaultText(found);
         }
         return found == ECsoFault::None;
     }
