@@ -16,7 +16,7 @@ enum class EExit { Done = 0, Failed = 1, Usage = 2 };
 struct SCommandTexts {
     std::string name;
     std::string summary;
-    std::string notes;  ///< Behind the options: remarks and examples.
+    std::string notes;  ///< Remarks and examples, below the options.
 };
 
 class CCommand {
@@ -29,11 +29,10 @@ public:
     const SCommandTexts& Texts() const { return m_texts; }
     const std::string& Name() const { return m_texts.name; }
 
-    /// Declares the options. Their values are stored in members of the command when the command line is read.
+    /// Declares the options, whose values are stored in members of the command.
     virtual void Declare(COptionSet& options) = 0;
-    /// What is wrong with the values as a whole, for the user; empty if they are usable.
+    /// Why the options cannot be used together; empty if they can.
     virtual std::string UsageProblem() const { return {}; }
-    /// Does what the options say, and returns the exit status.
     virtual EExit Run() = 0;
 
 private:

@@ -12,8 +12,8 @@ void CConversionCommand::Declare(COptionSet& options) {
 
 void CConversionCommand::DeclareFiles(COptionSet& options) {
     options.AddFiles(m_options.files, "The files to convert");
-    options.AddFlag("-q,--quiet", m_options.quiet, "Say nothing but errors");
-    options.AddFlag("-k,--keep-going", m_options.keepGoing, "Go on with the next file after a failure");
+    options.AddFlag("-q,--quiet", m_options.quiet, "Print errors only");
+    options.AddFlag("-k,--keep-going", m_options.keepGoing, "Continue with the next file after a failure");
 }
 
 void CConversionCommand::DeclareOutput(COptionSet& options) {

@@ -20,13 +20,13 @@ constexpr const char* kNotes =
     "  vantrel iso2iml game.iso -o work/game.iml --extract\n"
     "\n"
     "Writes game.iml, the layout, and game.ims, the image's leading structures. With\n"
-    "--extract also every file that the layout lists, and game.gaps with what the image\n"
-    "holds besides; then \"vantrel iml2iso\" can make the image again.";
+    "--extract also every file that the layout lists, and game.gaps with the rest of the\n"
+    "image; \"vantrel iml2iso\" can then rebuild the image.";
 
 /// The word behind --extract is always its folder, even if FILE was meant.
 std::string FolderProblem(const std::string& folder) {
     return FileKindOf(folder) == EFileKind::File
-               ? folder + " is a file and no folder; give FILE before --extract, or write --extract=FOLDER"
+               ? folder + " is a file; give FILE before --extract, or write --extract=FOLDER"
                : std::string();
 }
 

@@ -34,7 +34,6 @@ std::string Normalized(std::string path) {
     return path;
 }
 
-/// What an extraction needs to know of a file.
 SExtractedFile ExtractedFile(const SContentFile& file) {
     std::string path = file.path;
     std::replace(path.begin(), path.end(), '/', '\\');
@@ -44,20 +43,19 @@ SExtractedFile ExtractedFile(const SContentFile& file) {
 class CExtractCommand : public CCommand {
 public:
     CExtractCommand()
-        : CCommand(
-              {"extract", "Take files out of an image",
-               "PATH names a file or a folder of the image; upper and lower case count as the same. Nothing is left "
-               "of an\nextraction that fails.\n"
-               "Examples:\n  vantrel extract game.cso -C game\n"
-               "  vantrel extract game.iso SYSTEM.CNF PSP_GAME/SYSDIR"}) {}
+        : CCommand({"extract", "Extract files from an image",
+                    "PATH names a file or a folder of the image, in upper or lower case. A failed extraction leaves "
+                    "nothing behind.\n"
+                    "Examples:\n  vantrel extract game.cso -C game\n"
+                    "  vantrel extract game.iso SYSTEM.CNF PSP_GAME/SYSDIR"}) {}
 
     void Declare(COptionSet& options) override {
         options.AddText("FILE", m_file, "The image: ISO, CSO, DAX or BIN");
         options.Require("FILE");
-        options.AddTexts("PATH", m_paths, "Files and folders to take; all when none is named");
+        options.AddTexts("PATH", m_paths, "Files and folders to extract; by default all");
         options.AddText("-C,--directory", m_folder, "Write below this folder instead of the current one");
         options.AddFlag("-f,--force", m_force, "Replace existing files");
-        options.AddFlag("-q,--quiet", m_quiet, "Say nothing but errors");
+        options.AddFlag("-q,--quiet", m_quiet, "Print errors only");
     }
 
     EExit Run() override {

@@ -61,7 +61,7 @@ private:
 class CInfoCommand : public CInspectCommand {
 public:
     CInfoCommand()
-        : CInspectCommand({"info", "Tell what a file is, by its content",
+        : CInspectCommand({"info", "Identify a file by its content",
                            "Examples:\n  vantrel info game.cso\n  vantrel info --json *.iso | jq .image.kind"}) {}
 
 private:
@@ -72,8 +72,8 @@ class CVerifyCommand : public CInspectCommand {
 public:
     CVerifyCommand()
         : CInspectCommand(
-              {"verify", "Read a file whole, check everything in it, and print the sums of its image",
-               "The sums are those by which public disc databases know an image. Exit status 1: something is wrong.\n"
+              {"verify", "Check everything in a file, and print the checksums of its image",
+               "Public disc databases identify images by these checksums. The exit status is 1 if anything is wrong.\n"
                "Examples:\n  vantrel verify game.bin\n  vantrel verify game.cso --against game.iso"}) {}
 
     void Declare(COptionSet& options) override {

@@ -1,5 +1,5 @@
-// The options of one command, in the words of this program. The library that parses them is an affair of
-// option_set.cpp, because it takes long to compile.
+// Declares the options of a command. Only option_set.cpp includes the parsing library, because that takes long to
+// compile.
 #pragma once
 
 #include <functional>
@@ -13,9 +13,8 @@ class App;
 
 namespace vantrel {
 
-/// Declares options. Every declaration names the variable that receives the value, which must outlive the parsing; its
-/// content beforehand is the value of an option that is not given. `names` are like "-q,--quiet". A name without
-/// dashes, like "FILE", is a word's place on the command line.
+/// Every option has a variable that receives its value and must outlive the parsing. An option that is not given leaves
+/// the variable unchanged. Names are like "-q,--quiet"; a name without dashes, like "FILE", is positional.
 class COptionSet {
 public:
     explicit COptionSet(CLI::App& command) : m_command(command) {}
@@ -25,16 +24,16 @@ public:
     void AddTexts(const std::string& names, std::vector<std::string>& values, const std::string& summary);
     /// A whole number from `first` to `last`.
     void AddNumber(const std::string& names, int& value, int first, int last, const std::string& summary);
-    /// An option whose value may be left out, and is empty then. `problemOf` returns what is wrong with a value, or
-    /// nothing.
+    /// An option whose value may be omitted, and is empty then. `problemOf` returns why a value is wrong, or an empty
+    /// text.
     void AddOptionalText(const std::string& names, std::optional<std::string>& value, const std::string& summary,
                          const std::function<std::string(const std::string&)>& problemOf);
-    /// One or more files, in the place FILE. On Windows, patterns among them are expanded.
+    /// One or more files, as the positional FILE. Patterns are expanded on Windows.
     void AddFiles(std::vector<std::string>& files, const std::string& summary);
 
-    /// An option that must be given.
+    /// Makes an option mandatory.
     void Require(const std::string& name);
-    /// Two options that cannot be given together.
+    /// Allows only one of two options.
     void Exclude(const std::string& name, const std::string& other);
 
 private:

@@ -15,13 +15,13 @@ public:
     CCheckPostgapCommand()
         : CConversionCommand(
               {"check-postgap",
-               "Tell whether a PlayStation 2 CD image has its postgap, and append it where it is missing",
+               "Check whether a PlayStation 2 CD image has its postgap, and append it if it is missing",
                "Examples:\n  vantrel check-postgap game.iso\n  vantrel check-postgap --dry-run game.iso\n\n"
-               "The image is changed where it stands; a change that cannot be completed is undone."}) {}
+               "The image is changed in place; an incomplete change is undone."}) {}
 
     void Declare(COptionSet& options) override {
         DeclareFiles(options);
-        options.AddFlag("--dry-run", m_dryRun, "Tell only, change nothing");
+        options.AddFlag("--dry-run", m_dryRun, "Report only, change nothing");
     }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
@@ -38,10 +38,10 @@ public:
     CAddPostgapCommand()
         : CConversionCommand(
               {"add-postgap",
-               "Append zero sectors to a UMD image; make the volume size of a UMD or CD image that of its length",
+               "Append zero sectors to a UMD image; set the volume size of a UMD or CD image to its length",
                "Examples:\n  vantrel add-postgap --count 2 game.iso\n\n"
-               "The image is changed where it stands; a change that cannot be completed is undone. A CD image is not\n"
-               "lengthened: only its volume size is corrected."}) {}
+               "The image is changed in place; an incomplete change is undone. A CD image is not\n"
+               "lengthened; only its volume size is corrected."}) {}
 
     void Declare(COptionSet& options) override {
         DeclareFiles(options);

@@ -28,7 +28,7 @@ public:
 class CBinToIsoCommand : public CConversionCommand {
 public:
     CBinToIsoCommand()
-        : CConversionCommand({"bin2iso", "Take the plain image out of a raw Mode 2 image",
+        : CConversionCommand({"bin2iso", "Extract the plain image from a raw Mode 2 image",
                               "Examples:\n  vantrel bin2iso game.bin\n  vantrel bin2iso -o game.iso game.bin"}) {}
 
     std::string OutputName(const std::string& inputName) const override {

@@ -17,16 +17,14 @@ constexpr const char* kNotes =
     "  vantrel iml2iso --files /discs/game/files -o /discs/new.iso game.iml\n"
     "  vantrel iml2iso --exact game.iml\n"
     "\n"
-    "The leading structures are read from the layout's .ims file. Relative paths of the layout begin in its own "
+    "The leading structures are read from the layout's .ims file. Relative paths of the layout start in its own "
     "folder\n"
-    "or in that of --files; a backslash separates folders, and names are matched exactly first and then without "
-    "regard\n"
-    "to case.\n"
+    "or in that of --files. Backslashes separate folders. Names match exactly or, failing that, in another case.\n"
     "\n"
     "--exact puts every file at the sector that the layout records, fills the rest of its last sector with zeros and\n"
-    "leaves the volume size alone. Its purpose: files that were extracted and not changed give back the original "
-    "image,\n"
-    "bit for bit. A file that has outgrown its place is refused.";
+    "leaves the volume size unchanged. Files that were extracted and not changed give the original image, bit for "
+    "bit.\n"
+    "A file that no longer fits its sectors is refused.";
 
 class CRebuildCommand : public CConversionCommand {
 public:
@@ -35,8 +33,8 @@ public:
 
     void Declare(COptionSet& options) override {
         CConversionCommand::Declare(options);
-        options.AddText("--files", m_filesFolder, "Folder in which the layout's relative paths begin");
-        options.AddFlag("--exact", m_exact, "Give back the original image from unchanged files");
+        options.AddText("--files", m_filesFolder, "Folder in which the layout's relative paths start");
+        options.AddFlag("--exact", m_exact, "Restore the original image from unchanged files");
     }
 
     std::string OutputName(const std::string& inputName) const override { return BaseNameOf(inputName) + ".iso"; }

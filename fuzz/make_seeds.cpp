@@ -5,6 +5,7 @@
 
 #include "compress/cso.h"
 #include "compress/dax.h"
+#include "files/byte_order.h"
 #include "files/path.h"
 #include "fuzz/input_parts.h"
 #include "fuzz/patched_image.h"

@@ -42,7 +42,7 @@ SReading ReadWhole(const std::string& path, CImageSource& image, COperation& ope
     const std::unique_ptr<CImageChunks> source = ChunksOf(path, image);
     CImageDigest digest;
     // One worker reads, checks and computes two of the sums, in order. MD5, on this thread, takes as long as all that.
-    CPiecesAhead<SImageChunk> chunks(
+    COrderedPipeline<SImageChunk> chunks(
         source->Count(), 1,
         std::vector<SImageChunk>(kSlots, {std::vector<std::uint8_t>(source->BufferSize()), 0, {}, {}}),
         [&](SImageChunk& chunk, std::uint64_t number) {

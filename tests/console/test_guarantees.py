@@ -27,7 +27,7 @@ class Guarantees(ConsoleTest):
         for command in "iso2cso", "iso2dax":
             self.assert_done(self.run_here(command, "-l", "1", "game.iso"))
 
-    def test_interrupts_at_random_moments(self):
+    def test_interrupts_at_random_times(self):
         self.write_large()
         before = self.state()
         stopped = 0
@@ -47,7 +47,7 @@ class Guarantees(ConsoleTest):
             self.assertEqual(self.state(), before)
         self.assertGreater(stopped, 25)
 
-    def test_an_interrupt_is_obeyed_within_a_second(self):
+    def test_an_interrupt_takes_effect_within_a_second(self):
         self.write_containers()
         names = self.names()
         stopped = 0
@@ -69,7 +69,7 @@ class Guarantees(ConsoleTest):
                     os.remove(self.path("new-game.iso"))
         self.assertGreater(stopped, 5)
 
-    def test_a_file_that_may_not_grow(self):
+    def test_a_limited_file_size(self):
         """The output ends after a megabyte, at the same block for any number of threads."""
         self.write_containers()
         limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20))
@@ -88,7 +88,7 @@ class Guarantees(ConsoleTest):
             self.assertEqual(len(told), 1, told)
             self.assertRegex(told.pop(), text)
 
-    def test_without_threads_or_with_few_the_work_is_done_all_the_same(self):
+    def test_few_or_no_threads_are_enough(self):
         without = lambda: limited_threads(1024)
         few = lambda: limited_threads(100)
         if self.run_here("--version", preexec_fn=without).status != 0:
@@ -173,7 +173,7 @@ class Guarantees(ConsoleTest):
         self.write("game.iso", image)
         return bytes(image)
 
-    def test_an_image_that_may_not_be_changed(self):
+    def test_a_read_only_image(self):
         image = self.write_image(b"PLAYSTATION", 210)
         os.chmod(self.path("game.iso"), 0o444)
         os.chmod(self.folder, 0o777)
@@ -204,7 +204,7 @@ class Guarantees(ConsoleTest):
 
     @unittest.skipUnless(os.geteuid() == 0 and shutil.which("lowntfs-3g") and shutil.which("unshare"),
                          "needs to mount a disk that folds cases")
-    def test_a_disk_that_folds_cases(self):
+    def test_a_disk_that_ignores_case(self):
         """Files that differ only in case are told there, before anything is written, and fit on other disks."""
         script = """set -e
             mkfs.ntfs -q -F -f "$1/volume" >&2
