@@ -1,4 +1,4 @@
-"""The commands of the rebuild and of the postgap."""
+"""The rebuild and postgap commands."""
 import os
 try:
     import resource
@@ -62,7 +62,7 @@ class Rebuild(ConsoleTest):
         self.write("A", b"x" * 2049)
         result = self.run_here("iml2iso", "--exact", "game.iml")
         self.assertEqual(result.status, 1)
-        self.assertIn("A has 2049 bytes, but its place in the image has room for 2048 only", result.err)
+        self.assertIn("A has 2049 bytes, but its sectors in the image hold only 2048", result.err)
         self.assertEqual(self.names(), ["A", "game.iml", "game.ims"])
 
     def test_postgap_is_reported_and_appended(self):
