@@ -1,4 +1,4 @@
-"""iso2cso and cso2iso through the program itself: names, options, refusals, exit statuses."""
+"""iso2cso and cso2iso of the built program: names, options, refusals, exit statuses."""
 import os
 import unittest
 
@@ -64,7 +64,7 @@ class CsoCommands(ConsoleTest):
         self.write("game.iso", psp_image(1000))
         self.assert_done(self.run_here("iso2cso", "game.iso"))
         cso = bytearray(self.read("game.cso"))
-        for block in 600, 602, 640:  # text; every other block is noise and stored plain
+        for block in 600, 602, 640:  # text; every other block is random data and stored plain
             position = int.from_bytes(cso[24 + 4 * block:28 + 4 * block], "little")
             cso[position] = 0xFF
         self.write("game.cso", cso)

@@ -1,4 +1,4 @@
-"""iso2dax and dax2iso through the program itself."""
+"""iso2dax and dax2iso of the built program."""
 import unittest
 
 from support import ConsoleTest, psp_image
@@ -47,9 +47,9 @@ class DaxCommands(ConsoleTest):
         frames = 250
         damaged = dax[:]
         damaged[int.from_bytes(dax[32 + 4 * 150:36 + 4 * 150], "little")] ^= 0xFF
-        damaged[32 + 4 * frames + 2 * 160 + 1] = 0xFF  # a later frame claims more than a frame ever takes
+        damaged[32 + 4 * frames + 2 * 160 + 1] = 0xFF  # a later frame claims an impossible length
         missing = dax[:]
-        missing[32 + 4 * 140 + 3] = 0xFF  # an earlier frame lies behind the end
+        missing[32 + 4 * 140 + 3] = 0xFF  # an earlier frame starts behind the end
         missing[int.from_bytes(dax[32 + 4 * 150:36 + 4 * 150], "little")] ^= 0xFF
         for content, text in ((damaged, "Error while decompressing (corrupt input?)"),
                               (missing, "Input seems to be corrupted.")):

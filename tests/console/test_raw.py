@@ -1,4 +1,4 @@
-"""iso2bin and bin2iso through the program itself: raw image and sheet appear together or not at all."""
+"""iso2bin and bin2iso of the built program: raw image and sheet appear together or not at all."""
 import os
 import random
 import resource
@@ -9,7 +9,7 @@ from support import IS_WINDOWS, ConsoleTest, interrupted
 
 
 def cd_image(sectors=40, volume=None, seed=1):
-    """An image that carries the marks of a PlayStation 2 CD."""
+    """An image with the marks of a PlayStation 2 CD."""
     image = bytearray(random.Random(seed).randbytes(sectors * 2048))
     image[33342:33345] = b"PLA"
     image[33792:33795] = b"CD-"

@@ -1,4 +1,4 @@
-"""The commands of the rebuild and of the postgap."""
+"""The rebuild and postgap commands."""
 import os
 try:
     import resource

@@ -1,4 +1,4 @@
-"""The Debian package, installed into a root of its own, from which the program is run."""
+"""The Debian package, installed into a separate root, and its program run there."""
 import glob
 import gzip
 import os
@@ -24,7 +24,7 @@ class DebianPackage(unittest.TestCase):
         subprocess.run([os.path.join(SOURCE, "scripts/make_packages.sh"), "deb", "5.0.0", PROGRAM, cls.scratch.name],
                        check=True, stdout=subprocess.DEVNULL)
         package, = glob.glob(os.path.join(cls.scratch.name, "*.deb"))
-        # The root holds nothing else, so what the program depends on is looked for outside of it.
+        # The root has no other packages, so the dependencies are those of the host.
         subprocess.run(["dpkg", "--root=" + cls.root, "--force-not-root", "--force-depends", "--force-bad-path",
                         "--log=/dev/null", "--install", package], check=True, capture_output=True)
 

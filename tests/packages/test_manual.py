@@ -1,4 +1,4 @@
-"""The manual page and the completions name every command and option, and the shells and man accept them."""
+"""Manual page and completions name every command and option, and man and the shells accept them."""
 import os
 import subprocess
 import sys

@@ -1,4 +1,4 @@
-"""The zip for Windows: unpacked into an empty folder, its two programs run from there. Needs a display and Wine."""
+"""The zip for Windows: both programs run from an empty folder. Needs a display and Wine."""
 import glob
 import os
 import subprocess

@@ -8,7 +8,6 @@
 #include "compress/dax.h"
 #include "files/refused.h"
 #include "tests/support/image_builder.h"
-#include "tests/support/recording_operation.h"
 
 namespace vantrel {
 namespace {
@@ -21,6 +20,10 @@ Bytes BuiltUmd() {
     description.kind = test::EImageKind::Umd;
     description.files = {{"PSP_GAME/A.BIN", test::RandomBytes(70'000, 1)}, {"B.TXT", test::TextLikeBytes(9'000, 2)}};
     return test::BuildImage(description).bytes;
+}
+
+SCompressionRequest Compression(const CTestFolder& folder, const char* output) {
+    return DirectConversion(folder / "game.iso", folder / output, EOutputManner::CommitNew, 0, 9);
 }
 
 /// Compares ranges that start and end at arbitrary positions with the image.
@@ -61,9 +64,9 @@ TEST(ImageSource, EveryFormContainsTheSameImage) {
     const CTestFolder folder;
     const Bytes image = BuiltUmd();
     test::WriteWhole(folder / "game.iso", image);
-    test::CRecordingOperation operation;
-    IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation);
-    IsoToDax(WindowCompression(folder.Path(), "game.iso", ".dax"), operation);
+    COperation operation;
+    IsoToCso(Compression(folder, "game.cso"), operation);
+    IsoToDax(Compression(folder, "game.dax"), operation);
     WriteRaw(folder / "game.bin", image);
     for (const auto& [name, form] : {std::pair{"game.iso", EForm::Iso}, std::pair{"game.cso", EForm::Cso},
                                      std::pair{"game.dax", EForm::Dax}, std::pair{"game.bin", EForm::Bin}}) {
@@ -77,8 +80,8 @@ TEST(ImageSource, EveryFormContainsTheSameImage) {
 TEST(ImageSource, ADamagedBlockEndsAReadAndOthersRemainReadable) {
     const CTestFolder folder;
     test::WriteWhole(folder / "game.iso", BuiltUmd());
-    test::CRecordingOperation operation;
-    IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation);
+    COperation operation;
+    IsoToCso(Compression(folder, "game.cso"), operation);
     Bytes cso = test::ReadWhole(folder / "game.cso");
     const std::uint32_t third = test::Read32(cso, 24 + 3 * 4) & 0x7FFFFFFFU;
     cso[third] = 0xFF;
