@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "files/native_file.h"
 #include "files/letter_case.h"
+#include "files/native_file.h"
 
 namespace vantrel {
 

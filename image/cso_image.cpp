@@ -1,5 +1,6 @@
 // Reads the image in a CSO file.
 #include "compress/cso_reader.h"
+#include "files/refused.h"
 #include "image/block_image.h"
 #include "image/forms.h"
 
@@ -68,9 +69,12 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CImageSource> OpenCsoImage(const std::string& path, std::string& problem) {
+std::unique_ptr<CImageSource> OpenCsoImage(const std::string& path) {
     auto image = std::make_unique<CCsoImage>();
-    return image->Open(path, problem) ? std::move(image) : nullptr;
+    if (std::string problem; !image->Open(path, problem)) {
+        throw CRefused(path + ": " + problem);
+    }
+    return image;
 }
 
 }  // namespace vantrel

@@ -1,5 +1,6 @@
 // Reads the image in a DAX file.
 #include "compress/dax_reader.h"
+#include "files/refused.h"
 #include "image/block_image.h"
 #include "image/forms.h"
 #include "operation/text.h"
@@ -67,9 +68,12 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CImageSource> OpenDaxImage(const std::string& path, std::string& problem) {
+std::unique_ptr<CImageSource> OpenDaxImage(const std::string& path) {
     auto image = std::make_unique<CDaxImage>();
-    return image->Open(path, problem) ? std::move(image) : nullptr;
+    if (std::string problem; !image->Open(path, problem)) {
+        throw CRefused(path + ": " + problem);
+    }
+    return image;
 }
 
 }  // namespace vantrel

@@ -1,7 +1,7 @@
 // The files of an ISO 9660 image, found through its directories from the root down.
 //
-// This is the complete list, for reports and extraction: every record without the directory flag is a file. The export of
-// a layout uses the path table instead and lists only records without any flag, as layouts always have.
+// This is the complete list, for reports and extraction: every record without the directory flag is a file. The export
+// of a layout uses the path table instead and lists only records without any flag, as layouts always have.
 #pragma once
 
 #include <cstdint>

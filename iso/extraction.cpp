@@ -84,12 +84,11 @@ void CExtraction::CheckTargets() {
             continue;
         }
         if (kind != EFileKind::File) {
-            m_operation.Fail(Format("\"%s\" cannot be extracted: %s exists and is not a file", file.path.c_str(),
-                                    target.c_str()));
+            m_operation.Fail(
+                Format("\"%s\" cannot be extracted: %s exists and is not a file", file.path.c_str(), target.c_str()));
         }
         if (IsSameFile(target, m_request.imagePath)) {
-            m_operation.Fail(
-                Format("\"%s\" cannot be extracted: %s is the image", file.path.c_str(), target.c_str()));
+            m_operation.Fail(Format("\"%s\" cannot be extracted: %s is the image", file.path.c_str(), target.c_str()));
         }
         if (m_request.manner == EOutputManner::CommitNew) {
             m_operation.Fail(Format("%s exists already%s", target.c_str(), m_request.existsHint.c_str()));
@@ -151,8 +150,7 @@ void CExtraction::WriteFile(const SExtractedFile& listed) {
         const auto left = static_cast<std::size_t>(listed.size - done);
         const auto piece = std::span(m_buffer).first(std::min(left, kBufferSize));
         if (output.Copy(m_image, listed.position + done, piece) != piece.size()) {
-            m_operation.Fail(
-                Format("Cannot read \"%s\" from %s", listed.path.c_str(), m_request.imagePath.c_str()));
+            m_operation.Fail(Format("Cannot read \"%s\" from %s", listed.path.c_str(), m_request.imagePath.c_str()));
         }
         output.FailIfUnwritten();
         done += static_cast<std::int64_t>(piece.size());

@@ -36,9 +36,9 @@ public:
     CExtraction& operator=(const CExtraction&) = delete;
     ~CExtraction();
 
-    /// Fails for names that leave the folder or that the file system cannot hold; files that clash with each other (on a
-    /// disk that ignores case, also files that differ in case only) or with other outputs; existing files unless they are
-    /// to be replaced; and files that reach beyond the image. Writes nothing.
+    /// Fails for names that leave the folder or that the file system cannot hold; files that clash with each other (on
+    /// a disk that ignores case, also files that differ in case only) or with other outputs; existing files unless they
+    /// are to be replaced; and files that reach beyond the image. Writes nothing.
     void Check();
     /// Writes all files, one unit of progress each.
     void Write();

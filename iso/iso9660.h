@@ -18,8 +18,8 @@ constexpr std::int64_t SectorsFor(std::int64_t bytes) {
     return (bytes + kSectorSize - 1) / kSectorSize;
 }
 
-/// Sectors from this one on (32 GiB) exist on no disc. Files that name one are refused, because an image that reaches it
-/// would be zeros until the disk is full.
+/// Sectors from this one on (32 GiB) exist on no disc. Files that name one are refused, because an image that reaches
+/// it would be zeros until the disk is full.
 inline constexpr std::uint32_t kSectorLimit = 1U << 24U;
 
 /// Sectors of the postgap behind the data track of a CD: two seconds (ECMA-130 20.2).

@@ -52,8 +52,8 @@ void CPathTable::ReadRootOnly(std::uint32_t extent) {
     m_directories = {{extent, 0, {}}};
 }
 
-/// Replaces parents that do not exist by the root, and breaks every cycle of parents there, so that every path ends at the
-/// root.
+/// Replaces parents that do not exist by the root, and breaks every cycle of parents there, so that every path ends at
+/// the root.
 void CPathTable::RepairParents() {
     constexpr std::size_t kNotSeen = 0;
     std::vector<std::size_t> seenFrom(m_directories.size(), kNotSeen);

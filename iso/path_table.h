@@ -18,10 +18,9 @@ public:
     /// Directories are numbered in 16 bits; further records are not read.
     static constexpr std::size_t kMostDirectories = 65535;
 
-    /// Reads records (ECMA-119 9.4, type L) from `length` bytes at `position` of the image, up to the first record without
-    /// a name. Calls `afterRecord` after each.
-    void Read(CByteSource& image, std::int64_t position, std::int64_t length,
-              const std::function<void()>& afterRecord);
+    /// Reads records (ECMA-119 9.4, type L) from `length` bytes at `position` of the image, up to the first record
+    /// without a name. Calls `afterRecord` after each.
+    void Read(CByteSource& image, std::int64_t position, std::int64_t length, const std::function<void()>& afterRecord);
 
     /// Makes a table of the root alone, for an image without a usable table.
     void ReadRootOnly(std::uint32_t extent);

@@ -21,13 +21,13 @@ struct SPostgapRequest {
     std::optional<int> sectors = std::nullopt;      ///< Sectors to append; AddSelectivePostgap only.
 };
 
-/// Reports DVD and UMD images and complete CD images (the image has as many sectors as its volume) as such, and appends a
-/// postgap to every other CD image. Fails with code 401 if the image cannot be opened.
+/// Reports DVD and UMD images and complete CD images (the image has as many sectors as its volume) as such, and appends
+/// a postgap to every other CD image. Fails with code 401 if the image cannot be opened.
 void CheckPostgap(const SPostgapRequest& request, COperation& operation);
 
-/// Appends the requested zero sectors to a UMD image and sets the volume space size of UMD and CD images to the number of
-/// their sectors. Returns false, with nothing done, if no number was requested. Fails with the codes 401 and 13000 if the
-/// image cannot be opened and reopened. Not for the manner ReadOnly.
+/// Appends the requested zero sectors to a UMD image and sets the volume space size of UMD and CD images to the number
+/// of their sectors. Returns false, with nothing done, if no number was requested. Fails with the codes 401 and 13000
+/// if the image cannot be opened and reopened. Not for the manner ReadOnly.
 bool AddSelectivePostgap(const SPostgapRequest& request, COperation& operation);
 
 }  // namespace vantrel

@@ -23,17 +23,17 @@ EImageMark ReadImageMark(CByteSource& image);
 /// The medium of an image.
 enum class ImageKind : std::int32_t { Unknown = -1, Dvd = 0, Cd = 1, Umd = 3 };
 
-// Two rules tell the kind of an image. Both look at the first character of the CD-XA mark ('C' on CD and UMD) and at one
-// letter that is 'L' on PlayStation 2 and 'S' on PSP discs. They differ in the identifier that supplies the letter and in
-// the answer for all other images, because a layout must not name a medium that the image does not have, whereas the
-// postgap commands must leave alone whatever is not known to be a CD.
+// Two rules tell the kind of an image. Both look at the first character of the CD-XA mark ('C' on CD and UMD) and at
+// one letter that is 'L' on PlayStation 2 and 'S' on PSP discs. They differ in the identifier that supplies the letter
+// and in the answer for all other images, because a layout must not name a medium that the image does not have, whereas
+// the postgap commands must leave alone whatever is not known to be a CD.
 
 /// The rule of exports and reports: the letter is the second character of the application identifier (byte 33343).
 ImageKind KindByApplication(std::uint8_t applicationSecond, std::uint8_t xaMarkFirst);
 ImageKind KindByApplication(const SPrimaryVolumeDescriptor& volume);
 
-/// The rule of rebuilds and postgaps: the letter is the second character of the system identifier (byte 32777), and every
-/// other image counts as a DVD.
+/// The rule of rebuilds and postgaps: the letter is the second character of the system identifier (byte 32777), and
+/// every other image counts as a DVD.
 ImageKind KindBySystem(std::uint8_t systemSecond, std::uint8_t xaMarkFirst);
 ImageKind KindBySystem(const SPrimaryVolumeDescriptor& volume);
 

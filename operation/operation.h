@@ -9,10 +9,12 @@
 #include <string>
 #include <string_view>
 
+#undef Yield  // an empty macro of windows.h
+
 namespace vantrel {
 
-/// The conversions, for runners that treat them differently. A rebuild begins as ImlToIso and, once the medium is known,
-/// again as the rebuild of that medium.
+/// The conversions, for runners that treat them differently. A rebuild begins as ImlToIso and, once the medium is
+/// known, again as the rebuild of that medium.
 enum class EConversion {
     IsoToIml,
     ImlToIso,
@@ -83,8 +85,8 @@ public:
     }
 
 private:
-    /// Ends the conversion; must not return. Fail itself is not virtual because compilers do not rely on [[noreturn]] in
-    /// virtual calls.
+    /// Ends the conversion; must not return. Fail itself is not virtual because compilers do not rely on [[noreturn]]
+    /// in virtual calls.
     virtual void EndWith(std::string_view text) { throw CConversionFailed(std::string(text)); }
 };
 

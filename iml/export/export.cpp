@@ -1,152 +1,147 @@
 #include "iml/export/export.h"
 
-#include "iso/extraction.h"
-#include "files/input_file.h"
-#include "files/native_file.h"
+#include <algorithm>
+
+#include "files/checked_file.h"
 #include "files/path.h"
-#include "files/temporary_folder.h"
-#include "iml/file_list.h"
-#include "iml/layout/gap_file.h"
-#include "iml/rebuild/layout_pass.h"
 #include "iml/export/layout_writer.h"
 #include "iml/export/walker.h"
-#include "operation/progress.h"
+#include "iml/layout/gap_file.h"
+#include "iml/layout/layout_names.h"
+#include "iso/extraction.h"
+#include "iso/volume.h"
 #include "operation/text.h"
 
 namespace vantrel {
 
 namespace {
 
-/// The names of WindowWalk in a folder of their own.
-SWalkRequest PrivateWalk(const std::string& imagePath, const std::string& folder) {
-    SWalkRequest request = WindowWalk(folder, "image");
-    request.imagePath = imagePath;
-    request.strict = true;
-    return request;
+/// Whether no rebuild could place the trailing sector of a DVD at the end of the volume.
+bool EndsBeyondDiscs(const SWalkedImage& walked) {
+    return KindByApplication(walked.mediaId, walked.mediaSub) == ImageKind::Dvd && walked.volumeSectors > kSectorLimit;
 }
 
-SExtractionRequest ExtractionOf(const SExportRequest& request) {
-    SExtractionRequest extraction;
-    extraction.imagePath = request.imagePath;
-    extraction.folder = *request.extractionFolder;
-    extraction.manner = request.manner;
-    extraction.otherOutputs = {request.layoutPath, LeadingPathOf(request.layoutPath), GapPathOf(request.layoutPath)};
-    return extraction;
-}
+/// One export by the console program, behind the walk.
+class CExport {
+public:
+    CExport(const SExportRequest& request, const SWalkedImage& walked, COperation& operation)
+        : m_request(request), m_walked(walked), m_operation(operation), m_image(operation) {
+        m_image.OpenOrFail(ResolveFileCase(request.imagePath), "Cannot open %s", request.imagePath);
+        m_imageLength = m_image.SizeOrFail();
+    }
 
-void OpenOrFail(CInputFile& file, const std::string& path, COperation& operation) {
-    if (!file.Open(path)) {
-        operation.Fail("Cannot open " + path);
-    }
-}
-
-/// Number of listed files that do not lie in the image as a whole. Tracks beside the data of a CD are listed in that
-/// way, and so is what a cut image has lost. Files without content count when they are recorded where no disc reaches,
-/// since no layout with them can be rebuilt.
-int CountFilesBeyond(const SWalkRequest& walk, COperation& operation) {
-    CInputFile list;
-    OpenOrFail(list, walk.fileListPath, operation);
-    const std::int64_t length = FileSizeOf(ResolveFileCase(walk.imagePath));
-    CFileListReader reader(list);
-    int beyond = 0;
-    for (SFileListLine line; reader.Next(line);) {
-        const bool endsBeyond = line.size > 0 && line.start * kSectorSize + line.size > length;
-        beyond += endsBeyond || line.start >= kSectorLimit ? 1 : 0;
-    }
-    if (list.HasFailed() || length < 0) {
-        operation.Fail("Cannot read " + (length < 0 ? walk.imagePath : walk.fileListPath) + " in full");
-    }
-    return beyond;
-}
-
-/// Whether no rebuild would put a DVD's trailing sector where the volume ends.
-bool EndsBeyondDiscs(const SWalkedImage& image) {
-    return MediaOf(image.mediaKey) == EMedia::Dvd && image.volumeSectors > kSectorLimit;
-}
-
-void TellDoubts(const SWalkRequest& walk, const SWalkedImage& image, COperation& operation) {
-    if (MediaOf(image.mediaKey) == EMedia::Unknown) {
-        operation.Notify("The image is of no known medium; the layout names none and cannot be rebuilt");
-    }
-    if (EndsBeyondDiscs(image)) {
-        operation.Notify(Format("The volume of %s has %u sectors, more than any disc; its layout cannot be rebuilt",
-                                walk.imagePath.c_str(), image.volumeSectors));
-    }
-    const int beyond = CountFilesBeyond(walk, operation);
-    if (beyond > 0) {
-        operation.Notify(Format("%s ends before %d of the listed files do", walk.imagePath.c_str(), beyond));
-    }
-}
-
-std::vector<SExtractedFile> ReadFileList(const std::string& path, COperation& operation) {
-    CInputFile list;
-    OpenOrFail(list, path, operation);
-    std::vector<SExtractedFile> files;
-    CFileListReader reader(list);
-    for (SFileListLine line; reader.Next(line);) {
-        if (line.NamesFile()) {
-            files.push_back({line.start * kSectorSize, line.size, line.path});
+    /// Shows notices about everything that the layout cannot represent.
+    void NotifyLimits() {
+        if (KindByApplication(m_walked.mediaId, m_walked.mediaSub) == ImageKind::Unknown) {
+            m_operation.Notify("The image is of no known medium; the layout names none and cannot be rebuilt");
+        }
+        if (EndsBeyondDiscs(m_walked)) {
+            m_operation.Notify(
+                Format("The volume of %s has %u sectors, more than any disc; its layout cannot be rebuilt",
+                       m_request.imagePath.c_str(), m_walked.volumeSectors));
+        }
+        const auto beyond = std::count_if(m_walked.files.begin(), m_walked.files.end(),
+                                          [this](const SWalkedFile& file) { return IsBeyond(file); });
+        if (beyond > 0) {
+            m_operation.Notify(Format("%s ends before %d of the listed files do", m_request.imagePath.c_str(),
+                                      static_cast<int>(beyond)));
         }
     }
-    if (list.HasFailed()) {
-        operation.Fail("Cannot read " + path + " in full");
-    }
-    return files;
-}
 
-/// Refuses what no rebuild would take. Files with content have been refused before when they do not lie in the image.
-void CheckSectors(const SWalkRequest& walk, const SWalkedImage& image, const std::vector<SExtractedFile>& files,
-                  COperation& operation) {
-    if (EndsBeyondDiscs(image)) {
-        operation.Fail(Format("%s cannot be exported with its files: its volume has %u sectors, more than any disc",
-                              walk.imagePath.c_str(), image.volumeSectors));
+    void WriteLayout() {
+        SLayoutRequest layout;
+        layout.layoutPath = m_request.layoutPath;
+        layout.folderText = m_request.folderText;
+        layout.leadingSource = ResolveFileCase(m_request.imagePath);
+        layout.manner = m_request.manner;
+        layout.clock = m_request.clock;
+        WriteImlLayout(layout, m_walked, m_operation);
     }
-    for (const SExtractedFile& file : files) {
-        if (const std::int64_t sector = file.position / kSectorSize; sector >= kSectorLimit) {
-            operation.Fail(Format("\"%s\" cannot be exported: it is recorded at sector %lld, which is on no disc",
-                                  file.path.c_str(), static_cast<long long>(sector)));
+
+    void WriteLayoutAndFiles() {
+        const SExtractionRequest request = ExtractionRequest();
+        CExtraction extraction(request, m_image, ExtractedFiles(), m_operation);
+        extraction.Check();
+        CheckSectors();
+        extraction.Write();
+        WriteGaps(extraction);
+        WriteLayout();
+        extraction.Keep();
+    }
+
+private:
+    /// Whether the image does not hold all of a file, as with audio tracks of a CD or a truncated image. An empty file
+    /// counts if its sector exists on no disc, because no layout with it can be rebuilt.
+    bool IsBeyond(const SWalkedFile& file) const {
+        const bool endsBeyond = file.size > 0 && file.start * kSectorSize + file.size > m_imageLength;
+        return endsBeyond || file.start >= kSectorLimit;
+    }
+
+    SExtractionRequest ExtractionRequest() const {
+        SExtractionRequest extraction;
+        extraction.imagePath = m_request.imagePath;
+        extraction.folder = *m_request.extractionFolder;
+        extraction.manner = m_request.manner;
+        extraction.existsHint = m_request.existsHint;
+        extraction.otherOutputs = {m_request.layoutPath, LeadingPathOf(m_request.layoutPath),
+                                   GapPathOf(m_request.layoutPath)};
+        return extraction;
+    }
+
+    std::vector<SExtractedFile> ExtractedFiles() const {
+        std::vector<SExtractedFile> files;
+        for (const SWalkedFile& file : m_walked.files) {
+            if (file.HasName()) {
+                files.push_back({file.start * kSectorSize, file.size, file.path});
+            }
+        }
+        return files;
+    }
+
+    /// Fails for layouts that no rebuild would accept. The extraction has checked the files with content.
+    void CheckSectors() {
+        if (EndsBeyondDiscs(m_walked)) {
+            m_operation.Fail(
+                Format("%s cannot be exported with its files: its volume has %u sectors, more than any disc",
+                       m_request.imagePath.c_str(), m_walked.volumeSectors));
+        }
+        for (const SWalkedFile& file : m_walked.files) {
+            if (file.HasName() && file.start >= kSectorLimit) {
+                m_operation.Fail(
+                    Format("\"%s\" cannot be exported: it is recorded at sector %u, which exists on no disc",
+                           file.path.c_str(), file.start));
+            }
         }
     }
-}
 
-/// Stores what lies between the leading sectors and the files, so that an exact rebuild can put it back.
-void WriteGaps(const SExportRequest& request, const SWalkRequest& walk, CInputFile& image,
-               const std::vector<SExtractedFile>& files, CExtraction& extraction, COperation& operation) {
-    const std::int64_t headerLength = FileSizeOf(walk.headerCopyPath);
-    if (headerLength < 0) {
-        operation.Fail("Cannot open " + walk.headerCopyPath);
+    /// Stores the areas outside of the leading structures and the files, so that an exact rebuild can restore them.
+    void WriteGaps(CExtraction& extraction) {
+        std::vector<SImageArea> covered = {{0, m_walked.headerSectors * kSectorSize}};
+        for (const SWalkedFile& file : m_walked.files) {
+            if (file.HasName()) {
+                covered.push_back({file.start * kSectorSize, file.size});
+            }
+        }
+        const std::vector<SImageArea> areas = AreasWithData(m_image, UncoveredAreas(covered, m_imageLength));
+        const std::string path = GapPathOf(m_request.layoutPath);
+        COutputFile output;
+        if (!output.Open(path, m_request.manner)) {
+            m_operation.Fail(CreationProblem(path));
+        }
+        const bool complete = WriteGapFile(m_image, areas, output);
+        m_image.FailIfUnread();
+        if (!complete) {
+            m_operation.Fail(Format("Cannot read all of %s", m_request.imagePath.c_str()));
+        }
+        extraction.Commit(output);
     }
-    std::vector<SImageArea> covered = {{0, headerLength}};
-    for (const SExtractedFile& file : files) {
-        covered.push_back({file.position, file.size});
-    }
-    const std::vector<SImageArea> areas = AreasWithData(image, UncoveredAreas(covered, image.Size()));
-    const std::string path = GapPathOf(request.layoutPath);
-    COutputFile output;
-    if (!output.Open(path, request.manner)) {
-        operation.Fail("Cannot create " + path + ": " + LastFileError());
-    }
-    if (!WriteGapFile(image, areas, output) || image.HasFailed()) {
-        operation.Fail("Cannot read " + request.imagePath + " in full");
-    }
-    extraction.Commit(output);
-}
 
-/// The layout with all that it needs to be rebuilt, or nothing of it.
-void ExportWithFiles(const SExportRequest& request, const SWalkRequest& walk, const SLayoutRequest& layout,
-                     const SWalkedImage& walked, COperation& operation) {
-    CInputFile image;
-    OpenOrFail(image, ResolveFileCase(request.imagePath), operation);
-    const SExtractionRequest extractionRequest = ExtractionOf(request);
-    const std::vector<SExtractedFile> files = ReadFileList(walk.fileListPath, operation);
-    CExtraction extraction(extractionRequest, image, files, operation);
-    extraction.Check();
-    CheckSectors(walk, walked, files, operation);
-    extraction.Write();
-    WriteGaps(request, walk, image, files, extraction, operation);
-    WriteImlLayout(layout, walk, walked, operation);
-    extraction.Keep();
-}
+    const SExportRequest& m_request;
+    const SWalkedImage& m_walked;
+    COperation& m_operation;
+    CCheckedInput m_image;
+    std::int64_t m_imageLength = 0;
+};
 
 }  // namespace
 
@@ -154,44 +149,32 @@ std::string LayoutPathOf(const std::string& folder, const std::string& fileName)
     return folder + SplitPath(fileName).name + ".iml";
 }
 
-void IsoToIml(const std::string& folder, const std::string& fileName, const ChooseImlPath& chooseImlPath,
+bool IsoToIml(const std::string& folder, const std::string& fileName, const ChooseImlPath& chooseImlPath,
               COperation& operation, const std::function<SLocalTime()>& clock) {
-    const SWalkRequest walk = WindowWalk(folder, fileName);
-    const SWalkedImage image = WalkIsoImage(walk, operation);
+    const SWalkFilePaths sideFiles = WindowWalkFiles(folder, fileName);
+    const SWalkedImage walked = WalkIsoImage({folder + fileName, sideFiles}, operation);
     const std::optional<SChosenLayout> chosen = chooseImlPath();
     if (!chosen) {
-        operation.EnableCommand(ECommand::Browse, true);
-        operation.AcceptDroppedFiles();
-        return;
+        return false;
     }
     SLayoutRequest layout;
     layout.layoutPath = chosen->layoutPath;
     layout.folderText = chosen->folderText;
+    layout.leadingSource = sideFiles.headerCopy;
+    layout.sideFiles = sideFiles;
     layout.clock = clock;
-    WriteImlLayout(layout, walk, image, operation);
-    DisableCommands(operation, {ECommand::IsoToIml, ECommand::Vantrel, ECommand::IsoToBin, ECommand::BinToIso,
-                                ECommand::CheckPostgap, ECommand::IsoToDax, ECommand::DaxToIso});
-    operation.EnableCommand(ECommand::FullPath, true);
-    operation.EnableCommand(ECommand::RelativePath, true);
+    WriteImlLayout(layout, walked, operation);
+    return true;
 }
 
 void ExportImage(const SExportRequest& request, COperation& operation) {
-    CTemporaryFolder sideFolder;
-    if (!sideFolder.MakeIn(FolderOf(request.layoutPath))) {
-        operation.Fail("Cannot write " + request.layoutPath + ": " + LastFileError());
-    }
-    const SWalkRequest walk = PrivateWalk(request.imagePath, sideFolder.Path());
-    const SWalkedImage image = WalkIsoImage(walk, operation);
-    TellDoubts(walk, image, operation);
-    SLayoutRequest layout;
-    layout.layoutPath = request.layoutPath;
-    layout.folderText = request.folderText;
-    layout.manner = request.manner;
-    layout.clock = request.clock;
+    const SWalkedImage walked = WalkIsoImage({request.imagePath, std::nullopt, true}, operation);
+    CExport conversion(request, walked, operation);
+    conversion.NotifyLimits();
     if (request.extractionFolder) {
-        ExportWithFiles(request, walk, layout, image, operation);
+        conversion.WriteLayoutAndFiles();
     } else {
-        WriteImlLayout(layout, walk, image, operation);
+        conversion.WriteLayout();
     }
 }
 

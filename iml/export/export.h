@@ -1,4 +1,4 @@
-// The export of an image to a layout: the window's command and the console program's, from the same stages.
+// The export of an image to a layout, for the window and for the console program.
 #pragma once
 
 #include <functional>
@@ -11,39 +11,38 @@
 
 namespace vantrel {
 
-/// What the user answers when asked for the layout.
+/// The user's choice of a layout.
 struct SChosenLayout {
     std::string layoutPath;
-    std::string folderText;  ///< The path field: a folder that is put before every path, or nothing.
+    std::string folderText;  ///< Text of the path field.
 };
 
-/// Asks for the layout; nothing when the user cancelled, who has then been told so with the two texts below.
+/// Asks for the layout. Nothing if the user cancelled, after the window has shown the two texts below.
 using ChooseImlPath = std::function<std::optional<SChosenLayout>()>;
 inline constexpr const char* kExportCancelledText = "You cancelled.";
 inline constexpr const char* kExportCancelledCaption = "No File Chosen";
 
-/// The path of a layout for the folder (with its separator) and the file name that were chosen for it: always with the
-/// extension ".iml".
+/// The path of a layout for the chosen folder (with its separator) and file name: always with the extension ".iml".
 std::string LayoutPathOf(const std::string& folder, const std::string& fileName);
 
-/// The "iso2iml" command of the window for the image `folder` (with its separator) + `fileName`: walks the image, asks
-/// for the layout's path, and writes it.
-void IsoToIml(const std::string& folder, const std::string& fileName, const ChooseImlPath& chooseImlPath,
+/// The window's "iso2iml" for the image `folder` (with its separator) + `fileName`: walks the image, asks for the
+/// layout, and writes it. False if the user cancelled.
+bool IsoToIml(const std::string& folder, const std::string& fileName, const ChooseImlPath& chooseImlPath,
               COperation& operation, const std::function<SLocalTime()>& clock = LocalTimeNow);
 
-/// An export without questions.
+/// The console program's export.
 struct SExportRequest {
     std::string imagePath;
     std::string layoutPath;
     std::string folderText;
     EOutputManner manner = EOutputManner::CommitNew;
-    /// Where the listed files are written as well, with its closing separator ("" is the current folder).
+    /// Folder for the listed files, with its closing separator ("" is the current folder); nothing to extract none.
     std::optional<std::string> extractionFolder;
+    std::string existsHint;  ///< See SExtractionRequest.
     std::function<SLocalTime()> clock = LocalTimeNow;
 };
 
-/// Exports an image so that either the layout with all that belongs to it appears or nothing does. Side files are kept
-/// in a temporary folder beside the layout.
+/// Exports an image. Either the layout appears with all its files, or nothing does.
 void ExportImage(const SExportRequest& request, COperation& operation);
 
 }  // namespace vantrel

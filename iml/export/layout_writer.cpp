@@ -4,12 +4,13 @@
 #include <array>
 
 #include "files/byte_order.h"
+#include "files/checked_file.h"
 #include "files/commit_together.h"
-#include "files/input_file.h"
 #include "files/path.h"
 #include "files/text_output.h"
-#include "iml/file_list.h"
+#include "iml/layout/layout_names.h"
 #include "iml/layout/sector_range.h"
+#include "iso/volume.h"
 #include "operation/progress.h"
 #include "operation/text.h"
 
@@ -17,14 +18,14 @@ namespace vantrel {
 
 namespace {
 
-/// What differs between the media. An unknown one has no lines of its own; a rebuild refuses such a layout.
+/// The lines that depend on the medium. A layout of an unknown medium has none of them; a rebuild refuses it.
 struct SVariant {
     const char* mediaLines;
     const char* typeLines;
     const char* trackTable;
     const char* columnHeader;
     const char* mode;
-    std::int32_t leadingSectorsNotListed;  ///< Sectors of the ".ims" file behind the last leading one, plus one.
+    std::int32_t unlistedSectors;  ///< Length of the ".ims" file in sectors, less the last sector of its entry.
     bool hasTrailingEntry;
 };
 
@@ -45,15 +46,15 @@ constexpr SVariant kUmd = {
     "MEDIA=UMD\nTARGET=PSP\n", "PSTYPE=PSP\nDISCCODE=00\n", kTrackTable, kCdColumns, "2.1", 1, false};
 constexpr SVariant kUnknown = {"", "", "", "", "2.1", 1, false};
 
-const SVariant& VariantOf(EMedia media) {
-    switch (media) {
-        case EMedia::Dvd:
+const SVariant& VariantOf(ImageKind kind) {
+    switch (kind) {
+        case ImageKind::Dvd:
             return kDvd;
-        case EMedia::Cd:
+        case ImageKind::Cd:
             return kCd;
-        case EMedia::Umd:
+        case ImageKind::Umd:
             return kUmd;
-        case EMedia::Unknown:
+        case ImageKind::Unknown:
             break;
     }
     return kUnknown;
@@ -70,104 +71,82 @@ std::string Quoted(const std::string& text) {
 
 class CLayoutWriter {
 public:
-    CLayoutWriter(const SLayoutRequest& request, const SWalkRequest& sideFiles, const SWalkedImage& image,
-                  COperation& operation)
+    CLayoutWriter(const SLayoutRequest& request, const SWalkedImage& image, COperation& operation)
         : m_request(request),
-          m_sideFiles(sideFiles),
           m_image(image),
-          m_variant(VariantOf(MediaOf(image.mediaKey))),
+          m_variant(VariantOf(KindByApplication(image.mediaId, image.mediaSub))),
           m_operation(operation),
-          m_leadingPath(LeadingPathOf(request.layoutPath)) {}
+          m_leadingPath(LeadingPathOf(request.layoutPath)),
+          m_leading(operation),
+          m_layout(operation) {}
 
     void Write();
 
 private:
-    void OpenList();
     void WriteLeadingStructures();
-    std::int64_t HeaderSectors();
     void CopyHeader();
     void WriteTrailingSector();
-    void TakeLeadingLength();
-    std::int32_t CountEntries();
     void WriteLayout();
+    std::int32_t CountEntries() const;
     void WriteHead(CTextOutput& text, std::int32_t entries);
     void WriteEntries(CTextOutput& text, std::int32_t entries);
-    void ShowEntryDone(std::int32_t done, std::int32_t entries);
     void Commit();
     void Finish();
-    void Close(COutputFile& output);
-    void CheckReading(const CInputFile& file, const std::string& path);
+    void Reopen(const std::string& path, const char* pattern);
 
-    [[noreturn]] void FailWith(const char* pattern, const std::string& path) {
-        m_operation.Fail(Format(pattern, path.c_str()));
-    }
-    bool IsInPlace() const { return m_request.manner == EOutputManner::InPlace; }
-    /// The volume's last sector, where a DVD's trailing sector belongs.
+    /// The last sector of the volume, where a DVD's trailing sector belongs.
     std::uint32_t LastVolumeSector() const { return m_image.volumeSectors - 1; }
 
     const SLayoutRequest& m_request;
-    const SWalkRequest& m_sideFiles;
     const SWalkedImage& m_image;
     const SVariant& m_variant;
     COperation& m_operation;
     std::string m_leadingPath;
-    CInputFile m_list;
-    COutputFile m_leading;
-    COutputFile m_layout;
-    std::int64_t m_leadingLength = 0;
+    CCheckedOutput m_leading;
+    CCheckedOutput m_layout;
 };
 
 void CLayoutWriter::Write() {
-    OpenList();
+    if (m_request.sideFiles) {
+        Reopen(m_request.sideFiles->fileList, "Code 4100 - Error Opening %s");
+    }
     WriteLeadingStructures();
-    TakeLeadingLength();
     WriteLayout();
     Commit();
     Finish();
 }
 
-void CLayoutWriter::OpenList() {
-    if (!m_list.Open(m_sideFiles.fileListPath)) {
-        FailWith("Code 4100 - Error Opening %s", m_sideFiles.fileListPath);
-    }
+void CLayoutWriter::Reopen(const std::string& path, const char* pattern) {
+    CCheckedInput file(m_operation);
+    file.OpenOrFail(path, pattern);
 }
 
 void CLayoutWriter::WriteLeadingStructures() {
-    if (!m_leading.Open(m_leadingPath, m_request.manner)) {
-        FailWith("Code 4101 - Error Opening %s", m_leadingPath);
+    m_leading.OpenOrFail(m_leadingPath, m_request.manner, "Code 4101 - Error Opening %s");
+    if (m_request.sideFiles) {
+        Reopen(m_request.sideFiles->offsetList, "Code 4103 - Error Opening %s");
     }
     CopyHeader();
     if (m_variant.hasTrailingEntry) {
         WriteTrailingSector();
     }
-    Close(m_leading);
-}
-
-std::int64_t CLayoutWriter::HeaderSectors() {
-    CInputFile offsets;
-    if (!offsets.Open(m_sideFiles.offsetListPath)) {
-        FailWith("Code 4103 - Error Opening %s", m_sideFiles.offsetListPath);
+    m_leading.FinishOrFail();
+    if (m_request.sideFiles) {
+        Reopen(m_leadingPath, "Code 4102 - Error Opening %s");
     }
-    std::array<std::uint8_t, 4> word = {};
-    offsets.Read(word);
-    CheckReading(offsets, m_sideFiles.offsetListPath);
-    return LoadLe32(word);
 }
 
 void CLayoutWriter::CopyHeader() {
-    const std::int64_t sectors = HeaderSectors();
-    CInputFile header;
-    if (!header.Open(m_sideFiles.headerCopyPath)) {
-        FailWith("Code 4101a - Error Opening %s", m_sideFiles.headerCopyPath);
-    }
-    const std::int64_t there = std::min(sectors, SectorsFor(header.Size()));
-    for (std::int64_t sector = 0; sector < there; ++sector) {
+    CCheckedInput source(m_operation);
+    source.OpenOrFail(m_request.leadingSource, "Code 4101a - Error Opening %s");
+    const std::int64_t sectors = std::min<std::int64_t>(m_image.headerSectors, SectorsFor(source.SizeOrFail()));
+    for (std::int64_t sector = 0; sector < sectors; ++sector) {
         std::array<std::uint8_t, kSectorSize> bytes = {};
-        header.Read(bytes);
+        source.Read(bytes);
         m_leading.Write(bytes);
-        m_operation.PumpMessages();
+        m_operation.Yield();
     }
-    CheckReading(header, m_sideFiles.headerCopyPath);
+    source.FailIfUnread();
 }
 
 /// The sector that closes a DVD: the head of its descriptor tag and its own number (ECMA-167 3/7.2.8).
@@ -179,40 +158,21 @@ void CLayoutWriter::WriteTrailingSector() {
     m_leading.Write(bytes);
 }
 
-void CLayoutWriter::TakeLeadingLength() {
-    m_leadingLength = m_leading.Size();
-    if (!IsInPlace()) {
-        return;  // it has no name of its own yet
-    }
-    CInputFile leading;
-    if (!leading.Open(m_leadingPath)) {
-        FailWith("Code 4102 - Error Opening %s", m_leadingPath);
-    }
-    m_leadingLength = leading.Size();
-    CheckReading(leading, m_leadingPath);
-}
-
-std::int32_t CLayoutWriter::CountEntries() {
-    std::int32_t count = m_variant.hasTrailingEntry ? 2 : 1;
-    CFileListReader reader(m_list);
-    for (SFileListLine line; reader.Next(line);) {
-        count += line.NamesFile() ? 1 : 0;
-    }
-    return count;
+std::int32_t CLayoutWriter::CountEntries() const {
+    const auto named = std::count_if(m_image.files.begin(), m_image.files.end(),
+                                     [](const SWalkedFile& file) { return file.HasName(); });
+    return static_cast<std::int32_t>(named) + (m_variant.hasTrailingEntry ? 2 : 1);
 }
 
 void CLayoutWriter::WriteLayout() {
-    if (!m_layout.Open(m_request.layoutPath, m_request.manner)) {
-        FailWith("Code 4104 - Error Opening %s", m_request.layoutPath);
-    }
+    m_layout.OpenOrFail(m_request.layoutPath, m_request.manner, "Code 4104 - Error Opening %s");
     const std::int32_t entries = CountEntries();
     CTextOutput text(m_layout);
     WriteHead(text, entries);
     WriteEntries(text, entries);
     text.Write("[/LOC]\n\n");
     text.Flush();
-    CheckReading(m_list, m_sideFiles.fileListPath);
-    Close(m_layout);
+    m_layout.FinishOrFail();
 }
 
 void CLayoutWriter::WriteHead(CTextOutput& text, std::int32_t entries) {
@@ -231,73 +191,49 @@ void CLayoutWriter::WriteHead(CTextOutput& text, std::int32_t entries) {
 }
 
 void CLayoutWriter::WriteEntries(CTextOutput& text, std::int32_t entries) {
-    m_operation.StartProgress(entries, EProgressFill::Dvd);
+    CProgress progress(m_operation, entries);
     const std::string leadingName = Quoted(FileNameOf(m_leadingPath));
-    const std::int64_t leadingEnd = m_leadingLength / kSectorSize - m_variant.leadingSectorsNotListed;
-    text.Write(EntryColumns(0, static_cast<std::uint32_t>(leadingEnd), m_variant.mode) + leadingName + '\n');
-    std::int32_t done = 1;
-    ShowEntryDone(done, entries);
+    const std::int64_t leadingLast = m_leading.Size() / kSectorSize - m_variant.unlistedSectors;
+    text.Write(EntryColumns(0, static_cast<std::uint32_t>(leadingLast), m_variant.mode) + leadingName + '\n');
+    progress.Advance();
     const std::string folder = LayoutFolderOf(m_request.folderText);
     CRangeRule rule;
-    CFileListReader reader(m_list);
-    for (SFileListLine line; reader.Next(line);) {
-        if (!line.NamesFile()) {
+    for (const SWalkedFile& file : m_image.files) {
+        if (!file.HasName()) {
             continue;
         }
-        const SSectorRange range = rule.Next(line.start, line.size);
-        text.Write(EntryColumns(range.first, range.last, m_variant.mode) + Quoted(folder + line.path) + '\n');
-        ShowEntryDone(++done, entries);
+        const SSectorRange range = rule.Next(file.start, file.size);
+        text.Write(EntryColumns(range.first, range.last, m_variant.mode) + Quoted(folder + file.path) + '\n');
+        progress.Advance();
     }
     if (m_variant.hasTrailingEntry) {
-        const auto position = static_cast<std::int32_t>((leadingEnd + 1) * kSectorSize);
+        const auto position = static_cast<std::int32_t>((leadingLast + 1) * kSectorSize);
         text.Write(EntryColumns(LastVolumeSector(), LastVolumeSector(), m_variant.mode) + leadingName +
                    Format(" %d\n", position));
-        ShowEntryDone(++done, entries);
-    }
-}
-
-void CLayoutWriter::ShowEntryDone(std::int32_t done, std::int32_t entries) {
-    m_operation.SetPane(EPane::Percent, PercentText(PercentOf(done, entries)));
-    m_operation.StepProgress();
-    m_operation.PumpMessages();
-}
-
-void CLayoutWriter::Close(COutputFile& output) {
-    if (!output.Finish()) {
-        m_operation.Fail(output.FailureText());
-    }
-}
-
-void CLayoutWriter::CheckReading(const CInputFile& file, const std::string& path) {
-    if (file.HasFailed()) {
-        FailWith("Cannot read %s in full", path);
+        progress.Advance();
     }
 }
 
 void CLayoutWriter::Commit() {
-    m_list.Close();
-    std::string failure;
+    std::string problem;
     const std::array<COutputFile*, 2> outputs = {&m_leading, &m_layout};
-    if (!CommitTogether(outputs, failure)) {
-        m_operation.Fail(failure);
+    if (!CommitTogether(outputs, problem)) {
+        m_operation.Fail(problem);
     }
 }
 
 void CLayoutWriter::Finish() {
-    RemoveFile(m_sideFiles.headerCopyPath);
-    RemoveFile(m_sideFiles.pathTableCopyPath);
-    m_operation.SetPane(EPane::Percent, PercentText(100));
+    if (m_request.sideFiles) {
+        RemoveFile(m_request.sideFiles->headerCopy);
+        RemoveFile(m_request.sideFiles->pathTableCopy);
+    }
+    m_operation.SetPane(EPane::Percent, "100%");
     m_operation.SetPane(EPane::File, m_request.layoutPath);
     m_operation.SetPane(EPane::Status, "Export iml done!");
     m_operation.Complete("Export iml done!");
 }
 
 }  // namespace
-
-std::string LeadingPathOf(const std::string& layoutPath) {
-    const SPathParts parts = SplitPath(layoutPath);
-    return parts.drive + parts.folder + parts.name + ".ims";
-}
 
 std::string LayoutFolderOf(const std::string& folderText) {
     const bool hasDrive = folderText.size() > 1 && folderText[1] == ':';
@@ -307,9 +243,8 @@ std::string LayoutFolderOf(const std::string& folderText) {
                                                                : folderText.substr(begin, separator + 1 - begin);
 }
 
-void WriteImlLayout(const SLayoutRequest& request, const SWalkRequest& sideFiles, const SWalkedImage& image,
-                    COperation& operation) {
-    CLayoutWriter(request, sideFiles, image, operation).Write();
+void WriteImlLayout(const SLayoutRequest& request, const SWalkedImage& image, COperation& operation) {
+    CLayoutWriter(request, image, operation).Write();
 }
 
 }  // namespace vantrel

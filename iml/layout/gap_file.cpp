@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "files/byte_order.h"
-#include "files/path.h"
 #include "iso/iso9660.h"
 
 namespace vantrel {
@@ -18,7 +17,7 @@ constexpr std::size_t kCountOffset = 16;
 constexpr std::size_t kHeaderSize = 24;
 constexpr std::size_t kIndexEntrySize = 16;
 
-/// What is copied at once.
+/// Bytes copied at a time.
 constexpr std::int64_t kPieceSize = 1 << 20;
 
 using Header = std::array<std::uint8_t, kHeaderSize>;
@@ -35,7 +34,7 @@ std::int64_t Load64(std::span<const std::uint8_t, 8> bytes) {
     return static_cast<std::int64_t>(LoadLe64(bytes));
 }
 
-bool CopyArea(CInputFile& image, const SImageArea& area, COutputFile& output) {
+bool CopyArea(CByteSource& image, const SImageArea& area, COutputFile& output) {
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::min(area.length, kPieceSize)));
     for (std::int64_t done = 0; done < area.length; done += kPieceSize) {
         const auto piece = std::span(bytes).first(static_cast<std::size_t>(std::min(area.length - done, kPieceSize)));
@@ -47,11 +46,6 @@ bool CopyArea(CInputFile& image, const SImageArea& area, COutputFile& output) {
 }
 
 }  // namespace
-
-std::string GapPathOf(const std::string& layoutPath) {
-    const SPathParts parts = SplitPath(layoutPath);
-    return parts.drive + parts.folder + parts.name + ".gaps";
-}
 
 std::vector<SImageArea> UncoveredAreas(std::span<const SImageArea> covered, std::int64_t imageLength) {
     std::vector<SImageArea> areas;
@@ -69,7 +63,7 @@ std::vector<SImageArea> UncoveredAreas(std::span<const SImageArea> covered, std:
     return areas;
 }
 
-std::vector<SImageArea> AreasWithData(CInputFile& image, std::span<const SImageArea> areas) {
+std::vector<SImageArea> AreasWithData(CByteSource& image, std::span<const SImageArea> areas) {
     std::vector<SImageArea> found;
     std::array<std::uint8_t, kSectorSize> bytes = {};
     for (const SImageArea& area : areas) {
@@ -92,7 +86,7 @@ std::vector<SImageArea> AreasWithData(CInputFile& image, std::span<const SImageA
     return found;
 }
 
-bool WriteGapFile(CInputFile& image, std::span<const SImageArea> areas, COutputFile& output) {
+bool WriteGapFile(CByteSource& image, std::span<const SImageArea> areas, COutputFile& output) {
     Header header = {};
     std::copy(kMagic.begin(), kMagic.end(), header.begin());
     Store64(std::span(header).subspan(kLengthOffset), image.Size());
@@ -125,11 +119,11 @@ bool CGapFileReader::Open(const std::string& path) {
     }
     Header header = {};
     if (m_file.Read(header) != header.size() || !std::equal(kMagic.begin(), kMagic.end(), header.begin())) {
-        return Refuse(path, "not a list of an image's gaps");
+        return Refuse(path, "not a gap file");
     }
     m_imageLength = Load64(std::span(header).subspan<kLengthOffset, 8>());
     if (m_imageLength < 0 || !ReadIndex(LoadLe32(std::span(header).subspan<kCountOffset, 4>()))) {
-        return Refuse(path, "damaged list of an image's gaps");
+        return Refuse(path, "damaged gap file");
     }
     return true;
 }

@@ -1,5 +1,5 @@
-// The areas of an image that neither its leading structures nor a listed file covers, kept beside the layout for a
-// rebuild that gives back the image bit by bit. Only what is not zero is kept, and the image's length.
+// The gap file: the areas of an image that neither its leading structures nor a listed file covers. With it, a rebuild
+// restores the image bit for bit. It stores the length of the image and only areas with data other than zeros.
 //
 // All numbers are little-endian:
 //     0  8 bytes   "IMLGAPS1"
@@ -7,8 +7,8 @@
 //    16  32 bits   number of areas
 //    20  32 bits   0
 //    24  the index: for each area 64 bits of position in the image and 64 bits of length, both in bytes
-//     …  the data of the areas, one after the other, up to the end of the file
-// Areas ascend and do not overlap.
+//     …  the data of the areas, in the same order, up to the end of the file
+// Areas are in ascending order and do not overlap.
 #pragma once
 
 #include <cstdint>
@@ -21,42 +21,38 @@
 
 namespace vantrel {
 
-/// A piece of an image, in bytes.
+/// An area of an image, in bytes.
 struct SImageArea {
     std::int64_t position = 0;
     std::int64_t length = 0;
 };
 
-/// The gap file of a layout: the same path with the extension ".gaps".
-std::string GapPathOf(const std::string& layoutPath);
-
-/// What `covered` leaves uncovered of an image of `imageLength` bytes. The areas may overlap and reach beyond the
-/// image; their positions ascend.
+/// The areas of an image of `imageLength` bytes outside of `covered`, whose positions ascend. The covered areas may
+/// overlap and reach beyond the image.
 std::vector<SImageArea> UncoveredAreas(std::span<const SImageArea> covered, std::int64_t imageLength);
 
-/// The parts of `areas` that hold anything but zeros, told apart by sectors of the image.
-std::vector<SImageArea> AreasWithData(CInputFile& image, std::span<const SImageArea> areas);
+/// The sectors in `areas` that hold anything but zeros; adjacent ones form one area.
+std::vector<SImageArea> AreasWithData(CByteSource& image, std::span<const SImageArea> areas);
 
-/// Writes a whole gap file to an output that is open and empty; the image supplies the data of the areas. False when
-/// the image ends before its areas do; failures of writing are kept by the output.
-bool WriteGapFile(CInputFile& image, std::span<const SImageArea> areas, COutputFile& output);
+/// Writes a gap file to an open, empty output. False if the image ends before its areas do; the output notes failed
+/// writes.
+bool WriteGapFile(CByteSource& image, std::span<const SImageArea> areas, COutputFile& output);
 
 class CGapFileReader {
 public:
-    /// Opens a gap file and reads its index, which is checked: against the image's length, for order and against the
-    /// file's own length. False, with Problem() set, when anything is wrong.
+    /// Opens a gap file and checks its index: order, the length of the image, the length of the file. False, with
+    /// Problem() set, if anything is wrong.
     bool Open(const std::string& path);
     /// What is wrong, as a text that names the file.
     const std::string& Problem() const { return m_problem; }
 
-    /// Bytes of the image as a whole.
+    /// Length of the image in bytes.
     std::int64_t ImageLength() const { return m_imageLength; }
     const std::vector<SImageArea>& Areas() const { return m_areas; }
 
-    /// Reads data of area `index` (from 0) from byte `offset` of it on; the number of bytes read is smaller than the
-    /// buffer only at the end of the area or after an error.
+    /// Reads data of area `index` (from 0), starting at byte `offset` of the area. Reads fewer bytes than requested
+    /// only at the end of the area and after an error.
     std::size_t ReadAt(std::size_t index, std::int64_t offset, std::span<std::uint8_t> buffer);
-    bool HasFailed() const { return m_file.HasFailed(); }
 
 private:
     bool Refuse(const std::string& path, const char* reason);

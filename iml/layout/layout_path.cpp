@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "files/letter_case.h"
 #include "files/native_file.h"
 #include "files/path.h"
-#include "files/letter_case.h"
 
 namespace vantrel {
 

@@ -1,4 +1,4 @@
-// The paths that a layout lists, which are written in the manner of Windows whatever system reads them.
+// The paths in a layout, which have the form of Windows on every system.
 #pragma once
 
 #include <map>
@@ -7,25 +7,25 @@
 
 namespace vantrel {
 
-/// "%s\..\%s%s" of a listed path's drive, name and extension: how a rebuild shows the file it reads.
+/// How a rebuild shows the file that it reads: "%s\..\%s%s" of the drive, name and extension of the path.
 std::string ShownPath(std::string_view path);
 
-/// Finds the files of a layout below a folder.
+/// Finds the files of a layout on the disk.
 class CPathResolver {
 public:
-    /// `folder` ends in a separator; with an empty one, paths are used as they are written.
+    /// `folder` ends in a separator. If it is empty, paths are used as written.
     explicit CPathResolver(std::string folder) : m_folder(std::move(folder)) {}
 
-    /// The path of the file that `path` names: relative to the folder unless it is absolute. Where the system's
-    /// separator is no backslash, a backslash separates folders too, and every name is matched exactly first and then
-    /// without regard to the case of ASCII letters. What cannot be found keeps its spelling.
+    /// The path of the file that `path` names, relative to the folder unless it is absolute. On POSIX, a backslash
+    /// separates folders too, and every name is first matched exactly, then ignoring the case of ASCII letters. Names
+    /// that do not exist keep their spelling.
     std::string Resolve(const std::string& path);
 
 private:
     std::string Find(const std::string& folder, const std::string& name);
 
     std::string m_folder;
-    /// Names of the folders that were looked through, by their lower-case spelling.
+    /// Names in the folders that were searched, by their lower-case spelling.
     std::map<std::string, std::map<std::string, std::string>> m_namesOf;
 };
 

@@ -45,7 +45,7 @@ std::optional<std::int64_t> FindListHead(CInputFile& layout, int hashes) {
 }
 
 std::optional<SListHead> ReadListHead(CInputFile& layout, std::int64_t position, CLineBuffer& line) {
-    CTextReader text = TextOf(layout, position);
+    CTextReader text = TextReaderOf(layout, position);
     int character = 0;
     do {
         character = text.Next();
@@ -68,7 +68,7 @@ std::optional<SListHead> ReadListHead(CInputFile& layout, std::int64_t position,
 }
 
 std::optional<SListedFile> ListedFileOf(const CLineBuffer& line) {
-    // The difference wraps for a short line, and the path is then whatever stands in the buffer.
+    // For a short line the difference wraps, and the path is the rest of the buffer.
     const std::size_t length = line.Text().size() - kAroundPath;
     if (length == 0) {
         return std::nullopt;
@@ -85,7 +85,7 @@ bool LooksLikeEntry(const CLineBuffer& line) {
     return text.size() >= kAroundPath && text[kQuoteColumn] == '"';
 }
 
-CTextReader TextOf(CInputFile& file, std::int64_t start) {
+CTextReader TextReaderOf(CInputFile& file, std::int64_t start) {
     return CTextReader(
         [&file](std::int64_t position, std::span<std::uint8_t> buffer) { return file.ReadAt(position, buffer); },
         start);

@@ -2,11 +2,11 @@
 
 #include "files/input_file.h"
 #include "files/path.h"
-#include "iml/rebuild/layout_pass.h"
+#include "files/refused.h"
+#include "iml/layout/layout_names.h"
 #include "iml/layout/layout_path.h"
 #include "iml/layout/layout_reader.h"
-#include "iml/export/layout_writer.h"
-#include "iml/volume_size.h"
+#include "iso/iso9660.h"
 
 namespace vantrel {
 
@@ -28,7 +28,7 @@ std::string MediaName(char letter) {
 
 void ReadFiles(CInputFile& layout, const SListHead& head, std::int32_t count, CPathResolver& resolver,
                SLayoutSummary& summary) {
-    CTextReader text = TextOf(layout, head.entriesPosition);
+    CTextReader text = TextReaderOf(layout, head.entriesPosition);
     CLineBuffer line;
     for (std::int32_t i = 0; i < count; ++i) {
         const bool read = text.ReadLine(line) && LooksLikeEntry(line);
@@ -45,11 +45,17 @@ void ReadFiles(CInputFile& layout, const SListHead& head, std::int32_t count, CP
     }
 }
 
+void RefuseIfUnread(const CInputFile& layout) {
+    if (layout.HasFailed()) {
+        throw CRefused(layout.Problem());
+    }
+}
+
 }  // namespace
 
 bool SLayoutFile::Fits() const {
     const std::int64_t sectors = std::int64_t{last} - first + 1;
-    return size <= sectors * static_cast<std::int64_t>(kImageSector);
+    return size <= sectors * kSectorSize;
 }
 
 std::string FindLeadingStructures(const std::string& layoutPath) {
@@ -58,33 +64,28 @@ std::string FindLeadingStructures(const std::string& layoutPath) {
     return FileKindOf(byBase) == EFileKind::Missing && FileKindOf(byName) != EFileKind::Missing ? byName : byBase;
 }
 
-std::optional<SLayoutSummary> SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder,
-                                              std::string& problem) {
+SLayoutSummary SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder) {
     CInputFile layout;
     if (!layout.Open(layoutPath)) {
-        problem = LastFileError();
-        return {};
+        throw CRefused(layoutPath + ": " + LastFileError());
     }
     SLayoutSummary summary;
     const char letter = MediaLetterOf(layout);
     summary.media = MediaName(letter);
-    const SLayoutRules& rules = IsDvdLetter(letter) ? kDvdRules : kCdRules;
-    const std::optional<std::int64_t> start = FindListHead(layout, rules.hashes);
+    const SLayoutShape& shape = IsDvdLetter(letter) ? kDvdShape : kCdShape;
+    const std::optional<std::int64_t> start = FindListHead(layout, shape.hashes);
     CLineBuffer line;
     const std::optional<SListHead> head = start ? ReadListHead(layout, *start, line) : std::nullopt;
-    if (summary.media.empty() || !head || head->entries < rules.unplaced || head->entries > layout.Size()) {
-        problem = layout.HasFailed() ? LastFileError() : "the layout names no known medium or no number of entries";
-        return {};
+    RefuseIfUnread(layout);
+    if (summary.media.empty() || !head || head->entries < shape.unplaced || head->entries > layout.Size()) {
+        throw CRefused(layoutPath + ": the layout names no known medium or no number of entries");
     }
     summary.entries = head->entries;
     summary.leadingPath = FindLeadingStructures(layoutPath);
     summary.leadingFound = FileKindOf(summary.leadingPath) == EFileKind::File;
     CPathResolver resolver(filesFolder);
-    ReadFiles(layout, *head, head->entries - rules.unplaced, resolver, summary);
-    if (layout.HasFailed()) {
-        problem = LastFileError();
-        return {};
-    }
+    ReadFiles(layout, *head, head->entries - shape.unplaced, resolver, summary);
+    RefuseIfUnread(layout);
     return summary;
 }
 

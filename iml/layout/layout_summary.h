@@ -1,20 +1,18 @@
-// A layout as a whole, for those who want to know about it without rebuilding: what it lists, and what of that is
-// there.
+// Facts about a layout, for reports: what it lists, and which of the listed files exist.
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace vantrel {
 
 struct SLayoutFile {
-    std::string path;        ///< as the layout has it
+    std::string path;        ///< as in the layout
     std::int32_t first = 0;  ///< sectors of its range, both inclusive
     std::int32_t last = 0;
-    bool found = false;     ///< whether the file is there
-    std::int64_t size = 0;  ///< its length in bytes, when it is
+    bool found = false;     ///< whether the file exists
+    std::int64_t size = 0;  ///< its length in bytes, if it exists
 
     /// Whether the file is no longer than its range.
     bool Fits() const;
@@ -22,19 +20,18 @@ struct SLayoutFile {
 
 struct SLayoutSummary {
     std::string media;         ///< "CD", "DVD" or "UMD"
-    std::int32_t entries = 0;  ///< as counted in the layout, with the leading structures (and a DVD's trailing sector)
+    std::int32_t entries = 0;  ///< as counted in the layout, with the leading structures and a DVD's trailing sector
     std::vector<SLayoutFile> files;
-    bool complete = true;  ///< whether every counted entry line is there and can be read
+    bool complete = true;  ///< whether the list has all counted entries
     std::string leadingPath;
     bool leadingFound = false;
 };
 
-/// The ".ims" file of a layout: named after the layout's base name, or after its whole name, which an export gives it.
+/// The ".ims" file of a layout: named after the base name of the layout, or after its whole name, as an export does.
 std::string FindLeadingStructures(const std::string& layoutPath);
 
-/// Reads a layout and looks for its files, relative paths below `filesFolder` (with its separator). Nothing, and what
-/// is wrong in words, when the file cannot be read, names no known medium or has no number of entries.
-std::optional<SLayoutSummary> SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder,
-                                              std::string& problem);
+/// Reads a layout and looks for its files; relative paths start at `filesFolder` (with its separator). Throws CRefused
+/// if the layout is unreadable, names no known medium or has no number of entries.
+SLayoutSummary SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder);
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-// Which sectors a layout gives to a file.
+// The sectors that a layout assigns to a file.
 #pragma once
 
 #include <cstdint>
@@ -11,11 +11,11 @@ struct SSectorRange {
     std::uint32_t last = 0;
 };
 
-/// Gives ranges to the files of a list, one after the other in list order.
+/// Assigns ranges to files, in the order of the list.
 class CRangeRule {
 public:
-    /// The range of a file of `size` bytes at sector `start`. An empty file has one sector. A file with the same start
-    /// and the same padding as the one remembered is reduced to its last sector; any other is remembered instead.
+    /// The range of a file of `size` bytes at sector `start`. An empty file gets one sector. A file with the start and
+    /// the padding of the remembered file gets only its last sector; every other file becomes the remembered one.
     SSectorRange Next(std::uint32_t start, std::uint32_t size);
 
 private:

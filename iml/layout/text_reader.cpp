@@ -18,16 +18,6 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-int HexDigit(char c) {
-    if (IsDigit(c)) {
-        return c - '0';
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
-}
-
 }  // namespace
 
 std::string_view CLineBuffer::Piece(std::size_t position, std::size_t count) const {
@@ -93,18 +83,6 @@ std::int32_t DecimalOf(std::string_view text) {
         value = value * 10U + static_cast<std::uint32_t>(*next - '0');
     }
     return static_cast<std::int32_t>(negative ? 0U - value : value);
-}
-
-std::uint32_t HexadecimalOf(std::string_view text) {
-    std::uint32_t value = 0;
-    for (const char c : text) {
-        const int digit = HexDigit(c);
-        if (digit < 0) {
-            break;
-        }
-        value = value << 4U | static_cast<std::uint32_t>(digit);
-    }
-    return value;
 }
 
 }  // namespace vantrel

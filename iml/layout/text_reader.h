@@ -1,5 +1,5 @@
-// Reading of text files in the way of a C runtime's text mode: characters with CR LF as one line feed, and lines into
-// one buffer of fixed size that keeps what the last line left there. For the layout and its entry list.
+// Reads text like the text mode of a C runtime: CR LF is one line feed, and lines go into one buffer of fixed size that
+// keeps the rest of earlier, longer lines.
 #pragma once
 
 #include <array>
@@ -11,8 +11,8 @@
 
 namespace vantrel {
 
-/// The one buffer into which lines are read. Characters behind the end of a shorter line are those of earlier lines,
-/// and a line that could not be read leaves the earlier one in place.
+/// The buffer for lines. Behind the end of a line it still holds characters of earlier lines, and a failed read leaves
+/// it unchanged.
 class CLineBuffer {
 public:
     /// Room for a line's characters with their terminator.
@@ -20,7 +20,7 @@ public:
 
     /// The characters up to the terminator.
     std::string_view Text() const { return Piece(0, kSize); }
-    /// At most `count` characters from `position` on, ended by the next terminator or the end of the buffer.
+    /// At most `count` characters from `position`, up to the next terminator or the end of the buffer.
     std::string_view Piece(std::size_t position, std::size_t count) const;
 
 private:
@@ -30,16 +30,16 @@ private:
 
 class CTextReader {
 public:
-    /// Reads bytes at a position of the file; the number read is smaller than the buffer only at the end.
+    /// Reads bytes at a position; reads fewer than requested only at the end of the file.
     using ByteSource = std::function<std::size_t(std::int64_t position, std::span<std::uint8_t> buffer)>;
     static constexpr int kEnd = -1;
 
     explicit CTextReader(ByteSource source, std::int64_t start = 0);
 
-    /// The next character, kEnd after the last one. CR LF is one line feed; the byte 1Ah ends the text.
+    /// The next character; kEnd behind the last one. CR LF counts as one line feed; the byte 1Ah ends the text.
     int Next();
-    /// Reads up to and with the next line feed, at most CLineBuffer::kSize − 1 characters; line feeds are stored as
-    /// terminators. False, with the buffer as it was, at the end of the text.
+    /// Reads up to and including the next line feed, at most CLineBuffer::kSize - 1 characters; stores line feeds as
+    /// terminators. False, with the buffer unchanged, at the end of the text.
     bool ReadLine(CLineBuffer& line);
     /// Position in bytes of the next character.
     std::int64_t Position() const { return m_chunkStart + static_cast<std::int64_t>(m_next); }
@@ -53,11 +53,8 @@ private:
     std::size_t m_next = 0;
 };
 
-/// The number at the start of a text in the manner of atoi: leading blanks and a sign are accepted, anything else ends
-/// it, nothing gives 0. Numbers beyond 32 bits wrap.
+/// The number at the start of a text, like atoi: skips blanks, accepts a sign, stops at the first other character; 0 if
+/// there is no number. Numbers beyond 32 bits wrap.
 std::int32_t DecimalOf(std::string_view text);
-
-/// The unsigned hexadecimal number at the start of a text, 0 when there is none.
-std::uint32_t HexadecimalOf(std::string_view text);
 
 }  // namespace vantrel

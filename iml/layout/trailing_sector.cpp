@@ -12,11 +12,11 @@ constexpr std::size_t kTagLocation = 12;
 
 TrailingSector ReadTrailingSector(CInputFile& leading) {
     TrailingSector sector = {};
-    leading.ReadAt(leading.Size() - kImageSector, sector);
+    leading.ReadAt(leading.Size() - kSectorSize, sector);
     return sector;
 }
 
-std::uint32_t TrailingPlaceOf(const TrailingSector& sector) {
+std::uint32_t TagLocationOf(const TrailingSector& sector) {
     return LoadLe32(std::span(sector).subspan<kTagLocation, 4>());
 }
 

@@ -1,16 +1,16 @@
-// Giving back the very image that was exported. For the rebuilds of both media, outside the window only.
+// Restores the exported image, bit for bit. For the rebuilds of both media; never in the window.
 #pragma once
 
 #include "iml/rebuild/layout_pass.h"
-#include "iml/rebuild/rebuild.h"
 #include "iml/rebuild/placements.h"
+#include "iml/rebuild/rebuild.h"
 #include "operation/operation.h"
 
 namespace vantrel {
 
-/// Places every file of the lists at the sector that the layout records, puts the stored gaps back, leaves zeros
-/// elsewhere and the volume size as the leading structures have it. A file that does not fit its range ends the
-/// rebuild.
-void RebuildExactly(const SRebuildRequest& request, const CLayoutPass& pass, CSideLists& lists, COperation& operation);
+/// Places every file at the sector that the layout records, restores the stored gaps, writes zeros elsewhere and leaves
+/// the volume size unchanged. Fails for a file that does not fit its range.
+void RebuildExactly(const SRebuildRequest& request, const CLayoutPass& pass, CPlacements& placements,
+                    COperation& operation);
 
 }  // namespace vantrel

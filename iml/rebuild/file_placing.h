@@ -1,4 +1,4 @@
-// Placing of one listed file as both rebuilds do it: content, padding with its mark, gap up to the next file.
+// Places one listed file: content, padding with its mark, gap up to the next file. For both rebuilds.
 #pragma once
 
 #include <cstdint>
@@ -11,13 +11,13 @@ namespace vantrel {
 
 class CFilePlacing {
 public:
-    CFilePlacing(CImageWriter& writer, COperation& operation, std::int64_t bytesSoFar)
-        : m_writer(writer), m_operation(operation), m_total(bytesSoFar) {}
+    CFilePlacing(CImageWriter& writer, COperation& operation)
+        : m_writer(writer), m_operation(operation), m_total(writer.LeadingLength()) {}
 
-    /// Shows the file that is next.
-    void Show(const CSideLists::SPlacedFile& file);
-    /// Writes it, its padding and the gap behind it at the output's position.
-    void Place(const CSideLists::SPlacedFile& file);
+    /// Shows the next file.
+    void Show(const SPlacement& file);
+    /// Writes it, its padding and the gap behind it at the current position of the output.
+    void Place(const SPlacement& file, std::int64_t gap);
 
 private:
     void WritePadding(std::int64_t count);
@@ -25,7 +25,7 @@ private:
     CImageWriter& m_writer;
     COperation& m_operation;
     std::int64_t m_total;            ///< Bytes shown: lengths and paddings.
-    std::int64_t m_lastPadding = 0;  ///< Counted with the next file.
+    std::int64_t m_lastPadding = 0;  ///< Shown with the next file.
 };
 
 }  // namespace vantrel

@@ -1,98 +1,92 @@
 #include "iml/rebuild/layout_pass.h"
 
-#include "operation/progress.h"
+#include "iso/iso9660.h"
 #include "operation/text.h"
 
 namespace vantrel {
 
 void CLayoutPass::Run() {
     m_operation.SetPane(EPane::Status, "Rebuilding ISO, please Wait");
-    DisableFrameCommands(m_operation);
+    m_operation.Begin(m_shape.isDvd ? EConversion::ImlToDvdImage : EConversion::ImlToCdImage);
     OpenFiles();
     CheckMedia();
     ReadHead();
+    CheckHead();
     Reopen();
     ListFiles();
 }
 
-void CLayoutPass::Open(CInputFile& file, const char* code) {
-    if (!file.Open(m_request.layoutPath)) {
-        m_operation.Fail(Format("%s - Error Opening %s", code, m_request.layoutPath.c_str()));
-    }
-}
-
 void CLayoutPass::OpenFiles() {
-    if (!m_rules.isDvd) {
-        Open(m_bytes, "Code 2011a");
+    if (!m_shape.isDvd) {
+        m_bytes.OpenOrFail(m_request.layoutPath, "Code 2011a - Error Opening %s");
     }
-    Open(m_text, "Code 2011");
-    if (!m_lists.EntryList().Create()) {
-        m_operation.Fail(Format("Code 202 - Error Opening %s", m_request.entryListPath.c_str()));
-    }
-    if (!m_lists.Bounds().Create()) {
-        m_operation.Fail(Format("Code 2021 - Error Opening %s", m_request.boundsPath.c_str()));
-    }
-    if (m_rules.isDvd) {
-        Open(m_bytes, "Code 2021a");
+    m_text.OpenOrFail(m_request.layoutPath, "Code 2011 - Error Opening %s");
+    m_placements.CreateFiles();
+    if (m_shape.isDvd) {
+        m_bytes.OpenOrFail(m_request.layoutPath, "Code 2021a - Error Opening %s");
     }
 }
 
 void CLayoutPass::CheckMedia() {
     const char letter = MediaLetterOf(m_bytes);
-    if (m_rules.isDvd && !IsDvdLetter(letter)) {
+    if (m_shape.isDvd && !IsDvdLetter(letter)) {
         m_operation.Fail("Error dvd !!!!!!!! This is not DVD verson of iml file");
     }
-    if (!m_rules.isDvd && !IsCdLetter(letter)) {
+    if (!m_shape.isDvd && !IsCdLetter(letter)) {
         m_operation.Fail("Error cd!!!!!!!! This is not CD verson of iml file");
     }
 }
 
 void CLayoutPass::ReadHead() {
     const std::int64_t length = m_bytes.Size();
-    const std::optional<std::int64_t> position = FindListHead(m_bytes, m_rules.hashes);
+    const std::optional<std::int64_t> position = FindListHead(m_bytes, m_shape.hashes);
     m_bytes.Close();
     const std::optional<SListHead> head = position ? ReadListHead(m_text, *position, m_line) : std::nullopt;
     m_text.Close();
-    if (IsCareful() && (m_bytes.HasFailed() || m_text.HasFailed())) {
-        m_operation.Fail(Format("Cannot read all of %s", m_request.layoutPath.c_str()));
+    if (m_request.strict) {
+        m_bytes.FailIfUnread();
+        m_text.FailIfUnread();
     }
     if (!head) {
-        m_operation.Fail(Format("The layout %s has no list of files", m_request.layoutPath.c_str()));
+        Refuse("The layout %s has no list of files");
     }
     if (head->entries > length) {
-        m_operation.Fail(
-            Format("The number of entries in the layout %s is larger than the file", m_request.layoutPath.c_str()));
+        Refuse("The number of entries in the layout %s is larger than the file");
     }
     m_head = *head;
-    m_announced = static_cast<std::int64_t>(m_head.entries) - m_rules.unplaced;
-    if (IsCareful() && m_announced < 0) {
-        m_operation.Fail(Format("The layout %s has no number of entries", m_request.layoutPath.c_str()));
+    m_announced = static_cast<std::int64_t>(m_head.entries) - m_shape.unplaced;
+}
+
+void CLayoutPass::CheckHead() {
+    if (m_request.strict && m_announced < 0) {
+        Refuse("The layout %s has no number of entries");
     }
-    if (IsCareful() && (m_head.leadingLast < 0 || !LooksLikeEntry(m_line))) {
-        m_operation.Fail(Format("The layout %s has no entry of its leading structures", m_request.layoutPath.c_str()));
+    if (m_request.strict && (m_head.leadingLast < 0 || !LooksLikeEntry(m_line))) {
+        Refuse("The layout %s has no entry of its leading structures");
     }
 }
 
 void CLayoutPass::Reopen() {
-    // The window opens the layout for updating too, so a layout that may not be written is refused there.
-    const bool updates = IsCareful() || m_update.Open(m_request.layoutPath, EOpenMode::ReadWrite, ESharing::Anyone);
+    // The window opens the layout for updating too, so it refuses a write-protected layout.
+    const bool updates =
+        m_request.strict || m_update.Open(m_request.layoutPath, EOpenMode::ReadWrite, ESharing::Anyone);
     if (!updates || !m_text.Open(m_request.layoutPath)) {
-        m_operation.Fail(Format("Code 2012 - Error Opening %s", m_request.layoutPath.c_str()));
+        Refuse("Code 2012 - Error Opening %s");
     }
 }
 
 void CLayoutPass::ListFiles() {
     const auto behindLeading = static_cast<std::uint32_t>(m_head.leadingLast) + 1;
-    m_lists.BeginBehind(behindLeading < kSectorLimit ? behindLeading : 1);
-    CTextReader text = TextOf(m_text, m_head.entriesPosition);
+    m_placements.StartBehind(behindLeading < kSectorLimit ? behindLeading : 1);
+    CTextReader text = TextReaderOf(m_text, m_head.entriesPosition);
     bool complete = true;
     for (std::int64_t i = 0; i < m_announced && complete; ++i) {
         complete = ListFile(text);
     }
-    if (complete && IsCareful()) {
+    if (complete && m_request.strict) {
         CheckEnd(text);
     }
-    CheckWritten(m_lists.EndWriting());
+    m_placements.FinishFiles();
     m_text.Close();
     m_update.Close();
 }
@@ -105,58 +99,56 @@ bool CLayoutPass::ListFile(CTextReader& text) {
         return false;
     }
     CheckSectors(*file);
-    CheckWritten(m_lists.Append(*file));
-    m_operation.PumpMessages();
+    m_placements.Append(*file);
+    m_operation.Yield();
     return true;
 }
 
 void CLayoutPass::CheckLine(bool wasRead) {
-    if (!IsCareful()) {
+    if (!m_request.strict) {
         return;
     }
-    if (!wasRead || m_text.HasFailed()) {
-        m_operation.Fail(Format("The layout %s ends before the last of its entries", m_request.layoutPath.c_str()));
+    m_text.FailIfUnread();
+    if (!wasRead) {
+        Refuse("The layout %s ends before the last of its entries");
     }
     if (!LooksLikeEntry(m_line)) {
         RefuseLine();
     }
 }
 
+/// An empty path ends the list. A path of one character without its closing quote has the same length.
 void CLayoutPass::CheckListEnds() {
-    // A name of one character without its closing quote has the length of an empty name.
-    if (IsCareful() && !m_line.Text().ends_with('"')) {
+    if (m_request.strict && !m_line.Text().ends_with('"')) {
         RefuseLine();
+    }
+}
+
+void CLayoutPass::CheckSectors(const SListedFile& file) {
+    const auto isOnDisc = [](std::int32_t sector) { return static_cast<std::uint32_t>(sector) < kSectorLimit; };
+    if (!isOnDisc(file.first) || !isOnDisc(file.last)) {
+        m_operation.Fail(Format("The layout %s puts %s at a sector that exists on no disc",
+                                m_request.layoutPath.c_str(), file.path.c_str()));
+    }
+}
+
+void CLayoutPass::CheckEnd(CTextReader& text) {
+    for (std::int32_t i = 1; i < m_shape.unplaced; ++i) {
+        CheckLine(text.ReadLine(m_line));
+    }
+    if (text.ReadLine(m_line) && LooksLikeEntry(m_line)) {
+        Refuse("The layout %s lists more entries than its number of entries");
     }
 }
 
 void CLayoutPass::RefuseLine() {
     const std::string line(m_line.Text());
     m_operation.Fail(
-        Format("The layout %s has a line that is no entry: %s", m_request.layoutPath.c_str(), line.c_str()));
+        Format("The layout %s has a line that is not an entry: %s", m_request.layoutPath.c_str(), line.c_str()));
 }
 
-void CLayoutPass::CheckSectors(const SListedFile& file) {
-    const auto isOnDisc = [](std::int32_t sector) { return static_cast<std::uint32_t>(sector) < kSectorLimit; };
-    if (!isOnDisc(file.first) || !isOnDisc(file.last)) {
-        m_operation.Fail(Format("The layout %s puts %s where no disc has a sector", m_request.layoutPath.c_str(),
-                                file.path.c_str()));
-    }
-}
-
-void CLayoutPass::CheckEnd(CTextReader& text) {
-    for (std::int32_t i = 1; i < m_rules.unplaced; ++i) {
-        CheckLine(text.ReadLine(m_line));
-    }
-    if (text.ReadLine(m_line) && LooksLikeEntry(m_line)) {
-        m_operation.Fail(
-            Format("The layout %s lists more entries than its number of entries", m_request.layoutPath.c_str()));
-    }
-}
-
-void CLayoutPass::CheckWritten(bool written) {
-    if (!written) {
-        m_operation.Fail(m_lists.FailureText());
-    }
+void CLayoutPass::Refuse(const char* pattern) {
+    m_operation.Fail(Format(pattern, m_request.layoutPath.c_str()));
 }
 
 }  // namespace vantrel

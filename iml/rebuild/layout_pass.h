@@ -1,75 +1,62 @@
-// The first pass of every rebuild: the layout's list of files becomes the side lists. For the rebuilds only.
+// The first pass of a rebuild: the list of files in the layout becomes placements.
 #pragma once
 
-#include "files/input_file.h"
+#include "files/checked_file.h"
 #include "files/native_file.h"
 #include "iml/layout/layout_reader.h"
-#include "iml/rebuild/rebuild.h"
 #include "iml/rebuild/placements.h"
+#include "iml/rebuild/rebuild.h"
 #include "operation/operation.h"
 
 namespace vantrel {
 
-/// How the two shapes of layout differ here.
-struct SLayoutRules {
-    bool isDvd;
-    int hashes;             ///< Which '#' opens the count line.
-    std::int32_t unplaced;  ///< Entries of the list that are no files.
-};
-
-inline constexpr SLayoutRules kCdRules = {false, 2, 1};
-inline constexpr SLayoutRules kDvdRules = {true, 1, 2};
-
-/// Sectors from this one on (32 GiB) are on no disc. Whatever names one is refused, because the image would be zeros
-/// until the disk is full.
-inline constexpr std::uint32_t kSectorLimit = 1U << 24U;
-
-/// Where a rebuild keeps its lists: as files for the window only.
-inline ESidePlace SidePlaceOf(const SRebuildRequest& request) {
-    return request.manner == EOutputManner::InPlace ? ESidePlace::BesideLayout : ESidePlace::Memory;
-}
-
 class CLayoutPass {
 public:
-    CLayoutPass(const SRebuildRequest& request, const SLayoutRules& rules, CSideLists& lists, COperation& operation)
-        : m_request(request), m_rules(rules), m_lists(lists), m_operation(operation) {}
+    CLayoutPass(const SRebuildRequest& request, const SLayoutShape& shape, CPlacements& placements,
+                COperation& operation)
+        : m_request(request),
+          m_shape(shape),
+          m_placements(placements),
+          m_operation(operation),
+          m_bytes(operation),
+          m_text(operation) {}
 
-    /// Shows the start text, greys the commands and fills the lists; ends the rebuild when something is wrong.
+    /// Shows the start text and fills the placements. Fails with the codes 2011a (CD), 2011, 2021a (DVD) and 2012 if
+    /// the layout cannot be opened or reopened, with those of CPlacements, and for a layout of another medium or
+    /// without a list.
     void Run();
 
-    /// The number of files that the layout's count announces; not positive when there are none.
-    std::int64_t Announced() const { return m_announced; }
     /// Whether the layout has the DVD shape.
-    bool IsDvd() const { return m_rules.isDvd; }
-    /// Last sector of the leading structures as the layout has it; −1 when unknown.
+    bool IsDvd() const { return m_shape.isDvd; }
+    /// Last sector of the leading structures in the layout; -1 if unknown.
     std::int32_t LeadingLast() const { return m_head.leadingLast; }
 
 private:
-    void Open(CInputFile& file, const char* code);
     void OpenFiles();
     void CheckMedia();
     void ReadHead();
+    void CheckHead();
     void Reopen();
     void ListFiles();
     bool ListFile(CTextReader& text);
     void CheckLine(bool wasRead);
     void CheckListEnds();
-    [[noreturn]] void RefuseLine();
     void CheckSectors(const SListedFile& file);
     void CheckEnd(CTextReader& text);
-    void CheckWritten(bool written);
-    bool IsCareful() const { return m_request.manner != EOutputManner::InPlace; }
+    [[noreturn]] void RefuseLine();
+    /// Fails with a text of one "%s", which stands for the layout.
+    [[noreturn]] void Refuse(const char* pattern);
 
     const SRebuildRequest& m_request;
-    SLayoutRules m_rules;
-    CSideLists& m_lists;
+    SLayoutShape m_shape;
+    CPlacements& m_placements;
     COperation& m_operation;
-    CInputFile m_bytes;
-    CInputFile m_text;
+    CCheckedInput m_bytes;
+    CCheckedInput m_text;
     CNativeFile m_update;
     CLineBuffer m_line;
     SListHead m_head;
-    std::int64_t m_announced = 0;
+    std::int64_t m_announced = 0;  ///< Number of files by the count line; may be negative.
 };
 
 }  // namespace vantrel

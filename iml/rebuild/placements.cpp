@@ -1,83 +1,71 @@
 #include "iml/rebuild/placements.h"
 
-#include <array>
-
 #include "files/byte_order.h"
+#include "files/text_output.h"
 #include "operation/text.h"
 
 namespace vantrel {
 
-namespace {
+CPlacements::CPlacements(const SRebuildRequest& request, COperation& operation)
+    : m_paths(request.sideFiles), m_operation(operation), m_entryList(operation), m_bounds(operation) {}
 
-constexpr std::size_t kHexDigits = 8;
-constexpr std::size_t kPathColumn = 18;
-constexpr std::int64_t kBoundSize = 4;
-
-}  // namespace
-
-bool CSideLists::AppendBound(std::uint32_t sector) {
-    return m_bounds.Append(Le32(sector));
-}
-
-bool CSideLists::Append(const SListedFile& file) {
-    const auto first = static_cast<std::uint32_t>(file.first);
-    const auto last = static_cast<std::uint32_t>(file.last);
-    m_behindLast = last + 1;
-    return m_entryList.Append(Format("%08X|%08X|", first, last) + file.path + "\r\n") && AppendBound(first) &&
-           AppendBound(last);
-}
-
-bool CSideLists::EndWriting() {
-    AppendBound(m_behindLast);
-    AppendBound(m_behindLast + 1);
-    const bool boundsWritten = m_bounds.EndWriting();
-    return m_entryList.EndWriting() && boundsWritten;
-}
-
-const std::string& CSideLists::FailureText() const {
-    return m_entryList.FailureText().empty() ? m_bounds.FailureText() : m_entryList.FailureText();
-}
-
-std::uint32_t CSideLists::BoundAt(std::int64_t position) {
-    std::array<std::uint8_t, kBoundSize> bytes = {};
-    m_bounds.ReadAt(position, bytes);
-    return LoadLe32(bytes);
-}
-
-std::uint32_t CSideLists::SectorBehindLast() {
-    return BoundAt(m_bounds.Size() - 2 * kBoundSize);
-}
-
-std::optional<CSideLists::SPlacedFile> CSideLists::Next(CLineBuffer& line) {
-    if (!m_lines) {
-        m_lines.emplace([this](std::int64_t position, std::span<std::uint8_t> buffer) {
-            return m_entryList.ReadAt(position, buffer);
-        });
+void CPlacements::CreateFiles() {
+    if (m_paths) {
+        m_entryList.OpenOrFail(m_paths->entryList, EOutputManner::InPlace, "Code 202 - Error Opening %s");
+        m_bounds.OpenOrFail(m_paths->bounds, EOutputManner::InPlace, "Code 2021 - Error Opening %s");
     }
-    if (!m_lines->ReadLine(line)) {
-        return std::nullopt;
-    }
-    SPlacedFile file;
-    file.first = HexadecimalOf(line.Piece(0, kHexDigits));
-    file.path = line.Piece(kPathColumn, line.Text().size() - kPathColumn);
-    if (file.path.empty()) {
-        return std::nullopt;
-    }
-    file.last = BoundAt(m_nextPair);
-    const std::uint32_t next = BoundAt(m_nextPair + kBoundSize);
-    file.gap = static_cast<std::int64_t>(next) - file.last - 1;
-    m_nextPair += 2 * kBoundSize;
-    return file;
 }
 
-void CSideLists::EndReading() {
-    m_entryList.EndReading();
-    m_bounds.EndReading();
+void CPlacements::Append(const SListedFile& file) {
+    const SPlacement placement = {static_cast<std::uint32_t>(file.first), static_cast<std::uint32_t>(file.last),
+                                  file.path};
+    if (m_paths) {
+        CTextOutput line(m_entryList);
+        line.Write(Format("%08X|%08X|%s\n", placement.first, placement.last, placement.path.c_str()));
+        line.Flush();
+        m_entryList.FailIfUnwritten();
+        WriteBound(placement.first);
+        WriteBound(placement.last);
+    }
+    m_behindLast = placement.last + 1;
+    m_files.push_back(placement);
 }
 
-void CSideLists::Remove() {
-    m_bounds.Remove();
-    m_entryList.Remove();
+void CPlacements::FinishFiles() {
+    if (m_paths) {
+        WriteBound(m_behindLast);
+        WriteBound(m_behindLast + 1);
+        m_entryList.FinishOrFail();
+        m_bounds.FinishOrFail();
+    }
+}
+
+void CPlacements::WriteBound(std::uint32_t sector) {
+    m_bounds.WriteOrFail(Le32(sector));
+}
+
+void CPlacements::ReopenFiles() {
+    if (m_paths) {
+        CCheckedInput file(m_operation);
+        file.OpenOrFail(m_paths->entryList, "Code 206 !!! file not found ==> %s");
+        file.OpenOrFail(m_paths->bounds, "Code 2022 - Error Opening %s");
+    }
+}
+
+void CPlacements::RemoveFiles() {
+    if (m_paths) {
+        RemoveFile(m_paths->bounds);
+        RemoveFile(m_paths->entryList);
+    }
+}
+
+std::int64_t CPlacements::GapBehind(std::size_t index) const {
+    const std::uint32_t next = index + 1 < m_files.size() ? m_files[index + 1].first : m_behindLast;
+    return std::int64_t{next} - m_files[index].last - 1;
+}
+
+std::uint32_t CPlacements::FirstSector() const {
+    return m_files.empty() ? m_behindLast : m_files.front().first;
 }
 
 }  // namespace vantrel

@@ -1,6 +1,7 @@
-// Rebuilding of an image from its layout, its leading structures and the loose files that the layout lists.
+// Rebuilds an image from its layout, its leading structures and the loose files that the layout lists.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "files/output_file.h"
@@ -8,32 +9,38 @@
 
 namespace vantrel {
 
-/// What a rebuild is asked to do. In place it keeps its two lists as files beside the layout and reads the listed files
-/// under the paths as written, in the process's current folder. In the other manners the lists stay in memory, and what
-/// the window lets pass (a layout or a file that is shorter than it claims) is refused.
-struct SRebuildRequest {
-    std::string layoutPath;
-    std::string entryListPath;  ///< The list of placed files; used in place only.
-    std::string boundsPath;     ///< The table of their first and last sectors; used in place only.
-    std::string leadingPath;    ///< The ".ims" file with the image's leading structures.
-    std::string outputPath;
-    EOutputManner manner = EOutputManner::InPlace;
-    std::string filesFolder;  ///< Where relative paths begin, with its closing separator; empty: as written.
-    bool exact = false;       ///< Give back the image that was exported; never in place.
-    std::string gapsPath;     ///< The stored areas that no file covers; may be missing. Used by an exact rebuild only.
+/// The two lists that the window keeps beside the layout during a rebuild.
+struct SPlacementFilePaths {
+    std::string entryList;  ///< Text: first sector, last sector and path of every placed file.
+    std::string bounds;     ///< 32-bit numbers, little-endian: the sectors again, and the two behind the last file.
 };
 
-/// The names that the window gives to a rebuild of `folder` (with its separator) + `fileName`: everything lies beside
-/// the layout and is named after its base name.
+struct SRebuildRequest {
+    std::string layoutPath;
+    std::string leadingPath;  ///< The ".ims" file with the leading structures.
+    std::string outputPath;
+    /// The window's lists; the console program writes none.
+    std::optional<SPlacementFilePaths> sideFiles = std::nullopt;
+    EOutputManner manner = EOutputManner::InPlace;
+    /// Where relative paths start, with its closing separator. Empty: paths are used as written, in the current folder.
+    std::string filesFolder;
+    bool strict = false;   ///< A layout or a file that is shorter than it claims is a failure.
+    bool exact = false;    ///< Restore the exported image; strict only.
+    std::string gapsPath;  ///< The gap file, which may be missing; used by an exact rebuild only.
+};
+
+/// The window's names for a rebuild of `folder` (with its separator) + `fileName`: all files lie beside the layout and
+/// have its base name.
 SRebuildRequest WindowRebuild(const std::string& folder, const std::string& fileName);
 
-/// The "vantrel" command: looks at the layout's media letter and calls the rebuild that fits.
-void Vantrel(const SRebuildRequest& request, COperation& operation);
+/// The window's "vantrel" and the console program's iml2iso: calls the rebuild for the layout's media letter. Fails
+/// with code 2011 if the layout cannot be opened, and for other letters.
+void RebuildImage(const SRebuildRequest& request, COperation& operation);
 
-/// Rebuilds a CD or UMD image: every file at its first sector, then the postgap where the image is a PlayStation 2 CD.
+/// Rebuilds a CD or UMD image: every file at its first sector, then the postgap of a PlayStation 2 CD.
 void RebuildCdImage(const SRebuildRequest& request, COperation& operation);
 
-/// Rebuilds a DVD image: one file after the other, and the trailing sector at the place that it names.
+/// Rebuilds a DVD image: one file behind the other, then the trailing sector at its own sector number.
 void RebuildDvdImage(const SRebuildRequest& request, COperation& operation);
 
 }  // namespace vantrel

@@ -1,86 +1,78 @@
-// Rebuilding of DVD images.
-#include <string>
-
+// Rebuilds DVD images.
+#include "iml/layout/trailing_sector.h"
 #include "iml/rebuild/exact_rebuild.h"
 #include "iml/rebuild/file_placing.h"
 #include "iml/rebuild/image_writer.h"
 #include "iml/rebuild/layout_pass.h"
 #include "iml/rebuild/rebuild.h"
-#include "iml/layout/trailing_sector.h"
 #include "operation/text.h"
 
 namespace vantrel {
 
 namespace {
 
-/// One run of the rebuild behind its first pass.
+/// The second pass.
 class CDvdRebuild {
 public:
-    CDvdRebuild(const SRebuildRequest& request, CSideLists& lists, COperation& operation)
-        : m_request(request), m_lists(lists), m_operation(operation), m_writer(request, operation) {}
+    CDvdRebuild(const SRebuildRequest& request, CPlacements& placements, COperation& operation)
+        : m_request(request),
+          m_placements(placements),
+          m_operation(operation),
+          m_writer(request, placements, operation) {}
 
-    void Run(std::int64_t count, std::int32_t leadingLast) {
-        m_writer.Begin(kImageSector, leadingLast);
+    void Run(std::int32_t leadingLast) {
+        m_writer.Begin(kSectorSize, leadingLast);
         m_writer.Leading().Close();
-        m_writer.BeginPlacing(m_lists);
+        m_writer.BeginPlacing();
         WriteLeadIn();
-        PlaceFiles(count);
+        PlaceFiles();
         WriteTail();
         m_writer.CorrectVolumeSize();
         m_operation.SetPane(EPane::Bytes, BytesText(m_writer.Output().Size()));
-        m_writer.Finish(m_lists, "Rebuilding dvd ISO done !", "Rebuilding [dvd] ISO done!");
+        m_writer.Finish("Rebuilding dvd ISO done !", "Rebuilding [dvd] ISO done!");
     }
 
 private:
-    /// Reads the trailing sector; `before` and `after` are the failure text around the path.
-    TrailingSector OpenAndReadTrailing(const char* before, const char* after) {
-        if (!m_writer.Leading().Open(m_request.leadingPath)) {
-            m_operation.Fail(before + m_request.leadingPath + after);
-        }
+    TrailingSector ReadTrailing(const char* failurePattern) {
+        m_writer.Leading().OpenOrFail(m_request.leadingPath, failurePattern);
         const TrailingSector sector = ReadTrailingSector(m_writer.Leading());
         m_writer.CheckLeading();
         m_writer.Leading().Close();
         return sector;
     }
 
-    std::int64_t TrailingPlace(const char* failure) {
-        const std::uint32_t place = TrailingPlaceOf(OpenAndReadTrailing(failure, ""));
-        if (place >= kSectorLimit) {
-            m_operation.Fail(Format("%s puts its last sector where no disc has one", m_request.leadingPath.c_str()));
+    std::int64_t ReadTagLocation(const char* failurePattern) {
+        const std::uint32_t location = TagLocationOf(ReadTrailing(failurePattern));
+        if (location >= kSectorLimit) {
+            m_operation.Fail(
+                Format("%s puts its last sector at a sector that exists on no disc", m_request.leadingPath.c_str()));
         }
-        return place;
+        return location;
     }
 
     void WriteLeadIn() {
-        const std::int64_t place = TrailingPlace("Code 4000a!!! file not found==> ");
-        const std::int64_t first = m_lists.FirstSector();
-        m_writer.StartProgress(place + 1, EProgressFill::Dvd);
-        m_writer.WriteGap(first - m_writer.LeadingLength() / kImageSector);
+        m_writer.StartProgress(ReadTagLocation("Code 4000a!!! file not found==> %s") + 1);
+        m_writer.WriteGap(m_placements.FirstSector() - m_writer.LeadingLength() / kSectorSize);
     }
 
-    void PlaceFiles(std::int64_t count) {
-        CFilePlacing placing(m_writer, m_operation, m_writer.LeadingLength());
-        CLineBuffer line;
-        for (std::int64_t i = 0; i < count; ++i) {
-            const auto file = m_lists.Next(line);
-            if (!file) {
-                break;
-            }
-            placing.Show(*file);
-            placing.Place(*file);
+    void PlaceFiles() {
+        CFilePlacing placing(m_writer, m_operation);
+        for (std::size_t i = 0; i < m_placements.Files().size(); ++i) {
+            placing.Show(m_placements.Files()[i]);
+            placing.Place(m_placements.Files()[i], m_placements.GapBehind(i));
             m_operation.SetPane(EPane::Bytes, BytesText(m_writer.Output().Size()));
         }
     }
 
     void WriteTail() {
-        const std::int64_t place = TrailingPlace("Code 3042!!! file not found==> ");
-        m_writer.WriteGap(place - static_cast<std::int64_t>(m_lists.SectorBehindLast()));
-        m_writer.Write(OpenAndReadTrailing("Code 3043 - Error!!! Opening [", "]"));
-        m_writer.ShowBlocksDone(1);
+        const std::int64_t location = ReadTagLocation("Code 3042!!! file not found==> %s");
+        m_writer.WriteGap(location - m_placements.SectorBehindLast());
+        m_writer.Write(ReadTrailing("Code 3043 - Error!!! Opening [%s]"));
+        m_writer.Advance(1);
     }
 
     const SRebuildRequest& m_request;
-    CSideLists& m_lists;
+    CPlacements& m_placements;
     COperation& m_operation;
     CImageWriter m_writer;
 };
@@ -88,14 +80,14 @@ private:
 }  // namespace
 
 void RebuildDvdImage(const SRebuildRequest& request, COperation& operation) {
-    CSideLists lists(request.entryListPath, request.boundsPath, SidePlaceOf(request));
-    CLayoutPass pass(request, kDvdRules, lists, operation);
+    CPlacements placements(request, operation);
+    CLayoutPass pass(request, kDvdShape, placements, operation);
     pass.Run();
     if (request.exact) {
-        RebuildExactly(request, pass, lists, operation);
+        RebuildExactly(request, pass, placements, operation);
         return;
     }
-    CDvdRebuild(request, lists, operation).Run(pass.Announced(), pass.LeadingLast());
+    CDvdRebuild(request, placements, operation).Run(pass.LeadingLast());
 }
 
 }  // namespace vantrel

@@ -17,7 +17,7 @@ namespace vantrel::test {
 
 namespace {
 
-/// A UTF-8 path for the streams of the standard library, which on Windows take narrow paths for another encoding.
+/// A UTF-8 path for standard streams, which expect another encoding in narrow paths on Windows.
 std::filesystem::path StreamPath(const std::string& path) {
 #ifdef _WIN32
     return WideOf(path);

@@ -1,4 +1,4 @@
-// Outputs that appear together or not at all.
+// All outputs appear, or none.
 #include "files/commit_together.h"
 
 #include <gmock/gmock.h>
@@ -24,10 +24,10 @@ public:
 
     bool Commit() {
         const std::array<COutputFile*, 2> outputs = {&m_first, &m_second};
-        return CommitTogether(outputs, m_failure);
+        return CommitTogether(outputs, m_problem);
     }
 
-    const std::string& Failure() const { return m_failure; }
+    const std::string& Problem() const { return m_problem; }
 
 private:
     static void Open(COutputFile& output, const std::string& path, EOutputManner manner) {
@@ -37,7 +37,7 @@ private:
 
     COutputFile m_first;
     COutputFile m_second;
-    std::string m_failure;
+    std::string m_problem;
 };
 
 TEST(CommitTogether, BothAppear) {
@@ -52,7 +52,7 @@ TEST(CommitTogether, BothAppear) {
     }
 }
 
-TEST(CommitTogether, OlderFilesAreReplacedAndNotKept) {
+TEST(CommitTogether, OlderFilesAreReplaced) {
     const CTestFolder folder;
     test::WriteText(folder / "a", "older a");
     test::WriteText(folder / "b", "older b");
@@ -63,28 +63,28 @@ TEST(CommitTogether, OlderFilesAreReplacedAndNotKept) {
     EXPECT_EQ(test::ReadText(folder / "b"), "new");
 }
 
-TEST(CommitTogether, TheFirstIsUndoneWhenTheSecondFails) {
+TEST(CommitTogether, FirstIsUndoneIfTheSecondFails) {
     const CTestFolder folder;
     CPair pair(folder / "a", folder / "b", EOutputManner::CommitNew);
-    test::WriteText(folder / "b", "came meanwhile");
+    test::WriteText(folder / "b", "appeared meanwhile");
     EXPECT_FALSE(pair.Commit());
-    EXPECT_NE(pair.Failure().find(folder / "b"), std::string::npos) << pair.Failure();
+    EXPECT_NE(pair.Problem().find(folder / "b"), std::string::npos) << pair.Problem();
     EXPECT_THAT(folder.Names(), ElementsAre("b"));
-    EXPECT_EQ(test::ReadText(folder / "b"), "came meanwhile");
+    EXPECT_EQ(test::ReadText(folder / "b"), "appeared meanwhile");
 }
 
-TEST(CommitTogether, AnOlderFirstComesBackWhenTheSecondFails) {
+TEST(CommitTogether, OlderFirstIsRestoredIfTheSecondFails) {
     const CTestFolder folder;
     test::WriteText(folder / "a", "older a");
     CPair pair(folder / "a", folder / "b", EOutputManner::CommitReplace);
     ASSERT_TRUE(MakeFolder(folder / "b"));
     EXPECT_FALSE(pair.Commit());
-    EXPECT_NE(pair.Failure().find(folder / "b"), std::string::npos) << pair.Failure();
+    EXPECT_NE(pair.Problem().find(folder / "b"), std::string::npos) << pair.Problem();
     EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
     EXPECT_EQ(test::ReadText(folder / "a"), "older a");
 }
 
-TEST(CommitTogether, NothingChangesWhenTheFirstFails) {
+TEST(CommitTogether, NothingChangesIfTheFirstFails) {
     const CTestFolder folder;
     test::WriteText(folder / "b", "older b");
     CPair pair(folder / "a", folder / "b", EOutputManner::CommitReplace);
@@ -94,7 +94,7 @@ TEST(CommitTogether, NothingChangesWhenTheFirstFails) {
     EXPECT_EQ(test::ReadText(folder / "b"), "older b");
 }
 
-TEST(CommitTogether, WithoutACommitNothingIsLeft) {
+TEST(CommitTogether, NothingRemainsWithoutCommit) {
     const CTestFolder folder;
     { const CPair pair(folder / "a", folder / "b", EOutputManner::CommitNew); }
     EXPECT_THAT(folder.Names(), testing::IsEmpty());

@@ -1,8 +1,11 @@
-// Path tables written out by hand, whole and spoilt.
+// Path tables byte for byte, sound and damaged.
 #include "iso/path_table.h"
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
+#include "files/input_file.h"
 #include "tests/support/test_folder.h"
 
 namespace vantrel::test {
@@ -22,10 +25,12 @@ protected:
     void AddRoot() { Add(std::string(1, '\0'), 22, 1); }
 
     void Read() {
-        WriteWhole(m_folder / "table", m_bytes);
+        Bytes image(2048, 0xEE);  // the table does not start the image
+        image.insert(image.end(), m_bytes.begin(), m_bytes.end());
+        WriteWhole(m_folder / "image", image);
         CInputFile file;
-        ASSERT_TRUE(file.Open(m_folder / "table"));
-        m_table.Read(file, [this] { ++m_calls; });
+        ASSERT_TRUE(file.Open(m_folder / "image"));
+        m_table.Read(file, 2048, m_length.value_or(static_cast<std::int64_t>(m_bytes.size())), [this] { ++m_calls; });
     }
 
     std::string PathOf(std::size_t index) {
@@ -36,6 +41,7 @@ protected:
     CTestFolder m_folder;
     Bytes m_bytes;
     CPathTable m_table;
+    std::optional<std::int64_t> m_length;
     int m_calls = 0;
 };
 
@@ -64,13 +70,30 @@ TEST_F(PathTableTest, EndsAtARecordWithoutName) {
     EXPECT_EQ(m_table.Count(), 1U);
 }
 
-TEST_F(PathTableTest, EndsWithTheFile) {
+TEST_F(PathTableTest, EndsWithTheImage) {
     AddRoot();
     Add("DATA", 23, 1);
     m_bytes.resize(m_bytes.size() - 2);
     Read();
     ASSERT_EQ(m_table.Count(), 2U);
-    EXPECT_EQ(PathOf(1), std::string("\\DA__")) << "what is missing is zeros, and those are no characters of a line";
+    EXPECT_EQ(PathOf(1), std::string("\\DA__")) << "missing bytes count as zeros, which a list cannot hold";
+}
+
+TEST_F(PathTableTest, EndsAtItsLength) {
+    AddRoot();
+    m_length = static_cast<std::int64_t>(m_bytes.size());
+    Add("BEHIND", 30, 1);
+    Read();
+    EXPECT_EQ(m_table.Count(), 1U);
+}
+
+TEST_F(PathTableTest, HasAtMost65535Directories) {
+    AddRoot();
+    for (int i = 0; i < 65536; ++i) {
+        Add("D", 23, 1);
+    }
+    Read();
+    EXPECT_EQ(m_table.Count(), 65535U);
 }
 
 TEST_F(PathTableTest, DanglingParentsBecomeTheRoot) {
@@ -84,7 +107,7 @@ TEST_F(PathTableTest, DanglingParentsBecomeTheRoot) {
     EXPECT_EQ(PathOf(3), "\\LAST");
 }
 
-TEST_F(PathTableTest, CirclesAreCutOnce) {
+TEST_F(PathTableTest, CyclesAreBrokenOnce) {
     AddRoot();
     Add("SELF", 23, 2);
     Add("A", 24, 4);
@@ -97,7 +120,7 @@ TEST_F(PathTableTest, CirclesAreCutOnce) {
     EXPECT_EQ(PathOf(4), "\\B\\BELOW");
 }
 
-TEST_F(PathTableTest, AParentBehindItsChildIsFollowed) {
+TEST_F(PathTableTest, AParentMayFollowItsChild) {
     AddRoot();
     Add("CHILD", 23, 3);
     Add("PARENT", 24, 1);

@@ -1,4 +1,4 @@
-// The postgap commands: kinds, notices, what is appended, and the way back.
+// The postgap commands: kinds, notices, appended sectors and undo.
 #include "iso/postgap.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +29,9 @@ protected:
     }
 
     void Check(EUpdateManner manner = EUpdateManner::InPlace) { CheckPostgap({m_path, manner}, m_operation); }
-    void Add(EUpdateManner manner = EUpdateManner::InPlace) { AddSelectivePostgap({m_path, manner}, m_operation); }
+    bool Add(EUpdateManner manner = EUpdateManner::InPlace, std::optional<int> sectors = 9) {
+        return AddSelectivePostgap({m_path, manner, false, sectors}, m_operation);
+    }
 
     static Bytes WithPostgap(Bytes image) {
         const std::size_t start = image.size();
@@ -48,22 +50,15 @@ protected:
         return image;
     }
 
-    static std::vector<std::string> Disabled(const std::vector<std::string>& ids) {
-        std::vector<std::string> calls = {"pane STATUS checking ISO postgap, please Wait"};
-        for (const std::string& id : ids) {
-            calls.push_back("disable " + id);
-        }
-        return calls;
+    /// The first two calls of a command.
+    static std::vector<std::string> Start(const std::string& command) {
+        return {"pane STATUS checking ISO postgap, please Wait", "begin " + command};
     }
 
     test::CTestFolder m_folder;
     std::string m_path = m_folder / "game.iso";
     test::CRecordingOperation m_operation;
 };
-
-const std::vector<std::string> kCheckDisables = {"1001", "1005", "1012", "1021", "1032",
-                                                 "1030", "1029", "1033", "1034"};
-const std::vector<std::string> kAddDisables = {"1001", "1005", "1012", "1021", "1032", "1030", "1029"};
 
 TEST_F(Postgap, NoticesOfImagesThatNeedNone) {
     struct SCase {
@@ -84,28 +79,27 @@ TEST_F(Postgap, NoticesOfImagesThatNeedNone) {
         const Bytes before = Image(one.kind, one.postgap);
         m_operation = {};
         Check();
-        std::vector<std::string> expected = Disabled(kCheckDisables);
-        expected.insert(expected.end(),
-                        {"progress 150 fill 187", "notify " + one.text + m_path, "enable 1", "accept drops"});
+        std::vector<std::string> expected = Start("check-postgap");
+        expected.insert(expected.end(), {"total 150", "notify " + one.text + m_path});
         EXPECT_EQ(m_operation.Calls(), expected);
         EXPECT_EQ(test::ReadWhole(m_path), before);
     }
 }
 
-TEST_F(Postgap, MissingOneIsAppendedAndThenThere) {
+TEST_F(Postgap, AppendsAMissingPostgapOnce) {
     const Bytes before = Image(test::EImageKind::Cd, test::EPostgap::Missing);
     Check();
     const Bytes after = test::ReadWhole(m_path);
     EXPECT_EQ(after, WithPostgap(before));
     EXPECT_EQ(test::Read32(after, 0x8050), after.size() / kSector);
-    std::vector<std::string> expected = Disabled(kCheckDisables);
-    expected.emplace_back("progress 150 fill 187");
+    std::vector<std::string> expected = Start("check-postgap");
+    expected.emplace_back("total 150");
     for (int i = 1; i <= 150; ++i) {
-        expected.insert(expected.end(), {"step", "pane PERCENT " + std::to_string(i * 100 / 150) + "%", "pump"});
+        expected.insert(expected.end(),
+                        {"pane PERCENT " + std::to_string(i * 100 / 150) + "%", "done " + std::to_string(i), "yield"});
     }
-    expected.insert(expected.end(),
-                    {"pane STATUS checking [cd] ISO done added postgap!", "pane FILE " + m_path,
-                     "complete checking [cd] ISO done added postgap!", "completed", "enable 1", "accept drops"});
+    expected.insert(expected.end(), {"pane STATUS checking [cd] ISO done added postgap!", "pane FILE " + m_path,
+                                     "complete checking [cd] ISO done added postgap!", "completed"});
     EXPECT_EQ(m_operation.Calls(), expected);
     m_operation = {};
     Check();
@@ -115,14 +109,14 @@ TEST_F(Postgap, MissingOneIsAppendedAndThenThere) {
     EXPECT_EQ(test::ReadWhole(m_path), after);
 }
 
-TEST_F(Postgap, LongerThanItsVolumeGetsOneMore) {
+TEST_F(Postgap, AppendsAPostgapToAnImageLongerThanItsVolume) {
     const Bytes before = Image(test::EImageKind::Cd, test::EPostgap::Uncounted);
     Check();
     EXPECT_EQ(test::ReadWhole(m_path), WithPostgap(before));
 }
 
-TEST_F(Postgap, KindsOfOddImages) {
-    // Whatever is neither CD nor UMD, however short, is taken for a DVD.
+TEST_F(Postgap, OtherImagesCountAsDvds) {
+    // Every image that is neither CD nor UMD counts as a DVD, however short.
     for (const Bytes& image : {Bytes(), Bytes(100, 1), Bytes(0x8400, 'L'), Bytes(40'000, 'X'), Bytes(40'000, 'L')}) {
         test::WriteWhole(m_path, image);
         m_operation = {};
@@ -151,18 +145,18 @@ public:
     CStopped() : std::runtime_error("stopped") {}
 };
 
-TEST_F(Postgap, StoppedHalfWayIsUndoneInTheConsoleOnly) {
+TEST_F(Postgap, AnInterruptedCheckIsUndoneUnlessInPlace) {
     const Bytes before = Image(test::EImageKind::Cd, test::EPostgap::Missing);
-    m_operation.m_onPump = [](int pump) {
-        if (pump == 70) {
+    m_operation.m_onYield = [](int yield) {
+        if (yield == 70) {
             throw CStopped();
         }
     };
     EXPECT_THROW(Check(EUpdateManner::UndoUnlessCommitted), CStopped);
     EXPECT_EQ(test::ReadWhole(m_path), before);
     m_operation = {};
-    m_operation.m_onPump = [](int pump) {
-        if (pump == 70) {
+    m_operation.m_onYield = [](int yield) {
+        if (yield == 70) {
             throw CStopped();
         }
     };
@@ -174,64 +168,57 @@ TEST_F(Postgap, SelectiveLengthensAUmdByTheChosenCount) {
     for (const EUpdateManner manner : {EUpdateManner::InPlace, EUpdateManner::UndoUnlessCommitted}) {
         const Bytes before = Image(test::EImageKind::Umd, test::EPostgap::None);
         m_operation = {};
-        m_operation.m_level = 2;
-        Add(manner);
+        EXPECT_TRUE(Add(manner, 2));
         Bytes expected = before;
         expected.resize(before.size() + 2 * kSector);
         EXPECT_EQ(test::ReadWhole(m_path), WithVolumeSize(expected));
-        std::vector<std::string> calls = Disabled(kAddDisables);
-        calls.insert(
-            calls.end(),
-            {"ask level", "disable 1031", "progress 2 fill 187", "step", "pane PERCENT 50%", "pump", "step",
-             "pane PERCENT 100%", "pump", "pane STATUS checking [cd] ISO done added postgap!", "pane FILE " + m_path,
-             "complete checking [cd] ISO done added postgap!", "completed", "enable 1", "accept drops"});
+        std::vector<std::string> calls = Start("add-postgap");
+        calls.insert(calls.end(), {"total 2", "pane PERCENT 50%", "done 1", "yield", "pane PERCENT 100%", "done 2",
+                                   "yield", "pane STATUS checking [cd] ISO done added postgap!", "pane FILE " + m_path,
+                                   "complete checking [cd] ISO done added postgap!", "completed"});
         EXPECT_EQ(m_operation.Calls(), calls);
     }
 }
 
-TEST_F(Postgap, SelectiveOnlyCountsACdAnew) {
+TEST_F(Postgap, SelectiveOnlyCorrectsTheVolumeSizeOfACd) {
     const Bytes before = Image(test::EImageKind::Cd, test::EPostgap::Missing);
     Add();
     EXPECT_EQ(test::ReadWhole(m_path), WithVolumeSize(before));
-    EXPECT_EQ(m_operation.CallsOf("step").size(), 0U);
+    EXPECT_EQ(m_operation.CallsOf("done").size(), 0U);
     EXPECT_EQ(m_operation.CallsOf("complete ").size(), 1U);
 }
 
-TEST_F(Postgap, SelectiveLeavesADvdAlone) {
+TEST_F(Postgap, SelectiveDoesNotChangeADvd) {
     const Bytes before = Image(test::EImageKind::Dvd, test::EPostgap::None);
     Add();
     EXPECT_EQ(test::ReadWhole(m_path), before);
-    std::vector<std::string> calls = Disabled(kAddDisables);
-    calls.insert(calls.end(), {"ask level", "disable 1031", "progress 9 fill 187",
-                               "notify This is PS2 DVD iso  image file ,doesn't needed to Write a postgap " + m_path,
-                               "enable 1", "accept drops"});
+    std::vector<std::string> calls = Start("add-postgap");
+    calls.insert(calls.end(),
+                 {"total 9", "notify This is PS2 DVD iso  image file ,doesn't needed to Write a postgap " + m_path});
     EXPECT_EQ(m_operation.Calls(), calls);
 }
 
 TEST_F(Postgap, SelectiveWithoutASelectionDoesNothing) {
     const Bytes before = Image(test::EImageKind::Umd, test::EPostgap::None);
-    m_operation.m_level.reset();
-    Add();
-    std::vector<std::string> calls = Disabled(kAddDisables);
-    calls.emplace_back("ask level");
-    EXPECT_EQ(m_operation.Calls(), calls);
+    EXPECT_FALSE(Add(EUpdateManner::InPlace, std::nullopt));
+    EXPECT_EQ(m_operation.Calls(), Start("add-postgap"));
     EXPECT_EQ(test::ReadWhole(m_path), before);
 }
 
-TEST_F(Postgap, SelectiveTellsWhenTheImageIsGone) {
+TEST_F(Postgap, SelectiveReportsAVanishedImage) {
     Image(test::EImageKind::Umd, test::EPostgap::None);
-    m_operation.m_onPump = [&](int pump) {
-        if (pump == 9) {
+    m_operation.m_onYield = [&](int yield) {
+        if (yield == 9) {
             EXPECT_TRUE(RemoveFile(m_path));
         }
     };
     EXPECT_EQ(test::FailureOf([&] { Add(); }), "Code 13000 - Error Opening " + m_path);
 }
 
-TEST_F(Postgap, SelectiveStoppedHalfWayIsUndoneInTheConsole) {
+TEST_F(Postgap, AnInterruptedSelectivePostgapIsUndone) {
     const Bytes before = Image(test::EImageKind::Umd, test::EPostgap::None);
-    m_operation.m_onPump = [](int pump) {
-        if (pump == 4) {
+    m_operation.m_onYield = [](int yield) {
+        if (yield == 4) {
             throw CStopped();
         }
     };

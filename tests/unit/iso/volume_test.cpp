@@ -40,7 +40,7 @@ TEST_F(VolumeTest, AMarkMustBeWhole) {
     EXPECT_EQ(ReadImageMark(Image({})), EImageMark::None);
 }
 
-TEST_F(VolumeTest, ReadsKeyAndSizeAtTheirPositions) {
+TEST_F(VolumeTest, ReadsFieldsAtTheirPositions) {
     Bytes bytes(40000);
     bytes[33343] = 'L';
     bytes[33792] = 'C';
@@ -50,8 +50,7 @@ TEST_F(VolumeTest, ReadsKeyAndSizeAtTheirPositions) {
     Write32(bytes, 32912, 19);
     Write32(bytes, 32926, 22);
     const SPrimaryVolumeDescriptor volume = ReadPrimaryVolume(Image(bytes));
-    EXPECT_EQ(MediaKeyOf(volume).id, 'L');
-    EXPECT_EQ(MediaKeyOf(volume).sub, 'C');
+    EXPECT_EQ(KindByApplication(volume), ImageKind::Cd);
     EXPECT_EQ(volume.volumeSpaceSize.Value(), 0x89ABCDEFU);
     EXPECT_EQ(volume.pathTableSize.Value(), 77U);
     EXPECT_EQ(LoadLe32(volume.pathTableLocation), 18U);
@@ -59,20 +58,44 @@ TEST_F(VolumeTest, ReadsKeyAndSizeAtTheirPositions) {
     EXPECT_EQ(volume.rootRecord.extentLocation.Value(), 22U);
 }
 
-TEST_F(VolumeTest, AnImageThatEndsInTheDescriptorLeavesZeros) {
+TEST_F(VolumeTest, BytesBeyondTheImageAreZero) {
     Bytes bytes(32850, 0xFF);
     const SPrimaryVolumeDescriptor volume = ReadPrimaryVolume(Image(bytes));
     EXPECT_EQ(volume.volumeSpaceSize.Value(), 0xFFFFU);
     EXPECT_EQ(volume.pathTableSize.Value(), 0U);
 }
 
-TEST(MediaTest, NamesTheThreeMedia) {
-    EXPECT_EQ(MediaOf({'L', 0}), EMedia::Dvd);
-    EXPECT_EQ(MediaOf({'L', 'C'}), EMedia::Cd);
-    EXPECT_EQ(MediaOf({'S', 'C'}), EMedia::Umd);
-    EXPECT_EQ(MediaOf({'S', 0}), EMedia::Unknown);
-    EXPECT_EQ(MediaOf({'L', 'D'}), EMedia::Unknown);
-    EXPECT_EQ(MediaOf({' ', 'C'}), EMedia::Unknown);
+TEST(ImageKindTest, ByApplicationIdentifier) {
+    EXPECT_EQ(KindByApplication('L', 0), ImageKind::Dvd);
+    EXPECT_EQ(KindByApplication('L', 'C'), ImageKind::Cd);
+    EXPECT_EQ(KindByApplication('S', 'C'), ImageKind::Umd);
+    EXPECT_EQ(KindByApplication('S', 0), ImageKind::Unknown);
+    EXPECT_EQ(KindByApplication('L', 'D'), ImageKind::Unknown);
+    EXPECT_EQ(KindByApplication(' ', 'C'), ImageKind::Unknown);
+}
+
+TEST(ImageKindTest, BySystemIdentifier) {
+    EXPECT_EQ(KindBySystem('S', 'C'), ImageKind::Umd);
+    EXPECT_EQ(KindBySystem('L', 'C'), ImageKind::Cd);
+    EXPECT_EQ(KindBySystem('L', 0), ImageKind::Dvd);
+    EXPECT_EQ(KindBySystem('L', 'D'), ImageKind::Dvd);
+    EXPECT_EQ(KindBySystem('S', 0), ImageKind::Dvd);
+    EXPECT_EQ(KindBySystem('X', 'C'), ImageKind::Dvd);
+}
+
+TEST_F(VolumeTest, TheTwoRulesReadDifferentIdentifiers) {
+    Bytes bytes(40000);
+    bytes[33792] = 'C';
+    bytes[33343] = 'S';
+    bytes[32777] = 'L';
+    const SPrimaryVolumeDescriptor volume = ReadPrimaryVolume(Image(bytes));
+    EXPECT_EQ(KindByApplication(volume), ImageKind::Umd);
+    EXPECT_EQ(KindBySystem(volume), ImageKind::Cd);
+}
+
+TEST(VolumeSizeFieldTest, CountsWholeSectorsInBothByteOrders) {
+    EXPECT_EQ(VolumeSizeField(0x010203 * std::int64_t{2048} + 2047),
+              (std::array<std::uint8_t, 8>{3, 2, 1, 0, 0, 1, 2, 3}));
 }
 
 TEST_F(VolumeTest, TakesTheClosingAnchorThenTheFirstThenZeros) {

@@ -1,4 +1,4 @@
-// Images that lie: whatever they claim, the walk ends, with the files that are there or with a message.
+// Walks through images with wrong structures. Every walk ends, with the files that exist or with a message.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -18,14 +18,14 @@ protected:
         m_image = BuildImage(description);
     }
 
-    /// The list, or the message with which the walk ended.
+    /// The list, or the text of the failure.
     std::string Outcome(bool strict = false) {
         WriteWhole(m_folder / "game.iso", m_image.bytes);
-        SWalkRequest request = WindowWalk(m_folder.Path(), "game.iso");
-        request.strict = strict;
+        const SWalkFilePaths sideFiles = WindowWalkFiles(m_folder.Path(), "game.iso");
+        const SWalkRequest request = {m_folder / "game.iso", sideFiles, strict};
         CRecordingOperation operation;
         const std::string failure = FailureOf([&] { WalkIsoImage(request, operation); });
-        return failure == "did not fail" ? ReadText(request.fileListPath) : failure;
+        return failure == "did not fail" ? ReadText(sideFiles.fileList) : failure;
     }
 
     std::string Refusal() const { return "Code 9999 - invalid file header " + (m_folder / "game.iso"); }
@@ -35,12 +35,12 @@ protected:
     SBuiltImage m_image;
 };
 
-constexpr const char* kWhole =
+constexpr const char* kAllFiles =
     "00000019|00000BB8|00000002|\\A.BIN\r\n0000001B|0000000A|00000001|\\DIR\\B.BIN\r\n"
     "0000001C|00000005|00000001|\\DIR\\SUB\\C.BIN\r\n";
 
-TEST_F(HostileImageTest, IsWholeToBeginWith) {
-    EXPECT_EQ(Outcome(), kWhole);
+TEST_F(HostileImageTest, StartsWithASoundImage) {
+    EXPECT_EQ(Outcome(), kAllFiles);
 }
 
 TEST_F(HostileImageTest, CyclicParents) {
@@ -66,7 +66,7 @@ TEST_F(HostileImageTest, DirectoriesBeyondTheImage) {
 
 TEST_F(HostileImageTest, ADirectoryThatClaimsFourGigabytes) {
     Write32(m_image.bytes, std::size_t{m_image.directories[2].sector} * 2048 + 10, 0xFFFFFFFF);
-    EXPECT_EQ(Outcome(), kWhole);
+    EXPECT_EQ(Outcome(), kAllFiles);
     EXPECT_EQ(ReadWhole(m_folder / "temp1.tmp"), m_image.bytes) << "the header ends with the image";
 }
 
@@ -80,11 +80,11 @@ TEST_F(HostileImageTest, FilesBeyondTheImageAreListed) {
 
 TEST_F(HostileImageTest, APathTableLargerThanTheImage) {
     Write32(m_image.bytes, 32912, 0xFFFFFFFF);
-    EXPECT_EQ(Outcome(), kWhole);
+    EXPECT_EQ(Outcome(), kAllFiles);
     EXPECT_LE(ReadWhole(m_folder / "tmp.tmp").size(), m_image.bytes.size());
     Write32(m_image.bytes, 32912, 0);
     Write32(m_image.bytes, 32900, 0xFFFFFFFF);
-    EXPECT_EQ(Outcome(), kWhole);
+    EXPECT_EQ(Outcome(), kAllFiles);
 }
 
 TEST_F(HostileImageTest, APathTableBeyondTheImageLeavesTheRoot) {
@@ -98,7 +98,7 @@ TEST_F(HostileImageTest, WithoutAnyDirectoryTheImageIsRefused) {
     EXPECT_EQ(Outcome(), Refusal());
 }
 
-TEST_F(HostileImageTest, NamesThatAreNone) {
+TEST_F(HostileImageTest, EmptyNames) {
     m_image.bytes[RecordOf("\\A.BIN") + 33] = ';';
     m_image.bytes[RecordOf("\\DIR\\B.BIN") + 32] = 0;
     EXPECT_EQ(Outcome(),
@@ -106,7 +106,7 @@ TEST_F(HostileImageTest, NamesThatAreNone) {
               "0000001C|00000005|00000001|\\DIR\\SUB\\C.BIN\r\n");
 }
 
-TEST_F(HostileImageTest, NamesWithCharactersOfTheList) {
+TEST_F(HostileImageTest, NamesWithSeparatorsOfTheList) {
     const auto rename = [&](std::string_view path, std::string_view name) {
         std::copy(name.begin(), name.end(), m_image.bytes.begin() + static_cast<std::ptrdiff_t>(RecordOf(path) + 33));
     };
@@ -117,8 +117,8 @@ TEST_F(HostileImageTest, NamesWithCharactersOfTheList) {
               "0000001C|00000005|00000001|\\DIR\\SUB\\C.BIN\r\n");
 }
 
-TEST_F(HostileImageTest, PathsWithoutEndAreRefused) {
-    // 90 folders of 30 characters, one in the other
+TEST_F(HostileImageTest, PathsBeyondTheLimitAreRefused) {
+    // 90 nested folders of 30 characters each
     SImageDescription description;
     std::string path;
     for (int i = 0; i < 90; ++i) {
@@ -129,7 +129,7 @@ TEST_F(HostileImageTest, PathsWithoutEndAreRefused) {
     EXPECT_EQ(Outcome(), Refusal());
 }
 
-TEST_F(HostileImageTest, AnImageCutAnywhereEndsTheWalk) {
+TEST_F(HostileImageTest, TruncatedImages) {
     const Bytes whole = m_image.bytes;
     for (std::size_t length = 0; length < whole.size(); length += 509) {
         m_image.bytes.assign(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
@@ -137,12 +137,12 @@ TEST_F(HostileImageTest, AnImageCutAnywhereEndsTheWalk) {
         if (length < 33795) {
             EXPECT_EQ(outcome, Refusal()) << length;
         } else if (length >= std::size_t{m_image.directoryEnd} * 2048) {
-            EXPECT_EQ(outcome, kWhole) << length;
+            EXPECT_EQ(outcome, kAllFiles) << length;
         }
     }
 }
 
-TEST_F(HostileImageTest, ADvdWithoutFilesOrWithFilesFarAway) {
+TEST_F(HostileImageTest, DvdsWithoutFilesOrWithFilesBeyondTheImage) {
     SImageDescription description;
     description.kind = EImageKind::Dvd;
     m_image = BuildImage(description);
@@ -153,7 +153,7 @@ TEST_F(HostileImageTest, ADvdWithoutFilesOrWithFilesFarAway) {
     EXPECT_EQ(Outcome(), "FFFFFFF0|0000000A|00000001|\\A.BIN\r\n");
 }
 
-TEST_F(HostileImageTest, SpoiltBytesNeverStopTheWalkFromEnding) {
+TEST_F(HostileImageTest, RandomDamage) {
     std::mt19937 random(42);
     const SBuiltImage whole = m_image;
     for (int round = 0; round < 300; ++round) {

@@ -1,4 +1,4 @@
-// Layouts as bytes, written out by hand for the three media.
+// Layouts byte for byte, for the three media.
 #include "iml/export/layout_writer.h"
 
 #include <gtest/gtest.h>
@@ -29,26 +29,30 @@ protected:
     LayoutWriterTest() {
         m_layout.layoutPath = m_folder / "out.iml";
         m_layout.clock = [] { return SLocalTime{2004, 3, 9, 17, 6, 7}; };
-        m_files = WindowWalk(m_folder.Path(), "game.iso");
+        m_sideFiles = WindowWalkFiles(m_folder.Path(), "game.iso");
+        m_layout.sideFiles = m_sideFiles;
+        m_layout.leadingSource = m_sideFiles.headerCopy;
         m_image.volumeSectors = 4711;
         SetHeader(25);
-        SetList("00000019|0000003D|00000001|\\SYSTEM.CNF\r\n0000001A|00000801|00000002|\\DATA\\B.BIN\r\n");
-        WriteText(m_files.pathTableCopyPath, "table");
+        m_image.files = {{0x19, 61, "SYSTEM.CNF"}, {0x1A, 2049, "DATA\\B.BIN"}};
+        WriteText(m_sideFiles.pathTableCopy, "table");
+        WriteText(m_sideFiles.fileList, "list");
+        WriteText(m_sideFiles.offsetList, "offsets");
     }
 
     void SetHeader(std::uint32_t sectors) {
         m_header = RandomBytes(sectors * std::size_t{2048}, 1);
-        WriteWhole(m_files.headerCopyPath, m_header);
-        Bytes offsets(12, 0x77);
-        Write32(offsets, 0, sectors);
-        WriteWhole(m_files.offsetListPath, offsets);
+        WriteWhole(m_sideFiles.headerCopy, m_header);
+        m_image.headerSectors = sectors;
     }
-    void SetList(const std::string& list) { WriteText(m_files.fileListPath, list); }
-    void SetMedia(std::uint8_t id, std::uint8_t sub) { m_image.mediaKey = {id, sub}; }
+    void SetMedia(std::uint8_t id, std::uint8_t sub) {
+        m_image.mediaId = id;
+        m_image.mediaSub = sub;
+    }
 
     void Write() {
-        WriteWhole(m_files.headerCopyPath, m_header);  // an earlier layout has deleted it
-        WriteImlLayout(m_layout, m_files, m_image, m_operation);
+        WriteWhole(m_sideFiles.headerCopy, m_header);  // an earlier layout has deleted it
+        WriteImlLayout(m_layout, m_image, m_operation);
     }
     std::string Layout() {
         Write();
@@ -62,7 +66,7 @@ protected:
     CTestFolder m_folder;
     CRecordingOperation m_operation;
     SLayoutRequest m_layout;
-    SWalkRequest m_files;
+    SWalkFilePaths m_sideFiles;
     SWalkedImage m_image;
     Bytes m_header;
 };
@@ -114,7 +118,7 @@ TEST_F(LayoutWriterTest, Dvd) {
     EXPECT_EQ(ReadWhole(m_folder / "out.ims"), expected);
 }
 
-TEST_F(LayoutWriterTest, AnUnknownMediumHasNoLinesOfItsOwn) {
+TEST_F(LayoutWriterTest, AnUnknownMediumHasNoLinesThatNameIt) {
     SetMedia('X', 'C');
     const std::string layout = Layout();
     EXPECT_EQ(layout.substr(0, 39), "[SYS]\r\nVERSION=1.00\r\nDISCVERSION=1.00\r\n");
@@ -127,11 +131,11 @@ TEST_F(LayoutWriterTest, AnUnknownMediumHasNoLinesOfItsOwn) {
 
 TEST_F(LayoutWriterTest, TheColumnsAreFixed) {
     SetMedia('L', 'C');
-    SetList("075BCD15|00000001|00000001|\\A\r\n");
+    m_image.files = {{123456789, 1, "A"}};
     const std::string entries = Entries();
     const std::string line = entries.substr(entries.find("123456789"), 31);
     EXPECT_EQ(line, "123456789 123456789 2.1  0   \"A");  // wider numbers push the rest on
-    SetList("00BC614E|00000001|00000001|\\A\r\n");
+    m_image.files = {{12345678, 1, "A"}};
     const std::string fits = Entries();
     EXPECT_NE(fits.find("12345678 12345678 2.1  0   \"A\"\r\n"), std::string::npos);
     EXPECT_EQ(fits.substr(fits.find("12345678")).find('"'), 27U);
@@ -139,9 +143,7 @@ TEST_F(LayoutWriterTest, TheColumnsAreFixed) {
 
 TEST_F(LayoutWriterTest, EmptyPathsAreSkippedAndNotCounted) {
     SetMedia('L', 'C');
-    SetList(
-        "00000019|0000003D|00000001|\\\r\n0000001A|00000001|00000001|\\A\r\n0000001B|00000001|00000001|\r\n"
-        "0000001C|00000001|00000001|\\DIR\\\r\n");
+    m_image.files = {{0x19, 61, ""}, {0x1A, 1, "A"}, {0x1B, 1, ""}, {0x1C, 1, "DIR\\"}};
     EXPECT_EQ(
         Entries(),
         "# the number of entries: 2\r\n#Start   End      Mode Fno Path\r\n0        24       2.1  0   \"out.ims\"\r\n"
@@ -150,16 +152,16 @@ TEST_F(LayoutWriterTest, EmptyPathsAreSkippedAndNotCounted) {
 
 TEST_F(LayoutWriterTest, AnImageWithoutFilesHasItsLeadingEntryOnly) {
     SetMedia('S', 'C');
-    SetList("");
+    m_image.files.clear();
     EXPECT_EQ(
         Entries(),
         "# the number of entries: 1\r\n#Start   End      Mode Fno Path\r\n0        24       2.1  0   \"out.ims\"\r\n"
         "[/LOC]\r\n\r\n");
 }
 
-TEST_F(LayoutWriterTest, PathsBeginWithTheFolderOfTheField) {
+TEST_F(LayoutWriterTest, PathsStartWithTheFolderOfTheField) {
     SetMedia('L', 'C');
-    SetList("0000001A|00000001|00000001|\\DATA\\A\r\n");
+    m_image.files = {{0x1A, 1, "DATA\\A"}};
     const auto pathWith = [&](const std::string& field) {
         m_layout.folderText = field;
         const std::string entries = Entries();
@@ -168,7 +170,7 @@ TEST_F(LayoutWriterTest, PathsBeginWithTheFolderOfTheField) {
     };
     EXPECT_EQ(pathWith(""), "\"DATA\\A\"");
     EXPECT_EQ(pathWith("C:\\Game_Folder\\"), "\"\\Game_Folder\\DATA\\A\"");
-    EXPECT_EQ(pathWith("C:\\Game_Folder"), "\"\\DATA\\A\"") << "what follows the last separator is no folder";
+    EXPECT_EQ(pathWith("C:\\Game_Folder"), "\"\\DATA\\A\"") << "the part behind the last separator is not a folder";
     EXPECT_EQ(pathWith("C:\\A\\B C\\"), "\"\\A\\B C\\DATA\\A\"");
     EXPECT_EQ(pathWith("/games/one/"), "\"/games/one/DATA\\A\"");
     EXPECT_EQ(pathWith("C:"), "\"DATA\\A\"");
@@ -193,17 +195,15 @@ TEST_F(LayoutWriterTest, ReportsEntriesAndCompletes) {
     SetHeader(2);
     Write();
     EXPECT_EQ(m_operation.Calls(),
-              (std::vector<std::string>{"pump", "pump", "progress 3 fill 189", "pane PERCENT 33%", "step", "pump",
-                                        "pane PERCENT 66%", "step", "pump", "pane PERCENT 100%", "step", "pump",
+              (std::vector<std::string>{"yield", "yield", "total 3", "pane PERCENT 33%", "done 1", "yield",
+                                        "pane PERCENT 66%", "done 2", "yield", "pane PERCENT 100%", "done 3", "yield",
                                         "pane PERCENT 100%", "pane FILE " + m_layout.layoutPath,
                                         "pane STATUS Export iml done!", "complete Export iml done!", "completed"}));
 }
 
-TEST_F(LayoutWriterTest, AHeaderLengthThatIsALieIsCutToTheCopy) {
+TEST_F(LayoutWriterTest, TheLeadingFileEndsWithItsSource) {
     SetMedia('L', 'C');
-    Write32(m_header, 0, 0);
-    Bytes offsets(4, 0xFF);
-    WriteWhole(m_files.offsetListPath, offsets);
+    m_image.headerSectors = 0xFFFFFFFF;
     Write();
     EXPECT_EQ(ReadWhole(m_folder / "out.ims").size(), m_header.size());
 }
@@ -211,7 +211,8 @@ TEST_F(LayoutWriterTest, AHeaderLengthThatIsALieIsCutToTheCopy) {
 TEST_F(LayoutWriterTest, TransactionalFilesAppearTogether) {
     SetMedia('L', 0);
     m_layout.manner = EOutputManner::CommitNew;
-    m_operation.m_onPump = [&](int) {
+    m_layout.sideFiles.reset();
+    m_operation.m_onYield = [&](int) {
         EXPECT_EQ(FileKindOf(m_folder / "out.iml"), EFileKind::Missing);
         EXPECT_EQ(FileKindOf(m_folder / "out.ims"), EFileKind::Missing);
     };
@@ -220,10 +221,11 @@ TEST_F(LayoutWriterTest, TransactionalFilesAppearTogether) {
     EXPECT_EQ(ReadWhole(m_folder / "out.ims").size(), 26U * 2048);
 }
 
-TEST_F(LayoutWriterTest, ALayoutThatCannotAppearTakesItsLeadingFileWithIt) {
+TEST_F(LayoutWriterTest, AFailedLayoutRemovesItsLeadingFile) {
     SetMedia('L', 'C');
     m_layout.manner = EOutputManner::CommitNew;
-    m_operation.m_onPump = [&](int) { WriteText(m_layout.layoutPath, "someone else's"); };
+    m_layout.sideFiles.reset();
+    m_operation.m_onYield = [&](int) { WriteText(m_layout.layoutPath, "someone else's"); };
     EXPECT_NE(FailureOf([&] { Write(); }), "did not fail");
     EXPECT_EQ(ReadText(m_layout.layoutPath), "someone else's");
     EXPECT_EQ(FileKindOf(m_folder / "out.ims"), EFileKind::Missing);
@@ -236,13 +238,13 @@ TEST_F(LayoutWriterTest, EveryFileThatCannotBeOpenedHasItsCode) {
     const auto failureWithout = [&](const std::string& path) {
         const Bytes content = ReadWhole(path);
         RemoveFile(path);
-        const std::string failure = FailureOf([&] { WriteImlLayout(m_layout, m_files, m_image, m_operation); });
+        const std::string failure = FailureOf([&] { WriteImlLayout(m_layout, m_image, m_operation); });
         WriteWhole(path, content);
         return failure;
     };
-    EXPECT_EQ(failureWithout(m_files.fileListPath), "Code 4100 - Error Opening " + m_files.fileListPath);
-    EXPECT_EQ(failureWithout(m_files.offsetListPath), "Code 4103 - Error Opening " + m_files.offsetListPath);
-    EXPECT_EQ(failureWithout(m_files.headerCopyPath), "Code 4101a - Error Opening " + m_files.headerCopyPath);
+    EXPECT_EQ(failureWithout(m_sideFiles.fileList), "Code 4100 - Error Opening " + m_sideFiles.fileList);
+    EXPECT_EQ(failureWithout(m_sideFiles.offsetList), "Code 4103 - Error Opening " + m_sideFiles.offsetList);
+    EXPECT_EQ(failureWithout(m_sideFiles.headerCopy), "Code 4101a - Error Opening " + m_sideFiles.headerCopy);
 }
 
 TEST_F(LayoutWriterTest, EveryFileThatCannotBeCreatedHasItsCode) {
@@ -256,7 +258,7 @@ TEST_F(LayoutWriterTest, EveryFileThatCannotBeCreatedHasItsCode) {
 
 TEST_F(LayoutWriterTest, ALeadingFileThatVanishesHasItsCode) {
     SetMedia('L', 'C');
-    m_operation.m_onPump = [&](int) { RemoveFile(m_folder / "out.ims"); };
+    m_operation.m_onYield = [&](int) { RemoveFile(m_folder / "out.ims"); };
     EXPECT_EQ(FailureOf([&] { Write(); }), "Code 4102 - Error Opening " + (m_folder / "out.ims"));
 }
 

@@ -1,4 +1,4 @@
-// The walk through images of the builder: its four side files, compared with what the builder says that it wrote.
+// Walks through images of the builder: the result and the four side files, compared with the builder's record.
 #include "iml/export/walker.h"
 
 #include <gtest/gtest.h>
@@ -17,8 +17,9 @@ class WalkerTest : public testing::Test {
 protected:
     SWalkedImage Walk(const Bytes& bytes) {
         WriteWhole(m_folder / "game.iso", bytes);
-        return WalkIsoImage(WindowWalk(m_folder.Path(), "game.iso"), m_operation);
+        return WalkIsoImage(WindowWalk(), m_operation);
     }
+    SWalkRequest WindowWalk() const { return {m_folder / "game.iso", WindowWalkFiles(m_folder.Path(), "game.iso")}; }
     SWalkedImage Walk(const SImageDescription& description) {
         m_image = BuildImage(description);
         return Walk(m_image.bytes);
@@ -75,8 +76,8 @@ TEST_F(WalkerTest, ListsAHandmadeTree) {
     EXPECT_EQ(Offsets(), (Bytes{25, 0, 0,  0, 25, 0, 0,  0, 25, 0, 0,  0, 26, 0, 0,  0, 27, 0,
                                 0,  0, 28, 0, 0,  0, 28, 0, 0,  0, 29, 0, 0,  0, 29, 0, 0,  0}));
     EXPECT_EQ(Header().size(), 25U * 2048);
-    EXPECT_EQ(walked.mediaKey.id, 'L');
-    EXPECT_EQ(walked.mediaKey.sub, 'C');
+    EXPECT_EQ(walked.mediaId, 'L');
+    EXPECT_EQ(walked.mediaSub, 'C');
     EXPECT_EQ(walked.volumeSectors, 30U);
     EXPECT_EQ(m_folder.Names(),
               (std::vector<std::string>{"game.iso", "game.iso-LBA.TXT", "game.iso.vlt", "temp1.tmp", "tmp.tmp"}));
@@ -92,7 +93,7 @@ struct SKindCase {
 
 class WalkerKindTest : public WalkerTest, public testing::WithParamInterface<SKindCase> {};
 
-TEST_P(WalkerKindTest, AgreesWithTheBuilder) {
+TEST_P(WalkerKindTest, FindsWhatTheBuilderWrote) {
     SImageDescription description;
     description.kind = GetParam().kind;
     description.files = ManyFiles(GetParam().files, GetParam().folders, 11);
@@ -112,7 +113,7 @@ INSTANTIATE_TEST_SUITE_P(Images, WalkerKindTest,
                                          SKindCase{EImageKind::Umd, 300, 20, true, false},
                                          SKindCase{EImageKind::Umd, 1000, 1, false, false}));
 
-TEST_F(WalkerTest, DirectoriesOfSeveralSectorsAreReadWhole) {
+TEST_F(WalkerTest, ReadsAllSectorsOfADirectory) {
     SImageDescription description;
     description.files = ManyFiles(500, 0, 3);
     Walk(description);
@@ -181,7 +182,7 @@ TEST_F(WalkerTest, ADistantOptionalTableMakesTheCopyLonger) {
     ExpectSideFiles();
 }
 
-TEST_F(WalkerTest, TheHeaderOfADvdTakesInFileEntriesBeforeTheFiles) {
+TEST_F(WalkerTest, TheHeaderOfADvdIncludesFileEntriesBeforeTheFiles) {
     SImageDescription description;
     description.kind = EImageKind::Dvd;
     description.files = ManyFiles(20, 4, 6);
@@ -192,7 +193,7 @@ TEST_F(WalkerTest, TheHeaderOfADvdTakesInFileEntriesBeforeTheFiles) {
     ExpectSideFiles();
 }
 
-TEST_F(WalkerTest, WithoutSuchEntriesTheHeaderEndsWithTheDirectories) {
+TEST_F(WalkerTest, WithoutFileEntriesTheHeaderEndsWithTheDirectories) {
     SImageDescription description;
     description.kind = EImageKind::Dvd;
     description.files = ManyFiles(20, 4, 6);
@@ -203,7 +204,7 @@ TEST_F(WalkerTest, WithoutSuchEntriesTheHeaderEndsWithTheDirectories) {
     ExpectSideFiles();
 }
 
-TEST_F(WalkerTest, FileEntriesOfACdAreNotLookedFor) {
+TEST_F(WalkerTest, IgnoresFileEntriesOfACd) {
     SImageDescription description;
     description.files = {{"A.BIN", Bytes(10, 1), 2}};
     m_image = BuildImage(description);
@@ -212,34 +213,45 @@ TEST_F(WalkerTest, FileEntriesOfACdAreNotLookedFor) {
     ExpectSideFiles();
 }
 
-TEST_F(WalkerTest, TheSequenceOfCallsIsFixed) {
+TEST_F(WalkerTest, SequenceOfCalls) {
     SImageDescription description;
     description.files = {{"A.BIN", Bytes(10, 1)}};
     Walk(description);
     const std::vector<std::string>& calls = m_operation.Calls();
-    const std::vector<std::string> beginning = {"disable 1001",
-                                                "disable 1005",
-                                                "disable 1012",
-                                                "disable 1021",
-                                                "disable 1032",
-                                                "disable 1029",
-                                                "disable 1030",
-                                                "disable 1033",
-                                                "disable 1034",
-                                                "disable 1",
-                                                "pane FILE " + (m_folder / "game.iso")};
+    const std::vector<std::string> beginning = {"begin iso2iml", "pane FILE " + (m_folder / "game.iso")};
     ASSERT_GT(calls.size(), beginning.size());
     EXPECT_TRUE(std::equal(beginning.begin(), beginning.end(), calls.begin()));
     // one path table block, one path table record, 23 header sectors, one directory sector with three records
-    EXPECT_EQ(m_operation.CallsOf("pump").size(), 1U + 1 + 23 + 4);
+    EXPECT_EQ(m_operation.CallsOf("yield").size(), 1U + 1 + 23 + 4);
     EXPECT_EQ(calls.size(), beginning.size() + 29);
 }
 
-TEST_F(WalkerTest, FindsTheImageWithoutRegardToCase) {
+TEST_F(WalkerTest, WithoutSideFilesTheResultIsTheSame) {
+    for (const EImageKind kind : {EImageKind::Cd, EImageKind::Dvd, EImageKind::Umd}) {
+        SImageDescription description;
+        description.kind = kind;
+        description.files = ManyFiles(40, 6, 7);
+        const SWalkedImage window = Walk(description);
+        const std::vector<std::string> names = m_folder.Names();
+        const SWalkedImage console = WalkIsoImage({m_folder / "game.iso", std::nullopt, true}, m_operation);
+        EXPECT_EQ(m_folder.Names(), names);
+        EXPECT_EQ(console.headerSectors, m_image.headerEnd);
+        EXPECT_EQ(window.headerSectors, console.headerSectors);
+        EXPECT_EQ(window.anchorTag, console.anchorTag);
+        ASSERT_EQ(console.files.size(), m_image.files.size());
+        for (std::size_t i = 0; i < console.files.size(); ++i) {
+            EXPECT_EQ("\\" + console.files[i].path, m_image.files[i].path);
+            EXPECT_EQ(console.files[i].start, m_image.files[i].sector);
+            EXPECT_EQ(window.files[i].path, console.files[i].path);
+        }
+    }
+}
+
+TEST_F(WalkerTest, FindsTheImageIgnoringCase) {
     SImageDescription description;
     description.files = {{"A.BIN", Bytes(10, 1)}};
     WriteWhole(m_folder / "Game.ISO", BuildImage(description).bytes);
-    WalkIsoImage(WindowWalk(m_folder.Path(), "game.iso"), m_operation);
+    WalkIsoImage(WindowWalk(), m_operation);
     EXPECT_EQ(List(), "00000017|0000000A|00000001|\\A.BIN\r\n");
 }
 
@@ -248,9 +260,9 @@ TEST_F(WalkerTest, FindsTheImageWithoutRegardToCase) {
 class WalkerFailureTest : public WalkerTest {
 protected:
     std::string Failure() {
-        return FailureOf([&] { WalkIsoImage(WindowWalk(m_folder.Path(), "game.iso"), m_operation); });
+        return FailureOf([&] { WalkIsoImage(WindowWalk(), m_operation); });
     }
-    /// A folder in the place of a file cannot be opened as one, not even by a privileged user.
+    /// Not even a privileged user can open a folder as a file.
     void Block(const std::string& name) { ASSERT_TRUE(MakeFolder(m_folder / name)); }
     void MakeImage() {
         SImageDescription description;
@@ -289,8 +301,8 @@ TEST_F(WalkerFailureTest, SideFilesThatCannotBeCreated) {
 
 TEST_F(WalkerFailureTest, SideFilesThatCannotBeReopened) {
     MakeImage();
-    // The copy of the path table is one block; after it, the first message is pumped: whoever waits for it interferes.
-    m_operation.m_onPump = [&](int number) {
+    // The path table is one block; the first yield follows its copy.
+    m_operation.m_onYield = [&](int number) {
         if (number == 1) {
             RemoveFile(m_folder / "tmp.tmp");
         }
@@ -300,7 +312,7 @@ TEST_F(WalkerFailureTest, SideFilesThatCannotBeReopened) {
 
 TEST_F(WalkerFailureTest, HeaderCopyThatCannotBeReopened) {
     MakeImage();
-    m_operation.m_onPump = [&](int number) {
+    m_operation.m_onYield = [&](int number) {
         if (number == 10) {
             RemoveFile(m_folder / "temp1.tmp");
         }

@@ -1,8 +1,9 @@
-// Gap files as bytes, written out by hand, and what their reader refuses.
+// Gap files byte for byte, and what their reader refuses.
 #include "iml/layout/gap_file.h"
 
 #include <gtest/gtest.h>
 
+#include "iml/layout/layout_names.h"
 #include "tests/support/test_folder.h"
 
 namespace vantrel::test {
@@ -21,7 +22,7 @@ void ExpectAreas(const Areas& found, const Areas& expected) {
     }
 }
 
-TEST(UncoveredAreasTest, AreWhatIsLeft) {
+TEST(UncoveredAreasTest, AreTheRestOfTheImage) {
     ExpectAreas(UncoveredAreas(Areas{{0, 10}, {20, 5}, {22, 1}, {24, 6}}, 40), {{10, 10}, {30, 10}});
     ExpectAreas(UncoveredAreas(Areas{{0, 10}, {20, 50}}, 40), {{10, 10}});
     ExpectAreas(UncoveredAreas(Areas{{0, 10}, {90, 50}}, 40), {{10, 30}});
@@ -59,7 +60,7 @@ protected:
     Bytes m_image;
 };
 
-TEST_F(GapFileTest, HoldsTheAreasThatAreNotZero) {
+TEST_F(GapFileTest, HoldsAreasWithData) {
     Write({{2000, 2000}, {3 * 2048, 2048}, {4 * 2048, 2048}, {5 * 2048, 100}});
     Bytes expected = {'I', 'M', 'L', 'G', 'A', 'P', 'S', '1'};
     expected.resize(24 + 3 * 16);
@@ -87,11 +88,11 @@ TEST_F(GapFileTest, IsReadBack) {
     EXPECT_EQ(reader.ReadAt(0, 47, data), 100U);
     EXPECT_EQ(data[0], 1);
     EXPECT_EQ(data[1], 2);
-    EXPECT_EQ(reader.ReadAt(0, 1950, data), 50U) << "an area ends where the next one's data begin";
+    EXPECT_EQ(reader.ReadAt(0, 1950, data), 50U) << "an area ends where the data of the next one starts";
     EXPECT_EQ(reader.ReadAt(0, 2000, data), 0U);
 }
 
-TEST_F(GapFileTest, WithoutAreasTheLengthIsKept) {
+TEST_F(GapFileTest, HoldsTheLengthOfAnImageWithoutAreas) {
     Write({{4 * 2048, 2048}});
     CGapFileReader reader;
     ASSERT_TRUE(reader.Open(m_folder / "out.gaps"));
@@ -100,7 +101,7 @@ TEST_F(GapFileTest, WithoutAreasTheLengthIsKept) {
     EXPECT_EQ(ReadWhole(m_folder / "out.gaps").size(), 24U);
 }
 
-TEST_F(GapFileTest, RefusesWhatIsDamaged) {
+TEST_F(GapFileTest, RefusesDamagedFiles) {
     Write({{2000, 2000}, {5 * 2048, 100}});
     const Bytes whole = ReadWhole(m_folder / "out.gaps");
     EXPECT_TRUE(Reads(whole));
@@ -118,24 +119,25 @@ TEST_F(GapFileTest, RefusesWhatIsDamaged) {
     EXPECT_FALSE(readsWith64(0, 0)) << "magic";
     EXPECT_FALSE(readsWith64(8, 5 * 2048 + 99)) << "an area beyond the image";
     EXPECT_FALSE(readsWith64(8, 0x8000000000000000U)) << "a negative length of the image";
-    EXPECT_FALSE(readsWith64(16, 0xFFFFFFFF)) << "a count without end";
+    EXPECT_FALSE(readsWith64(16, 0xFFFFFFFF)) << "a count beyond the file";
     EXPECT_FALSE(readsWith64(24, 9000)) << "overlapping areas";
     EXPECT_FALSE(readsWith64(24, 0xFFFFFFFFFFFFF000U)) << "a negative position";
     EXPECT_FALSE(readsWith64(32, 0)) << "an area without length";
     EXPECT_FALSE(readsWith64(40, 1000)) << "areas that do not ascend";
 }
 
-TEST_F(GapFileTest, SaysWhatIsWrong) {
+TEST_F(GapFileTest, NamesTheProblem) {
     CGapFileReader reader;
     EXPECT_FALSE(reader.Open(m_folder / "missing"));
     EXPECT_NE(reader.Problem().find(m_folder / "missing"), std::string::npos);
     WriteText(m_folder / "text", "no gaps");
     EXPECT_FALSE(reader.Open(m_folder / "text"));
-    EXPECT_EQ(reader.Problem(), (m_folder / "text") + ": not a list of an image's gaps");
+    EXPECT_EQ(reader.Problem(), (m_folder / "text") + ": not a gap file");
 }
 
-TEST(GapPathTest, ReplacesTheExtension) {
-    EXPECT_EQ(GapPathOf("game.iml"), "game.gaps");
+TEST(LayoutNamesTest, ReplaceTheExtension) {
+    EXPECT_EQ(GapPathOf("F/game.v1.iml"), "F/game.v1.gaps");
+    EXPECT_EQ(LeadingPathOf("F/game.v1.iml"), "F/game.v1.ims");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The sectors that a layout gives to a file, by hand.
+// The sectors that a layout assigns to files.
 #include "iml/layout/sector_range.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ TEST(SectorRangeTest, ADifferentPaddingIsRememberedInstead) {
     ExpectRange(rule, 300, 0, 300, 300);
     ExpectRange(rule, 300, 4096, 301, 301);  // no padding, like an empty file
     ExpectRange(rule, 300, 4095, 300, 301);
-    ExpectRange(rule, 300, 4096, 300, 301);  // the file before it is the one that counts
+    ExpectRange(rule, 300, 4096, 300, 301);  // compared with the previous file
 }
 
 TEST(SectorRangeTest, TheFirstFileIsComparedWithSectorZeroAnd2032BytesOfPadding) {

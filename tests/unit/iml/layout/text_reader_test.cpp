@@ -1,4 +1,4 @@
-// Text mode reading, the line buffer, numbers, and the paths of layouts.
+// Text mode, the line buffer, numbers, and paths in layouts.
 #include "iml/layout/text_reader.h"
 
 #include <gtest/gtest.h>
@@ -34,12 +34,12 @@ TEST(TextReader, LineEndsOfBothKinds) {
     EXPECT_EQ(line.Text(), "last");
 }
 
-TEST(TextReader, ShorterLineLeavesTheRestOfTheEarlierOne) {
+TEST(TextReader, ShorterLineKeepsTheRestOfTheEarlierOne) {
     CTextReader reader = ReaderOf("abcdefgh\nxy\n");
     CLineBuffer line;
     ASSERT_TRUE(reader.ReadLine(line) && reader.ReadLine(line));
     EXPECT_EQ(line.Text(), "xy");
-    // The line feed became a terminator and one more stands behind it.
+    // The line feed became a terminator, and another terminator follows.
     EXPECT_EQ(line.Piece(4, 10), "efgh");
     EXPECT_EQ(line.Piece(4, 2), "ef");
     EXPECT_EQ(line.Piece(2, 5), "");
@@ -83,9 +83,6 @@ TEST(TextReader, Numbers) {
     EXPECT_EQ(DecimalOf("- 3"), 0);
     EXPECT_EQ(DecimalOf("2147483648"), -2147483647 - 1);
     EXPECT_EQ(DecimalOf("4294967297"), 1);
-    EXPECT_EQ(HexadecimalOf("0000abCD|"), 0xABCDU);
-    EXPECT_EQ(HexadecimalOf("FFFFFFFF"), 0xFFFFFFFFU);
-    EXPECT_EQ(HexadecimalOf("x"), 0U);
 }
 
 TEST(LayoutPath, ShownPath) {

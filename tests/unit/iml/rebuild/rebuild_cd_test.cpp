@@ -1,4 +1,4 @@
-// The CD rebuild: placement, padding, gaps, postgap, volume size, its conversation and its failures.
+// The CD rebuild: placement, padding, gaps, postgap, volume size, sequence of calls and failures.
 #include <filesystem>
 
 #include "tests/support/ordinary_user.h"
@@ -115,37 +115,32 @@ TEST_F(RebuildCd, WithoutTheMarkThereIsNoPostgap) {
     WriteLayout();
     m_leading.at(0x8400) = 0;
     test::WriteWhole(m_folder / "game.ims", m_leading);
-    Vantrel(InPlace(), m_operation);
+    RebuildImage(InPlace(), m_operation);
     EXPECT_EQ(test::ReadWhole(m_folder / "game.iso").size(), 19 * kSector);
 }
 
-TEST_F(RebuildCd, Conversation) {
+TEST_F(RebuildCd, SequenceOfCalls) {
     Add(19, 20, "A.BIN", test::RandomBytes(2049, 1));
     Add(22, 22, "B", {});
     Rebuilt();
     std::vector<std::string> expected;
     const auto call = [&expected](const std::string& text) { expected.push_back(text); };
-    const auto disableAll = [&] {
-        for (const char* id : {"1001", "1005", "1012", "1021", "1", "1032", "1029", "1030", "1033", "1034"}) {
-            call(std::string("disable ") + id);
-        }
-    };
     int position = 18;
     const auto block = [&] {
         ++position;
         call("pane PERCENT " + std::to_string(position * 100 / (23 + 150)) + "%");
-        call("position " + std::to_string(position));
-        call("pump");
+        call("done " + std::to_string(position));
+        call("yield");
     };
-    disableAll();
+    call("begin iml2iso");
     call("pane STATUS Rebuilding ISO, please Wait");
-    disableAll();
-    call("pump");
-    call("pump");
+    call("begin iml2iso cd");
+    call("yield");
+    call("yield");
     for (int i = 0; i < 18; ++i) {
-        call("pump");
+        call("yield");
     }
-    call("progress 173 fill 187");
+    call("total 173");
     call("pane BYTES " + std::to_string(18 * kSector) + " bytes");
     block();  // the gap before the first file
     call("pane FILE \\..\\A.BIN");
@@ -163,19 +158,15 @@ TEST_F(RebuildCd, Conversation) {
     call("pane FILE " + (m_folder / "game.iso"));
     call("complete Rebuilding [cd] ISO done added postgap!");
     call("completed");
-    for (const char* id : {"1001", "1005", "1012", "1021"}) {
-        call(std::string("disable ") + id);
-    }
-    call("enable 1");
     EXPECT_EQ(m_operation.Calls(), expected);
 }
 
-TEST_F(RebuildCd, SideListsAreThereMeanwhileAndGoWithTheCompletion) {
+TEST_F(RebuildCd, SideFilesExistUntilTheCompletion) {
     Add(18, 19, "A.BIN", test::RandomBytes(3000, 1));
     Add(25, 25, "B", {});
     int seen = 0;
-    m_operation.m_onPump = [&](int pump) {
-        if (pump == 10) {  // among the leading structures, when both are complete
+    m_operation.m_onYield = [&](int yield) {
+        if (yield == 10) {  // while the leading structures are copied, when both files are complete
             EXPECT_EQ(test::ReadText(m_folder / "game.txt"),
                       "00000012|00000013|" + m_prefix + "A.BIN\r\n00000019|00000019|" + m_prefix + "B\r\n");
             const Bytes bounds = test::ReadWhole(m_folder / "game.vlt");
@@ -192,7 +183,7 @@ TEST_F(RebuildCd, SideListsAreThereMeanwhileAndGoWithTheCompletion) {
     EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"A.BIN", "B", "game.iml", "game.ims", "game.iso"}));
 }
 
-TEST_F(RebuildCd, SideListsStayWhenTheCompletionIsLeftEarly) {
+TEST_F(RebuildCd, SideFilesStayIfTheCompletionEndsEarly) {
     Add(18, 18, "A", test::RandomBytes(3, 1));
     m_operation.m_completes = false;
     Rebuilt();
@@ -205,14 +196,14 @@ TEST_F(RebuildCd, BaseNameEndsAtTheFirstDotAndAtThirtyCharacters) {
     EXPECT_EQ(request.layoutPath, "C:\\X\\game.v1.iml");
     EXPECT_EQ(request.outputPath, "C:\\X\\game.iso");
     EXPECT_EQ(request.leadingPath, "C:\\X\\game.ims");
-    EXPECT_EQ(request.entryListPath, "C:\\X\\game.txt");
-    EXPECT_EQ(request.boundsPath, "C:\\X\\game.vlt");
+    EXPECT_EQ(request.sideFiles->entryList, "C:\\X\\game.txt");
+    EXPECT_EQ(request.sideFiles->bounds, "C:\\X\\game.vlt");
     EXPECT_EQ(WindowRebuild("F/", "a23456789012345678901234567890xyz").outputPath,
               "F/a23456789012345678901234567890.iso");
-    EXPECT_EQ(WindowRebuild("F/", ".iml").boundsPath, "F/.vlt");
+    EXPECT_EQ(WindowRebuild("F/", ".iml").sideFiles->bounds, "F/.vlt");
 }
 
-TEST_F(RebuildCd, ManyEntriesInALineBufferOfTheirOwn) {
+TEST_F(RebuildCd, ManyEntriesOfDifferentLengths) {
     std::size_t sector = 18;
     Bytes expected = test::LeadingBytes(m_layout);
     for (std::size_t i = 0; i < 300; ++i, ++sector) {
@@ -225,9 +216,9 @@ TEST_F(RebuildCd, ManyEntriesInALineBufferOfTheirOwn) {
     EXPECT_EQ(Rebuilt(), expected);
 }
 
-// ---- layouts that are not as the export writes them
+// ---- layouts that an export would not write
 
-TEST_F(RebuildCd, MissingLineRepeatsTheOneBefore) {
+TEST_F(RebuildCd, MissingLineRepeatsThePreviousOne) {
     Add(18, 18, "A", test::RandomBytes(3, 1));
     Add(19, 20, "B", test::RandomBytes(2500, 2));
     m_layout.count = "9";
@@ -242,7 +233,7 @@ TEST_F(RebuildCd, MissingLineRepeatsTheOneBefore) {
     EXPECT_EQ(m_operation.CallsOf("pane FILE \\..\\B").size(), 7U);
 }
 
-TEST_F(RebuildCd, LineBehindTheEntriesIsTakenAsOne) {
+TEST_F(RebuildCd, LineBehindTheEntriesCountsAsAnEntry) {
     Add(18, 18, "A", test::RandomBytes(3, 1));
     m_layout.count = "3";
     WriteLayout();
@@ -267,7 +258,7 @@ TEST_F(RebuildCd, MissingClosingQuoteCutsTheName) {
     EXPECT_EQ(Failure(InPlace()), "Code 3041 - Error!!! Opening [" + m_prefix + "AB]");
 }
 
-TEST_F(RebuildCd, DescendingRangesAreSoughtEach) {
+TEST_F(RebuildCd, FilesMayBeListedInAnyOrder) {
     Add(30, 30, "A", test::RandomBytes(5, 1));
     Add(20, 21, "B", test::RandomBytes(2049, 2));
     const Bytes image = Rebuilt();
@@ -299,7 +290,7 @@ TEST_F(RebuildCd, CountBeyondTheFileIsRefused) {
         const std::string expected =
             "The number of entries in the layout " + (m_folder / "game.iml") + " is larger than the file";
         EXPECT_EQ(Failure(InPlace()), expected);
-        EXPECT_EQ(Failure(Careful()), expected);
+        EXPECT_EQ(Failure(Strict()), expected);
     }
 }
 
@@ -313,7 +304,7 @@ TEST_F(RebuildCd, LayoutWithoutAListIsRefused) {
     }
 }
 
-TEST_F(RebuildCd, LayoutCutAnywhereEndsWithAMessageOrAnImage) {
+TEST_F(RebuildCd, LayoutTruncatedAnywhereGivesAMessageOrAnImage) {
     Add(18, 18, "A", test::RandomBytes(3, 1));
     Add(19, 19, "B", test::RandomBytes(3, 2));
     WriteLayout();
@@ -323,24 +314,24 @@ TEST_F(RebuildCd, LayoutCutAnywhereEndsWithAMessageOrAnImage) {
         test::WriteText(m_folder / "game.iml", text.substr(0, length));
         test::CRecordingOperation window;
         test::CRecordingOperation console;
-        const std::string inPlace = test::FailureOf([&] { Vantrel(InPlace(), window); });
+        const std::string inPlace = test::FailureOf([&] { RebuildImage(InPlace(), window); });
         EXPECT_FALSE(inPlace.empty());
         std::filesystem::remove((m_folder / "game.iso"));
-        const std::string careful = test::FailureOf([&] { Vantrel(Careful(), console); });
+        const std::string strict = test::FailureOf([&] { RebuildImage(Strict(), console); });
         if (length < whole - 2) {
-            EXPECT_NE(careful, "did not fail") << length;
+            EXPECT_NE(strict, "did not fail") << length;
             EXPECT_EQ(FileKindOf(m_folder / "game.iso"), EFileKind::Missing);
         }
     }
 }
 
-TEST_F(RebuildCd, SectorsThatNoDiscHasAreRefused) {
+TEST_F(RebuildCd, SectorsThatExistOnNoDiscAreRefused) {
     for (const std::int64_t sector : {std::int64_t{1} << 24, std::int64_t{99'999'999}, std::int64_t{-1}}) {
         m_layout.entries.clear();
         Add(18, sector, "A", test::RandomBytes(3, 1));
         WriteLayout();
-        EXPECT_EQ(Failure(InPlace()),
-                  "The layout " + (m_folder / "game.iml") + " puts " + m_prefix + "A where no disc has a sector");
+        EXPECT_EQ(Failure(InPlace()), "The layout " + (m_folder / "game.iml") + " puts " + m_prefix +
+                                          "A at a sector that exists on no disc");
     }
 }
 
@@ -359,7 +350,7 @@ TEST_F(RebuildCd, EveryFailureText) {
               "Error cd!!!!!!!! This is not CD verson of iml file");
 }
 
-TEST_F(RebuildCd, FailuresOfThingsThatGoMeanwhile) {
+TEST_F(RebuildCd, FilesThatVanishDuringTheRebuild) {
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"game.txt", "Code 206 !!! file not found ==> "},
         {"game.vlt", "Code 2022 - Error Opening "},
@@ -370,12 +361,12 @@ TEST_F(RebuildCd, FailuresOfThingsThatGoMeanwhile) {
         Add(18, 18, "A", test::RandomBytes(3, 1));
         WriteLayout();
         test::CRecordingOperation operation;
-        operation.m_onPump = [&, victim = m_folder / name](int pump) {
-            if (pump == 5) {
+        operation.m_onYield = [&, victim = m_folder / name](int yield) {
+            if (yield == 5) {
                 EXPECT_TRUE(RemoveFile(victim));
             }
         };
-        EXPECT_EQ(test::FailureOf([&] { Vantrel(InPlace(), operation); }), text + (m_folder / name));
+        EXPECT_EQ(test::FailureOf([&] { RebuildImage(InPlace(), operation); }), text + (m_folder / name));
     }
 }
 
@@ -388,7 +379,7 @@ TEST_F(RebuildCd, MissingListedFileNamesItself) {
     EXPECT_EQ(FileKindOf(m_folder / "game.vlt"), EFileKind::File);
 }
 
-TEST_F(RebuildCd, ListedFolderIsNoFile) {
+TEST_F(RebuildCd, ListedFolderIsRefused) {
     ASSERT_TRUE(MakeFolder(m_folder / "DIR"));
     m_layout.entries.push_back({18, 18, m_prefix + "DIR"});
     WriteLayout();
@@ -404,7 +395,7 @@ TEST_F(RebuildCd, CarriageReturnCountsAsACd) {
     text.erase(27, 2);  // "MEDIA=" CR LF
     ASSERT_EQ(text[27], '\r');
     test::WriteText(m_folder / "game.iml", text);
-    Vantrel(InPlace(), m_operation);
+    RebuildImage(InPlace(), m_operation);
     EXPECT_EQ(test::ReadWhole(m_folder / "game.iso").size(), (19 + 150) * kSector);
 }
 
@@ -415,15 +406,15 @@ TEST_F(RebuildCd, BareLineFeedsMoveTheLetter) {
     EXPECT_EQ(Failure(InPlace()), "Error!!!!!!!! This is not UMD or CD or DVD verson of iml file");
     m_layout.media = test::ELayoutMedia::Umd;
     WriteLayout();
-    // The letter is now the 'D' of "UMD", so this layout is rebuilt as a DVD, without files: the first '#' is that of
-    // the track table, where no count stands.
+    // The letter is now the 'D' of "UMD", so this layout is rebuilt as a DVD without files: the first '#' is that of
+    // the track table, which has no count.
     ASSERT_EQ(test::ReadText(m_folder / "game.iml")[27], 'D');
     m_leading.resize(m_leading.size() - kSector);
     Bytes trailing(kSector, 3);
     test::Write32(trailing, 12, 17);
     m_leading.insert(m_leading.end(), trailing.begin(), trailing.end());
     test::WriteWhole(m_folder / "game.ims", m_leading);
-    Vantrel(InPlace(), m_operation);
+    RebuildImage(InPlace(), m_operation);
     EXPECT_EQ(test::ReadWhole(m_folder / "game.iso").size(), (1 + 17 + 16) * kSector);
 }
 
@@ -432,7 +423,7 @@ TEST_F(RebuildCd, LayoutShorterThanTheLetterIsRefused) {
     EXPECT_EQ(Failure(InPlace()), "Error!!!!!!!! This is not UMD or CD or DVD verson of iml file");
 }
 
-TEST_F(RebuildCd, LayoutThatMayNotBeWrittenIsRefusedByTheWindowOnly) {
+TEST_F(RebuildCd, WriteProtectedLayoutIsRefusedByTheWindowOnly) {
     Add(18, 18, "A", test::RandomBytes(3, 1));
     const std::string iml = m_folder / "game.iml";
     for (const test::ELayoutMedia media : {test::ELayoutMedia::Cd, test::ELayoutMedia::Umd, test::ELayoutMedia::Dvd}) {
@@ -442,55 +433,55 @@ TEST_F(RebuildCd, LayoutThatMayNotBeWrittenIsRefusedByTheWindowOnly) {
         {
             const test::CAsOrdinaryUser user(m_folder);
             EXPECT_EQ(Failure(InPlace()), "Code 2012 - Error Opening " + iml);
-            SRebuildRequest careful = Careful();
-            careful.filesFolder = "";
-            careful.outputPath = m_folder / "new.iso";
-            EXPECT_EQ(Failure(careful), "did not fail");
+            SRebuildRequest strict = Strict();
+            strict.filesFolder = "";
+            strict.outputPath = m_folder / "new.iso";
+            EXPECT_EQ(Failure(strict), "did not fail");
         }
         EXPECT_TRUE(RemoveFile(m_folder / "new.iso"));
         EXPECT_TRUE(RemoveFile(iml));
     }
 }
 
-// ---- the console's manner
+// ---- strict rebuilds
 
-TEST_F(RebuildCd, CarefulMannerGivesTheSameImageAndLeavesNothingElse) {
+TEST_F(RebuildCd, StrictRebuildWritesTheSameImageAndNothingElse) {
     for (const std::size_t size : {0U, 1U, 2048U, 5000U, 300'000U}) {
         m_layout.entries.clear();
         Add(25, 25 + static_cast<std::int64_t>(size / kSector), "A.BIN", test::RandomBytes(size, size));
         test::WriteText(m_folder / "game.txt", "notes of the user");
         m_layout.entries[0].path = "A.BIN";
         WriteLayout();
-        Vantrel(Careful(), m_operation);
+        RebuildImage(Strict(), m_operation);
         EXPECT_EQ(m_folder.Names(),
                   (std::vector<std::string>{"A.BIN", "game.iml", "game.ims", "game.iso", "game.txt"}));
         EXPECT_EQ(test::ReadText(m_folder / "game.txt"), "notes of the user");
-        const Bytes careful = test::ReadWhole(m_folder / "game.iso");
+        const Bytes strict = test::ReadWhole(m_folder / "game.iso");
         m_layout.entries[0].path = m_prefix + "A.BIN";
-        EXPECT_EQ(Rebuilt(), careful);
+        EXPECT_EQ(Rebuilt(), strict);
         RemoveFile(m_folder / "game.iso");
     }
 }
 
-TEST_F(RebuildCd, CarefulMannerLeavesNothingAfterAFailure) {
+TEST_F(RebuildCd, StrictRebuildLeavesNothingAfterAFailure) {
     m_prefix = "";
     Add(18, 18, "A", test::RandomBytes(3, 1));
     m_layout.entries.push_back({19, 19, "B"});
     WriteLayout();
-    EXPECT_EQ(Failure(Careful()), "Code 3041 - Error!!! Opening [B]");
+    EXPECT_EQ(Failure(Strict()), "Code 3041 - Error!!! Opening [B]");
     EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"A", "game.iml", "game.ims"}));
 }
 
-TEST_F(RebuildCd, CarefulMannerRefusesWhatTheWindowLetsPass) {
+TEST_F(RebuildCd, StrictRebuildRefusesWhatTheWindowAccepts) {
     m_prefix = "";
     Add(18, 18, "A", test::RandomBytes(3, 1));
     const std::string iml = m_folder / "game.iml";
     const auto failure = [&] {
         WriteLayout();
-        return Failure(Careful());
+        return Failure(Strict());
     };
     m_layout.count = "3";
-    EXPECT_EQ(failure(), "The layout " + iml + " has a line that is no entry: [/LOC]");
+    EXPECT_EQ(failure(), "The layout " + iml + " has a line that is not an entry: [/LOC]");
     m_layout.ending = "";
     EXPECT_EQ(failure(), "The layout " + iml + " ends before the last of its entries");
     m_layout.count = "1";
@@ -502,9 +493,9 @@ TEST_F(RebuildCd, CarefulMannerRefusesWhatTheWindowLetsPass) {
     const std::string text = test::ReadText(iml);
     const auto replaced = [&](const std::string& from, const std::string& to) {
         test::WriteText(iml, std::string(text).replace(text.find(from), from.size(), to));
-        return Failure(Careful());
+        return Failure(Strict());
     };
-    // A count line too early, as in a damaged track list, has no entry two lines further on.
+    // Two lines behind a count line that comes too early, as in a damaged track table, there is no entry.
     EXPECT_EQ(replaced("[LOC]\r\n", "[LOC]\r\n# the number of entries: 2\r\n"),
               "The layout " + iml + " has no entry of its leading structures");
     EXPECT_EQ(replaced("0        17 ", "0        -1 "),
@@ -512,15 +503,15 @@ TEST_F(RebuildCd, CarefulMannerRefusesWhatTheWindowLetsPass) {
     WriteLayout();
     m_leading.pop_back();
     test::WriteWhole(m_folder / "game.ims", m_leading);
-    EXPECT_EQ(Failure(Careful()), "The file " + (m_folder / "game.ims") + " is shorter than the layout says");
+    EXPECT_EQ(Failure(Strict()), "The file " + (m_folder / "game.ims") + " is shorter than the layout says");
     EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"A", "game.iml", "game.ims"}));
 }
 
-TEST_F(RebuildCd, CarefulMannerRefusesToReplaceWhatItReads) {
+TEST_F(RebuildCd, StrictRebuildRefusesToReplaceItsInputs) {
     m_prefix = "";
     Add(18, 18, "A", test::RandomBytes(3, 1));
     WriteLayout();
-    SRebuildRequest request = Careful();
+    SRebuildRequest request = Strict();
     request.manner = EOutputManner::CommitReplace;
     request.outputPath = m_folder / "A";
     EXPECT_EQ(Failure(request), "The image would replace " + (m_folder / "A") + ", which the layout lists");
@@ -529,22 +520,22 @@ TEST_F(RebuildCd, CarefulMannerRefusesToReplaceWhatItReads) {
     EXPECT_EQ(test::ReadWhole(m_folder / "game.ims"), m_leading);
 }
 
-TEST_F(RebuildCd, FileThatShrinksMeanwhile) {
-    for (const bool careful : {false, true}) {
+TEST_F(RebuildCd, FileThatShrinksDuringTheRebuild) {
+    for (const bool strict : {false, true}) {
         m_layout.entries.clear();
-        m_prefix = careful ? "" : m_folder.Path();
+        m_prefix = strict ? "" : m_folder.Path();
         Add(18, 2018, "A", test::RandomBytes(2000 * kSector, 1));
         WriteLayout();
         test::CRecordingOperation operation;
-        operation.m_onPump = [&](int pump) {
-            // Behind the first part of "A": the window copies blocks, the other manners pieces of a mebibyte.
-            if (pump == (careful ? 1 + 1 + 1 : 1 + 18 + 10)) {
+        operation.m_onYield = [&](int yield) {
+            // After the first part of "A": the window copies blocks, a strict rebuild a mebibyte at a time.
+            if (yield == (strict ? 1 + 1 + 1 : 1 + 18 + 10)) {
                 std::filesystem::resize_file(m_folder / "A", 300 * kSector);
             }
         };
-        const std::string failure = test::FailureOf([&] { Vantrel(careful ? Careful() : InPlace(), operation); });
-        EXPECT_EQ(failure, careful ? "Cannot read all of A" : "did not fail");
-        if (!careful) {
+        const std::string failure = test::FailureOf([&] { RebuildImage(strict ? Strict() : InPlace(), operation); });
+        EXPECT_EQ(failure, strict ? "Cannot read all of A" : "did not fail");
+        if (!strict) {
             const Bytes image = test::ReadWhole(m_folder / "game.iso");
             EXPECT_EQ(image.size(), (18 + 2000 + 150) * kSector);
             EXPECT_EQ((Bytes{image.begin() + (18 + 1999) * kSector, image.begin() + (18 + 2000) * kSector}),
@@ -554,16 +545,16 @@ TEST_F(RebuildCd, FileThatShrinksMeanwhile) {
     }
 }
 
-TEST_F(RebuildCd, FoldersAndCasesAreFoundBelowTheGivenFolder) {
+TEST_F(RebuildCd, FindsFilesBelowTheGivenFolderIgnoringCase) {
     ASSERT_TRUE(MakeFolder(m_folder / "files") && MakeFolder(m_folder / "files/Data"));
     test::WriteWhole(m_folder / "files/Data/level1.bin", test::RandomBytes(70, 1));
     test::WriteWhole(m_folder / "files/Data/LEVEL2.BIN", test::RandomBytes(80, 2));
     test::WriteWhole(m_folder / "files/Data/level2.bin", test::RandomBytes(90, 3));
     m_layout.entries = {{18, 18, "DATA\\LEVEL1.BIN"}, {19, 19, "Data\\level2.bin"}, {20, 20, "data/LEVEL2.BIN"}};
     WriteLayout();
-    SRebuildRequest request = Careful();
+    SRebuildRequest request = Strict();
     request.filesFolder = m_folder / "files/";
-    Vantrel(request, m_operation);
+    RebuildImage(request, m_operation);
     Bytes expected = m_leading;
     Put(expected, 18, Padded(test::RandomBytes(70, 1)));
     Put(expected, 19, Padded(test::RandomBytes(90, 3)));

@@ -1,4 +1,4 @@
-// The exact rebuild: what is put where, and what is refused.
+// The exact rebuild: placement and refusals.
 #include "iml/layout/gap_file.h"
 #include "tests/unit/iml/rebuild/rebuild_fixture.h"
 
@@ -12,7 +12,7 @@ protected:
     RebuildExact() { m_prefix = ""; }
 
     SRebuildRequest Exact() const {
-        SRebuildRequest request = Careful();
+        SRebuildRequest request = Strict();
         request.manner = EOutputManner::CommitReplace;
         request.exact = true;
         request.gapsPath = m_folder / "game.gaps";
@@ -20,7 +20,7 @@ protected:
     }
 
     Bytes RebuiltExactly() {
-        Vantrel(Exact(), m_operation);
+        RebuildImage(Exact(), m_operation);
         return test::ReadWhole(m_folder / "game.iso");
     }
 
@@ -71,7 +71,7 @@ TEST_F(RebuildExact, DvdFilesAtTheirSectorsToo) {
     EXPECT_EQ(m_operation.CallsOf("complete "), std::vector<std::string>{"complete Rebuilding [dvd] ISO done!"});
 }
 
-TEST_F(RebuildExact, StoredGapsComeBackBelowTheFiles) {
+TEST_F(RebuildExact, FilesOverwriteStoredGaps) {
     Add(20, 21, "A", test::RandomBytes(3000, 1));
     WriteLayoutOf(40);
     const Bytes gap = test::RandomBytes(5000, 3);
@@ -109,12 +109,12 @@ TEST_F(RebuildExact, StoredGapsReplaceTheTrailingSector) {
 TEST_F(RebuildExact, FileThatDoesNotFitIsRefused) {
     Add(20, 21, "A", test::RandomBytes(4097, 1));
     WriteLayoutOf(40);
-    EXPECT_EQ(Failure(Exact()), "A has 4097 bytes, but its place in the image has room for 4096 only");
+    EXPECT_EQ(Failure(Exact()), "A has 4097 bytes, but its sectors in the image hold only 4096");
     EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"A", "game.iml", "game.ims"}));
 }
 
-TEST_F(RebuildExact, FilesThatShareTheirPlace) {
-    // A layout records the second and third link to the same sectors by the last of them.
+TEST_F(RebuildExact, FilesThatShareTheirSectors) {
+    // For the second and third file at the same sectors, a layout records the last sector only.
     Add(20, 22, "A", test::RandomBytes(5000, 1));
     Add(22, 22, "B", test::RandomBytes(5000, 1));
     Add(22, 22, "C", test::RandomBytes(5000, 1));
@@ -124,7 +124,7 @@ TEST_F(RebuildExact, FilesThatShareTheirPlace) {
     expected.resize(30 * kSector);
     EXPECT_EQ(RebuiltExactly(), expected);
     test::WriteWhole(m_folder / "C", test::RandomBytes(3000, 1));
-    EXPECT_EQ(Failure(Exact()), "C has 3000 bytes, but its place in the image has room for 2048 only");
+    EXPECT_EQ(Failure(Exact()), "C has 3000 bytes, but its sectors in the image hold only 2048");
 }
 
 TEST_F(RebuildExact, LeadingStructuresBehindAFileStay) {
@@ -136,14 +136,14 @@ TEST_F(RebuildExact, LeadingStructuresBehindAFileStay) {
     EXPECT_EQ(RebuiltExactly(), expected);
 }
 
-TEST_F(RebuildExact, ClaimsBeyondAnyDiscAreRefused) {
+TEST_F(RebuildExact, ImagesLargerThanAnyDiscAreRefused) {
     Add(20, 20, "A", test::RandomBytes(10, 1));
     WriteLayoutOf(1U << 24U);
-    EXPECT_EQ(Failure(Exact()), (m_folder / "game.ims") + " asks for an image larger than any disc");
+    EXPECT_EQ(Failure(Exact()), (m_folder / "game.ims") + " describes an image larger than any disc");
     WriteGaps(1ULL << 36U, 0, {1});
-    EXPECT_EQ(Failure(Exact()), (m_folder / "game.gaps") + " asks for an image larger than any disc");
+    EXPECT_EQ(Failure(Exact()), (m_folder / "game.gaps") + " describes an image larger than any disc");
     test::WriteText(m_folder / "game.gaps", "something else");
-    EXPECT_EQ(Failure(Exact()), (m_folder / "game.gaps") + ": not a list of an image's gaps");
+    EXPECT_EQ(Failure(Exact()), (m_folder / "game.gaps") + ": not a gap file");
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ class RebuildTest : public testing::Test {
 protected:
     static constexpr std::size_t kSector = 2048;
 
-    /// Adds a loose file and its entry. In place the layout holds whole paths, because it is used as written.
+    /// Adds a loose file and its entry. The window uses paths as written, so the layout holds full paths.
     void Add(std::int64_t first, std::int64_t last, const std::string& name, const test::Bytes& content) {
         test::WriteWhole(m_folder / name, content);
         m_layout.entries.push_back({first, last, m_prefix + name});
@@ -31,32 +31,34 @@ protected:
 
     SRebuildRequest InPlace() const { return WindowRebuild(m_folder.Path(), "game.iml"); }
 
-    SRebuildRequest Careful() const {
+    SRebuildRequest Strict() const {
         SRebuildRequest request = InPlace();
+        request.sideFiles.reset();
         request.manner = EOutputManner::CommitNew;
         request.filesFolder = m_folder.Path();
+        request.strict = true;
         return request;
     }
 
-    /// Writes the layout, runs the command in place and gives the image.
+    /// Writes the layout, rebuilds like the window and returns the image.
     test::Bytes Rebuilt() {
         WriteLayout();
-        Vantrel(InPlace(), m_operation);
+        RebuildImage(InPlace(), m_operation);
         return test::ReadWhole(m_folder / "game.iso");
     }
 
     std::string Failure(const SRebuildRequest& request) {
-        return test::FailureOf([&] { Vantrel(request, m_operation); });
+        return test::FailureOf([&] { RebuildImage(request, m_operation); });
     }
 
-    /// What is said when the image or a file beside the layout cannot be opened.
+    /// Checks the texts for an output and side files that cannot be opened.
     void ExpectFailuresOfSideFiles() {
         SRebuildRequest request = InPlace();
-        request.entryListPath = m_folder / "no/game.txt";
-        EXPECT_EQ(Failure(request), "Code 202 - Error Opening " + request.entryListPath);
+        request.sideFiles->entryList = m_folder / "no/game.txt";
+        EXPECT_EQ(Failure(request), "Code 202 - Error Opening " + request.sideFiles->entryList);
         request = InPlace();
-        request.boundsPath = m_folder / "no/game.vlt";
-        EXPECT_EQ(Failure(request), "Code 2021 - Error Opening " + request.boundsPath);
+        request.sideFiles->bounds = m_folder / "no/game.vlt";
+        EXPECT_EQ(Failure(request), "Code 2021 - Error Opening " + request.sideFiles->bounds);
         request = InPlace();
         request.outputPath = m_folder / "no/game.iso";
         EXPECT_EQ(Failure(request), "Code 203!!! file not found ==> " + request.outputPath);
@@ -65,7 +67,7 @@ protected:
         EXPECT_EQ(Failure(request), "Code 204!!! file not found==> " + request.leadingPath);
     }
 
-    /// Bytes of a file with its padding, as the image must have them.
+    /// The bytes of a file with its padding.
     static test::Bytes Padded(test::Bytes content) {
         static constexpr std::uint8_t kMark[] = {0x0B, 0x02, 0x13, 0x06, 0x01, 0x1A, 0x0C, 0x03, 0x15, 0x08};
         const std::size_t sectors = content.empty() ? 1 : (content.size() + kSector - 1) / kSector;

@@ -1,9 +1,9 @@
-// Images of the builder that are exported, extracted and rebuilt: exactly, and in the ordinary way.
+// Exports images of the builder with their files, and rebuilds them, exactly and by default.
 #include <gtest/gtest.h>
 
 #include "files/input_file.h"
 #include "iml/export/export.h"
-#include "iml/layout/gap_file.h"
+#include "iml/layout/layout_names.h"
 #include "iml/rebuild/rebuild.h"
 #include "tests/support/image_builder.h"
 #include "tests/support/recording_operation.h"
@@ -30,12 +30,14 @@ protected:
 
     Bytes Rebuilt(bool exact) {
         SRebuildRequest request = WindowRebuild(m_folder.Path(), "game.iml");
+        request.sideFiles.reset();
+        request.strict = true;
         request.manner = EOutputManner::CommitReplace;
         request.outputPath = m_folder / "rebuilt.iso";
         request.filesFolder = m_folder / "files/";
         request.exact = exact;
         request.gapsPath = GapPathOf(request.layoutPath);
-        Vantrel(request, m_operation);
+        RebuildImage(request, m_operation);
         return test::ReadWhole(request.outputPath);
     }
 
@@ -93,7 +95,7 @@ std::vector<SImageDescription> Descriptions() {
     return all;
 }
 
-TEST_F(RoundTrip, ExactGivesBackEveryImage) {
+TEST_F(RoundTrip, ExactRebuildRestoresEveryImage) {
     int number = 0;
     for (SImageDescription description : Descriptions()) {
         const bool isCd = description.kind == EImageKind::Cd;
@@ -128,9 +130,9 @@ TEST_F(RoundTrip, DvdsWithOtherUdfShapes) {
     }
 }
 
-TEST_F(RoundTrip, OrdinaryRebuildKeepsFilesAndList) {
+TEST_F(RoundTrip, DefaultRebuildKeepsFilesAndList) {
     for (SImageDescription description : Descriptions()) {
-        // Files that share sectors are written over each other.
+        // Files that share sectors would overwrite each other.
         std::erase_if(description.files, [](const test::SImageFile& file) {
             return file.content.empty() && file.whenEmpty == EEmptyFile::SharesSector;
         });
@@ -144,7 +146,7 @@ TEST_F(RoundTrip, OrdinaryRebuildKeepsFilesAndList) {
         const std::string list = ListOf("game.iml");
         test::WriteWhole(m_folder / "game.iso", rebuilt);
         Export("game.iso", "game.iml", "again/");
-        // A DVD keeps its last sector, a CD gains its postgap behind the files; neither moves an entry.
+        // A DVD keeps its last sector, and a CD gets its postgap behind the files; neither moves an entry.
         EXPECT_EQ(ListOf("game.iml"), list);
     }
 }

@@ -1,4 +1,4 @@
-// Exports of the console program: everything or nothing, and extracted files that equal the image's.
+// The console program's export with files: everything or nothing, and extracted files equal those in the image.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,18 +9,20 @@
 #include "files/path.h"
 #include "iml/export/export.h"
 #include "iml/layout/gap_file.h"
+#include "iml/layout/layout_names.h"
 #include "tests/support/image_builder.h"
 #include "tests/support/recording_operation.h"
 
 namespace vantrel::test {
 namespace {
 
-class ExtractionTest : public testing::Test {
+class ExportFilesTest : public testing::Test {
 protected:
-    ExtractionTest() {
+    ExportFilesTest() {
         m_request.imagePath = m_in / "game.iso";
         m_request.layoutPath = m_out / "game.iml";
         m_request.extractionFolder = m_out.Path();
+        m_request.existsHint = "; -f replaces it";
     }
 
     void SetImage(const SImageDescription& description) {
@@ -74,7 +76,7 @@ protected:
     SBuiltImage m_image;
 };
 
-TEST_F(ExtractionTest, WithoutItTheLayoutAndItsLeadingFileAppearAlone) {
+TEST_F(ExportFilesTest, WithoutItTheLayoutAndItsLeadingFileAppearAlone) {
     SetFiles(ManyFiles(20, 3, 1));
     m_request.extractionFolder.reset();
     Export();
@@ -82,7 +84,7 @@ TEST_F(ExtractionTest, WithoutItTheLayoutAndItsLeadingFileAppearAlone) {
     EXPECT_EQ(m_in.Names(), std::vector<std::string>{"game.iso"}) << "side files do not stay beside the image";
 }
 
-TEST_F(ExtractionTest, WritesEveryFile) {
+TEST_F(ExportFilesTest, WritesEveryFile) {
     for (const EImageKind kind : {EImageKind::Cd, EImageKind::Dvd, EImageKind::Umd}) {
         SImageDescription description;
         description.kind = kind;
@@ -96,7 +98,7 @@ TEST_F(ExtractionTest, WritesEveryFile) {
     }
 }
 
-TEST_F(ExtractionTest, MakesItsFolder) {
+TEST_F(ExportFilesTest, MakesItsFolder) {
     SetFiles({{"DIR/SUB/A.BIN", Bytes(10, 1)}});
     m_request.extractionFolder = (m_out / "new") + kPathSeparator;
     Export();
@@ -104,7 +106,7 @@ TEST_F(ExtractionTest, MakesItsFolder) {
     EXPECT_EQ(CountBelow(m_out / "new"), 3U);
 }
 
-TEST_F(ExtractionTest, TheGapFileCompletesTheImage) {
+TEST_F(ExportFilesTest, TheGapFileCompletesTheImage) {
     for (const EImageKind kind : {EImageKind::Cd, EImageKind::Dvd}) {
         SImageDescription description;
         description.kind = kind;
@@ -137,10 +139,9 @@ TEST_F(ExtractionTest, TheGapFileCompletesTheImage) {
     }
 }
 
-// --- refusals: the message names the file, and nothing is left
-// ---------------------------------------------------------
+// --- refusals: the message names the file, and nothing remains
 
-class ExtractionRefusalTest : public ExtractionTest {
+class ExportRefusalTest : public ExportFilesTest {
 protected:
     void ExpectRefusal(const std::string& part) {
         const std::size_t before = CountBelow(m_out.Path());
@@ -150,7 +151,7 @@ protected:
     }
 };
 
-TEST_F(ExtractionRefusalTest, NamesThatLeaveTheFolder) {
+TEST_F(ExportRefusalTest, NamesThatLeaveTheFolder) {
     SetFiles({{"AB", Bytes(1, 1)}, {"DIR/CD", Bytes(1, 1)}});
     Rename("\\AB", "..");
     ExpectRefusal("\"..\" cannot be extracted: it would leave the folder");
@@ -159,7 +160,7 @@ TEST_F(ExtractionRefusalTest, NamesThatLeaveTheFolder) {
     ExpectRefusal("\"DIR\\..\" cannot be extracted: it would leave the folder");
 }
 
-TEST_F(ExtractionRefusalTest, NamesWithSeparators) {
+TEST_F(ExportRefusalTest, NamesWithSeparators) {
     SetFiles({{"ABCDEFGH", Bytes(1, 1)}});
     Rename("\\ABCDEFGH", "..\\..\\AB");
     ExpectRefusal("would leave the folder");
@@ -169,14 +170,14 @@ TEST_F(ExtractionRefusalTest, NamesWithSeparators) {
     ExpectRefusal("has a '/' in a name");
 }
 
-TEST_F(ExtractionTest, ANameThatEndsInASeparatorIsNoFile) {
+TEST_F(ExportFilesTest, SkipsNamesThatEndInASeparator) {
     SetFiles({{"ABCDEFGH", Bytes(1, 1)}});
     Rename("\\ABCDEFGH", "A\\..\\..\\");
     Export();
     EXPECT_EQ(m_out.Names(), (std::vector<std::string>{"game.gaps", "game.iml", "game.ims"}));
 }
 
-TEST_F(ExtractionRefusalTest, FilesThatClash) {
+TEST_F(ExportRefusalTest, FilesThatClash) {
     SetFiles({{"AB", Bytes(1, 1)}, {"AC", Bytes(1, 1)}, {"DI/A", Bytes(1, 1)}});
     Rename("\\AC", "AB");
     ExpectRefusal("\"AB\" and \"AB\" cannot both be extracted");
@@ -184,7 +185,7 @@ TEST_F(ExtractionRefusalTest, FilesThatClash) {
     ExpectRefusal("\"DI\" and \"DI\\A\" cannot both be extracted");
 }
 
-TEST_F(ExtractionRefusalTest, ExistingFiles) {
+TEST_F(ExportRefusalTest, ExistingFiles) {
     SetFiles({{"A.BIN", Bytes(1, 1)}, {"DIR/B.BIN", Bytes(1, 1)}});
     WriteText(m_out / "A.BIN", "mine");
     ExpectRefusal(m_out / "A.BIN exists already; -f replaces it");
@@ -194,14 +195,14 @@ TEST_F(ExtractionRefusalTest, ExistingFiles) {
     ExpectFiles();
 }
 
-TEST_F(ExtractionRefusalTest, AFolderInTheWay) {
+TEST_F(ExportRefusalTest, AFolderInTheWay) {
     SetFiles({{"A.BIN", Bytes(1, 1)}});
     ASSERT_TRUE(MakeFolder(m_out / "A.BIN"));
     m_request.manner = EOutputManner::CommitReplace;
     ExpectRefusal("exists and is not a file");
 }
 
-TEST_F(ExtractionRefusalTest, FilesNamedLikeTheImageOrTheOutputs) {
+TEST_F(ExportRefusalTest, FilesNamedLikeTheImageOrTheOutputs) {
     SetFiles({{"game.iso", Bytes(1, 1)}});
     m_request.manner = EOutputManner::CommitReplace;
     m_request.extractionFolder = m_in.Path();
@@ -210,18 +211,18 @@ TEST_F(ExtractionRefusalTest, FilesNamedLikeTheImageOrTheOutputs) {
     for (const char* name : {"game.iml", "game.ims", "game.gaps"}) {
         SetFiles({{name, Bytes(1, 1)}});
         m_request.extractionFolder = m_out.Path();
-        ExpectRefusal("is written at the same time for another purpose");
+        ExpectRefusal("is another output of the same export");
     }
 }
 
-TEST_F(ExtractionRefusalTest, AnImageThatEndsTooEarly) {
+TEST_F(ExportRefusalTest, ATruncatedImage) {
     SetFiles({{"A.BIN", Bytes(1, 1)}, {"B.BIN", Bytes(5000, 1)}});
     m_image.bytes.resize(m_image.File("\\B.BIN").sector * std::size_t{2048} + 4999);
     SaveImage();
     ExpectRefusal("\"B.BIN\" cannot be extracted: the image ends before it does");
 }
 
-TEST_F(ExtractionTest, FilesBeyondTheImageAreTold) {
+TEST_F(ExportFilesTest, NotifiesAboutFilesBeyondTheImage) {
     SetFiles({{"A.BIN", Bytes(1, 1)}, {"B.BIN", Bytes(5000, 1)}, {"C.BIN", Bytes(2048, 1)}});
     m_image.bytes.resize(m_image.File("\\B.BIN").sector * std::size_t{2048} + 4999);
     SaveImage();
@@ -232,16 +233,16 @@ TEST_F(ExtractionTest, FilesBeyondTheImageAreTold) {
     EXPECT_NE(ReadText(m_request.layoutPath).find("\"C.BIN\""), std::string::npos);
 }
 
-TEST_F(ExtractionRefusalTest, AnEmptyFileWhereNoDiscReaches) {
+TEST_F(ExportRefusalTest, AnEmptyFileAtASectorThatExistsOnNoDisc) {
     SetFiles({{"A.BIN", Bytes(1, 1)}, {"EMPTY.DAT", {}}});
     Write32(m_image.bytes, m_image.File("\\EMPTY.DAT").recordOffset + 2, 1936683035);
     SaveImage();
-    ExpectRefusal("\"EMPTY.DAT\" cannot be exported: it is recorded at sector 1936683035, which is on no disc");
+    ExpectRefusal("\"EMPTY.DAT\" cannot be exported: it is recorded at sector 1936683035, which exists on no disc");
     EXPECT_EQ(m_operation.CallsOf("notify"),
               std::vector<std::string>{"notify " + m_request.imagePath + " ends before 1 of the listed files do"});
 }
 
-TEST_F(ExtractionRefusalTest, AVolumeLargerThanAnyDisc) {
+TEST_F(ExportRefusalTest, AVolumeLargerThanAnyDisc) {
     SetDvdOfSectors((1U << 24U) + 1);
     ExpectRefusal(m_request.imagePath +
                   " cannot be exported with its files: its volume has 16777217 sectors, more than any disc");
@@ -250,14 +251,14 @@ TEST_F(ExtractionRefusalTest, AVolumeLargerThanAnyDisc) {
                                        " has 16777217 sectors, more than any disc; its layout cannot be rebuilt"});
 }
 
-TEST_F(ExtractionTest, AVolumeAsLargeAsAnyDisc) {
+TEST_F(ExportFilesTest, AVolumeAsLargeAsAnyDisc) {
     SetDvdOfSectors(1U << 24U);
     Export();
     ExpectFiles();
     EXPECT_TRUE(m_operation.CallsOf("notify").empty());
 }
 
-TEST_F(ExtractionRefusalTest, ADamagedImageIsNoSuccess) {
+TEST_F(ExportRefusalTest, DirectoriesBeyondTheImage) {
     SetFiles({{"A.BIN", Bytes(1, 1)}, {"DIR/B.BIN", Bytes(1, 1)}});
     Write32(m_image.bytes, m_image.directories[1].pathTableOffset + 2, 100000);
     SaveImage();
@@ -265,7 +266,7 @@ TEST_F(ExtractionRefusalTest, ADamagedImageIsNoSuccess) {
     ExpectRefusal("before its directory at sector 100000");
 }
 
-TEST_F(ExtractionRefusalTest, AnImageThatEndsWithinADirectory) {
+TEST_F(ExportRefusalTest, AnImageThatEndsWithinADirectory) {
     SetFiles({{"A.BIN", Bytes(1, 1)}, {"DIR/B.BIN", Bytes(1, 1)}});
     m_image.bytes.resize(m_image.directoryEnd * std::size_t{2048} - 1);
     SaveImage();
@@ -274,11 +275,11 @@ TEST_F(ExtractionRefusalTest, AnImageThatEndsWithinADirectory) {
     ExpectRefusal("game.iso ends at sector " + end + ", within its directory at sector ");
 }
 
-TEST_F(ExtractionTest, AFailureHalfWayTakesEverythingBack) {
+TEST_F(ExportFilesTest, AFailureUndoesTheWholeExport) {
     SetFiles(ManyFiles(30, 6, 5));
     bool done = false;
-    m_operation.m_onPump = [&](int) {
-        // Somebody puts a file where a later one belongs.
+    m_operation.m_onYield = [&](int) {
+        // Another program creates a file that the export will write later.
         if (!done && FileKindOf(DiskPath(m_image.files[0].path)) == EFileKind::File) {
             done = true;
             const std::string last = DiskPath(m_image.files.back().path);
@@ -296,7 +297,7 @@ TEST_F(ExtractionTest, AFailureHalfWayTakesEverythingBack) {
     EXPECT_EQ(files, 1U);
 }
 
-TEST_F(ExtractionTest, SpoiltImagesWriteNothingOutsideOfTheFolder) {
+TEST_F(ExportFilesTest, DamagedImagesWriteNothingOutsideOfTheFolder) {
     SetFiles(ManyFiles(12, 3, 9));
     const SBuiltImage whole = m_image;
     CTestFolder outside;
@@ -320,7 +321,7 @@ TEST_F(ExtractionTest, SpoiltImagesWriteNothingOutsideOfTheFolder) {
     EXPECT_LT(exported, 80);
 }
 
-TEST_F(ExtractionTest, AnUnknownMediumIsTold) {
+TEST_F(ExportFilesTest, NotifiesAboutAnUnknownMedium) {
     SetFiles({{"A.BIN", Bytes(1, 1)}});
     m_image.bytes[33343] = 'X';
     SaveImage();
@@ -328,10 +329,10 @@ TEST_F(ExtractionTest, AnUnknownMediumIsTold) {
     EXPECT_EQ(m_operation.CallsOf("notify").size(), 1U);
 }
 
-TEST_F(ExtractionTest, ALayoutInAMissingFolderFails) {
+TEST_F(ExportFilesTest, ALayoutInAMissingFolderFails) {
     SetFiles({{"A.BIN", Bytes(1, 1)}});
     m_request.layoutPath = m_out / "missing/game.iml";
-    EXPECT_EQ(Failure().find("Cannot write " + m_request.layoutPath), 0U);
+    EXPECT_EQ(Failure().find("Cannot create " + (m_out / "missing/game.gaps")), 0U);
 }
 
 }  // namespace
