@@ -34,22 +34,19 @@ const char* CsoFaultText(ECsoFault fault) {
 
 class CCsoImage : public CBlockImage {
 public:
-    bool Open(const std::string& path, std::string& problem) {
+    explicit CCsoImage(const std::string& path) {
         if (!m_cso.Open(path)) {
-            problem = LastFileError();
-            return false;
+            throw CRefused(path + ": " + LastFileError());
         }
         ECsoFault fault = m_cso.ReadHeader();
         if (fault == ECsoFault::None) {
             fault = m_cso.ReadIndex();
         }
         if (fault != ECsoFault::None) {
-            problem = CsoFaultText(fault);
-            return false;
+            throw CRefused(path + ": " + CsoFaultText(fault));
         }
         const std::uint32_t blockSize = m_cso.Header().block_size;
         SetGeometry(static_cast<std::int64_t>(m_cso.BlockCount() * blockSize), blockSize);
-        return true;
     }
 
     EForm Form() const override { return EForm::Cso; }
@@ -70,11 +67,7 @@ private:
 }  // namespace
 
 std::unique_ptr<CImageSource> OpenCsoImage(const std::string& path) {
-    auto image = std::make_unique<CCsoImage>();
-    if (std::string problem; !image->Open(path, problem)) {
-        throw CRefused(path + ": " + problem);
-    }
-    return image;
+    return std::make_unique<CCsoImage>(path);
 }
 
 }  // namespace vantrel

@@ -29,18 +29,18 @@ const char* DaxFaultText(EDaxFault fault) {
 
 class CDaxImage : public CBlockImage {
 public:
-    bool Open(const std::string& path, std::string& problem) {
+    explicit CDaxImage(const std::string& path) {
         if (!m_dax.Open(path)) {
-            problem = LastFileError();
-            return false;
+            throw CRefused(path + ": " + LastFileError());
         }
         EDaxFault fault = m_dax.ReadHeader();
         if (fault == EDaxFault::None) {
             fault = m_dax.ReadTables();
         }
-        problem = DaxFaultText(fault);
+        if (fault != EDaxFault::None) {
+            throw CRefused(path + ": " + DaxFaultText(fault));
+        }
         SetGeometry(m_dax.Header().image_size, kDaxFrameSize);
-        return fault == EDaxFault::None;
     }
 
     EForm Form() const override { return EForm::Dax; }
@@ -53,11 +53,11 @@ private:
             fault = DaxFaultText(found);
             return false;
         }
-        const std::int64_t wanted =
+        const std::int64_t expected =
             std::min<std::int64_t>(Size() - static_cast<std::int64_t>(number) * kDaxFrameSize, kDaxFrameSize);
-        if (static_cast<std::int64_t>(content.size()) != wanted) {
+        if (static_cast<std::int64_t>(content.size()) != expected) {
             fault = Format("its stream expands to %zu bytes instead of %lld", content.size(),
-                           static_cast<long long>(wanted));
+                           static_cast<long long>(expected));
             return false;
         }
         return true;
@@ -69,11 +69,7 @@ private:
 }  // namespace
 
 std::unique_ptr<CImageSource> OpenDaxImage(const std::string& path) {
-    auto image = std::make_unique<CDaxImage>();
-    if (std::string problem; !image->Open(path, problem)) {
-        throw CRefused(path + ": " + problem);
-    }
-    return image;
+    return std::make_unique<CDaxImage>(path);
 }
 
 }  // namespace vantrel
