@@ -19,6 +19,7 @@ TEST(FolderPattern, InterpretsConversions) {
     EXPECT_EQ(ExpandAsPattern("C:\\a%*dz\\"), "C:\\az\\");
     EXPECT_EQ(ExpandAsPattern("C:\\50% off\\"), "C:\\50ff\\");
     EXPECT_EQ(ExpandAsPattern("C:\\a%nb\\"), "C:\\ab\\");
+    EXPECT_EQ(ExpandAsPattern("a%#xb"), "ab");
 }
 
 TEST(FolderPattern, DropsAPercentSignWithoutConversion) {
