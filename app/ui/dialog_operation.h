@@ -15,6 +15,8 @@
 #include "app/ui/window.h"
 #include "operation/operation.h"
 
+#undef Yield  // an empty macro of windows.h, which may come after operation.h
+
 namespace vantrel {
 
 /// The parts of the dialog that a conversion uses while it runs.
