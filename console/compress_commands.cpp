@@ -18,13 +18,27 @@ using Conversion = void (*)(const SCompressionRequest&, COperation&);
 constexpr int kDefaultLevel = 9;
 constexpr int kMaxWorkers = 256;
 
+enum class EDirection { Compress, Expand };
+
+std::string Examples(const std::string& name, const std::string& extension, EDirection direction) {
+    const std::string command = "  vantrel " + name;
+    return direction == EDirection::Compress
+               ? "Examples:\n" + command + " game.iso\n" + command + " -l 6 -o /discs/game" + extension + " game.iso"
+               : "Examples:\n" + command + " game" + extension + "\n" + command + " -o game.iso game" + extension;
+}
+
 /// A conversion into a compressed form or out of it.
 class CCompressCommand : public CConversionCommand {
 public:
-    CCompressCommand(SCommandTexts texts, Conversion conversion)
-        : CConversionCommand(std::move(texts)), m_conversion(conversion) {}
+    /// `extension` is that of the compressed form.
+    CCompressCommand(const char* name, const char* summary, const char* extension, EDirection direction,
+                     Conversion conversion)
+        : CConversionCommand({name, summary, Examples(name, extension, direction)}),
+          m_extension(extension),
+          m_direction(direction),
+          m_conversion(conversion) {}
 
-    void Declare(COptionSet& options) final {
+    void Declare(COptionSet& options) override {
         DeclareFiles(options);
         // Expansions accept a level too, so that a script can use one set of options for both directions.
         options.AddNumber("-l,--level", m_level, 1, 9, "Compression level, 1 (fast) to 9 (small)");
@@ -33,55 +47,34 @@ public:
         DeclareOutput(options);
     }
 
-    void Convert(const SConversionJob& job, COperation& operation) const final {
-        m_conversion(
-            DirectConversion(job.input, job.output, job.manner, static_cast<std::uint32_t>(m_workers), m_level),
-            operation);
+    std::string OutputName(const std::string& inputName) const override {
+        const std::string base = BaseNameOf(inputName);
+        return m_direction == EDirection::Compress ? base + m_extension : "new-" + base + ".iso";
+    }
+
+    void Convert(const SConversionJob& job, COperation& operation) const override {
+        const auto workers = static_cast<std::uint32_t>(m_workers);
+        m_conversion(DirectConversion(job.input, job.output, job.manner, workers, m_level), operation);
     }
 
 private:
+    const char* m_extension;
+    EDirection m_direction;
     Conversion m_conversion;
     int m_level = kDefaultLevel;
     int m_workers = static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, unsigned{kMaxWorkers}));
 };
 
-class CCompression : public CCompressCommand {
-public:
-    CCompression(const std::string& name, const char* summary, const std::string& extension, Conversion conversion)
-        : CCompressCommand({name, summary,
-                            "Examples:\n  vantrel " + name + " game.iso\n  vantrel " + name + " -l 6 -o /discs/game" +
-                                extension + " game.iso"},
-                           conversion),
-          m_extension(extension) {}
-
-    std::string OutputName(const std::string& inputName) const override { return BaseNameOf(inputName) + m_extension; }
-
-private:
-    std::string m_extension;
-};
-
-class CExpansion : public CCompressCommand {
-public:
-    CExpansion(const std::string& name, const char* summary, const std::string& extension, Conversion conversion)
-        : CCompressCommand({name, summary,
-                            "Examples:\n  vantrel " + name + " game" + extension + "\n  vantrel " + name +
-                                " -o game.iso game" + extension},
-                           conversion) {}
-
-    std::string OutputName(const std::string& inputName) const override {
-        return "new-" + BaseNameOf(inputName) + ".iso";
-    }
-};
-
 }  // namespace
 
 void AddCompressCommands(Commands& commands) {
-    commands.push_back(
-        std::make_unique<CCompression>("iso2cso", "Compress a PSP image into a CSO file", ".cso", IsoToCso));
-    commands.push_back(std::make_unique<CExpansion>("cso2iso", "Expand a CSO file into an image", ".cso", CsoToIso));
-    commands.push_back(
-        std::make_unique<CCompression>("iso2dax", "Compress a PSP image into a DAX file", ".dax", IsoToDax));
-    commands.push_back(std::make_unique<CExpansion>("dax2iso", "Expand a DAX file into an image", ".dax", DaxToIso));
+    const auto add = [&commands](auto... arguments) {
+        commands.push_back(std::make_unique<CCompressCommand>(arguments...));
+    };
+    add("iso2cso", "Compress a PSP image into a CSO file", ".cso", EDirection::Compress, IsoToCso);
+    add("cso2iso", "Expand a CSO file into an image", ".cso", EDirection::Expand, CsoToIso);
+    add("iso2dax", "Compress a PSP image into a DAX file", ".dax", EDirection::Compress, IsoToDax);
+    add("dax2iso", "Expand a DAX file into an image", ".dax", EDirection::Expand, DaxToIso);
 }
 
 }  // namespace vantrel

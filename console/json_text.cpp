@@ -21,8 +21,8 @@ struct SJsonValue {
 
     Json operator()(const CReport::Object& members) const {
         Json json = Json::object();
-        for (const CReport::SMember& member : members) {
-            json[member.name] = std::visit(*this, member.value.Get());
+        for (const auto& [name, value] : members) {
+            json[name] = std::visit(*this, value.Get());
         }
         return json;
     }

@@ -41,9 +41,8 @@ struct SValueText {
 
 std::string LinesOf(const CReport::Object& members, std::size_t indent) {
     std::string text;
-    for (const CReport::SMember& member : members) {
-        text += std::string(indent, ' ') + LabelOf(member.name) + ':' +
-                std::visit(SValueText{indent + kIndent}, member.value.Get());
+    for (const auto& [name, value] : members) {
+        text += std::string(indent, ' ') + LabelOf(name) + ':' + std::visit(SValueText{indent + kIndent}, value.Get());
     }
     return text;
 }

@@ -14,12 +14,12 @@ namespace vantrel::fuzz {
 
 namespace {
 
-constexpr std::int64_t kRoom = 4 << 20U;
+constexpr std::int64_t kCapacity = 4 << 20U;
 const std::string kFile = std::string(kFolder) + "game.bin";
 const std::string kOutput = std::string(kFolder) + "new-game.iso";
 
 void Convert(std::span<const std::uint8_t> file) {
-    ClearDisk(kRoom);
+    ClearDisk(kCapacity);
     PutFile(kFile, file);
     CSilentOperation operation;
     const bool completed = CompletesOrLeavesNothing([&] {

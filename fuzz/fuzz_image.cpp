@@ -27,7 +27,7 @@ namespace vantrel::fuzz {
 
 namespace {
 
-constexpr std::int64_t kRoom = 8 << 20U;
+constexpr std::int64_t kCapacity = 8 << 20U;
 constexpr auto kSector = static_cast<std::size_t>(kSectorSize);
 constexpr std::uint32_t kWorkers = 2;
 const std::string kImage = std::string(kFolder) + "game.iso";
@@ -35,7 +35,7 @@ const std::string kConverted = std::string(kFolder) + "converted";
 const std::string kAgain = std::string(kFolder) + "again.iso";
 
 void Begin(const Bytes& image) {
-    ClearDisk(kRoom);
+    ClearDisk(kCapacity);
     PutFile(kImage, image);
 }
 

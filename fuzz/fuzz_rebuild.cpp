@@ -15,13 +15,13 @@ namespace vantrel::fuzz {
 
 namespace {
 
-constexpr std::int64_t kRoom = 8 << 20U;
+constexpr std::int64_t kCapacity = 8 << 20U;
 constexpr int kMaxFiles = 16;
 const std::string kLayout = std::string(kFolder) + "game.iml";
 const std::string kGaps = std::string(kFolder) + "game.gaps";
 
 void PutFiles(CInputParts parts, bool withGaps) {
-    ClearDisk(kRoom);
+    ClearDisk(kCapacity);
     PutFile(kLayout, parts.Part());
     PutFile(LeadingPathOf(kLayout), PatchedImage(parts.Part()));
     const std::span<const std::uint8_t> gaps = parts.Part();

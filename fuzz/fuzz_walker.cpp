@@ -20,7 +20,7 @@ namespace vantrel::fuzz {
 
 namespace {
 
-constexpr std::int64_t kRoom = 8 << 20U;
+constexpr std::int64_t kCapacity = 8 << 20U;
 const std::string kImage = std::string(kFolder) + "game.iso";
 const std::string kLayout = std::string(kFolder) + "game.iml";
 
@@ -29,7 +29,7 @@ SLocalTime NoTime() {
 }
 
 void ExportInWindow(const Bytes& image, const std::string& folderText) {
-    ClearDisk(kRoom);
+    ClearDisk(kCapacity);
     PutFile(kImage, image);
     CSilentOperation operation;
     const auto choose = [&] { return std::optional(SChosenLayout{kLayout, folderText}); };
@@ -47,7 +47,7 @@ void ExportInWindow(const Bytes& image, const std::string& folderText) {
 }
 
 bool ExportWithFiles(const Bytes& image) {
-    ClearDisk(kRoom);
+    ClearDisk(kCapacity);
     PutFile(kImage, image);
     CSilentOperation operation;
     SExportRequest request;

@@ -10,6 +10,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -19,9 +20,9 @@ namespace vantrel {
 /// members keep the order in which they were added.
 class CReport {
 public:
-    struct SMember;
+    using Member = std::pair<std::string, CReport>;
     using List = std::vector<CReport>;
-    using Object = std::vector<SMember>;
+    using Object = std::vector<Member>;
     using Value = std::variant<std::nullptr_t, bool, std::int64_t, double, std::string, List, Object>;
 
     // Values convert implicitly, so that a report is written like the tree that it is.
@@ -34,7 +35,7 @@ public:
     CReport(const char* text) : m_value(std::string(text)) {}
     CReport(List elements) : m_value(std::move(elements)) {}
     CReport(const std::vector<std::string>& texts) : m_value(List(texts.begin(), texts.end())) {}
-    CReport(std::initializer_list<SMember> members);
+    CReport(std::initializer_list<Member> members) : m_value(Object(members)) {}
 
     /// Adds a member to an object. The first member makes an object of null.
     void Add(std::string name, CReport value);
@@ -51,17 +52,10 @@ public:
         return std::get<Type>(m_value);
     }
 
-    bool operator==(const CReport& other) const;
+    bool operator==(const CReport& other) const { return m_value == other.m_value; }
 
 private:
     Value m_value = nullptr;
-};
-
-struct CReport::SMember {
-    std::string name;
-    CReport value;
-
-    bool operator==(const SMember&) const = default;
 };
 
 }  // namespace vantrel

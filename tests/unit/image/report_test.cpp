@@ -24,8 +24,8 @@ TEST(Report, MembersKeepTheirOrder) {
     CReport report = {{"z", 1}, {"a", CReport::List()}};
     report.Add("m", {{"inner", true}});
     std::vector<std::string> names;
-    for (const CReport::SMember& member : report.As<CReport::Object>()) {
-        names.push_back(member.name);
+    for (const auto& [name, value] : report.As<CReport::Object>()) {
+        names.push_back(name);
     }
     EXPECT_THAT(names, testing::ElementsAre("z", "a", "m"));
     EXPECT_EQ(report["m"]["inner"], true);
