@@ -26,6 +26,8 @@ public:
 
     /// Fails if reading or measuring has failed since the file was opened. The end of the file is not an error.
     void FailIfUnread() const;
+    /// Fails because the file ended before all expected bytes were read, or with the system's error if there is one.
+    [[noreturn]] void FailIncomplete() const;
 
 private:
     COperation& m_operation;

@@ -16,6 +16,7 @@ public:
     /// Opens an existing file. On failure, returns false with LastFileError() set.
     bool Open(const std::string& path, ESharing sharing = ESharing::Anyone);
     bool IsOpen() const { return m_file.IsOpen(); }
+    const std::string& Path() const { return m_path; }
     void Close();
     /// Detaches the file without closing it: it stays open until the program ends.
     void LeaveOpen() { m_file.LeaveOpen(); }

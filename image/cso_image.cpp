@@ -1,5 +1,6 @@
-// The image in a CSO file.
+// Reads the image in a CSO file.
 #include "compress/cso_reader.h"
+#include "files/refused.h"
 #include "image/block_image.h"
 #include "image/forms.h"
 
@@ -7,7 +8,7 @@ namespace vantrel {
 
 namespace {
 
-const char* TextOf(ECsoFault fault) {
+const char* CsoFaultText(ECsoFault fault) {
     switch (fault) {
         case ECsoFault::None:
             break;
@@ -42,10 +43,13 @@ public:
         if (fault == ECsoFault::None) {
             fault = m_cso.ReadIndex();
         }
-        problem = TextOf(fault);
+        if (fault != ECsoFault::None) {
+            problem = CsoFaultText(fault);
+            return false;
+        }
         const std::uint32_t blockSize = m_cso.Header().block_size;
         SetGeometry(static_cast<std::int64_t>(m_cso.BlockCount() * blockSize), blockSize);
-        return fault == ECsoFault::None;
+        return true;
     }
 
     EForm Form() const override { return EForm::Cso; }
@@ -55,7 +59,7 @@ private:
     bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
         const ECsoFault found = m_cso.ReadBlock(number, content);
         if (found != ECsoFault::None) {
-            fault = TextOf(found);
+            fault = CsoFaultText(found);
         }
         return found == ECsoFault::None;
     }
@@ -65,9 +69,12 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CImageSource> OpenCsoImage(const std::string& path, std::string& problem) {
+std::unique_ptr<CImageSource> OpenCsoImage(const std::string& path) {
     auto image = std::make_unique<CCsoImage>();
-    return image->Open(path, problem) ? std::move(image) : nullptr;
+    if (std::string problem; !image->Open(path, problem)) {
+        throw CRefused(path + ": " + problem);
+    }
+    return image;
 }
 
 }  // namespace vantrel

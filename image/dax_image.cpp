@@ -1,5 +1,6 @@
-// The image in a DAX file.
+// Reads the image in a DAX file.
 #include "compress/dax_reader.h"
+#include "files/refused.h"
 #include "image/block_image.h"
 #include "image/forms.h"
 #include "operation/text.h"
@@ -8,7 +9,7 @@ namespace vantrel {
 
 namespace {
 
-const char* TextOf(EDaxFault fault) {
+const char* DaxFaultText(EDaxFault fault) {
     switch (fault) {
         case EDaxFault::None:
             break;
@@ -37,7 +38,7 @@ public:
         if (fault == EDaxFault::None) {
             fault = m_dax.ReadTables();
         }
-        problem = TextOf(fault);
+        problem = DaxFaultText(fault);
         SetGeometry(m_dax.Header().image_size, kDaxFrameSize);
         return fault == EDaxFault::None;
     }
@@ -49,7 +50,7 @@ private:
     bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
         const EDaxFault found = m_dax.ReadFrame(static_cast<std::uint32_t>(number), content);
         if (found != EDaxFault::None) {
-            fault = TextOf(found);
+            fault = DaxFaultText(found);
             return false;
         }
         const std::int64_t wanted =
@@ -67,9 +68,12 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CImageSource> OpenDaxImage(const std::string& path, std::string& problem) {
+std::unique_ptr<CImageSource> OpenDaxImage(const std::string& path) {
     auto image = std::make_unique<CDaxImage>();
-    return image->Open(path, problem) ? std::move(image) : nullptr;
+    if (std::string problem; !image->Open(path, problem)) {
+        throw CRefused(path + ": " + problem);
+    }
+    return image;
 }
 
 }  // namespace vantrel

@@ -191,7 +191,7 @@ def check_refusals(image, work):
           "vantrel iso2iml: Code 9999 - invalid file header %s\n" % damaged)
     if "Code 101e - Error Opening " + work + "/none.iso" not in refused(work + "/none.iso"):
         sys.exit("a missing image is not named")
-    if work + "/none/out.iml" not in refused(image, "-o", work + "/none/out.iml"):
+    if work + "/none/out.ims" not in refused(image, "-o", work + "/none/out.iml"):
         sys.exit("a missing folder is not named")
     if "no-such-folder" not in refused(image, "-o", layout, "--extract=" + work + "/no-such-folder/below"):
         sys.exit("a missing folder for extraction is not named")
