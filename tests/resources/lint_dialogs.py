@@ -87,7 +87,7 @@ def name_faults(controls, sources):
         if control.text or not control.is_visible() or control.kind == "ICON":
             continue
         if control.kind in ("PUSHBUTTON", "DEFPUSHBUTTON"):
-            if not re.search(r"\b" + re.escape(control.name) + r',\s*L"[^"]', sources):
+            if not re.search(r"\{" + re.escape(control.name) + r',[^}]*\bL"[^"]', sources):
                 yield f"{control}: a button without text needs a tooltip"
         elif before is None or before.kind not in NAMING_KINDS or not before.text:
             yield f"{control}: no label precedes it"
