@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/converter/converter_conversion.h"
 #include "compress/cso.h"
 #include "compress/dax.h"
 #include "files/native_file.h"
@@ -153,23 +154,26 @@ void Become(const CTestFolder& folder, Conversion convert) {
     RemoveFile(folder / "game.iso");
 }
 
+SCompressionRequest Compression(const CTestFolder& folder, const char* extension) {
+    SCompressionRequest request = WindowCompression(folder.Path(), "game.iso", extension);
+    request.level = 9;
+    return request;
+}
+
 void WriteCso(const CTestFolder& folder) {
     WriteUmd(folder);
-    Become(folder,
-           [&](COperation& operation) { IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation); });
+    Become(folder, [&](COperation& operation) { IsoToCso(Compression(folder, ".cso"), operation); });
 }
 
 void WriteDax(const CTestFolder& folder) {
     WriteUmd(folder);
-    Become(folder,
-           [&](COperation& operation) { IsoToDax(WindowCompression(folder.Path(), "game.iso", ".dax"), operation); });
+    Become(folder, [&](COperation& operation) { IsoToDax(Compression(folder, ".dax"), operation); });
 }
 
 void WriteBin(const CTestFolder& folder) {
     WriteCd(folder);
     Become(folder, [&](COperation& operation) {
-        IsoToBinDirectly({folder / "game.iso", folder / "game.bin", folder / "game.cue", EOutputManner::CommitNew},
-                         operation);
+        IsoToBin({folder / "game.iso", folder / "game.bin", folder / "game.cue", EOutputManner::CommitNew}, operation);
     });
 }
 
@@ -191,23 +195,21 @@ void Export(const CTestFolder& folder, COperation& operation) {
 }
 
 void Rebuild(const CTestFolder& folder, COperation& operation) {
-    Vantrel(WindowRebuild(folder.Path(), "game.iml"), operation);
+    RebuildImage(WindowRebuild(folder.Path(), "game.iml"), operation);
 }
 
 std::vector<SWindowCase> Cases() {
     return {
         {"Iso2Cso", WriteUmd,
-         [](const CTestFolder& folder, COperation& operation) {
-             IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation);
-         }},
+         [](const CTestFolder& folder, COperation& operation) { IsoToCso(Compression(folder, ".cso"), operation); }},
         {"Cso2Iso", WriteCso,
          [](const CTestFolder& folder, COperation& operation) {
-             CsoToIso(WindowExpansion(folder.Path(), "game.cso"), operation);
+             SCompressionRequest request = WindowExpansion(folder.Path(), "game.cso");
+             request.level = 9;
+             CsoToIso(request, operation);
          }},
         {"Iso2Dax", WriteUmd,
-         [](const CTestFolder& folder, COperation& operation) {
-             IsoToDax(WindowCompression(folder.Path(), "game.iso", ".dax"), operation);
-         }},
+         [](const CTestFolder& folder, COperation& operation) { IsoToDax(Compression(folder, ".dax"), operation); }},
         {"Dax2Iso", WriteDax,
          [](const CTestFolder& folder, COperation& operation) {
              DaxToIso(WindowDaxExpansion(folder.Path(), "game.dax"), operation);
@@ -215,7 +217,7 @@ std::vector<SWindowCase> Cases() {
         {"Iso2Bin", WriteCd,
          [](const CTestFolder& folder, COperation& operation) {
              CNoConverter converter;
-             IsoToBin({folder.Path(), "game.iso"}, converter, operation);
+             IsoToBinByConverter(folder.Path(), "game.iso", converter, operation);
          }},
         {"Bin2Iso", WriteBin,
          [](const CTestFolder& folder, COperation& operation) {
@@ -226,12 +228,10 @@ std::vector<SWindowCase> Cases() {
         {"VantrelCd", [](const CTestFolder& folder) { WriteLayout(folder, ELayoutMedia::Cd); }, Rebuild},
         {"VantrelDvd", [](const CTestFolder& folder) { WriteLayout(folder, ELayoutMedia::Dvd); }, Rebuild},
         {"CheckPostgap", WriteCdWithoutPostgap,
-         [](const CTestFolder& folder, COperation& operation) {
-             CheckPostgap({folder / "game.iso", EUpdateManner::InPlace}, operation);
-         }},
+         [](const CTestFolder& folder, COperation& operation) { CheckPostgap({folder / "game.iso"}, operation); }},
         {"AddSelectivePostgap", WriteUmd,
          [](const CTestFolder& folder, COperation& operation) {
-             AddSelectivePostgap({folder / "game.iso", EUpdateManner::InPlace}, operation);
+             AddSelectivePostgap({.imagePath = folder / "game.iso", .sectors = 3}, operation);
          }},
     };
 }

@@ -1,10 +1,10 @@
 // All outputs appear, or none.
 #include "files/commit_together.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
+#include <map>
 
 #include "tests/support/test_folder.h"
 
@@ -12,7 +12,15 @@ namespace vantrel {
 namespace {
 
 using test::CTestFolder;
-using testing::ElementsAre;
+
+/// Expects exactly these files in a folder. Folders have the content "".
+void ExpectFiles(const CTestFolder& folder, const std::map<std::string, std::string>& expected) {
+    std::map<std::string, std::string> files;
+    for (const std::string& name : folder.Names()) {
+        files[name] = FileKindOf(folder / name) == EFileKind::File ? test::ReadText(folder / name) : "";
+    }
+    EXPECT_EQ(files, expected);
+}
 
 /// Two outputs, written and not yet committed.
 class CPair {
@@ -46,9 +54,7 @@ TEST(CommitTogether, BothAppear) {
         const CTestFolder folder;
         CPair pair(folder / "a", folder / "b", manner);
         EXPECT_TRUE(pair.Commit());
-        EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
-        EXPECT_EQ(test::ReadText(folder / "a"), "new");
-        EXPECT_EQ(test::ReadText(folder / "b"), "new");
+        ExpectFiles(folder, {{"a", "new"}, {"b", "new"}});
     }
 }
 
@@ -58,9 +64,7 @@ TEST(CommitTogether, OlderFilesAreReplaced) {
     test::WriteText(folder / "b", "older b");
     CPair pair(folder / "a", folder / "b", EOutputManner::CommitReplace);
     EXPECT_TRUE(pair.Commit());
-    EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
-    EXPECT_EQ(test::ReadText(folder / "a"), "new");
-    EXPECT_EQ(test::ReadText(folder / "b"), "new");
+    ExpectFiles(folder, {{"a", "new"}, {"b", "new"}});
 }
 
 TEST(CommitTogether, FirstIsUndoneIfTheSecondFails) {
@@ -69,8 +73,7 @@ TEST(CommitTogether, FirstIsUndoneIfTheSecondFails) {
     test::WriteText(folder / "b", "appeared meanwhile");
     EXPECT_FALSE(pair.Commit());
     EXPECT_NE(pair.Problem().find(folder / "b"), std::string::npos) << pair.Problem();
-    EXPECT_THAT(folder.Names(), ElementsAre("b"));
-    EXPECT_EQ(test::ReadText(folder / "b"), "appeared meanwhile");
+    ExpectFiles(folder, {{"b", "appeared meanwhile"}});
 }
 
 TEST(CommitTogether, OlderFirstIsRestoredIfTheSecondFails) {
@@ -80,8 +83,7 @@ TEST(CommitTogether, OlderFirstIsRestoredIfTheSecondFails) {
     ASSERT_TRUE(MakeFolder(folder / "b"));
     EXPECT_FALSE(pair.Commit());
     EXPECT_NE(pair.Problem().find(folder / "b"), std::string::npos) << pair.Problem();
-    EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
-    EXPECT_EQ(test::ReadText(folder / "a"), "older a");
+    ExpectFiles(folder, {{"a", "older a"}, {"b", ""}});
 }
 
 TEST(CommitTogether, NothingChangesIfTheFirstFails) {
@@ -90,14 +92,13 @@ TEST(CommitTogether, NothingChangesIfTheFirstFails) {
     CPair pair(folder / "a", folder / "b", EOutputManner::CommitReplace);
     ASSERT_TRUE(MakeFolder(folder / "a"));
     EXPECT_FALSE(pair.Commit());
-    EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
-    EXPECT_EQ(test::ReadText(folder / "b"), "older b");
+    ExpectFiles(folder, {{"a", ""}, {"b", "older b"}});
 }
 
 TEST(CommitTogether, NothingRemainsWithoutCommit) {
     const CTestFolder folder;
     { const CPair pair(folder / "a", folder / "b", EOutputManner::CommitNew); }
-    EXPECT_THAT(folder.Names(), testing::IsEmpty());
+    ExpectFiles(folder, {});
 }
 
 }  // namespace
