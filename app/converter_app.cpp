@@ -8,8 +8,8 @@
 namespace vantrel {
 namespace {
 
-/// From here on libraries are loaded from the system's folder only, never from the folders of the program or of the
-/// images, where anyone may have put a library of the same name.
+/// From now on, DLLs are loaded only from the system folder: anyone may have put a DLL of the same name into the folder
+/// of the program or of an image.
 void HardenLibrarySearch() {
     SetDllDirectoryW(L"");
     using SetDefaultDllDirectoriesFunction = BOOL(WINAPI*)(DWORD);

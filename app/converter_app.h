@@ -1,4 +1,4 @@
-// The application object: what has to be settled before the window opens, and the window's life.
+// The application object: prepares the process and runs the main dialog.
 #pragma once
 
 #include "app/ui/message_loop.h"
@@ -7,7 +7,8 @@ namespace vantrel {
 
 class CConverterApp {
 public:
-    /// Opens the main dialog and returns when it is closed; false, so that the process ends.
+    /// Runs the main dialog until it is closed. Returns false, by the convention of application frameworks: no message
+    /// loop is left to run, so the process ends.
     bool InitInstance();
 
 private:

@@ -1,4 +1,4 @@
-// The "iso2iml" button: the export of the chosen image, and the question for the layout's path.
+// The "iso2iml" button: exports the chosen image and asks for the path of the layout.
 #include "app/main_dialog.h"
 #include "app/ui/image_file_dialog.h"
 #include "files/native_file.h"
@@ -13,7 +13,7 @@ constexpr wchar_t kLayoutFilter[] =
     L"iml Files (*.iml)\x01*.iml\x01"
     L"All files (*.*)\x01*.*\x01";
 
-/// The current folder and the path field are taken up to this many characters.
+/// Characters of the current folder and of the path field that are used.
 constexpr std::size_t kPathLimit = 260;
 
 constexpr std::int32_t kLayoutChosen = 1;
@@ -22,9 +22,13 @@ constexpr std::int32_t kChoiceCancelled = -1;
 }  // namespace
 
 void CMainDialog::OnIsoToIml() {
-    Convert([this](const SInput& input, COperation& operation) {
-        IsoToIml(
-            input.folder, input.fileName, [this] { return ChooseImlPath(); }, operation);
+    Convert([this](const SInput& input, CDialogOperation& operation) {
+        const auto chooseImlPath = [this] { return ChooseImlPath(); };
+        if (IsoToIml(input.folder, input.fileName, chooseImlPath, operation)) {
+            operation.End();
+        } else {
+            operation.EndCancelled();
+        }
     });
 }
 

@@ -1,15 +1,25 @@
-// The conversions behind the buttons of the main dialog: each takes the chosen input, names its files and calls the
+// The conversions behind the buttons of the main dialog: each handler names the files of the chosen input and calls the
 // engine.
+#include "app/converter/converter_conversion.h"
 #include "app/converter/converter_process.h"
 #include "app/main_dialog.h"
 #include "compress/cso.h"
 #include "compress/dax.h"
+#include "iml/rebuild/rebuild.h"
+#include "iso/postgap.h"
 #include "raw/bin_to_iso.h"
-#include "raw/iso_to_bin.h"
 
 namespace vantrel {
+namespace {
 
-void CMainDialog::Convert(const std::function<void(const SInput&, COperation&)>& conversion) {
+SCompressionRequest WithLevel(SCompressionRequest request, std::optional<int> level) {
+    request.level = level;
+    return request;
+}
+
+}  // namespace
+
+void CMainDialog::Convert(const std::function<void(const SInput&, CDialogOperation&)>& conversion) {
     m_converting = true;
     {
         CDialogOperation operation({m_window, m_statusText.Handle(), m_loop, m_statusBar, m_soundCombo,
@@ -21,39 +31,62 @@ void CMainDialog::Convert(const std::function<void(const SInput&, COperation&)>&
 }
 
 void CMainDialog::OnIsoToCso() {
-    Convert([](const SInput& input, COperation& operation) {
-        IsoToCso(WindowCompression(input.folder, input.fileName, ".cso"), operation);
+    Convert([](const SInput& input, CDialogOperation& operation) {
+        IsoToCso(WithLevel(WindowCompression(input.folder, input.fileName, ".cso"), input.level), operation);
     });
 }
 
 void CMainDialog::OnCsoToIso() {
-    Convert([](const SInput& input, COperation& operation) {
-        CsoToIso(WindowExpansion(input.folder, input.fileName), operation);
+    Convert([](const SInput& input, CDialogOperation& operation) {
+        CsoToIso(WithLevel(WindowExpansion(input.folder, input.fileName), input.level), operation);
     });
 }
 
 void CMainDialog::OnIsoToDax() {
-    Convert([](const SInput& input, COperation& operation) {
-        IsoToDax(WindowCompression(input.folder, input.fileName, ".dax"), operation);
+    Convert([](const SInput& input, CDialogOperation& operation) {
+        IsoToDax(WithLevel(WindowCompression(input.folder, input.fileName, ".dax"), input.level), operation);
     });
 }
 
 void CMainDialog::OnDaxToIso() {
-    Convert([](const SInput& input, COperation& operation) {
+    Convert([](const SInput& input, CDialogOperation& operation) {
         DaxToIso(WindowDaxExpansion(input.folder, input.fileName), operation);
     });
 }
 
 void CMainDialog::OnIsoToBin() {
-    Convert([](const SInput& input, COperation& operation) {
+    Convert([](const SInput& input, CDialogOperation& operation) {
         CConverterProcess converter;
-        IsoToBin({input.folder, input.fileName}, converter, operation);
+        IsoToBinByConverter(input.folder, input.fileName, converter, operation);
     });
 }
 
 void CMainDialog::OnBinToIso() {
-    Convert([](const SInput& input, COperation& operation) {
+    Convert([](const SInput& input, CDialogOperation& operation) {
         BinToIso(WindowBinToIso(input.folder, input.fileName), operation);
+    });
+}
+
+void CMainDialog::OnVantrel() {
+    Convert([](const SInput& input, CDialogOperation& operation) {
+        RebuildImage(WindowRebuild(input.folder, input.fileName), operation);
+        operation.End();
+    });
+}
+
+void CMainDialog::OnCheckPostgap() {
+    Convert([](const SInput& input, CDialogOperation& operation) {
+        CheckPostgap({.imagePath = input.Path()}, operation);
+        operation.End();
+    });
+}
+
+/// Nothing in the window enables the button, but its command works.
+void CMainDialog::OnAddSelectivePostgap() {
+    Convert([](const SInput& input, CDialogOperation& operation) {
+        if (AddSelectivePostgap({.imagePath = input.Path(), .sectors = input.level}, operation)) {
+            operation.End();
+        }
     });
 }
 

@@ -1,89 +1,63 @@
 #include "app/input_rules.h"
 
 #include <algorithm>
-#include <initializer_list>
+
+#include "resources/resource_ids.h"
 
 namespace vantrel {
 namespace {
 
-/// What one extension offers, in the order in which the commands are set.
 struct SInputRule {
     std::string_view extension;
-    std::size_t enabledCount;
-    std::array<ECommand, kInputCommandCount> commands;
+    std::size_t enabledCount;  ///< The first so many buttons are enabled, all others greyed.
+    std::array<int, std::tuple_size_v<ButtonStates>> buttons;
 };
-
-using enum ECommand;
 
 constexpr SInputRule kRules[] = {
-    {".iso", 5, {IsoToIml, IsoToBin, IsoToDax, CheckPostgap, IsoToCso, Vantrel, BinToIso, DaxToIso, CsoToIso}},
-    {".iml", 1, {Vantrel, IsoToIml, IsoToBin, BinToIso, CheckPostgap, IsoToDax, DaxToIso, IsoToCso, CsoToIso}},
-    {".bin", 1, {BinToIso, IsoToIml, Vantrel, IsoToBin, IsoToDax, DaxToIso, CheckPostgap, IsoToCso, CsoToIso}},
-    {".dax", 1, {DaxToIso, BinToIso, IsoToIml, Vantrel, IsoToBin, IsoToDax, CheckPostgap, IsoToCso, CsoToIso}},
-    {".cso", 1, {CsoToIso, BinToIso, IsoToIml, Vantrel, IsoToBin, IsoToDax, DaxToIso, CheckPostgap, IsoToCso}},
+    {".iso",
+     5,
+     {IDC_ISO_TO_IML, IDC_ISO_TO_BIN, IDC_ISO_TO_DAX, IDC_CHECK_POSTGAP, IDC_ISO_TO_CSO, IDC_VANTREL, IDC_BIN_TO_ISO,
+      IDC_DAX_TO_ISO, IDC_CSO_TO_ISO}},
+    {".iml",
+     1,
+     {IDC_VANTREL, IDC_ISO_TO_IML, IDC_ISO_TO_BIN, IDC_BIN_TO_ISO, IDC_CHECK_POSTGAP, IDC_ISO_TO_DAX, IDC_DAX_TO_ISO,
+      IDC_ISO_TO_CSO, IDC_CSO_TO_ISO}},
+    {".bin",
+     1,
+     {IDC_BIN_TO_ISO, IDC_ISO_TO_IML, IDC_VANTREL, IDC_ISO_TO_BIN, IDC_ISO_TO_DAX, IDC_DAX_TO_ISO, IDC_CHECK_POSTGAP,
+      IDC_ISO_TO_CSO, IDC_CSO_TO_ISO}},
+    {".dax",
+     1,
+     {IDC_DAX_TO_ISO, IDC_BIN_TO_ISO, IDC_ISO_TO_IML, IDC_VANTREL, IDC_ISO_TO_BIN, IDC_ISO_TO_DAX, IDC_CHECK_POSTGAP,
+      IDC_ISO_TO_CSO, IDC_CSO_TO_ISO}},
+    {".cso",
+     1,
+     {IDC_CSO_TO_ISO, IDC_BIN_TO_ISO, IDC_ISO_TO_IML, IDC_VANTREL, IDC_ISO_TO_BIN, IDC_ISO_TO_DAX, IDC_DAX_TO_ISO,
+      IDC_CHECK_POSTGAP, IDC_ISO_TO_CSO}},
 };
 
-constexpr SInputRule kNothing = {
-    "", 0, {CheckPostgap, IsoToIml, Vantrel, IsoToBin, BinToIso, IsoToDax, DaxToIso, IsoToCso, CsoToIso}};
+constexpr SInputRule kWithoutInput = {"",
+                                      0,
+                                      {IDC_CHECK_POSTGAP, IDC_ISO_TO_IML, IDC_VANTREL, IDC_ISO_TO_BIN, IDC_BIN_TO_ISO,
+                                       IDC_ISO_TO_DAX, IDC_DAX_TO_ISO, IDC_ISO_TO_CSO, IDC_CSO_TO_ISO}};
 
-CommandStates StatesOf(const SInputRule& rule) {
-    CommandStates states{};
+ButtonStates StatesOf(const SInputRule& rule) {
+    ButtonStates states{};
     for (std::size_t i = 0; i < states.size(); ++i) {
-        states[i] = {rule.commands[i], i < rule.enabledCount};
+        states[i] = {rule.buttons[i], i < rule.enabledCount};
     }
     return states;
 }
 
-bool IsOneOf(char letter, std::string_view letters) {
-    return letters.find(letter) != std::string_view::npos;
-}
-
-/// The length of the conversion that begins after a '%': flags, width, precision, size and letter; 0 when what follows
-/// is no conversion.
-std::size_t ConversionLength(std::string_view text) {
-    std::size_t length = 0;
-    const auto skip = [&](std::string_view letters) {
-        while (length < text.size() && IsOneOf(text[length], letters)) {
-            ++length;
-        }
-    };
-    skip("-+ #0");
-    skip("*0123456789");
-    skip(".");
-    skip("*0123456789");
-    skip("hlLqjztwFNI");
-    const bool complete = length < text.size() && IsOneOf(text[length], "diouxXeEfgGaAcCsSpn");
-    return complete ? length + 1 : 0;
-}
-
 }  // namespace
 
-std::optional<CommandStates> CommandsFor(std::string_view extension) {
-    const auto* const rule = std::find_if(std::begin(kRules), std::end(kRules),
-                                          [&](const SInputRule& each) { return each.extension == extension; });
-    if (rule == std::end(kRules)) {
-        return std::nullopt;
-    }
-    return StatesOf(*rule);
+std::optional<ButtonStates> ButtonsFor(std::string_view extension) {
+    const auto* const rule = std::ranges::find(kRules, extension, &SInputRule::extension);
+    return rule == std::end(kRules) ? std::nullopt : std::optional(StatesOf(*rule));
 }
 
-CommandStates NoCommands() {
-    return StatesOf(kNothing);
-}
-
-std::string ExpandAsPattern(std::string_view folder) {
-    std::string expanded;
-    for (std::size_t i = 0; i < folder.size(); ++i) {
-        if (folder[i] != '%') {
-            expanded += folder[i];
-        } else if (folder.substr(i + 1).starts_with('%')) {
-            expanded += '%';
-            ++i;
-        } else {
-            i += ConversionLength(folder.substr(i + 1));
-        }
-    }
-    return expanded;
+ButtonStates ButtonsWithoutInput() {
+    return StatesOf(kWithoutInput);
 }
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-// How the main dialog gets its input: chosen in the file dialog or dropped on the window.
+// The input of the main dialog: chosen in the file dialog or dropped on the window.
 // clang-format off
 #include <windows.h>
 #include <shellapi.h>  // needs the types of windows.h
@@ -16,10 +16,10 @@
 namespace vantrel {
 namespace {
 
-/// Fields are read up to this many characters.
+/// Characters of a field that are used.
 constexpr std::size_t kFieldLimit = 2048;
 
-/// Labels and patterns in turn. The first label names fewer kinds than its patterns show.
+/// Pairs of label and patterns. The first label deliberately names fewer extensions than its patterns.
 constexpr wchar_t kImageFilter[] =
     L"iml/iso/dax Files(*.iml/iso/bin/dax/cso)\x01*.iml;*.iso;*.bin;*.dax;*.cso\x01"
     L"iml Files(*.iml)\x01*.iml\x01"
@@ -31,7 +31,7 @@ constexpr wchar_t kImageFilter[] =
 constexpr wchar_t kBrowseRejection[] = L"invalid iso or iml or bin or csofile.";
 constexpr wchar_t kDropRejection[] = L"invalid iso or iml or bin or cso file.";
 
-/// The path of the first dropped file; further files are not looked at.
+/// The path of the first dropped file. All others are ignored.
 std::wstring FirstDroppedFile(HDROP drop) {
     std::wstring path(DragQueryFileW(drop, 0, nullptr, 0), L'\0');
     DragQueryFileW(drop, 0, path.data(), static_cast<UINT>(path.size()) + 1);
@@ -45,7 +45,9 @@ std::wstring CMainDialog::FieldText(int controlId) const {
 }
 
 SInput CMainDialog::ReadInput() const {
-    return {Utf8Of(FieldText(IDC_FOLDER)), Utf8Of(FieldText(IDC_FILE_NAME))};
+    const int entry = m_compressionCombo.Selection();
+    return {Utf8Of(FieldText(IDC_FOLDER)), Utf8Of(FieldText(IDC_FILE_NAME)),
+            entry < 0 ? std::nullopt : std::optional(entry + 1)};
 }
 
 void CMainDialog::OnBrowse() {
@@ -65,10 +67,10 @@ void CMainDialog::OnBrowse() {
     }
 }
 
-/// The system's block with the names is left alone, also afterwards: it may not have come from the system.
+/// The memory block with the names is not freed: it may come from a program that frees it itself.
 void CMainDialog::OnDropFiles(WPARAM drop) {
     if (m_converting) {
-        return;  // a new input would enable the commands in the middle of a run
+        return;  // a new input would enable buttons while a conversion runs
     }
     const SPathParts dropped = SplitPath(Utf8Of(FirstDroppedFile(reinterpret_cast<HDROP>(drop))));
     m_folder = WideOf(dropped.drive + dropped.folder);
@@ -87,7 +89,7 @@ void CMainDialog::OnDropFiles(WPARAM drop) {
 }
 
 bool CMainDialog::ApplyRules(const std::string& extension) {
-    const std::optional<CommandStates> states = CommandsFor(extension);
+    const std::optional<ButtonStates> states = ButtonsFor(extension);
     if (states) {
         ShowStates(*states);
     }
@@ -97,20 +99,20 @@ bool CMainDialog::ApplyRules(const std::string& extension) {
 void CMainDialog::RejectInput(const wchar_t* text) {
     ShowMessage(m_window, text);
     Item(IDC_FILE_NAME).SetText(L"");
-    ShowStates(NoCommands());
+    ShowStates(ButtonsWithoutInput());
     DragAcceptFiles(m_window, TRUE);
 }
 
-void CMainDialog::ShowStates(const CommandStates& states) {
-    for (const SCommandState& state : states) {
-        Item(static_cast<int>(state.command)).Enable(state.enabled);
+void CMainDialog::ShowStates(const ButtonStates& states) {
+    for (const SControlState& state : states) {
+        Item(state.controlId).Enable(state.enabled);
     }
 }
 
 void CMainDialog::OnFullPath() {
     CSelectFolderDialog dialog(Item(IDC_IML_PATH).Text(), m_window);
     if (dialog.DoModal() == IDOK) {
-        // The separator makes it a folder for the export, which drops a last component that may be a file.
+        // Without the separator, the export would take the last component for a file name and drop it.
         Item(IDC_IML_PATH).SetText(WideOf(WithSeparator(Utf8Of(dialog.FolderPath()))));
     }
 }

@@ -1,10 +1,11 @@
-// The entry of the window program.
+// Entry point of the window program.
 #include <windows.h>
+
+#include <cstdlib>
 
 #include "app/converter_app.h"
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     vantrel::CConverterApp app;
-    app.InitInstance();
-    return 0;
+    return app.InitInstance() ? EXIT_FAILURE : EXIT_SUCCESS;
 }

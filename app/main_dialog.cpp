@@ -3,10 +3,11 @@
 #include <commctrl.h>
 #include <shellapi.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
-#include "app/message_box.h"
+#include "app/folder_pattern.h"
 #include "app/resource_file.h"
 #include "app/ui/accessible_name.h"
 #include "files/native_file.h"
@@ -21,70 +22,37 @@ constexpr COLORREF kStatusBarGrey = RGB(180, 180, 180);
 
 constexpr const wchar_t* kLevelEntries[] = {
     L"1  Default", L"2", L"3", L"4", L"5", L"6", L"7", L"8", L"9 slower but better compression"};
-/// The entry that is selected at the start, although another one is called the default.
+/// The entry that is selected at the start, deliberately not the one that is called the default.
 constexpr int kFirstLevelIndex = 8;
-/// Entry 0 is the one without a sound.
+/// Entry 0 selects no sound.
 constexpr int kFirstSoundIndex = 1;
 
-struct SToolTip {
-    int controlId;
-    const wchar_t* text;
-};
-constexpr SToolTip kToolTips[] = {
-    {IDC_ISO_TO_IML, L"iso2iml"},
-    {IDC_VANTREL, L"vantrel"},
-    {IDC_ISO_TO_BIN, L"iso2bin"},
-    {IDC_BIN_TO_ISO, L"bin2iso"},
-    {IDC_ISO_TO_DAX, L"iso2dax"},
-    {IDC_DAX_TO_ISO, L"dax2iso"},
-    {IDC_FULL_PATH, L"\"\\Game_Folder\\SYSTEM.CNF\""},
-    {IDC_RELATIVE_PATH, L"\"SYSTEM.CNF\""},
-    {IDC_BROWSE, L"Open an Image File"},
-    {IDC_CHECK_POSTGAP, L"Write a 150 block postgap at the end of the track"},
-    {IDC_ISO_TO_CSO, L"iso2cso"},
-    {IDC_CSO_TO_ISO, L"cso2iso"},
-};
-
-struct SButtonIcon {
-    int controlId;
-    int iconId;
-};
-constexpr SButtonIcon kButtonIcons[] = {
-    {IDC_BROWSE, IDI_BROWSE},
-    {IDC_VANTREL, IDI_VANTREL},
-    {IDC_EXIT, IDI_EXIT},
-    {IDC_ISO_TO_IML, IDI_ISO_TO_IML},
-    {IDC_ISO_TO_BIN, IDI_ISO_TO_BIN},
-    {IDC_BIN_TO_ISO, IDI_BIN_TO_ISO},
-    {IDC_FULL_PATH, IDI_FULL_PATH},
-    {IDC_RELATIVE_PATH, IDI_RELATIVE_PATH},
-    {IDC_ISO_TO_DAX, IDI_ISO_TO_DAX},
-    {IDC_DAX_TO_ISO, IDI_DAX_TO_ISO},
-    {IDC_CHECK_POSTGAP, IDI_CHECK_POSTGAP},
-    {IDC_ISO_TO_CSO, IDI_ISO_TO_CSO},
-    {IDC_CSO_TO_ISO, IDI_CSO_TO_ISO},
-};
+/// The order in which the tooltips are added.
+constexpr int kToolTipOrder[] = {IDC_ISO_TO_IML, IDC_VANTREL,       IDC_ISO_TO_BIN, IDC_BIN_TO_ISO,
+                                 IDC_ISO_TO_DAX, IDC_DAX_TO_ISO,    IDC_FULL_PATH,  IDC_RELATIVE_PATH,
+                                 IDC_BROWSE,     IDC_CHECK_POSTGAP, IDC_ISO_TO_CSO, IDC_CSO_TO_ISO};
 
 }  // namespace
 
-const CMainDialog::SCommand CMainDialog::kCommands[] = {
-    {IDC_BROWSE, BN_CLICKED, &CMainDialog::OnBrowse},
-    {IDC_VANTREL, BN_CLICKED, &CMainDialog::OnVantrel},
-    {IDC_ISO_TO_IML, BN_CLICKED, &CMainDialog::OnIsoToIml},
-    {IDC_ISO_TO_CSO, BN_CLICKED, &CMainDialog::OnIsoToCso},
-    {IDC_CSO_TO_ISO, BN_CLICKED, &CMainDialog::OnCsoToIso},
-    {IDC_ISO_TO_DAX, BN_CLICKED, &CMainDialog::OnIsoToDax},
-    {IDC_DAX_TO_ISO, BN_CLICKED, &CMainDialog::OnDaxToIso},
-    {IDC_ISO_TO_BIN, BN_CLICKED, &CMainDialog::OnIsoToBin},
-    {IDC_BIN_TO_ISO, BN_CLICKED, &CMainDialog::OnBinToIso},
-    {IDC_CHECK_POSTGAP, BN_CLICKED, &CMainDialog::OnCheckPostgap},
-    {IDC_ADD_POSTGAP, BN_CLICKED, &CMainDialog::OnAddSelectivePostgap},
-    {IDC_FULL_PATH, BN_CLICKED, &CMainDialog::OnFullPath},
-    {IDC_RELATIVE_PATH, BN_CLICKED, &CMainDialog::OnRelativePath},
-    {IDC_SOUND, CBN_SELCHANGE, &CMainDialog::OnSoundChange},
-    {IDC_EFFECT, BN_CLICKED, &CMainDialog::OnEffect},
-    {IDC_ALWAYS_ON_TOP, BN_CLICKED, &CMainDialog::OnAlwaysOnTop},
-    {IDC_EXIT, BN_CLICKED, &CMainDialog::OnExit},
+constexpr CMainDialog::SCommand CMainDialog::kCommands[] = {
+    {IDC_BROWSE, &CMainDialog::OnBrowse, IDI_BROWSE, L"Open an Image File"},
+    {IDC_VANTREL, &CMainDialog::OnVantrel, IDI_VANTREL, L"vantrel"},
+    {IDC_EXIT, &CMainDialog::OnExit, IDI_EXIT},
+    {IDC_ISO_TO_IML, &CMainDialog::OnIsoToIml, IDI_ISO_TO_IML, L"iso2iml"},
+    {IDC_ISO_TO_BIN, &CMainDialog::OnIsoToBin, IDI_ISO_TO_BIN, L"iso2bin"},
+    {IDC_BIN_TO_ISO, &CMainDialog::OnBinToIso, IDI_BIN_TO_ISO, L"bin2iso"},
+    {IDC_FULL_PATH, &CMainDialog::OnFullPath, IDI_FULL_PATH, L"\"\\Game_Folder\\SYSTEM.CNF\""},
+    {IDC_RELATIVE_PATH, &CMainDialog::OnRelativePath, IDI_RELATIVE_PATH, L"\"SYSTEM.CNF\""},
+    {IDC_ISO_TO_DAX, &CMainDialog::OnIsoToDax, IDI_ISO_TO_DAX, L"iso2dax"},
+    {IDC_DAX_TO_ISO, &CMainDialog::OnDaxToIso, IDI_DAX_TO_ISO, L"dax2iso"},
+    {IDC_CHECK_POSTGAP, &CMainDialog::OnCheckPostgap, IDI_CHECK_POSTGAP,
+     L"Write a 150 block postgap at the end of the track"},
+    {IDC_ISO_TO_CSO, &CMainDialog::OnIsoToCso, IDI_ISO_TO_CSO, L"iso2cso"},
+    {IDC_CSO_TO_ISO, &CMainDialog::OnCsoToIso, IDI_CSO_TO_ISO, L"cso2iso"},
+    {IDC_ADD_POSTGAP, &CMainDialog::OnAddSelectivePostgap},
+    {IDC_EFFECT, &CMainDialog::OnEffect},
+    {IDC_ALWAYS_ON_TOP, &CMainDialog::OnAlwaysOnTop},
+    {IDC_SOUND, &CMainDialog::OnSoundChange, 0, nullptr, CBN_SELCHANGE},
 };
 
 CMainDialog::CMainDialog(CMessageLoop& loop)
@@ -92,7 +60,7 @@ CMainDialog::CMainDialog(CMessageLoop& loop)
 
 bool CMainDialog::PreTranslateMessage(MSG& message) {
     m_toolTip.RelayEvent(message);
-    // Esc means Exit, which would throw away a conversion that nobody meant to end.
+    // Esc means Exit, which would abort the conversion.
     if (m_converting && message.message == WM_KEYDOWN && message.wParam == VK_ESCAPE) {
         return true;
     }
@@ -156,13 +124,16 @@ LRESULT CMainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 bool CMainDialog::OnCommand(int controlId, int notification) {
-    for (const SCommand& command : kCommands) {
-        if (command.controlId == controlId && command.notification == notification) {
-            (this->*command.handler)();
-            return true;
-        }
+    const auto* const command = std::ranges::find(kCommands, controlId, &SCommand::controlId);
+    if (command == std::end(kCommands) || command->notification != notification) {
+        return false;
     }
-    return false;
+    (this->*command->handler)();
+    return true;
+}
+
+const CMainDialog::SCommand& CMainDialog::CommandOf(int controlId) {
+    return *std::ranges::find(kCommands, controlId, &SCommand::controlId);
 }
 
 void CMainDialog::OnInitDialog() {
@@ -186,12 +157,12 @@ void CMainDialog::OnInitDialog() {
     SetWindowPos(m_window, HWND_NOTOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
     m_effect.SetPicture(IDB_EFFECT_PICTURE, kEffectWidth, kEffectHeight);
     m_topMostCheck.SetState(BST_UNCHECKED);
-    m_effectFlag = 1;  // although the box is clear
+    m_effectFlag = 1;  // deliberately, although the box is not checked
     m_effectCheck.SetState(BST_UNCHECKED);
-    SetButtonIcons();
+    AttachIconButtons();
     SetAccessibleNames();
     CreateToolTips();
-    ShowStates(NoCommands());
+    ShowStates(ButtonsWithoutInput());
     DragAcceptFiles(m_window, TRUE);
     FillSoundList();
     m_compressionCombo.Select(kFirstLevelIndex);
@@ -230,18 +201,23 @@ void CMainDialog::TakeWorkFolder() {
     m_workFolder = WideOf(ExpandAsPattern(folder));
 }
 
-void CMainDialog::SetButtonIcons() {
-    static_assert(std::size(kButtonIcons) == std::tuple_size_v<decltype(m_iconButtons)>);
-    for (std::size_t i = 0; i < m_iconButtons.size(); ++i) {
-        m_iconButtons[i].Attach(Item(kButtonIcons[i].controlId).Handle());
-        m_iconButtons[i].SetHoverCursor(&m_buttonCursor);
-        m_iconButtons[i].SetIcon(kButtonIcons[i].iconId);
+void CMainDialog::AttachIconButtons() {
+    constexpr auto hasIcon = [](const SCommand& command) { return command.iconId != 0; };
+    static_assert(std::ranges::count_if(kCommands, hasIcon) == kIconButtonCount);
+    auto button = m_iconButtons.begin();
+    for (const SCommand& command : kCommands) {
+        if (hasIcon(command)) {
+            button->Attach(Item(command.controlId).Handle());
+            button->SetHoverCursor(&m_buttonCursor);
+            button->SetIcon(command.iconId);
+            ++button;
+        }
     }
 }
 
-/// What has no text of its own, or a text that says nothing without the frame around it.
+/// Names the controls that have no text of their own, or a text that means nothing without its group box.
 void CMainDialog::SetAccessibleNames() {
-    SetAccessibleName(Item(IDC_BROWSE).Handle(), L"Open an Image File");
+    SetAccessibleName(Item(IDC_BROWSE).Handle(), CommandOf(IDC_BROWSE).toolTip);
     SetAccessibleName(Item(IDC_FOLDER).Handle(), L"Folder Path");
     SetAccessibleName(Item(IDC_FILE_NAME).Handle(), L"IML/ISO File");
     SetAccessibleName(Item(IDC_COMPRESSION).Handle(), L"DAX/CSO Compression Level");
@@ -250,8 +226,8 @@ void CMainDialog::SetAccessibleNames() {
 
 void CMainDialog::CreateToolTips() {
     m_toolTip.Create(m_window);
-    for (const SToolTip& tool : kToolTips) {
-        m_toolTip.AddTool(Item(tool.controlId).Handle(), tool.text);
+    for (const int controlId : kToolTipOrder) {
+        m_toolTip.AddTool(Item(controlId).Handle(), CommandOf(controlId).toolTip);
     }
 }
 
@@ -263,8 +239,8 @@ void CMainDialog::FillSoundList() {
     m_soundCombo.Select(kFirstSoundIndex);
 }
 
-/// Adds the sounds of the current folder and, in brackets, its folders, and keeps the entry without a sound first: a
-/// sorted list may place brackets and digits before it.
+/// Adds the WAV files of the current folder and, in brackets, its sub-folders. The entry without a sound is moved back
+/// to the top, because the sorted list may place other entries before it.
 void CMainDialog::AddSoundEntries() {
     WIN32_FIND_DATAW found{};
     const HANDLE search = FindFirstFileW(L"*", &found);
@@ -300,8 +276,7 @@ void CMainDialog::OnExit() {
     std::exit(0);
 }
 
-/// The system's own answer to the close box would press Exit, which ends the process at once; closing instead lets a
-/// running conversion come to its end.
+/// The dialog manager would press Exit, which ends the process at once. This lets a running conversion finish first.
 void CMainDialog::OnClose() {
     PlayClosingAnimation();
     PostQuitMessage(0);

@@ -1,4 +1,4 @@
-// The one window of the program: its controls, its commands and the state that lives in them.
+// The main dialog: its controls, their commands and the state of the program.
 #pragma once
 
 #include <array>
@@ -17,14 +17,14 @@
 #include "app/ui/tool_tip_ctrl.h"
 #include "app/ui/window_animation.h"
 #include "iml/export/export.h"
-#include "operation/operation.h"
 
 namespace vantrel {
 
-/// The chosen input as a conversion gets it, in UTF-8.
+/// What the user has chosen for a conversion. Texts are UTF-8.
 struct SInput {
-    std::string folder;    ///< with its closing separator
-    std::string fileName;  ///< folded to lower case by its field
+    std::string folder;        ///< With its closing separator.
+    std::string fileName;      ///< In lower case.
+    std::optional<int> level;  ///< Compression level from 1; nothing if none is selected in the list.
 
     std::string Path() const { return folder + fileName; }
 };
@@ -41,20 +41,24 @@ protected:
 private:
     using Handler = void (CMainDialog::*)();
 
-    /// A row of the command table: the notification of a control and who handles it.
+    /// A control that has a command. Rows with an icon are the icon buttons, in their order.
     struct SCommand {
         int controlId;
-        int notification;
         Handler handler;
+        int iconId = 0;
+        const wchar_t* toolTip = nullptr;
+        int notification = BN_CLICKED;
     };
     static const SCommand kCommands[];
+    static const SCommand& CommandOf(int controlId);
+    static constexpr std::size_t kIconButtonCount = 13;
 
     // Start and end (main_dialog.cpp)
     void OnInitDialog();
     void AddAboutItem();
     void CreateStatusBar();
     void TakeWorkFolder();
-    void SetButtonIcons();
+    void AttachIconButtons();
     void SetAccessibleNames();
     void CreateToolTips();
     void FillSoundList();
@@ -70,7 +74,7 @@ private:
     void OnRelativePath();
     bool ApplyRules(const std::string& extension);
     void RejectInput(const wchar_t* text);
-    void ShowStates(const CommandStates& states);
+    void ShowStates(const ButtonStates& states);
 
     void OnSoundChange();
 
@@ -84,28 +88,24 @@ private:
     bool OnTimer(UINT_PTR timer);
     void DropRipple(LPARAM position, const SRippleDrop& drop);
 
-    // Conversions (handlers.cpp)
+    // Conversions (handlers.cpp, export_handler.cpp)
     void OnIsoToCso();
     void OnCsoToIso();
     void OnIsoToDax();
     void OnDaxToIso();
     void OnIsoToBin();
     void OnBinToIso();
-
-    // Export to a layout (export_handler.cpp)
     void OnIsoToIml();
     std::optional<SChosenLayout> ChooseImlPath();
-
-    // Rebuild from a layout, and the postgap (rebuild_handlers.cpp)
     void OnVantrel();
     void OnCheckPostgap();
     void OnAddSelectivePostgap();
 
-    /// Runs one conversion on the chosen input with this window as its runner.
-    void Convert(const std::function<void(const SInput&, COperation&)>& conversion);
+    /// Runs a conversion of the chosen input with this window as its runner.
+    void Convert(const std::function<void(const SInput&, CDialogOperation&)>& conversion);
     SInput ReadInput() const;
     std::wstring FieldText(int controlId) const;
-    /// Brings the values of the fields and lists to the members.
+    /// Copies the values of the fields and lists to the members.
     void UpdateData();
 
     CMessageLoop& m_loop;
@@ -113,7 +113,7 @@ private:
 
     HICON m_hIcon;
     CStatusBar m_statusBar;
-    std::array<CIconButton, 13> m_iconButtons;
+    std::array<CIconButton, kIconButtonCount> m_iconButtons;
     CHoverCursor m_buttonCursor;
     CComboBox m_compressionCombo;
     CComboBox m_soundCombo;
@@ -132,7 +132,7 @@ private:
     UINT_PTR m_effectTimer = 0;
     std::int32_t m_topMostFlag = 0;
     std::int32_t m_effectFlag = 0;
-    std::int32_t m_exportState = 0;  ///< 1 once a layout was chosen, −1 when that was cancelled
+    std::int32_t m_exportState = 0;  ///< 1 after a layout was chosen, −1 after the choice was cancelled.
     CToolTipCtrl m_toolTip;
 };
 

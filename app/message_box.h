@@ -1,4 +1,4 @@
-// The one message box of the window program, so that all its boxes look alike.
+// The message box of the window program: caption and icon are the same everywhere.
 #pragma once
 
 #include <windows.h>
@@ -7,10 +7,10 @@
 
 namespace vantrel {
 
-/// The caption of every message box, which is the program's name.
+/// The name of the program.
 inline constexpr wchar_t kMessageCaption[] = L"quorn_vantrel_v5.0";
 
-/// Shows a text with the information icon and an OK button, and returns when the box is closed.
+/// Shows a text with the information icon and an OK button. Returns when the box is closed.
 inline void ShowMessage(HWND owner, const std::wstring& text) {
     MessageBoxW(owner, text.c_str(), kMessageCaption, MB_OK | MB_ICONINFORMATION);
 }

@@ -12,10 +12,10 @@
 namespace vantrel {
 namespace {
 
-/// The longest path that Windows knows, in characters.
+/// Characters of the longest path in Windows.
 constexpr std::size_t kLongestPath = 32768;
 
-/// The bytes of a resource of this program; empty when there is none. They stay valid while the program runs.
+/// The bytes of a resource of this program, valid as long as the program runs. Empty if there is no such resource.
 std::span<const std::uint8_t> ResourceBytes(const wchar_t* type, int id) {
     const HRSRC resource = FindResourceW(nullptr, MAKEINTRESOURCEW(id), type);
     if (resource == nullptr) {

@@ -1,19 +1,19 @@
-// Files that the program carries among its resources and writes out: the default sound and the raw-sector converter.
+// Extracts files from the program's resources: the default sound and the raw-sector converter.
 #pragma once
 
 #include <string>
 
 namespace vantrel {
 
-/// The folder of the program's own executable with its closing separator; empty when the system does not tell.
+/// The folder of the program's executable, with its closing separator. Empty if it cannot be determined.
 std::wstring ProgramFolder();
 
-/// Writes the resource `id` of the given type to a file of this name in the program's own folder, over an existing
-/// one. `writtenPath` becomes the file's full path. False when there is no such resource or the file could not be
-/// written completely; when the folder cannot be told, a message box says so first.
+/// Writes the resource `id` of the given type to the file `fileName` in the program's folder; an existing file is
+/// replaced. `writtenPath` receives the full path. Returns false if there is no such resource, if the file cannot be
+/// written in full or, after a message box, if the folder cannot be determined.
 bool WriteResourceFile(const std::wstring& fileName, const wchar_t* type, int id, std::wstring& writtenPath);
 
-/// Writes the resource to exactly this path, over an existing file. False like above.
+/// The same with a full path.
 bool WriteResourceTo(const std::wstring& path, const wchar_t* type, int id);
 
 }  // namespace vantrel

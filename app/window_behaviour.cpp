@@ -1,4 +1,4 @@
-// How the main dialog behaves as a window: its place and animation, staying on top, the About item, and the effect.
+// The main dialog as a window: position, animation, Always On Top, the About item, and the title effect.
 #include "app/main_dialog.h"
 #include "app/ui/about_box.h"
 #include "resources/resource_ids.h"
@@ -6,7 +6,7 @@
 namespace vantrel {
 namespace {
 
-/// The low four bits of a system command belong to the system.
+/// The system uses the low four bits of a system command.
 constexpr WPARAM kSystemCommandMask = 0xFFF0;
 
 }  // namespace
@@ -36,7 +36,7 @@ bool CMainDialog::OnSysCommand(WPARAM command) {
     return true;
 }
 
-/// Draws the icon of the minimised window; false when the window is to be painted as usual.
+/// Draws the icon of the minimised window. Returns false if the window is not minimised.
 bool CMainDialog::OnPaint() {
     if (IsIconic(m_window) == FALSE) {
         return false;

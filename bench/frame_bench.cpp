@@ -1,6 +1,5 @@
-// What the window costs a conversion per unit of work: the bare message pump, and the whole update after a unit
-// (percent, bar, byte count that changes every time, messages) through the runner that the program uses, in turns in
-// one run.
+// The cost of the window per unit of work: of the message pump alone, and of the whole update after a unit (percentage,
+// bar, byte count, messages) through the program's runner. Both are measured alternately in one run.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -24,7 +23,7 @@ constexpr std::int64_t kUnits = 20'000;
 constexpr std::uint32_t kUnitBytes = 2048;
 constexpr int kRounds = 5;
 
-/// The program's dialog, on which this program runs its units instead of conversions.
+/// The program's dialog, which runs empty units of work instead of conversions.
 class CBenchDialog : public CDialog {
 public:
     explicit CBenchDialog(CMessageLoop& loop) : CDialog(IDD_MAIN), m_loop(loop) {}
@@ -69,9 +68,9 @@ private:
     void MeasureFrame() {
         CDialogOperation operation({m_window, Item(IDC_STATUS_LINE).Handle(), m_loop, m_statusBar, m_soundList,
                                     m_levelList, m_workFolder, m_scratchText, m_doneMessage, [] {}});
-        operation.StartProgress(ProgressRange(kUnits), EProgressFill::Dvd);
-        std::int64_t unit = 0;
-        m_frame.push_back(TimeOf([&] { ShowUnitDone(operation, unit++, kUnits, kUnitBytes); }));
+        operation.Begin(EConversion::BinToIso);
+        CProgress progress(operation, kUnits);
+        m_frame.push_back(TimeOf([&] { progress.AdvanceWithBytes(kUnitBytes); }));
     }
 
     CMessageLoop& m_loop;

@@ -1,5 +1,5 @@
-// How long the window takes for a BIN of 64 MiB, from the press of "bin2iso" to the done message, beside the console
-// program on the same file.
+// The time of a BIN of 64 MiB through the window, from the press of "bin2iso" to the done message, and through the
+// console program.
 #include <chrono>
 #include <cstdio>
 #include <string>

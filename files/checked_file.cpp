@@ -29,6 +29,11 @@ void CCheckedInput::FailIfUnread() const {
     }
 }
 
+void CCheckedInput::FailIncomplete() const {
+    FailIfUnread();
+    m_operation.Fail("Cannot read " + Path() + ": unexpected end of file");
+}
+
 void CCheckedOutput::OpenOrFail(const std::string& path, EOutputManner manner, const char* pattern) {
     OpenOrFail(path, manner, pattern, path, ESharing::Anyone);
 }

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#undef Yield  // an empty macro of windows.h
+
 namespace vantrel {
 
 /// The conversions, for runners that treat them differently. A rebuild begins as ImlToIso and, once the medium is

@@ -12,12 +12,16 @@ struct SBinToIsoRequest {
     std::string inputPath;
     std::string outputPath;
     EOutputManner manner = EOutputManner::InPlace;
+    /// Bytes that cannot be read or written are a failure, and a partial last sector is reported. If false, unreadable
+    /// bytes become zeros and writes are not checked.
+    bool strict = false;
 };
 
-/// The names that the window gives: "new-" + base name + ".iso" beside the input.
+/// The window's request: the output is "new-" + base name + ".iso" in the folder of the input.
 SBinToIsoRequest WindowBinToIso(const std::string& folder, const std::string& fileName);
 
-/// Converts whole sectors; bytes of a partial last one are left out. Only the first sector is examined.
+/// Converts all whole sectors and ignores the bytes of a partial last one. Fails with the codes 2011 and 2021 if a file
+/// cannot be opened, and if the first sector, the only one that is checked, is not a Mode 2 sector.
 void BinToIso(const SBinToIsoRequest& request, COperation& operation);
 
 }  // namespace vantrel

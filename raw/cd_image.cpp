@@ -1,48 +1,40 @@
 #include "raw/cd_image.h"
 
 #include <algorithm>
-#include <array>
+#include <span>
 #include <string_view>
 
-#include "files/byte_order.h"
+#include "iso/volume.h"
 #include "operation/text.h"
-#include "raw/raw_sector.h"
 
 namespace vantrel {
 
 namespace {
 
-constexpr std::int64_t kVolumeDescriptor = 16 * static_cast<std::int64_t>(kUserDataSize);
-constexpr std::int64_t kVolumeSpaceSize = kVolumeDescriptor + 80;
-constexpr std::int64_t kApplicationIdentifier = kVolumeDescriptor + 574;
-constexpr std::int64_t kXaMark = kVolumeDescriptor + 1024;
-constexpr std::size_t kMarkSize = 3;
+bool StartsWith(std::span<const std::uint8_t> field, std::string_view mark) {
+    return std::equal(mark.begin(), mark.end(), field.begin());
+}
 
-bool HoldsMark(CInputFile& image, std::int64_t position, std::string_view mark) {
-    std::array<std::uint8_t, kMarkSize> found = {};
-    return image.ReadAt(position, found) == found.size() && std::equal(found.begin(), found.end(), mark.begin());
+bool IsPlayStation2Cd(const SPrimaryVolumeDescriptor& volume) {
+    return StartsWith(std::span(volume.applicationUse).subspan(kXaMarkInApplicationUse), "CD-") &&
+           StartsWith(volume.applicationIdentifier, "PLA");
 }
 
 }  // namespace
 
 std::uint32_t SCdImage::Sectors() const {
-    return static_cast<std::uint32_t>(length) / kUserDataSize;
+    return static_cast<std::uint32_t>(length) / static_cast<std::uint32_t>(kSectorSize);
 }
 
-SCdImage ExamineCdImage(const std::string& path, CInputFile& image, COperation& operation) {
-    if (!image.Open(path)) {
-        operation.Fail(Format("Code 103- Error Opening %s", path.c_str()));
-    }
-    if (!HoldsMark(image, kXaMark, "CD-") || !HoldsMark(image, kApplicationIdentifier, "PLA")) {
+SCdImage ExamineCdImage(const std::string& path, CCheckedInput& image, COperation& operation) {
+    image.OpenOrFail(path, "Code 103- Error Opening %s");
+    const SPrimaryVolumeDescriptor volume = ReadPrimaryVolume(image);
+    if (!IsPlayStation2Cd(volume)) {
         operation.Fail(Format("Code 76 PS2 - invalid PS2 CD iso  file header  %s", path.c_str()));
     }
-    std::array<std::uint8_t, 4> volumeSpace = {};
-    image.ReadAt(kVolumeSpaceSize, volumeSpace);
-    const std::int64_t length = image.Size();
-    if (image.HasFailed()) {
-        operation.Fail("Cannot read " + path);
-    }
-    return {length, LoadLe32(volumeSpace)};
+    const std::int64_t length = image.SizeOrFail();
+    image.FailIfUnread();
+    return {length, volume.volumeSpaceSize.Value()};
 }
 
 }  // namespace vantrel

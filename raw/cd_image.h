@@ -1,26 +1,27 @@
-// What a conversion to a raw image asks about its input: is it an image of a PlayStation 2 CD, and how long is it?
+// What a conversion to a raw image must know about its input: whether it is an image of a PlayStation 2 CD, and its
+// length.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
-#include "files/input_file.h"
+#include "files/checked_file.h"
 #include "operation/operation.h"
 
 namespace vantrel {
 
 struct SCdImage {
-    std::int64_t length = 0;          ///< Of the file, in bytes.
-    std::uint32_t volumeSectors = 0;  ///< Volume space size of the primary volume descriptor (ECMA-119, 8.4.8).
+    std::int64_t length = 0;          ///< of the file, in bytes
+    std::uint32_t volumeSectors = 0;  ///< volume space size of the primary volume descriptor (ECMA-119, 8.4.8)
 
-    /// Whole sectors of the file; lengths are 32-bit quantities here.
+    /// Whole sectors of the file. The length is taken as an unsigned 32-bit number.
     std::uint32_t Sectors() const;
-    /// A file that is not exactly as long as its volume gets a postgap.
+    /// A file gets a postgap unless it is exactly as long as its volume.
     bool NeedsPostgap() const { return volumeSectors != Sectors(); }
 };
 
-/// Opens the image and examines it. Fails under code 103 when it cannot be opened, and under code 76 when its primary
-/// volume descriptor carries no CD-XA mark or its application identifier does not begin with "PLA".
-SCdImage ExamineCdImage(const std::string& path, CInputFile& image, COperation& operation);
+/// Opens the image and examines it. Fails with code 103 if it cannot be opened, and with code 76 if its primary volume
+/// descriptor has no CD-XA mark or its application identifier does not start with "PLA".
+SCdImage ExamineCdImage(const std::string& path, CCheckedInput& image, COperation& operation);
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-// The raw-sector converter: a console program of its own, which the window carries and runs beside the image.
+// The raw-sector converter: a console program that the window carries and runs beside the image.
 #pragma once
 
 #include <iosfwd>
@@ -10,8 +10,8 @@ namespace vantrel {
 /// Exit statuses of the converter.
 enum class EConverterExit { Done = 0, Failed = 1, Usage = 2 };
 
-/// Does what the words behind the program's name ask for: INPUT OUTPUT [/MODE2] [/POSTGAP], switches in any case.
-/// Progress goes to `progress`, everything that went wrong to `errors`.
-EConverterExit RunConverter(const std::vector<std::string>& words, std::ostream& progress, std::ostream& errors);
+/// Runs the converter with the arguments INPUT OUTPUT [/MODE2] [/POSTGAP], switches in any letter case. Progress goes
+/// to `progress`, usage and failures go to `errors`.
+EConverterExit RunConverter(const std::vector<std::string>& arguments, std::ostream& progress, std::ostream& errors);
 
 }  // namespace vantrel

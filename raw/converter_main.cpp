@@ -1,4 +1,4 @@
-// Entry of the raw-sector converter: hands its words, as UTF-8, to RunConverter.
+// Entry point of the raw-sector converter: passes its arguments, as UTF-8, to RunConverter.
 #include <iostream>
 #include <string>
 #include <vector>
@@ -10,11 +10,11 @@
 #include "files/utf.h"
 
 int wmain(int argc, wchar_t* argv[]) {
-    std::vector<std::string> words;
+    std::vector<std::string> arguments;
     for (int i = 1; i < argc; ++i) {
-        words.push_back(vantrel::Utf8Of(argv[i]));
+        arguments.push_back(vantrel::Utf8Of(argv[i]));
     }
-    return static_cast<int>(vantrel::RunConverter(words, std::cout, std::cerr));
+    return static_cast<int>(vantrel::RunConverter(arguments, std::cout, std::cerr));
 }
 
 #else

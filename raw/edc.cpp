@@ -8,12 +8,12 @@ namespace vantrel {
 
 namespace {
 
-/// Bytes that one step takes in.
+/// Bytes that one step processes.
 constexpr std::size_t kStep = 16;
 
 using EdcTable = std::array<std::uint32_t, 256>;
 
-/// tables[k][b] is the effect of the byte b when k more bytes follow it in the step.
+/// tables[k][b] is the contribution of byte b if k more bytes follow it in the step.
 constexpr std::array<EdcTable, kStep> MakeTables() {
     std::array<EdcTable, kStep> tables = {};
     for (std::uint32_t byte = 0; byte < 256; ++byte) {

@@ -1,6 +1,6 @@
-// 128 bits of the message are replaced by what they leave modulo the polynomial, 128 or 512 bits further on: the two
-// halves, each multiplied by a power of x modulo the polynomial, are added to what stands there. Four stretches of 128
-// bits are folded side by side, because a multiplication takes several cycles.
+// Folding replaces 128 bits of the message by their remainder modulo the polynomial, 128 or 512 bits further on: each
+// half is multiplied by a power of x modulo the polynomial and added to the bits there. Four blocks of 128 bits are
+// folded in parallel, because a multiplication takes several cycles.
 #include "raw/edc_folding.h"
 
 #include "raw/edc.h"
@@ -20,8 +20,8 @@ namespace {
 constexpr std::size_t kLanes = 4;
 static_assert(kShortestFolding == kLanes * kFoldedSize);
 
-/// x^exponent modulo the polynomial, bits in reverse order, moved up by one: the product of two numbers in reverse
-/// order is too low by one bit.
+/// x^exponent modulo the polynomial, in reversed bit order, shifted left by one, because the product of two reversed
+/// numbers is one bit too low.
 constexpr long long FactorOf(int exponent) {
     std::uint32_t power = 0x80000000U;
     for (int i = 0; i < exponent; ++i) {
@@ -30,8 +30,8 @@ constexpr long long FactorOf(int exponent) {
     return static_cast<long long>(power) * 2;
 }
 
-/// `state`, moved on by so many bits, and `next`. The lower half holds the higher powers. A factor stands 32 bits above
-/// the end of its half, which is why 32 is added for the one and taken away for the other.
+/// Folds `state` into `next`, `Bits` further on. The lower half holds the higher powers of x. A factor is 32 bits wide
+/// in a half of 64 bits, hence the 32 in both exponents.
 template <int Bits>
 VANTREL_FOLDS __m128i Fold(__m128i state, __m128i next) {
     const __m128i factors = _mm_set_epi64x(FactorOf(Bits - 32), FactorOf(Bits + 32));

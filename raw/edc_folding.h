@@ -1,4 +1,4 @@
-// The EDC with the carry-less multiplication that most x86-64 processors have.
+// The EDC by carry-less multiplication, an instruction of most x86-64 processors.
 #pragma once
 
 #include <array>
@@ -8,14 +8,14 @@
 
 namespace vantrel {
 
-/// Whether this processor can do it.
+/// Whether this processor has the instruction.
 bool CanFoldEdc();
 
 inline constexpr std::size_t kFoldedSize = 16;
-/// Shorter ones cannot be folded.
+/// The minimum number of bytes.
 inline constexpr std::size_t kShortestFolding = 64;
 
-/// 16 bytes that have the same EDC as `bytes`, whose length is a multiple of 16.
+/// Returns 16 bytes with the same EDC as `bytes`, whose length is a multiple of 16.
 std::array<std::uint8_t, kFoldedSize> FoldForEdc(std::span<const std::uint8_t> bytes);
 
 }  // namespace vantrel

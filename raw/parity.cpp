@@ -1,10 +1,10 @@
-// Both codes are Reed-Solomon codes over GF(2^8) that work on the upper and the lower bytes of 16-bit words alike. The
-// area is a matrix of 26 rows (24 of data, 2 of P) by 43 words. P runs down the columns, Q down the diagonals. All
-// columns, and then all diagonals, are worked on side by side and row by row, so that the compiler uses vector
+// Both codes are Reed-Solomon codes over GF(2^8), applied separately to the upper and the lower bytes of 16-bit words.
+// The area is a matrix of 26 rows (24 of data, 2 of P) by 43 words. P runs along the columns, Q along the diagonals.
+// All columns, and then all diagonals, are processed in parallel, row by row, so that the compiler can use vector
 // instructions.
 //
-// With a and b as the two parity symbols behind the symbols of a code word, the code asks for
-//     sum of all symbols = 0      and      sum of alpha^(symbols that follow) x symbol = 0.
+// A code word is its data symbols followed by two parity symbols a and b, such that
+//     sum of all symbols = 0      and      sum of symbol x alpha^(number of symbols that follow) = 0.
 #include "raw/parity.h"
 
 #include <algorithm>
@@ -25,7 +25,7 @@ static_assert(kDataRows * kRowSize == kPParityOffset - kAddressOffset);
 static_assert(kRows * kRowSize == kQParityOffset - kAddressOffset);
 static_assert(kRows * kRowSize + 2 * kDiagonalsSize == kParityAreaSize);
 
-/// What remains of x^8 modulo the field's polynomial x^8 + x^4 + x^3 + x^2 + 1.
+/// x^8 modulo the field's polynomial x^8 + x^4 + x^3 + x^2 + 1.
 constexpr std::uint8_t kFieldRemainder = 0x1D;
 
 /// The product with alpha, the field's primitive element.
@@ -34,7 +34,7 @@ constexpr std::uint8_t TimesAlpha(std::uint8_t value) {
     return static_cast<std::uint8_t>(static_cast<std::uint8_t>(value + value) ^ carry);
 }
 
-/// alpha^255 = 1, so that a negative power is a positive one.
+/// alpha^255 = 1, so every negative power equals a positive one.
 constexpr int kPowerPeriod = 255;
 
 constexpr std::uint8_t PowerOfAlpha(int exponent) {
@@ -56,7 +56,7 @@ constexpr std::uint8_t MakeQuotientOfOne() {
     return 0;
 }
 
-/// The quotients of 1, alpha, alpha^2, ... by alpha + 1: one for each bit of what is divided.
+/// 1, alpha, alpha^2, ... divided by alpha + 1: the quotient of each bit of a dividend.
 constexpr std::array<std::uint8_t, 8> MakeQuotients() {
     std::array<std::uint8_t, 8> quotients = {};
     std::uint8_t quotient = MakeQuotientOfOne();
@@ -69,12 +69,12 @@ constexpr std::array<std::uint8_t, 8> MakeQuotients() {
 
 constexpr std::array<std::uint8_t, 8> kQuotients = MakeQuotients();
 
-/// 0xFF where the uppermost bit is set, else 0.
+/// 0xFF if the highest bit is set, otherwise 0.
 constexpr std::uint8_t MaskOf(std::uint8_t value) {
     return static_cast<std::int8_t>(value) < 0 ? std::uint8_t{0xFF} : std::uint8_t{0};
 }
 
-/// The parity symbols a of code words with the given sums of their other symbols; b is plain ^ a.
+/// The parity symbols a of code words, from the sums of their data symbols. The symbols b are plain ^ a.
 template <std::size_t Width>
 std::array<std::uint8_t, Width> FirstParity(const std::array<std::uint8_t, Width>& plain,
                                             const std::array<std::uint8_t, Width>& weighted) {
@@ -92,7 +92,7 @@ std::array<std::uint8_t, Width> FirstParity(const std::array<std::uint8_t, Width
     return parity;
 }
 
-/// Sums of `Width` rows of symbols side by side: plain, and weighted by alpha^(rows that follow).
+/// The sums of `Width` columns of symbols: plain, and weighted by alpha^(number of rows that follow).
 template <std::size_t Width>
 struct SSums {
     std::array<std::uint8_t, Width> plain = {};
@@ -106,7 +106,7 @@ struct SSums {
     }
 };
 
-/// A row and a bit of what follows, which does not count: so it fills whole vectors.
+/// A row, extended to a whole number of vectors. The results for the extra bytes are not used.
 constexpr std::size_t kWideRowSize = 96;
 
 void PutP(std::uint8_t* area) {
@@ -126,17 +126,17 @@ void PutP(std::uint8_t* area) {
     }
 }
 
-// Q: the diagonal n meets column c in row (n + c) modulo 26, as its c-th symbol of 45. When every row is moved one word
-// to the left against the row above it, the symbols of a diagonal stand below each other, in up to three lanes, 26
-// apart: the lane of row r, column c is c - r + 25. Lanes that a row does not reach hold zeros.
+// Q: the c-th of the 45 symbols of diagonal n is in column c, row (n + c) modulo 26. If every row is shifted left by
+// one word relative to the row above it, the symbols of a diagonal are below each other, in up to three lanes that are
+// 26 apart: the lane of row r, column c is c - r + 25. Lanes without a symbol hold zeros.
 
-/// 68 lanes are used; 72 fill whole vectors, and 78 are three times all diagonals.
+/// 68 lanes are used; 72 are a whole number of vectors, and 78 are three times the number of diagonals.
 constexpr std::size_t kLanes = 72;
 constexpr std::size_t kLanesSize = kLanes * kWordSize;
 constexpr std::size_t kFoldedLanesSize = 3 * kDiagonalsSize;
 
-/// A symbol of lane p in row r has the weight alpha^(44 - c) = alpha^(25 - r) x alpha^(44 - p). The sums have the first
-/// factor; this is the second, multiplied by 1, alpha, alpha^2, ... for each bit of what it is multiplied with.
+/// A symbol of lane p in row r has the weight alpha^(44 - c) = alpha^(25 - r) x alpha^(44 - p). The sums contain the
+/// first factor. This is the second one, times 1, alpha, alpha^2, ...: one product for each bit of the other operand.
 using LaneFactors = std::array<std::array<std::uint8_t, kLanesSize>, 8>;
 
 constexpr LaneFactors MakeLaneFactors() {
@@ -199,7 +199,7 @@ void PutQ(std::uint8_t* area) {
     std::uint8_t* const first = area + kRows * kRowSize;
     std::uint8_t* const second = first + kDiagonalsSize;
     for (std::size_t i = 0; i < kDiagonalsSize; ++i) {
-        // Lane 25 - n belongs to diagonal n; the two bytes of a word keep their order.
+        // Diagonal n is in lane 25 - n. The two bytes of a word keep their order.
         const std::size_t lane = (kRows - 1 - i / kWordSize) * kWordSize + i % kWordSize;
         first[i] = parity[lane];
         second[i] = static_cast<std::uint8_t>(plainSums[lane] ^ parity[lane]);

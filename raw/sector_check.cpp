@@ -24,7 +24,7 @@ bool EdcMatches(Sector sector, std::size_t start, std::size_t edcOffset) {
     return EdcOf(sector.subspan(start, edcOffset - start)) == stored;
 }
 
-/// In Mode 2 the header counts as zero for the parity; in Mode 1 it counts as it is.
+/// The parity covers the header in Mode 1. In Mode 2 the header counts as zero.
 bool ParityMatches(Sector sector, bool headerCounts) {
     std::array<std::uint8_t, kParityAreaSize> area = {};
     std::copy(sector.begin() + kAddressOffset, sector.end(), area.begin());

@@ -1,4 +1,4 @@
-// Looking at one raw sector: is everything that surrounds the user data what it should be?
+// Checks a raw sector: everything that surrounds the user data.
 #pragma once
 
 #include <cstdint>
@@ -10,19 +10,18 @@ namespace vantrel {
 
 enum class ESectorKind { Mode1, Mode2Form1, Mode2Form2, Other };
 
-/// What a sector is by its mode byte and, in Mode 2, by the form bit of its sub-header (CD-ROM XA). Mode 2 sectors
-/// whose two copies of the sub-header differ have no form.
+/// The kind of a sector by its mode byte and, in Mode 2, the form bit of its sub-header (CD-ROM XA). It is Other if the
+/// two copies of the sub-header differ.
 ESectorKind KindOfSector(std::span<const std::uint8_t, kRawSectorSize> sector);
 
-/// The user data of a sector; for sectors that are neither Mode 1 nor Mode 2 Form 1, what stands in that place of Mode
-/// 2 Form 1.
+/// The user data of a Mode 1 or Mode 2 Form 1 sector; of all other sectors, the bytes at the position of Mode 2 Form 1.
 std::span<const std::uint8_t, kUserDataSize> UserDataOf(std::span<const std::uint8_t, kRawSectorSize> sector);
 
-/// Parts of a sector that are wrong.
+/// The parts of a sector that are wrong.
 struct SSectorFaults {
     bool sync = false;
-    bool address = false;  ///< not the expected one
-    bool kind = false;     ///< a mode, or a form, that is not known
+    bool address = false;
+    bool kind = false;  ///< unknown mode or form
     bool edc = false;
     bool parity = false;
 
@@ -31,10 +30,10 @@ struct SSectorFaults {
 };
 
 /// Checks sync field, address, EDC and P/Q parity (ECMA-130, clause 14 and annex A). `number` is the sector's number in
-/// an image that begins at 00:02:00. In Form 2 the EDC may be left out as four zeros, and there is no parity.
+/// an image that starts at 00:02:00. A Form 2 sector may have zeros instead of an EDC, and it has no parity.
 SSectorFaults CheckSector(std::span<const std::uint8_t, kRawSectorSize> sector, std::uint32_t number);
 
-/// The number that belongs to a sector's own address; nothing sensible when the address is no BCD.
+/// The number of a sector by its own address. Undefined if the address is not BCD.
 std::uint32_t NumberOfSector(std::span<const std::uint8_t, kRawSectorSize> sector);
 
 }  // namespace vantrel

@@ -4,35 +4,37 @@
 #include <span>
 #include <vector>
 
+#include "operation/progress.h"
+#include "operation/text.h"
 #include "pipeline/ordered_pipeline.h"
 
 namespace vantrel {
 
 namespace {
 
-/// Sectors of one piece of work: large enough that handing it over costs nothing, small enough for the caches.
+/// Sectors of a piece: large enough that passing it between threads costs nothing, small enough for the caches.
 constexpr std::uint32_t kPieceSectors = 256;
-/// One thread reads and encodes about as fast as another writes, and with some pieces between them neither waits.
+/// One thread reads and encodes about as fast as another one writes. With several slots neither of them waits.
 constexpr std::uint32_t kWorkers = 1;
-constexpr std::size_t kPlaces = 6;
+constexpr std::size_t kSlots = 6;
 
-/// A stretch of raw sectors.
+/// Consecutive raw sectors.
 class CRawPiece {
 public:
     CRawPiece()
         : m_data(std::size_t{kPieceSectors} * kUserDataSize), m_raw(std::size_t{kPieceSectors} * kRawSectorSize) {}
 
-    /// Reads the user data of the sectors from `first` on, where the image stands; the postgap's is zero.
+    /// Reads the user data of the sectors from `first` on at the current position of the image. The postgap is zeros.
     void Read(CInputFile& image, const SExpansion& expansion, std::uint32_t first) {
         m_first = first;
         m_sectors = std::min(kPieceSectors, expansion.AllSectors() - first);
-        const std::uint32_t ofImage = std::min(m_sectors, expansion.sectors - std::min(first, expansion.sectors));
+        const std::uint32_t ofImage =
+            std::min(m_sectors, expansion.imageSectors - std::min(first, expansion.imageSectors));
         const auto wanted = std::span(m_data).first(std::size_t{ofImage} * kUserDataSize);
         m_complete = image.Read(wanted) == wanted.size();
         std::fill(m_data.begin() + static_cast<std::ptrdiff_t>(wanted.size()), m_data.end(), std::uint8_t{0});
     }
 
-    /// Makes raw sectors of what was read.
     void Encode(ESectorMode mode) {
         for (std::uint32_t i = 0; m_complete && i < m_sectors; ++i) {
             EncodeSector(mode, m_first + i, std::span(m_data).subspan(i * kUserDataSize).first<kUserDataSize>(),
@@ -40,7 +42,7 @@ public:
         }
     }
 
-    /// False when the image could not be read.
+    /// False if the image could not be read in full.
     bool IsComplete() const { return m_complete; }
     std::uint32_t Sectors() const { return m_sectors; }
     std::span<const std::uint8_t> Bytes() const {
@@ -55,32 +57,51 @@ private:
     std::vector<std::uint8_t> m_raw;
 };
 
-}  // namespace
-
-EExpanded ExpandSectors(CInputFile& image, const SExpansion& expansion, COutputFile& output,
-                        const std::function<void(std::uint32_t sectorsDone)>& onProgress) {
-    if (!image.Seek(0)) {
-        return EExpanded::ReadFailed;
-    }
+/// Returns false if the image could not be read in full. Only then is no other thread using it any more.
+bool WritePieces(CInputFile& image, const SExpansion& expansion, CCheckedOutput& output, CProgress& progress) {
     const std::uint32_t count = (expansion.AllSectors() + kPieceSectors - 1) / kPieceSectors;
-    CPiecesAhead<CRawPiece> pieces(
-        count, kWorkers, std::vector<CRawPiece>(kPlaces),
+    COrderedPipeline<CRawPiece> pieces(
+        count, kWorkers, std::vector<CRawPiece>(kSlots),
         [&](CRawPiece& piece, std::uint64_t number) {
             piece.Read(image, expansion, static_cast<std::uint32_t>(number) * kPieceSectors);
         },
         [&](CRawPiece& piece, std::uint64_t, std::uint32_t) { piece.Encode(expansion.mode); });
-    std::uint32_t done = 0;
     while (const CRawPiece* piece = pieces.Next()) {
         if (!piece->IsComplete()) {
-            return EExpanded::ReadFailed;
+            return false;
         }
-        if (!output.Write(piece->Bytes())) {
-            return EExpanded::WriteFailed;
-        }
-        done += piece->Sectors();
-        onProgress(done);
+        output.WriteOrFail(piece->Bytes());
+        progress.Advance(piece->Sectors());
     }
-    return EExpanded::Whole;
+    return true;
+}
+
+}  // namespace
+
+std::uint32_t SExpansion::AllSectors() const {
+    return imageSectors + (postgap ? static_cast<std::uint32_t>(kPostgapSectors) : 0);
+}
+
+SExpansion PlanExpansion(const CCheckedInput& image, ESectorMode mode, bool postgap, COperation& operation) {
+    const std::int64_t size = image.SizeOrFail();
+    if (const std::int64_t rest = size % kSectorSize; rest != 0) {
+        operation.Fail(Format("%s is not whole sectors of 2048 bytes: %d bytes are left over", image.Path().c_str(),
+                              static_cast<int>(rest)));
+    }
+    const std::int64_t sectors = size / kSectorSize;
+    if (sectors + (postgap ? kPostgapSectors : 0) > kMostRawSectors) {
+        operation.Fail(Format("%s is too long for a CD: addresses end at 99:59:74, after %u sectors",
+                              image.Path().c_str(), kMostRawSectors));
+    }
+    return {mode, static_cast<std::uint32_t>(sectors), postgap};
+}
+
+void ExpandSectors(CCheckedInput& image, const SExpansion& expansion, CCheckedOutput& output, COperation& operation) {
+    CProgress progress(operation, expansion.AllSectors());
+    image.Seek(0);
+    if (!WritePieces(image, expansion, output, progress)) {
+        image.FailIncomplete();
+    }
 }
 
 }  // namespace vantrel

@@ -1,30 +1,29 @@
-// The work of turning an image of 2048-byte sectors into raw sectors, as both the converter program and the console
-// program need it.
+// Turns an image of 2048-byte sectors into raw sectors, for the converter program and for the direct conversion.
 #pragma once
 
 #include <cstdint>
-#include <functional>
 
-#include "files/input_file.h"
-#include "files/output_file.h"
+#include "files/checked_file.h"
+#include "operation/operation.h"
 #include "raw/sector.h"
 
 namespace vantrel {
 
 struct SExpansion {
     ESectorMode mode = ESectorMode::Mode1;
-    std::uint32_t sectors = 0;  ///< Sectors of the image.
-    bool postgap = false;       ///< Add 150 sectors of zeros in the same form.
+    std::uint32_t imageSectors = 0;
+    bool postgap = false;  ///< Append kPostgapSectors sectors of zeros in the same mode.
 
-    std::uint32_t AllSectors() const { return sectors + (postgap ? kRawPostgapSectors : 0); }
+    std::uint32_t AllSectors() const;
 };
 
-enum class EExpanded { Whole, ReadFailed, WriteFailed };
+/// The expansion of a whole image. Fails if the image is not a whole number of sectors, or if its sectors and the
+/// postgap are more than the addresses of a disc can count.
+SExpansion PlanExpansion(const CCheckedInput& image, ESectorMode mode, bool postgap, COperation& operation);
 
-/// Reads the image from its start and writes its raw sectors, and the postgap, to the output. Reading and encoding run
-/// ahead of the writing on a second thread. `onProgress` is called on the calling thread after each write, with the
-/// number of raw sectors written so far; it may throw.
-EExpanded ExpandSectors(CInputFile& image, const SExpansion& expansion, COutputFile& output,
-                        const std::function<void(std::uint32_t sectorsDone)>& onProgress);
+/// Writes the raw sectors of the image and the postgap to the output. One unit of progress is a raw sector. A second
+/// thread reads and encodes ahead of the writing. Fails if the image cannot be read in full or the output not be
+/// written.
+void ExpandSectors(CCheckedInput& image, const SExpansion& expansion, CCheckedOutput& output, COperation& operation);
 
 }  // namespace vantrel

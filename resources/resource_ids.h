@@ -1,5 +1,5 @@
-// The one list of ids: controls, dialogs, strings, icons, bitmaps and carried files. Used by the resource script, by
-// the window and by the programs that test it.
+// The ids of all resources: controls, dialogs, strings, icons, bitmaps and embedded files. For the resource scripts,
+// the window and its tests.
 #pragma once
 
 #define IDS_ABOUT 101

@@ -10,15 +10,14 @@ namespace vantrel {
 
 namespace {
 
-constexpr const char* kMode2Switch = "/mode2";
-constexpr const char* kPostgapSwitch = "/postgap";
-/// The command processor tries this name before the converter's own.
+/// The command processor prefers this program to "tmpfile.exe".
 constexpr const char* kPreferredName = "tmpfile.com";
 
-bool IsPlain(std::string_view text, std::string_view alsoPlain) {
-    return std::all_of(text.begin(), text.end(), [alsoPlain](char character) {
+/// Whether a text consists of ASCII letters, digits and the characters of `others` only.
+bool IsPlain(std::string_view text, std::string_view others) {
+    return std::all_of(text.begin(), text.end(), [others](char character) {
         return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-               (character >= '0' && character <= '9') || alsoPlain.find(character) != std::string_view::npos;
+               (character >= '0' && character <= '9') || others.find(character) != std::string_view::npos;
     });
 }
 
@@ -29,18 +28,14 @@ bool IsNetworkFolder(std::string_view folder) {
 }  // namespace
 
 std::string BatchLineOf(const SConverterCall& call) {
-    std::string line = Format("tmpfile %s %s %s", call.inputName.c_str(), call.outputName.c_str(), kMode2Switch);
-    if (call.postgap) {
-        line += ' ';
-        line += kPostgapSwitch;
-    }
-    return line + '\n';
+    return Format(call.postgap ? "tmpfile %s %s /mode2 /postgap\n" : "tmpfile %s %s /mode2\n", call.inputName.c_str(),
+                  call.outputName.c_str());
 }
 
 std::vector<std::string> ArgumentsOf(const SConverterCall& call) {
-    std::vector<std::string> arguments = {call.inputName, call.outputName, kMode2Switch};
+    std::vector<std::string> arguments = {call.inputName, call.outputName, "/mode2"};
     if (call.postgap) {
-        arguments.emplace_back(kPostgapSwitch);
+        arguments.emplace_back("/postgap");
     }
     return arguments;
 }

@@ -16,15 +16,15 @@ struct SConverterCall {
     bool postgap = false;
 };
 
-/// The only line of the batch file, "\n" at its end. Names are not quoted in it.
+/// The only line of the batch file, with "\n" at its end. The names are not quoted.
 std::string BatchLineOf(const SConverterCall& call);
 
-/// The same call as the words behind the program's name.
+/// The arguments of the same call, without the program's name.
 std::vector<std::string> ArgumentsOf(const SConverterCall& call);
 
-/// Whether the command processor, run in `folder` (with its separator), would read the line as it is meant: the names
-/// and the folder hold nothing that it interprets or cannot spell, the folder can be its current one, and no
-/// "tmpfile.com" there would be taken for the converter.
+/// Whether the command processor, run in `folder` (with its separator), executes the line as intended: names and folder
+/// contain only characters that it takes literally, the folder can be its current one, and there is no "tmpfile.com",
+/// which it would run instead of the converter.
 bool IsBatchLineSafe(const std::string& folder, const SConverterCall& call);
 
 }  // namespace vantrel

@@ -1,14 +1,14 @@
-// The conversion through the converter program.
-#include "raw/iso_to_bin.h"
+#include "app/converter/converter_conversion.h"
 
 #include <cstdint>
 
-#include "files/input_file.h"
+#include "app/converter/batch_line.h"
+#include "files/checked_file.h"
+#include "files/native_file.h"
 #include "files/path.h"
 #include "files/text_output.h"
 #include "operation/progress.h"
 #include "operation/text.h"
-#include "app/converter/batch_line.h"
 #include "raw/cd_image.h"
 #include "raw/cue_sheet.h"
 #include "raw/raw_sector.h"
@@ -19,15 +19,20 @@ namespace {
 
 constexpr const char* kDoneText = "Conversion iso2bin Done !";
 
-/// One run of IsoToBin.
-class CBinConversion {
+void WriteText(CCheckedOutput& output, const std::string& text) {
+    CTextOutput lines(output);
+    lines.Write(text);
+    lines.Flush();
+    output.FinishOrFail();
+}
+
+/// One run of IsoToBinByConverter.
+class CConverterConversion {
 public:
-    CBinConversion(const SIsoToBinRequest& request, CConverterRunner& runner, COperation& operation)
-        : m_folder(request.folder),
-          m_imagePath(request.folder + request.fileName),
-          m_runner(runner),
-          m_operation(operation) {
-        const std::string name = SplitPath(request.fileName).name;
+    CConverterConversion(const std::string& folder, const std::string& fileName, CConverterRunner& runner,
+                         COperation& operation)
+        : m_folder(folder), m_imagePath(folder + fileName), m_runner(runner), m_operation(operation) {
+        const std::string name = SplitPath(fileName).name;
         m_batchPath = m_folder + kBatchFileName;
         m_cuePath = m_folder + name + ".cue";
         m_call.inputName = name + ".iso";
@@ -37,12 +42,10 @@ public:
     void Run() {
         m_operation.SetPane(EPane::Status, "Converting ISO2BIN, please Wait");
         Examine();
-        DisableCommands(m_operation, {ECommand::IsoToIml, ECommand::Vantrel, ECommand::IsoToBin, ECommand::BinToIso,
-                                      ECommand::IsoToDax, ECommand::DaxToIso, ECommand::Browse, ECommand::CheckPostgap,
-                                      ECommand::IsoToCso, ECommand::CsoToIso});
+        m_operation.Begin(EConversion::IsoToBin);
         m_runner.PlaceConverter(m_folder);
         WriteBatchFileAndSheet();
-        m_operation.StartProgress(ProgressRange(m_sectors), EProgressFill::Dvd);
+        m_operation.SetTotal(m_sectors);
         Start();
         WaitForConverter();
         Finish();
@@ -50,7 +53,7 @@ public:
 
 private:
     void Examine() {
-        CInputFile image;
+        CCheckedInput image(m_operation);
         const SCdImage found = ExamineCdImage(m_imagePath, image, m_operation);
         m_sectors = found.Sectors();
         m_call.postgap = found.NeedsPostgap();
@@ -58,26 +61,14 @@ private:
         m_operation.SetPane(EPane::Bytes, m_lengthText);
     }
 
+    /// Both files are opened before either is written.
     void WriteBatchFileAndSheet() {
-        COutputFile batch;
-        COutputFile cue;
-        if (!batch.Open(m_batchPath, EOutputManner::InPlace)) {
-            m_operation.Fail(Format("Code 101- Error Opening %s", m_batchPath.c_str()));
-        }
-        if (!cue.Open(m_cuePath, EOutputManner::InPlace)) {
-            m_operation.Fail(Format("Code 102- Error Opening %s", m_cuePath.c_str()));
-        }
+        CCheckedOutput batch(m_operation);
+        CCheckedOutput cue(m_operation);
+        batch.OpenOrFail(m_batchPath, EOutputManner::InPlace, "Code 101- Error Opening %s");
+        cue.OpenOrFail(m_cuePath, EOutputManner::InPlace, "Code 102- Error Opening %s");
         WriteText(batch, BatchLineOf(m_call));
         WriteText(cue, CueSheetOf(m_call.outputName));
-    }
-
-    void WriteText(COutputFile& output, const std::string& text) {
-        CTextOutput lines(output);
-        lines.Write(text);
-        lines.Flush();
-        if (!output.Finish()) {
-            m_operation.Fail(output.FailureText());
-        }
     }
 
     void Start() {
@@ -88,28 +79,29 @@ private:
         }
     }
 
-    /// The bar goes round as long as the converter works: one step for each look at it.
+    /// The bar advances by one step per poll and starts again at its end. It shows that work is going on, not how much
+    /// is done.
     void WaitForConverter() {
         bool finished = false;
         std::uint32_t counter = 0;
         while (!finished) {
-            m_operation.SetPane(EPane::Percent, PercentText(PercentOf(counter, m_sectors)));
-            m_operation.StepProgress();
+            ShowPercent(m_operation, counter, m_sectors);
             ++counter;
+            m_operation.SetDone(counter);
             m_operation.SetPane(EPane::Bytes, m_lengthText);
             if (counter >= m_sectors) {
                 counter = 0;
-                m_operation.SetPane(EPane::Percent, "0%");
-                m_operation.SetProgressPosition(0);
+                ShowPercent(m_operation, 0, m_sectors);
+                m_operation.SetDone(0);
             }
             finished = m_runner.HasFinished();
-            m_operation.PumpMessages();
+            m_operation.Yield();
         }
     }
 
     void Finish() {
-        m_operation.SetProgressPosition(ProgressRange(m_sectors));
-        m_operation.SetPane(EPane::Percent, "100%");
+        m_operation.SetDone(m_sectors);
+        ShowPercent(m_operation, m_sectors, m_sectors);
         RemoveFile(m_batchPath);
         m_runner.RemoveConverter(m_folder);
         m_operation.SetPane(EPane::Status, kDoneText);
@@ -134,8 +126,9 @@ private:
 
 }  // namespace
 
-void IsoToBin(const SIsoToBinRequest& request, CConverterRunner& runner, COperation& operation) {
-    CBinConversion(request, runner, operation).Run();
+void IsoToBinByConverter(const std::string& folder, const std::string& fileName, CConverterRunner& runner,
+                         COperation& operation) {
+    CConverterConversion(folder, fileName, runner, operation).Run();
 }
 
 }  // namespace vantrel

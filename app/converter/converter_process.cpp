@@ -2,11 +2,11 @@
 
 #include <shellapi.h>
 
+#include "app/converter/batch_line.h"
 #include "app/converter/quoted_arguments.h"
 #include "app/resource_file.h"
 #include "files/native_file.h"
 #include "files/utf.h"
-#include "app/converter/batch_line.h"
 #include "resources/resource_ids.h"
 
 namespace vantrel {
@@ -16,7 +16,7 @@ namespace {
 constexpr wchar_t kResourceFileName[] = L"~tmp.zzz";
 constexpr wchar_t kResourceType[] = L"BIN";
 
-/// The system may hold a program's file for a moment after the program has ended.
+/// The system may keep a program's file open for a moment after the program has ended.
 constexpr int kRemovalTries = 50;
 constexpr DWORD kRemovalPause = 20;  // milliseconds
 
@@ -31,7 +31,7 @@ CConverterProcess::~CConverterProcess() {
 void CConverterProcess::PlaceConverter(const std::string& folder) {
     std::wstring written;
     if (!WriteResourceFile(kResourceFileName, kResourceType, IDR_RAW_CONVERTER, written)) {
-        // The program's own folder cannot be written; the image's folder takes outputs anyway.
+        // The program's folder may be read-only; the image's folder takes the outputs anyway.
         DeleteFileW(written.c_str());
         written = WideOf(folder) + kResourceFileName;
         WriteResourceTo(written, kResourceType, IDR_RAW_CONVERTER);
@@ -42,7 +42,7 @@ void CConverterProcess::PlaceConverter(const std::string& folder) {
 
 void CConverterProcess::StartBatchFile(const std::string& folder, const std::string& name) {
     const std::wstring directory = WideOf(folder);
-    // The whole path, so that no other file of that name is found first.
+    // The full path, so that no other file of this name is found first.
     const std::wstring file = WideOf(folder + name);
     SHELLEXECUTEINFOW execution = {};
     execution.cbSize = sizeof execution;

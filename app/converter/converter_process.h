@@ -1,4 +1,4 @@
-// The raw-sector converter as a process: written out of the program's resources, run beside the image, deleted again.
+// The raw-sector converter as a process: extracted from the program's resources, run in the image's folder, deleted.
 #pragma once
 
 #include <windows.h>

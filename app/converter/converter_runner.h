@@ -1,4 +1,4 @@
-// What the window's conversion to a raw image needs of the system: a converter program beside the image, running.
+// What the window's conversion to a raw image needs from the system: to place, start and remove the converter program.
 #pragma once
 
 #include <string>
@@ -6,8 +6,7 @@
 
 namespace vantrel {
 
-/// The window implements it with the system's processes; tests implement it with a record of calls. Folders end in the
-/// separator.
+/// The window implements it with real processes, tests with a record of calls. Folders end in their separator.
 class CConverterRunner {
 public:
     virtual ~CConverterRunner() = default;
@@ -15,13 +14,13 @@ public:
     /// Writes the carried converter to "~tmp.zzz", copies it to "tmpfile.exe" in `folder`, and deletes "~tmp.zzz".
     virtual void PlaceConverter(const std::string& folder) = 0;
 
-    /// Starts the batch file of this name in `folder`, hidden, with the folder as its current one.
+    /// Starts the batch file `name` in `folder`, hidden, with `folder` as the current folder.
     virtual void StartBatchFile(const std::string& folder, const std::string& name) = 0;
 
-    /// Starts "tmpfile.exe" in `folder` with these arguments, each quoted as needed, otherwise like the batch file.
+    /// Starts "tmpfile.exe" in `folder` with these arguments, quoted, in the same way.
     virtual void StartConverter(const std::string& folder, const std::vector<std::string>& arguments) = 0;
 
-    /// Whether what was started has ended; true when nothing could be started. Returns at once.
+    /// Whether the started program has ended; true if nothing could be started. Does not wait.
     virtual bool HasFinished() = 0;
 
     /// Deletes "tmpfile.exe" in `folder`.

@@ -6,7 +6,7 @@ namespace vantrel {
 
 namespace {
 
-/// Backslashes mean themselves, except before a quote.
+/// Backslashes are literal except before a quote.
 std::string Quoted(std::string_view word) {
     std::string quoted = "\"";
     std::size_t backslashes = 0;

@@ -1,4 +1,4 @@
-// The command line of a program that is started directly.
+// The command line of a program that is started without a command processor.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace vantrel {
 
-/// A command line from which the started program reads exactly these words, the first being its own name: each in
-/// double quotes, quotes in it and backslashes before them escaped.
+/// A command line that the started program splits into exactly these words, of which the first is its own name. Each
+/// word is put in double quotes; quotes in it, and backslashes before quotes, are escaped.
 std::string QuotedCommandLine(const std::vector<std::string>& words);
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-// The end of a conversion as the user notices it: the done message, with the chosen sound as long as it stands.
+// The done message of a conversion and the sound that plays while it is open.
 #pragma once
 
 #include <windows.h>
@@ -7,8 +7,8 @@
 
 namespace vantrel {
 
-/// Shows `message` in a message box of `owner` and repeats the WAV file at `path` until the box is closed. When the
-/// sound cannot be played the box says so under the message.
+/// Shows `message` in a message box of `owner` and repeats the WAV file at `path` until the box is closed. If the sound
+/// cannot be played, a second line of the message says so.
 void PlayCompletionSound(HWND owner, const std::wstring& path, const std::wstring& message);
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-// The endless repetition of a sound: what the next buffer of the player holds.
+// The endless repetition of a sound: the contents of the player's next buffer.
 #pragma once
 
 #include <cstddef>
@@ -7,15 +7,15 @@
 
 namespace vantrel {
 
-/// The size in bytes of each of the player's buffers.
+/// Bytes of each of the player's buffers.
 inline constexpr std::size_t kWaveBufferSize = 8000;
 
-/// The bytes of a buffer that hold whole samples of this size; the device plays no broken ones. 0 for a sample size
-/// of 0 or one that is larger than the buffer.
+/// The largest number of bytes of a buffer that is a multiple of the sample size, because a device plays whole samples
+/// only. 0 if the sample size is 0 or larger than the buffer.
 std::size_t UsableBufferSize(std::size_t blockAlign);
 
-/// Fills the buffer with what follows the read position, beginning again at the start of the samples whenever their
-/// end is reached, and moves the read position on. Nothing happens when there are no samples.
+/// Fills the buffer with the samples from the read position on, starts again at the first sample whenever the end is
+/// reached, and advances the read position. Does nothing if there are no samples.
 void FillFromLoop(std::span<const std::uint8_t> samples, std::size_t& readPosition, std::span<std::uint8_t> buffer);
 
 }  // namespace vantrel

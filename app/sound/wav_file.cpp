@@ -19,7 +19,7 @@ constexpr std::size_t kChunkHeaderSize = 8;
 constexpr std::size_t kChunkNameSize = 4;
 constexpr std::size_t kFormatSize = 16;
 
-/// More chunks than any sound has; a file of nothing but empty chunks is not walked to its end.
+/// More chunks than any sound has. Limits the time for a file that consists of empty chunks.
 constexpr int kMostChunks = 10000;
 
 struct SChunk {
@@ -48,8 +48,8 @@ bool IsNamedData(const SChunk& chunk) {
     });
 }
 
-/// Where the chunk after this one begins. A chunk of odd size is padded with one zero byte, which some programs
-/// forget; no chunk's name begins with a zero.
+/// Position of the next chunk. A chunk of odd size is followed by a zero byte, which some programs omit. No chunk name
+/// starts with a zero byte.
 std::int64_t PositionAfter(CInputFile& file, const SChunk& chunk) {
     const std::int64_t end = chunk.contentStart + chunk.size;
     std::array<std::uint8_t, 1> padding = {};
@@ -79,7 +79,7 @@ SWaveFormat FormatOf(std::span<const std::uint8_t, kFormatSize> bytes) {
     return format;
 }
 
-/// The bytes of whole samples that the chunk really has: what its header claims is not believed.
+/// Bytes of whole samples in the chunk. The size in its header may exceed the file.
 std::int64_t UsableSize(const CInputFile& file, const SChunk& data, std::uint16_t blockAlign) {
     const std::int64_t available = file.Size() - data.contentStart;
     const std::int64_t size = std::min<std::int64_t>(data.size, available);

@@ -1,4 +1,4 @@
-// Reading of WAV files for the completion sound: the format and the samples, portable and without help of the system.
+// A portable reader of WAV files for the completion sound.
 #pragma once
 
 #include <cstddef>
@@ -15,20 +15,20 @@ struct SWaveFormat {
     std::uint16_t channels = 0;
     std::uint32_t samplesPerSecond = 0;
     std::uint32_t averageBytesPerSecond = 0;
-    std::uint16_t blockAlign = 0;  ///< Bytes of one sample of all channels.
+    std::uint16_t blockAlign = 0;  ///< Bytes of a sample of all channels.
     std::uint16_t bitsPerSample = 0;
 };
 
 /// A sound in memory.
 class CWaveSound {
 public:
-    /// Loads a WAV file. The first chunk is taken as the format, the first chunk named "data" after it as the samples.
-    /// False, with the sound left as it was, when the file cannot be opened alone or read, when it has no such chunks,
-    /// when its format names no sample size, or when it holds not even one sample.
+    /// Loads a WAV file. The first chunk is the format, the first chunk "data" after it holds the samples. Returns
+    /// false and keeps the previous sound if the file cannot be opened exclusively or read, if it lacks one of the
+    /// chunks, if its sample size is 0, or if it holds no whole sample.
     bool Load(const std::string& path);
 
     const SWaveFormat& Format() const { return m_format; }
-    /// Whole samples only, never empty after a successful Load.
+    /// Whole samples; not empty after a successful Load.
     std::span<const std::uint8_t> Samples() const { return {m_samples.get(), m_length}; }
 
 private:

@@ -29,7 +29,7 @@ CWavePlayer::~CWavePlayer() {
         ReleaseBuffers();
         waveOutClose(m_device);
     }
-    // Last, because closing the device calls back once more.
+    // After the device, because closing it calls back once more.
     if (m_event != nullptr) {
         CloseHandle(m_event);
     }

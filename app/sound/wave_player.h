@@ -1,8 +1,8 @@
-// The player of the completion sound: repeats a WAV file on the default wave device until it is destroyed.
+// The player of the completion sound: repeats a WAV file on the default wave output device.
 #pragma once
 
 #include <windows.h>
-// After windows.h, whose types it uses.
+// Needs the types of windows.h.
 #include <mmsystem.h>
 
 #include <array>
@@ -15,8 +15,8 @@
 
 namespace vantrel {
 
-/// One sound being played. A thread of its own keeps eight buffers queued at the device; it and the device's callback
-/// touch nothing but this object, and are over when its destructor returns.
+/// A sound that is playing until the object is destroyed. A thread of its own keeps eight buffers queued at the device.
+/// Thread and device callback access only this object and have ended when its destructor returns.
 class CWavePlayer {
 public:
     CWavePlayer() = default;
@@ -24,7 +24,7 @@ public:
     CWavePlayer& operator=(const CWavePlayer&) = delete;
     ~CWavePlayer();
 
-    /// Holds the sound where it is, or lets it go on.
+    /// Pauses or resumes the sound.
     void SetPaused(bool isPaused);
 
 private:
@@ -55,11 +55,11 @@ private:
     bool m_isPaused = false;
 };
 
-/// Starts playing a WAV file, or prepares it with the device paused. Null on any failure: no such file, no WAV file,
-/// no device or a format that it does not play.
+/// Starts to play a WAV file, or opens it with the device paused. Null if the file cannot be loaded, or if there is no
+/// device for its format.
 CWavePlayer* CreatePlayer(const std::wstring& path, bool startPaused);
 
-/// Stops the sound and releases everything. Null is allowed.
+/// Stops the sound. `player` may be null.
 void DestroyPlayer(CWavePlayer* player);
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-// The About box is made by its dialog template; here its two links come to life.
+// The dialog template defines the box. This file adds the function of its two links.
 #include "app/ui/about_box.h"
 
 #include "app/ui/hover_cursor.h"

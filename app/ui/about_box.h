@@ -5,10 +5,10 @@
 
 namespace vantrel {
 
-/// Shows the box over its owner and returns when it is closed.
+/// Shows the box over `owner`. Returns when it is closed.
 void RunAboutBox(HWND owner);
 
-/// What the link with this control id (IDC_ABOUT_WEB_LINK, IDC_ABOUT_MAIL_LINK) opens; null for any other control.
+/// The target of a link of the box, by its control id. Null for other controls.
 const wchar_t* AboutLinkTarget(int controlId);
 
 }  // namespace vantrel

@@ -1,6 +1,6 @@
 #include "app/ui/accessible_name.h"
 
-// The ids of the interfaces are defined here.
+// initguid.h makes the next headers define the ids of the interfaces in this file.
 #include <initguid.h>
 #include <objbase.h>
 #include <oleacc.h>

@@ -1,11 +1,11 @@
-// Names that assistive tools read aloud for controls without a text of their own.
+// Names of controls for assistive tools, such as screen readers.
 #pragma once
 
 #include <windows.h>
 
 namespace vantrel {
 
-/// Gives a control a name for assistive tools. Where the system has no such service, nothing happens.
+/// Sets the name of a control for assistive tools. Does nothing if the system has no such service.
 void SetAccessibleName(HWND control, const wchar_t* name);
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-// Painting into a bitmap that is copied to the window in one piece, so that nothing flickers.
+// Flicker-free painting: into a bitmap that is copied to the window in one step.
 #pragma once
 
 #include <windows.h>
@@ -7,7 +7,7 @@ namespace vantrel {
 
 class CBufferedPaint {
 public:
-    /// Paints into `area` of `target`; what was painted appears at the end of this object's life.
+    /// Provides a context for painting into `area` of `target`. The destructor copies the result there.
     CBufferedPaint(HDC target, const RECT& area)
         : m_target(target),
           m_area(area),

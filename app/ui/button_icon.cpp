@@ -1,4 +1,3 @@
-// Loading and greying of button icons.
 #include "app/ui/button_icon.h"
 
 #include <algorithm>
@@ -12,7 +11,7 @@ namespace {
 constexpr std::array kDrawnSizes = {64, 48, 32, 24, 16};
 constexpr std::uint32_t kGreyOpacity = 140;  // of 255
 
-/// The pixels that show on a white or on a black ground, which together tell how opaque each one is.
+/// A pixel of the icon drawn on black and on white, from which its opacity follows.
 struct SPixelOnGrounds {
     std::uint32_t onBlack;
     std::uint32_t onWhite;
@@ -21,7 +20,7 @@ struct SPixelOnGrounds {
         return 255U - ((onWhite >> 8 & 0xFFU) - std::min(onWhite >> 8 & 0xFFU, onBlack >> 8 & 0xFFU));
     }
 
-    /// Brightness as the eye weighs the colours, already multiplied by the opacity.
+    /// Perceived brightness, multiplied by the opacity.
     std::uint32_t Brightness() const {
         return ((onBlack >> 16 & 0xFFU) * 77 + (onBlack >> 8 & 0xFFU) * 150 + (onBlack & 0xFFU) * 29) >> 8;
     }

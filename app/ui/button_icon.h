@@ -1,4 +1,4 @@
-// The picture on a button: an icon of the resources at one of the sizes it was drawn for, in colour or greyed.
+// The icon of a button: a resource at one of its own sizes, in colour or greyed.
 #pragma once
 
 #include <windows.h>
@@ -8,7 +8,7 @@
 
 namespace vantrel {
 
-/// The largest size that button icons are drawn for and that is not above `room` pixels; the smallest when none fits.
+/// The largest size of the button icons that is not above `room` pixels; the smallest one if none fits.
 int ButtonIconSize(int room);
 
 class CButtonIcon {
@@ -18,13 +18,12 @@ public:
     CButtonIcon(const CButtonIcon&) = delete;
     CButtonIcon& operator=(const CButtonIcon&) = delete;
 
-    /// Loads the icon of the program's resources in `size` pixels; 0, or one that is not there, draws nothing.
+    /// Loads an icon of the program's resources in `size` pixels. Nothing is drawn if there is no such icon.
     void Load(int iconId, int size);
 
     int Size() const { return m_icon != nullptr ? m_size : 0; }
 
-    /// Draws with the upper left corner at (x, y). Greyed: without colour and half transparent, so that the drawing
-    /// stays recognisable.
+    /// Draws the icon with its upper left corner at (x, y). A greyed icon is drawn without colour and half transparent.
     void Draw(HDC dc, int x, int y, bool isGreyed) const;
 
 private:

@@ -11,8 +11,8 @@ INT_PTR CALLBACK NothingHandled(HWND, UINT, WPARAM, LPARAM) {
 
 }  // namespace
 
-/// Catches the window of a dialog while the system creates it, before its first message. The dialog manager offers no
-/// other way to WM_CREATE.
+/// Attaches a dialog object to its window during creation, before the first message. The dialog manager offers no other
+/// access to WM_CREATE.
 class CDialogCreation {
 public:
     explicit CDialogCreation(CDialog& dialog) { t_dialog = &dialog; }
@@ -24,7 +24,7 @@ public:
     }
 
 private:
-    /// The system creates helpers of its own, such as the input method's window, together with a first window.
+    /// Together with a first window, the system also creates others, such as that of the input method.
     static bool IsDialogClass(HWND window) {
         constexpr int kRoom = 16;
         wchar_t name[kRoom] = {};
@@ -44,7 +44,7 @@ private:
         return CallNextHookEx(nullptr, code, wParam, lParam);
     }
 
-    /// The hook has no parameter of its own; it lives only during one creation on this thread.
+    /// The dialog for the hook procedure, which has no user parameter. Set only during a creation on this thread.
     static thread_local CDialog* t_dialog;
     HHOOK m_hook = SetWindowsHookExW(WH_CBT, CatchWindow, nullptr, GetCurrentThreadId());
 };

@@ -1,5 +1,5 @@
-// A dialog window whose messages, WM_CREATE among them, reach a virtual function, and which runs over the program's own
-// message loop, so that every message can be looked at before it is dispatched.
+// A dialog window that passes all its messages, including WM_CREATE, to a virtual function. It runs in the program's
+// own message loop, where every message can be filtered before it is dispatched.
 #pragma once
 
 #include "app/ui/message_loop.h"
@@ -14,18 +14,18 @@ public:
     CDialog& operator=(const CDialog&) = delete;
     ~CDialog() override;
 
-    /// Creates the window, shows it and pumps messages until the window is gone or the program quits.
+    /// Creates the window, shows it and processes messages until the window is destroyed or the program quits.
     void DoModal(CMessageLoop& loop);
 
-    /// Dialog keys (Tab, Enter, Esc, arrows).
+    /// Handles the dialog keys (Tab, Enter, Esc, arrows).
     bool PreTranslateMessage(MSG& message) override;
 
     CWindow Item(int id) const { return CWindow(GetDlgItem(m_window, id)); }
 
 protected:
-    /// Every message of the window. What is not handled goes to Default.
+    /// Receives every message of the window. Unhandled messages go to Default.
     virtual LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
-    /// The system's handling of a dialog message.
+    /// The default processing of a dialog message.
     LRESULT Default(UINT message, WPARAM wParam, LPARAM lParam);
 
 private:

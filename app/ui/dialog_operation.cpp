@@ -2,21 +2,41 @@
 
 #include <shellapi.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <limits>
 
 #include "app/message_box.h"
 #include "app/sound/completion_sound.h"
 #include "files/utf.h"
-#include "operation/progress.h"
 #include "operation/text.h"
+#include "resources/resource_ids.h"
 
 namespace vantrel {
+namespace {
+
+/// Units of work as a number of the progress bar, which has 32 bits.
+std::int32_t BarUnits(std::int64_t units) {
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(units, 0, std::numeric_limits<std::int32_t>::max()));
+}
+
+}  // namespace
 
 CDialogOperation::CDialogOperation(SOperationControls controls)
     : m_controls(std::move(controls)), m_taskbar(m_controls.dialog) {}
 
 CDialogOperation::~CDialogOperation() {
     m_controls.statusBar.PaintNow();
+}
+
+void CDialogOperation::Begin(EConversion conversion) {
+    m_rules = &RulesOf(conversion);
+    for (const int controlId : m_rules->greyed) {
+        EnableControl(controlId, false);
+    }
+    if (m_rules->levelList == ELevelList::GreyedAtBegin && m_controls.levelList.Selection() >= 0) {
+        EnableControl(IDC_COMPRESSION, false);
+    }
 }
 
 void CDialogOperation::SetPane(EPane pane, std::string_view text) {
@@ -27,66 +47,27 @@ void CDialogOperation::SetPane(EPane pane, std::string_view text) {
     }
 }
 
-void CDialogOperation::EnableCommand(ECommand command, bool enabled) {
-    const CWindow control(GetDlgItem(m_controls.dialog, static_cast<int>(command)));
-    if (!enabled) {
-        KeepFocusUsable(control.Handle(), command, enabled);
+void CDialogOperation::SetTotal(std::int64_t units) {
+    if (m_rules->levelList == ELevelList::GreyedWithBar) {
+        EnableControl(IDC_COMPRESSION, false);
     }
-    control.Enable(enabled);
-    if (command == ECommand::CompressionLevel) {
-        m_levelListGreyed = !enabled;
-    }
-    if (enabled) {
-        KeepFocusUsable(control.Handle(), command, enabled);
-    }
-}
-
-/// The keyboard's focus must not stay on a greyed button, where keys go nowhere. It waits in the sound list, where no
-/// key does harm, and goes on to the browse button when that is enabled again.
-void CDialogOperation::KeepFocusUsable(HWND control, ECommand command, bool enabled) {
-    const HWND focus = GetFocus();
-    const HWND waiting = m_controls.soundList.Handle();
-    const bool leaves = !enabled && focus == control;
-    const bool returns = enabled && command == ECommand::Browse && m_focusMoved && focus == waiting;
-    if (leaves || returns) {
-        m_focusMoved = leaves;
-        SendMessageW(m_controls.dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(leaves ? waiting : control), TRUE);
-    }
-}
-
-void CDialogOperation::AcceptDroppedFiles() {
-    DragAcceptFiles(m_controls.dialog, TRUE);
-}
-
-std::optional<int> CDialogOperation::CompressionLevel() {
-    const int selection = m_controls.levelList.Selection();
-    return selection < 0 ? std::nullopt : std::optional<int>(selection + 1);
-}
-
-void CDialogOperation::StartProgress(std::int32_t range, EProgressFill fill) {
-    m_progress = std::make_unique<CTimedProgressCtrl>(m_controls.progressAnchor, range, static_cast<int>(fill));
+    m_progress = std::make_unique<CTimedProgressCtrl>(m_controls.progressAnchor, BarUnits(units), m_rules->fillBitmap);
     m_controls.statusBar.PaintNow();
 }
 
-void CDialogOperation::StepProgress() {
+void CDialogOperation::SetDone(std::int64_t units) {
     if (m_progress) {
-        m_progress->StepIt(true);
+        m_progress->SetPosition(BarUnits(units), true);
     }
 }
 
-void CDialogOperation::SetProgressPosition(std::int32_t position) {
-    if (m_progress) {
-        m_progress->SetPosition(position, true);
-    }
-}
-
-void CDialogOperation::PumpMessages() {
+void CDialogOperation::Yield() {
     m_controls.statusBar.PaintIfDue();
     if (m_progress) {
         m_progress->PaintIfDue();
         m_taskbar.ShowIfDue(m_progress->Position(), m_progress->Range());
     }
-    vantrel::PumpMessages(m_controls.loop);
+    PumpMessages(m_controls.loop);
 }
 
 void CDialogOperation::Notify(std::string_view text) {
@@ -100,7 +81,8 @@ void CDialogOperation::EndWith(std::string_view text) {
 
 bool CDialogOperation::Complete(std::string_view doneText, const std::function<void()>& report) {
     m_controls.updateData();
-    // A list may or may not take an index past its end as "select nothing": what counts is the selection read back.
+    // Whether an index past the end clears the selection is up to the list. Only the selection that is read back
+    // counts.
     const CComboBox& soundList = m_controls.soundList;
     soundList.Select(soundList.Count());
     const int selection = soundList.Selection();
@@ -112,17 +94,59 @@ bool CDialogOperation::Complete(std::string_view doneText, const std::function<v
     report();
     PaintNow();
     PlayCompletionSound(m_controls.dialog, soundPath, m_controls.doneMessage);
-    AcceptDroppedFiles();
+    DragAcceptFiles(m_controls.dialog, TRUE);
     SetPane(EPane::Percent, PercentText(0));
-    using enum ECommand;
-    DisableCommands(*this, {IsoToIml, Vantrel, IsoToBin, BinToIso});
-    EnableCommand(Browse, true);
-    DisableCommands(*this, {CheckPostgap, IsoToDax, DaxToIso, IsoToCso, CsoToIso});
-    if (m_levelListGreyed) {  // for the run, not for good: the next image may want another level
-        EnableCommand(CompressionLevel, true);
-    }
+    SetStates(CompletionStates());
     m_progress.reset();
     return true;
+}
+
+void CDialogOperation::End() {
+    Apply(m_rules->ending);
+}
+
+void CDialogOperation::EndCancelled() {
+    Apply(CancelEnding());
+}
+
+void CDialogOperation::Apply(const SEnding& ending) {
+    SetStates(ending.states);
+    if (ending.acceptsDrops) {
+        DragAcceptFiles(m_controls.dialog, TRUE);
+    }
+}
+
+void CDialogOperation::SetStates(std::span<const SControlState> states) {
+    for (const SControlState& state : states) {
+        EnableControl(state.controlId, state.enabled);
+    }
+}
+
+/// A greyed control must not keep the keyboard focus, because it ignores all keys. The focus moves to the sound list,
+/// where keys do no harm, and on to the browse button once that is enabled again.
+void CDialogOperation::EnableControl(int controlId, bool enabled) {
+    const CWindow control(GetDlgItem(m_controls.dialog, controlId));
+    if (!enabled) {
+        MoveFocusFrom(control.Handle());
+    }
+    control.Enable(enabled);
+    if (enabled && controlId == IDC_BROWSE) {
+        ReturnFocusTo(control.Handle());
+    }
+}
+
+void CDialogOperation::MoveFocusFrom(HWND control) {
+    if (GetFocus() == control) {
+        m_focusMoved = true;
+        SendMessageW(m_controls.dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(m_controls.soundList.Handle()), TRUE);
+    }
+}
+
+void CDialogOperation::ReturnFocusTo(HWND control) {
+    if (m_focusMoved && GetFocus() == m_controls.soundList.Handle()) {
+        m_focusMoved = false;
+        SendMessageW(m_controls.dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
+    }
 }
 
 void CDialogOperation::PaintNow() {

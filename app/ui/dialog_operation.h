@@ -4,8 +4,10 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 
+#include "app/conversion_rules.h"
 #include "app/ui/message_loop.h"
 #include "app/ui/status_bar.h"
 #include "app/ui/taskbar_progress.h"
@@ -13,9 +15,11 @@
 #include "app/ui/window.h"
 #include "operation/operation.h"
 
+#undef Yield  // an empty macro of windows.h, which may come after operation.h
+
 namespace vantrel {
 
-/// What a conversion may use of the dialog while it runs.
+/// The parts of the dialog that a conversion uses while it runs.
 struct SOperationControls {
     HWND dialog;
     HWND progressAnchor;
@@ -24,11 +28,12 @@ struct SOperationControls {
     CComboBox& soundList;
     CComboBox& levelList;
     const std::wstring& workFolder;
-    std::wstring& scratchText;         ///< Takes the percent text.
-    std::wstring& doneMessage;         ///< Takes the done text.
-    std::function<void()> updateData;  ///< Brings the controls' values to the dialog's members.
+    std::wstring& scratchText;         ///< Receives the percent text.
+    std::wstring& doneMessage;         ///< Receives the done text.
+    std::function<void()> updateData;  ///< Copies the values of the controls to the dialog's members.
 };
 
+/// Begin must be the first call that concerns buttons or progress.
 class CDialogOperation : public COperation {
 public:
     using COperation::Complete;
@@ -38,29 +43,35 @@ public:
     CDialogOperation& operator=(const CDialogOperation&) = delete;
     ~CDialogOperation() override;
 
+    void Begin(EConversion conversion) override;
     void SetPane(EPane pane, std::string_view text) override;
-    void EnableCommand(ECommand command, bool enabled) override;
-    void AcceptDroppedFiles() override;
-    std::optional<int> CompressionLevel() override;
-    void StartProgress(std::int32_t range, EProgressFill fill) override;
-    void StepProgress() override;
-    void SetProgressPosition(std::int32_t position) override;
-    void PumpMessages() override;
+    void SetTotal(std::int64_t units) override;
+    void SetDone(std::int64_t units) override;
+    void Yield() override;
     void Notify(std::string_view text) override;
     bool Complete(std::string_view doneText, const std::function<void()>& report) override;
 
+    /// Applies the ending of the conversion. To be called after the engine's function has returned.
+    void End();
+    /// The same for a conversion that the user has cancelled.
+    void EndCancelled();
+
 private:
-    /// Shows the text and ends the process with status 0; what has been written stays.
+    /// Shows the text and ends the process with status 0. Partly written outputs stay.
     void EndWith(std::string_view text) override;
+    void Apply(const SEnding& ending);
+    void SetStates(std::span<const SControlState> states);
+    void EnableControl(int controlId, bool enabled);
+    void MoveFocusFrom(HWND control);
+    void ReturnFocusTo(HWND control);
     void PaintNow();
     void ShowInformation(std::string_view text);
-    void KeepFocusUsable(HWND control, ECommand command, bool enabled);
 
     SOperationControls m_controls;
     CSleepGuard m_sleepGuard;
     CTaskbarProgress m_taskbar;
+    const SConversionRules* m_rules = nullptr;
     bool m_focusMoved = false;
-    bool m_levelListGreyed = false;
     std::unique_ptr<CTimedProgressCtrl> m_progress;
 };
 

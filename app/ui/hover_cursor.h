@@ -1,4 +1,4 @@
-// The pointer that buttons and links show while it is over them: a hand. One object is shared by all of them.
+// The hand-shaped pointer over buttons and links. All of them share one object.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@ class CHoverCursor {
 public:
     CHoverCursor() : m_cursor(LoadCursorW(nullptr, IDC_HAND)) {}
 
-    /// Shows the hand; false where the system has none, and the pointer stays as it is.
+    /// Shows the hand. Returns false if the system has none; then the pointer does not change.
     bool Show() const {
         if (m_cursor != nullptr) {
             SetCursor(m_cursor);
@@ -18,7 +18,7 @@ public:
     }
 
 private:
-    HCURSOR m_cursor;  // shared with the system, never freed
+    HCURSOR m_cursor;  // owned by the system
 };
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-// The shell knows most targets. The search through the registry serves systems where only the browser itself is known.
+// The registry is searched for systems on which the shell does not know the target, only the browser.
 #include "app/ui/hyperlink.h"
 
 #include <shellapi.h>
@@ -10,9 +10,9 @@
 namespace vantrel {
 namespace {
 
-constexpr INT_PTR kLastShellError = 32;  // results of ShellExecute up to here are error codes
+constexpr INT_PTR kLastShellError = 32;  // results of ShellExecute up to this one are error codes
 
-/// The default value of a key below HKEY_CLASSES_ROOT; empty when there is none.
+/// The default value of a key below HKEY_CLASSES_ROOT. Empty if there is none.
 std::wstring ClassValue(const std::wstring& key) {
     std::array<wchar_t, 1024> value = {};
     auto size = static_cast<DWORD>(sizeof value);
@@ -28,7 +28,7 @@ std::wstring SystemMessage(DWORD error) {
     return text[0] != L'\0' ? text.data() : L"Error " + std::to_wstring(error);
 }
 
-/// The last error of the system; never "no error".
+/// The last error of the system, never ERROR_SUCCESS.
 DWORD FailureCode() {
     const DWORD error = GetLastError();
     return error != ERROR_SUCCESS ? error : static_cast<DWORD>(ERROR_NO_ASSOCIATION);

@@ -1,4 +1,4 @@
-// Opening a web page or a mail address with the program that the system has for it.
+// Opens a web page or a mail address with the associated program.
 #pragma once
 
 #include <windows.h>
@@ -7,18 +7,18 @@
 
 namespace vantrel {
 
-/// The command line that opens `target` with the command of an association: its "%1" is the target; where the command
-/// names no place for it, the target follows at the end.
+/// The command line that opens `target` with the command of an association: "%1" is replaced by the target, or the
+/// target is appended if there is no "%1".
 std::wstring CommandLineFor(const std::wstring& command, const std::wstring& target);
 
-/// The command that opens web pages, found through the association of ".htm"; empty when there is none.
+/// The command that opens web pages, by the association of ".htm". Empty if there is none.
 std::wstring BrowserCommand();
 
-/// Asks the system to open the target, and failing that, the program that opens ".htm" files. Returns an empty text, or
-/// what the system says about the failure.
+/// Opens the target through the shell or, if that fails, with the program that opens ".htm" files. Returns an empty
+/// text or the system's error message.
 std::wstring OpenTarget(HWND owner, const std::wstring& target);
 
-/// The same; a failure is told in a message box.
+/// The same. Shows failures in a message box.
 void OpenHyperlink(HWND owner, const std::wstring& target);
 
 }  // namespace vantrel

@@ -1,5 +1,5 @@
-// The window becomes an owner-drawn button, which never paints by itself, and is painted here on WM_PAINT. Such a
-// button forgets that it is the default one and takes quick clicks for double clicks; both are mended here.
+// The button becomes owner-drawn, so that it does not paint itself, and is painted here on WM_PAINT. Owner-drawn
+// buttons lose their default-button style and report double clicks; both are corrected here.
 #include "app/ui/icon_button.h"
 
 #include <commctrl.h>
@@ -23,7 +23,7 @@ constexpr int kLargestIcon = 32;
 constexpr int kSmallestIcon = 16;
 constexpr int kLongestText = 256;
 
-/// The window's text and its size in the window's font.
+/// The text of a window and its size in the current font.
 struct SCaption {
     explicit SCaption(HWND window, HDC dc) {
         GetWindowTextW(window, text.data(), static_cast<int>(text.size()));
@@ -38,7 +38,7 @@ struct SCaption {
     SIZE size = {};
 };
 
-/// The window's font in a device context, for as long as the object lives.
+/// Selects the font of a window into a device context during the object's life.
 class CFontInUse {
 public:
     CFontInUse(HDC dc, HWND window) : m_dc(dc) {

@@ -1,4 +1,4 @@
-// A push button with an icon beside (or instead of) its text, drawn with the system's visual style where there is one.
+// A push button with an icon beside or instead of its text, drawn with the system's visual style if there is one.
 #pragma once
 
 #include <windows.h>
@@ -9,8 +9,8 @@
 
 namespace vantrel {
 
-/// Takes over the drawing of a push button that a dialog template made. Everything else stays the button's own: clicks,
-/// BM_CLICK, space and Enter, being the dialog's default button, tooltips. The object must live as long as the window.
+/// Draws a push button of a dialog template. All other functions of the button are unchanged: clicks, BM_CLICK, keys,
+/// default button, tooltips. The object must live as long as the window.
 class CIconButton {
 public:
     CIconButton() = default;
@@ -21,14 +21,13 @@ public:
     void Attach(HWND button);
     HWND Window() const { return m_window; }
 
-    /// The pointer to show over the button; it is shared and must outlive the button. Null for the system's own.
+    /// Sets the pointer over the button, which must outlive the button. Null: the system's own.
     void SetHoverCursor(const CHoverCursor* cursor);
 
-    /// The icon's number in the program's resources. It is shown as large as the button's height and text allow.
+    /// Sets the icon by its resource id. Its size depends on the height and the text of the button.
     void SetIcon(int iconId);
 
-    /// The smallest size, in pixels, that shows the text and an icon of 16 pixels whole. BCM_GETIDEALSIZE gives the
-    /// same.
+    /// The minimum size in pixels for the whole text and an icon of 16 pixels; also the answer to BCM_GETIDEALSIZE.
     SIZE IdealSize() const;
 
 private:
@@ -64,7 +63,7 @@ private:
     const CHoverCursor* m_cursor = nullptr;
     CThemeLibrary m_themes;
     HTHEME m_theme = nullptr;
-    mutable CButtonIcon m_icon;  // loaded for the size that the last painting needed
+    mutable CButtonIcon m_icon;  // in the size of the last painting
     int m_iconId = 0;
     bool m_isDefault = false;
     bool m_isHot = false;

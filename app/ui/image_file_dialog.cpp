@@ -8,7 +8,7 @@
 namespace vantrel {
 namespace {
 
-/// Room for the longest path that Windows knows, and for a file name.
+/// Characters of the longest path in Windows, and of a file name.
 constexpr std::size_t kPathRoom = 32768;
 constexpr std::size_t kTitleRoom = 260;
 
@@ -27,7 +27,7 @@ CImageFileDialog::CImageFileDialog(EPurpose purpose, HWND owner, std::wstring in
       m_owner(owner),
       m_initialFolder(std::move(initialFolder)),
       m_filter(filter.empty() ? std::wstring(kAllFiles, std::size(kAllFiles)) : std::move(filter)),
-      // No hook: with one, the system falls back to the dialog of its oldest versions.
+      // No hook, because the system would show the dialog of its oldest versions.
       m_flags(OFN_EXPLORER | OFN_ENABLESIZING | extraFlags |
               (purpose == EPurpose::Open ? OFN_READONLY : OFN_HIDEREADONLY)),
       m_file(std::move(initialName)),

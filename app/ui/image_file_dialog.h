@@ -1,4 +1,4 @@
-// The system's dialogs that open or name an image file.
+// The system's dialogs for choosing a file to open or a path to save to.
 #pragma once
 
 #include <windows.h>
@@ -7,19 +7,18 @@
 
 namespace vantrel {
 
-/// A stored filter, in which the character 1 separates labels and patterns, as the dialogs take it.
+/// Converts a filter whose separators are the character 1 to the form that the dialogs expect.
 std::wstring FilterOf(std::wstring stored);
 
 class CImageFileDialog {
 public:
     enum class EPurpose { Open, Save };
 
-    /// The filter is a list of label and patterns in turn, each ended by a zero character, the list by another; when
-    /// it is empty the dialog offers "All Files".
+    /// The filter alternates labels and patterns, each with a closing zero character. Empty: "All Files".
     CImageFileDialog(EPurpose purpose, HWND owner, std::wstring initialFolder, std::wstring initialName,
                      std::wstring filter, DWORD extraFlags = 0);
 
-    /// Shows the dialog; true when the user chose a file.
+    /// Shows the dialog. Returns true if the user chose a file.
     bool DoModal();
 
     /// The folder of the chosen file, without a closing separator except that of a drive's root.

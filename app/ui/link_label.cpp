@@ -1,5 +1,3 @@
-// Painting and input of link labels. The text is centred in height and takes the colour that the system has for links,
-// or one that can be read.
 #include "app/ui/link_label.h"
 
 #include <commctrl.h>
@@ -24,7 +22,7 @@ int Brightness(COLORREF colour) {
     return (GetRValue(colour) * 77 + GetGValue(colour) * 150 + GetBValue(colour) * 29) >> 8;
 }
 
-/// The system's colour of links, unless it cannot be read on the ground of dialogs, as in some visual styles.
+/// The system's colour for links, or one of ours if it is hard to read on the background of dialogs.
 COLORREF LinkColour() {
     const COLORREF colour = GetSysColor(COLOR_HOTLIGHT);
     const int ground = Brightness(GetSysColor(COLOR_BTNFACE));

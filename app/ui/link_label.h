@@ -1,4 +1,4 @@
-// A static text that opens a web page or a mail address, by a click or, with the focus on it, by Enter or space.
+// A static text that opens a web page or a mail address: by a click, or by Enter or space if it has the focus.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@
 
 namespace vantrel {
 
-/// Takes over a static text of a dialog template. The object must live as long as the window.
+/// Adds the function to a static text of a dialog template. The object must live as long as the window.
 class CLinkLabel {
 public:
     CLinkLabel() = default;
@@ -17,7 +17,7 @@ public:
     CLinkLabel(const CLinkLabel&) = delete;
     CLinkLabel& operator=(const CLinkLabel&) = delete;
 
-    /// The label becomes a stop of the Tab key.
+    /// Makes the label a tab stop.
     void Attach(HWND label);
     void SetTarget(std::wstring target);
     const std::wstring& Target() const { return m_target; }

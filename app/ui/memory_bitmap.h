@@ -1,4 +1,4 @@
-// A picture in memory that is both drawn into through a device context and read or written pixel by pixel.
+// A bitmap in memory with a device context for drawing and direct access to its pixels.
 #pragma once
 
 #include <windows.h>
@@ -39,7 +39,7 @@ public:
 
     HDC Dc() const { return m_dc; }
 
-    /// Null when the system had no memory for the picture. Call GdiFlush between drawing and reading.
+    /// Null if allocation failed. Call GdiFlush between drawing and reading.
     std::uint32_t* Pixels() const { return m_pixels; }
 
 private:

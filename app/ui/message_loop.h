@@ -1,15 +1,15 @@
-// The message loop of the window's thread, and the pump that keeps the window alive while a conversion runs in it.
+// The message loop of the window's thread, and the message pump that keeps the window responsive during a conversion.
 #pragma once
 
 #include <windows.h>
 
 namespace vantrel {
 
-/// Who looks at every message before it is dispatched.
+/// Receives every message before it is dispatched.
 class IMessageFilter {
 public:
     virtual ~IMessageFilter() = default;
-    /// True when the message is dealt with and not to be dispatched.
+    /// Returns true if the message has been handled and must not be dispatched.
     virtual bool PreTranslateMessage(MSG& message) = 0;
 };
 
@@ -17,18 +17,18 @@ class CMessageLoop {
 public:
     void SetFilter(IMessageFilter* filter) { m_filter = filter; }
 
-    /// Waits for one message and handles it; false when it was WM_QUIT.
+    /// Waits for one message and processes it. Returns false if it was WM_QUIT.
     bool PumpMessage();
 
-    /// Pumps until WM_QUIT, or until `window` is destroyed.
+    /// Processes messages until WM_QUIT, or until `window` is destroyed.
     void Run(HWND window);
 
 private:
     IMessageFilter* m_filter = nullptr;
 };
 
-/// Handles every pending message; 1 when the queue is empty. After WM_QUIT, which is posted again so that the loop
-/// outside ends too, 0: whoever converts goes on, and the program ends afterwards.
+/// Processes all pending messages and returns 1. On WM_QUIT it posts that message again, for the outer message loop,
+/// and returns 0; a running conversion continues and the program ends afterwards.
 int PumpMessages(CMessageLoop& loop);
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-// How often the window paints figures that change with every block: no more than a display shows.
+// Limits how often the window paints values that change with every block.
 #pragma once
 
 #include <windows.h>
@@ -7,7 +7,7 @@ namespace vantrel {
 
 class CPaintClock {
 public:
-    /// Whether the last painting is long enough ago.
+    /// Whether the interval since the last painting has passed.
     bool IsDue() const { return GetTickCount64() - m_lastPaint >= kInterval; }
     void Painted() { m_lastPaint = GetTickCount64(); }
 

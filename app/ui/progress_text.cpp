@@ -8,7 +8,7 @@
 namespace vantrel {
 namespace {
 
-/// The line counts in 1/256 percent.
+/// The time line calculates in 1/256 percent.
 constexpr std::int64_t kFineWhole = 25600;
 constexpr int kFineShift = 8;
 
@@ -19,7 +19,7 @@ std::int64_t DayOf(std::int64_t moment) {
     return moment / kTicksPerDay;
 }
 
-/// "2026/11/21/07 ": year, month, day and day of the week, Sunday being 01.
+/// "2026/11/21/07 ": year, month, day and day of the week, where Sunday is 01.
 std::string DateText(std::int64_t moment) {
     using namespace std::chrono;
     const sys_days day = sys_days(year(1601) / January / 1) + days(DayOf(moment));
@@ -28,7 +28,7 @@ std::string DateText(std::int64_t moment) {
                   static_cast<unsigned>(date.day()), weekday(day).c_encoding() + 1);
 }
 
-/// "13:07:59" of the part of a span or moment below one day.
+/// "13:07:59": the time of day of a moment, or the part of a time span below one day.
 std::string ClockText(std::int64_t ticks) {
     const std::int64_t seconds = ticks % kTicksPerDay / kTicksPerSecond;
     return Format("%02d:%02d:%02d", static_cast<int>(seconds / kSecondsPerHour),
@@ -47,7 +47,7 @@ std::string MomentText(std::int64_t moment, std::int64_t now) {
     return date + ClockText(moment);
 }
 
-/// The time that everything takes when `elapsed` was enough for `ratio` of it.
+/// The estimated total time if `ratio` took `elapsed`.
 std::int64_t WholeTime(std::int64_t elapsed, std::int64_t ratio) {
     if (ratio == 0) {
         return elapsed;

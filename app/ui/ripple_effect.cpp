@@ -1,4 +1,4 @@
-// The picture and its view are both held bottom up, as the field counts its rows.
+// The rows of the picture and its view are stored bottom up, like those of the field.
 #include "app/ui/ripple_effect.h"
 
 namespace vantrel {
@@ -7,7 +7,7 @@ namespace {
 constexpr int kEffectLeft = 5;     // x of the picture's left edge in the client area
 constexpr int kEffectBottom = 80;  // y of the picture's lowest row in the client area
 
-/// Draws the bitmap of the resources over the whole of the target; false when there is none.
+/// Stretches a bitmap resource over the whole target. Returns false if there is no such resource.
 bool DrawResourceBitmap(int bitmapId, HDC target, int width, int height) {
     const auto bitmap = static_cast<HBITMAP>(
         LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(bitmapId), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION));

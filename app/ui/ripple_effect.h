@@ -1,4 +1,4 @@
-// The title effect: a picture of the resources under moving water, in a strip along the upper edge of the dialog.
+// The title effect: a picture under moving water, in a strip along the upper edge of the dialog.
 #pragma once
 
 #include <windows.h>
@@ -20,7 +20,7 @@ inline constexpr UINT kEffectPeriod = 30;
 inline constexpr int kEffectWidth = 575;
 inline constexpr int kEffectHeight = 330;
 
-/// How strongly the pointer stirs the water: gently on its way, more with a click.
+/// A drop that the pointer causes: a small one when it moves, a larger one for a click.
 struct SRippleDrop {
     int radius;
     int depth;
@@ -30,32 +30,32 @@ inline constexpr SRippleDrop kClickDrop = {10, 200};
 
 class CRippleEffect {
 public:
-    /// Takes the bitmap of the program's resources; false, and nothing is ever painted, when it is missing or there is
-    /// no memory. A picture of another size is stretched to width x height.
+    /// Loads the bitmap from the program's resources and stretches it to width x height. Returns false if it is missing
+    /// or allocation fails; then nothing is painted.
     bool SetPicture(int bitmapId, int width, int height);
 
     bool HasPicture() const { return m_view != nullptr; }
 
-    /// Where the picture lies in the dialog's client area. Its lower left corner stands at (5, 80), so that point (x,
-    /// y) of the client area is point (x - 5, 80 - y) of the picture, whose rows are counted from the bottom. What lies
-    /// above the client area is cut off: a strip of water is seen.
+    /// The rectangle of the picture in the dialog's client area. Its lower left corner is at (5, 80): point (x, y) of
+    /// the client area is point (x - 5, 80 - y) of the picture, whose rows are counted from the bottom. The part above
+    /// the client area is not visible.
     RECT Rectangle() const;
 
-    /// Lets a drop fall on a point of the client area; false when it lies outside the picture.
+    /// Adds a drop at a point of the client area. Returns false if the point is outside the picture.
     bool DropAt(POINT point, const SRippleDrop& drop);
 
-    /// One step of the water.
+    /// Advances the simulation by one step.
     void Advance();
 
-    /// Whether the water has come to rest and the last painting shows it so.
+    /// Whether the water is at rest.
     bool IsAtRest() const { return m_field == std::nullopt || m_field->IsAtRest(); }
 
     const CRippleField* Field() const { return m_field ? &*m_field : nullptr; }
 
-    /// Paints the picture through the water at Rectangle() of the device context.
+    /// Paints the picture as seen through the water at Rectangle() of the device context.
     void Paint(HDC dc);
 
-    /// The same into the dialog's client area, but not over its controls.
+    /// The same in the dialog's client area, except over its controls.
     void PaintInto(HWND dialog);
 
 private:

@@ -1,5 +1,5 @@
-// The simulation is the classic one with two height fields: each new height is half the sum of the four neighbours less
-// the height before the last step, which is a wave equation at the largest stable speed.
+// The simulation uses two height fields: a new height is half the sum of the four neighbours minus the height one step
+// ago. This is the discrete wave equation at the highest stable speed.
 #include "app/ui/ripple_field.h"
 
 #include <algorithm>
@@ -7,11 +7,11 @@
 namespace vantrel {
 namespace {
 
-constexpr std::int32_t kHighest = 32767;       // bounds every sum below, however many drops fall on one spot
-constexpr std::int32_t kDamping = 24;          // each step takes one part in this of every height
+constexpr std::int32_t kHighest = 32767;       // limits the sums below, whatever the number of drops on a point
+constexpr std::int32_t kDamping = 24;          // each step reduces a height by this part of it
 constexpr std::int32_t kRefraction = 12;       // slope per pixel of displacement
 constexpr std::int32_t kShine = 3;             // slope per step of brightness
-constexpr std::int32_t kBrightestSlope = 192;  // steeper slopes are lit no brighter
+constexpr std::int32_t kBrightestSlope = 192;  // steeper slopes are no brighter
 
 std::int32_t Bounded(std::int64_t height) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(height, -kHighest, kHighest));

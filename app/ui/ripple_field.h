@@ -1,5 +1,5 @@
-// Water under a picture: a damped field of heights that drops disturb and that comes to rest again. Portable; the
-// window shows it through CRippleEffect.
+// Simulated water over a picture: a damped height field that is disturbed by drops and comes to rest again. Portable;
+// the window shows it through CRippleEffect.
 #pragma once
 
 #include <cstdint>
@@ -8,31 +8,29 @@
 
 namespace vantrel {
 
-/// Heights over a grid of width x height points. Rows are counted as in the picture that is shown through the field.
+/// Heights on a grid of width x height points, with the same order of rows as the picture.
 class CRippleField {
 public:
-    /// A field at rest. Both lengths are at least 1.
+    /// Creates a field at rest. Both lengths are at least 1.
     CRippleField(int width, int height);
 
     int Width() const { return m_width; }
     int Height() const { return m_height; }
 
-    /// Raises a disc of `radius` points around (x, y) by `depth`; the parts outside the field are left out.
+    /// Raises all points within `radius` of (x, y) by `depth`.
     void Drop(int x, int y, int radius, int depth);
 
-    /// One step of time. The waves lose a part of their height at each step, and at least one unit, so that the field
-    /// comes to rest.
+    /// Advances the field by one step. Each step damps every height by at least one unit, so the field comes to rest.
     void Advance();
 
     bool IsAtRest() const { return m_isAtRest; }
 
-    /// How much is moving: the sum of the squared heights and of their squared changes. 0 at rest; it swings within a
-    /// wave, and falls over longer times.
+    /// The sum of the squares of all heights and of their changes. It varies within a wave but decreases over time; it
+    /// is 0 at rest.
     std::uint64_t Energy() const;
 
-    /// Shows `picture` through the water: every pixel of `view` is taken where the slope of the water bends the sight
-    /// to, and slopes are lit from one side. Both hold Width() x Height() pixels 0x00RRGGBB; nothing is shown when one
-    /// holds less.
+    /// Renders `picture` as seen through the water: refraction displaces pixels by the slope, and light from one side
+    /// changes their brightness. Both hold Width() x Height() pixels 0x00RRGGBB; does nothing if one is smaller.
     void Render(std::span<const std::uint32_t> picture, std::span<std::uint32_t> view) const;
 
 private:
@@ -42,7 +40,7 @@ private:
     int m_width;
     int m_height;
     bool m_isAtRest = true;
-    std::vector<std::int32_t> m_heights;   // the border of one point around the grid stays at rest
+    std::vector<std::int32_t> m_heights;   // with a border of one point, which stays at rest
     std::vector<std::int32_t> m_previous;  // the heights one step ago
 };
 

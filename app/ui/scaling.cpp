@@ -3,7 +3,7 @@
 namespace vantrel {
 
 int ResolutionOf(HWND window) {
-    // Windows before 10 has one resolution for all displays and not this function.
+    // Missing before Windows 10, where all displays have the same resolution.
     using GetDpiForWindowFunction = UINT(WINAPI*)(HWND);
     static const auto getDpiForWindow = reinterpret_cast<GetDpiForWindowFunction>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "GetDpiForWindow")));

@@ -1,4 +1,4 @@
-// Sizes that are given in pixels of a display at 100 %.
+// Converts sizes from pixels of a display at 100 %.
 #pragma once
 
 #include <windows.h>

@@ -17,7 +17,7 @@ constexpr wchar_t kTitle[] = L"Select folder";
 constexpr wchar_t kInvalidCaption[] = L"Invalid Folder";
 constexpr wchar_t kCreateQuestion[] = L"This path does not exist. Do you want to create it?";
 constexpr wchar_t kInvalidText[] = L"This is not a folder that can be used.";
-/// No file fits these patterns, so that the list shows folders only.
+/// No file matches this pattern, so the list shows folders only.
 constexpr wchar_t kFoldersOnly[] = L"Folders\0*..*\0";
 
 constexpr std::size_t kPathRoom = 32768;
@@ -30,7 +30,7 @@ std::wstring AskDialog(HWND dialog, UINT message) {
     return text;
 }
 
-/// The name field: the combo box of newer dialogs or the edit field of older ones.
+/// The name field: a combo box in newer dialogs, an edit field in older ones.
 HWND NameField(HWND dialog) {
     const HWND combo = GetDlgItem(dialog, cmb13);
     return combo != nullptr ? combo : GetDlgItem(dialog, edt1);

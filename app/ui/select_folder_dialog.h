@@ -1,4 +1,4 @@
-// A file dialog that shows and yields folders, and makes a folder that does not exist yet when the user agrees.
+// A file dialog for choosing a folder. It creates a missing folder if the user agrees.
 #pragma once
 
 #include <windows.h>
@@ -11,7 +11,7 @@ class CSelectFolderDialog {
 public:
     CSelectFolderDialog(std::wstring initialFolder, HWND owner);
 
-    /// IDOK when a folder was chosen, otherwise IDCANCEL.
+    /// Returns IDOK if a folder was chosen, otherwise IDCANCEL.
     int DoModal();
 
     /// The chosen folder, without a closing separator except that of a drive's root.
@@ -24,7 +24,7 @@ private:
     void OnOpened(HWND page);
     void OnFolderShown(HWND page);
     void OnSelection(HWND page);
-    /// Takes the entry of the name field; true when it is a folder that exists by now.
+    /// Reads the name field. Returns true if it names a folder that exists or has been created.
     bool TakeEntry(HWND dialog);
     std::wstring EntryPath(HWND dialog) const;
 

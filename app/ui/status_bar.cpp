@@ -11,7 +11,7 @@
 namespace vantrel {
 namespace {
 
-/// The id that frameworks give to a status bar.
+/// The usual id of a status bar (AFX_IDW_STATUS_BAR).
 constexpr UINT_PTR kStatusBarId = 0xE801;
 constexpr UINT_PTR kSubclassId = 1;
 /// Between a pane's edge and its text.
@@ -87,7 +87,7 @@ void CStatusBar::PaintNow() {
     }
 }
 
-/// Hands the texts to the control itself, from which others read them.
+/// Passes changed texts to the control, where other programs read them.
 void CStatusBar::StoreTexts() {
     m_storing = true;
     for (std::size_t i = 0; i < m_texts.size(); ++i) {
@@ -118,7 +118,7 @@ LRESULT CALLBACK CStatusBar::BarProcedure(HWND bar, UINT message, WPARAM wParam,
             statusBar.Paint(reinterpret_cast<HDC>(wParam));
             return 0;
         case WM_PAINT: {
-            if (statusBar.m_storing) {  // the control asks for each text; one painting shows them all
+            if (statusBar.m_storing) {  // each text causes a WM_PAINT; one painting is enough
                 ValidateRect(bar, nullptr);
                 return 0;
             }

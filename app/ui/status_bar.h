@@ -1,5 +1,5 @@
-// The status bar with its panes. A text holds as soon as it is set, for everyone who asks for it; only the painting
-// waits for the display's rate, because painting every block would cost more than converting it.
+// The status bar with its panes. Anyone who reads a pane gets its latest text. Only the painting is throttled, because
+// painting for every block would take longer than converting it.
 #pragma once
 
 #include <array>
@@ -21,18 +21,18 @@ public:
 
     /// Creates the bar along the bottom edge of `parent`.
     bool Create(HWND parent);
-    /// Gives each pane a string of the string table as its first text.
+    /// Sets the initial texts of the panes to entries of the string table.
     void SetIndicators(std::initializer_list<UINT> stringIds);
-    /// Sets the widths of the leading panes in pixels of a display at 100 %; the last pane takes the rest.
+    /// Sets the widths of all panes but the last, in pixels of a display at 100 %. The last pane takes the rest.
     void SetPaneWidths(std::initializer_list<int> widths);
     void SetBackground(COLORREF colour);
-    /// Places the bar anew after its parent changed its size or resolution.
+    /// Adapts the bar to a changed size or resolution of its parent.
     void Reposition();
 
     void SetPaneText(int pane, const std::wstring& text);
-    /// Paints what has changed when the last painting is long enough ago.
+    /// Paints changes if the last painting was long enough ago.
     void PaintIfDue();
-    /// Paints what has changed.
+    /// Paints changes.
     void PaintNow();
 
 private:

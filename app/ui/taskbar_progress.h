@@ -1,5 +1,5 @@
-// The progress of a conversion on the program's task bar button, and the word to the system not to fall asleep
-// meanwhile. Where the system knows neither, nothing happens.
+// Shows the progress of a conversion on the program's taskbar button and keeps the system from sleeping. Does nothing
+// if the system does not support it.
 #pragma once
 
 #include <windows.h>
@@ -12,7 +12,7 @@ struct ITaskbarList3;
 
 namespace vantrel {
 
-/// Lives as long as a conversion.
+/// Exists during a conversion.
 class CTaskbarProgress {
 public:
     explicit CTaskbarProgress(HWND window);
@@ -20,7 +20,7 @@ public:
     CTaskbarProgress& operator=(const CTaskbarProgress&) = delete;
     ~CTaskbarProgress();
 
-    /// Shows the part done when the last showing is long enough ago.
+    /// Shows the progress if the last update was long enough ago.
     void ShowIfDue(std::int32_t position, std::int32_t range);
 
 private:
@@ -29,7 +29,7 @@ private:
     CPaintClock m_clock;
 };
 
-/// Keeps the system awake during its life; the display may go dark.
+/// Keeps the system awake during the object's life. The display may be turned off.
 class CSleepGuard {
 public:
     CSleepGuard() { SetThreadExecutionState(ES_CONTINUOUS | ES_SYSTEM_REQUIRED); }

@@ -1,4 +1,4 @@
-// Only the copy in the system folder is loaded, so that a file of the same name beside the program is never run.
+// Only the DLL in the system folder is loaded, never one of the same name beside the program.
 #include "app/ui/theme_library.h"
 
 namespace vantrel {

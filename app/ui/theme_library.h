@@ -1,5 +1,5 @@
-// The system's library of visual styles, found at run time: where it is missing, or where styles are off, the controls
-// draw themselves the classic way.
+// The system's library of visual styles, loaded at run time. Without it, or with styles turned off, the controls use
+// classic drawing.
 #pragma once
 
 // The second header needs what the first one declares.
@@ -10,7 +10,7 @@
 
 namespace vantrel {
 
-/// The functions of UxTheme.dll that the controls draw with. Either all of them are there or none is.
+/// The functions of UxTheme.dll that the controls use: all of them, or none if one is missing.
 class CThemeLibrary {
 public:
     CThemeLibrary();
@@ -18,11 +18,11 @@ public:
     CThemeLibrary(const CThemeLibrary&) = delete;
     CThemeLibrary& operator=(const CThemeLibrary&) = delete;
 
-    /// Whether this program's controls are drawn with a visual style now. False in high contrast, whose colours are
-    /// followed more faithfully by classic drawing.
+    /// Whether the controls are drawn with a visual style. False in high contrast, because classic drawing follows its
+    /// colours more faithfully.
     bool IsActive() const;
 
-    /// Null where styles are not active or the class has none. Closed by Close.
+    /// Returns null if styles are not active or there is none for the class. To be closed by Close.
     HTHEME Open(HWND window, const wchar_t* classes) const;
     void Close(HTHEME theme) const;
 

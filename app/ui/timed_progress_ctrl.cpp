@@ -12,7 +12,7 @@ namespace {
 
 constexpr wchar_t kClassName[] = L"VantrelTimedProgress";
 
-/// Assistive tools that ask a window which native class it is to be read as get this answer for a progress bar.
+/// The answer to assistive tools that ask which native control a window resembles: a progress bar.
 constexpr LPARAM kQueryClassNameIndex = static_cast<LONG>(0xFFFFFFF4);
 constexpr LRESULT kReadAsProgressBar = 65536 + 13;
 
@@ -48,10 +48,10 @@ CTimedProgressCtrl::CTimedProgressCtrl(HWND anchor, std::int32_t total, int fill
     const int width = rect.right - rect.left;
     const int height = rect.bottom - rect.top;
     m_vertical = height > width;
-    // Not clipped by its siblings: the group box around it covers all of it.
+    // Without WS_CLIPSIBLINGS, because the group box around the bar would clip all of it.
     CreateWindowExW(WS_EX_STATICEDGE, kClassName, nullptr, WS_CHILD, rect.left, rect.top, width, height, parent,
                     nullptr, instance, this);
-    // Above the anchor, and after the group box whose caption names the bar for assistive tools.
+    // Above the anchor and directly behind the group box, whose caption is the bar's name for assistive tools.
     SetWindowPos(m_window, GetWindow(anchor, GW_HWNDPREV), 0, 0, 0, 0,
                  SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
     UpdateWindow(m_window);
@@ -179,7 +179,7 @@ void CTimedProgressCtrl::Paint(HDC target) {
     }
 }
 
-/// Repeats the bitmap along the bar and stretches it across.
+/// Tiles the bitmap along the bar, stretched to the bar's thickness.
 void CTimedProgressCtrl::PaintFill(HDC context, const RECT& filled) const {
     BITMAP bitmap{};
     if (m_fill == nullptr || GetObjectW(m_fill, sizeof bitmap, &bitmap) == 0) {

@@ -1,5 +1,5 @@
-// The progress bar of a conversion: a window of its own over the status line of the dialog, filled with a bitmap, that
-// can also tell the percentage or the times of the work. Its position is readable the way native bars are read.
+// The progress bar of a conversion: a window over the status line of the dialog, filled with a bitmap, optionally with
+// a text. It answers the messages of native progress bars that read range and position.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ namespace vantrel {
 
 class CTimedProgressCtrl : public CWindow {
 public:
-    /// Creates the bar over `anchor`, as a sibling of it, with the range 0 to `total` and the step 1. The bitmap is a
+    /// Creates the bar over `anchor`, as its sibling, with the range 0 to `total` and the step 1. The bitmap is a
     /// resource of the program.
     CTimedProgressCtrl(HWND anchor, std::int32_t total, int fillBitmapId, EProgressText textMode = EProgressText::None);
     CTimedProgressCtrl(const CTimedProgressCtrl&) = delete;
@@ -20,18 +20,18 @@ public:
     /// Destroys the window and frees the bitmap.
     ~CTimedProgressCtrl();
 
-    /// Moves on by one step within the range; the position before. 0 when the window no longer exists.
+    /// Advances by one step within the range. Returns the previous position, or 0 if the window no longer exists.
     std::int32_t StepIt(bool redraw);
-    /// Moves to a position of the range; the position before. 0 when the window no longer exists.
+    /// Moves to a position within the range. Returns the same as StepIt.
     std::int32_t SetPosition(std::int32_t position, bool redraw);
     std::int32_t Position() const { return m_progress.position; }
     std::int32_t Range() const { return m_progress.upper; }
 
     void SetCaptions(const SProgressCaptions& captions) { m_captions = captions; }
 
-    /// Paints what has changed when the last painting is long enough ago.
+    /// Paints changes if the last painting was long enough ago.
     void PaintIfDue();
-    /// Paints what has changed.
+    /// Paints changes.
     void PaintNow();
 
 private:

@@ -10,7 +10,7 @@ CToolTipCtrl::~CToolTipCtrl() {
     }
 }
 
-/// The window has no owner: under Wine a dialog that owns a topmost window, as tooltips are, cannot become topmost.
+/// The window has no owner. Tooltips are topmost windows, and under Wine the owner of one cannot become topmost itself.
 bool CToolTipCtrl::Create(HWND dialog) {
     m_dialog = dialog;
     Attach(CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,

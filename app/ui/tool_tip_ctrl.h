@@ -1,4 +1,4 @@
-// The tooltips of the dialog's controls.
+// The tooltips of a dialog's controls.
 #pragma once
 
 #include "app/ui/window.h"
@@ -12,11 +12,9 @@ public:
     CToolTipCtrl(const CToolTipCtrl&) = delete;
     CToolTipCtrl& operator=(const CToolTipCtrl&) = delete;
 
-    /// Makes the tooltips of a dialog's controls.
     bool Create(HWND dialog);
-    /// Gives a control a tooltip.
     void AddTool(HWND control, const wchar_t* text) const;
-    /// Shows the tooltips that a message calls for.
+    /// Passes a message of the dialog to the tooltips, which appear and disappear by such messages.
     void RelayEvent(const MSG& message) const;
 
 private:

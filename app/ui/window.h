@@ -1,4 +1,4 @@
-// The thinnest layer over window handles: what the dialog and its controls ask of any window.
+// A thin layer over window handles, for the dialog and its controls.
 #pragma once
 
 #include <windows.h>
@@ -7,7 +7,7 @@
 
 namespace vantrel {
 
-/// A window that someone else owns; the system destroys it with its parent.
+/// A window that is not owned by this object; the system destroys it with its parent.
 class CWindow {
 public:
     CWindow() = default;
@@ -35,7 +35,7 @@ protected:
 class CComboBox : public CWindow {
 public:
     int Count() const { return static_cast<int>(Send(CB_GETCOUNT)); }
-    /// The selected index, -1 without a selection.
+    /// The selected index; -1 if nothing is selected.
     int Selection() const { return static_cast<int>(Send(CB_GETCURSEL)); }
     void Select(int index) const { Send(CB_SETCURSEL, static_cast<WPARAM>(index)); }
     std::wstring EntryText(int index) const;
@@ -49,7 +49,7 @@ public:
     void SetState(int state) const { Send(BM_SETCHECK, static_cast<WPARAM>(state)); }
 };
 
-/// The text of an entry of the string table; empty when there is none.
+/// The text of an entry of the string table. Empty if there is none.
 std::wstring StringResource(UINT id);
 
 }  // namespace vantrel

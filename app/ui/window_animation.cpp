@@ -1,5 +1,4 @@
-// Each frame is drawn by inverting the screen and taken away by inverting it again, so that nothing has to be
-// repainted.
+// A frame is drawn by inverting the screen and removed by inverting it again, so that no window has to repaint.
 #include "app/ui/window_animation.h"
 
 #include <algorithm>
@@ -9,10 +8,10 @@ namespace {
 
 constexpr int kFrames = 8;
 constexpr DWORD kFrameTime = 15;         // milliseconds
-constexpr ULONGLONG kLongestPlay = 200;  // milliseconds; a slow screen shows fewer frames
+constexpr ULONGLONG kLongestPlay = 200;  // milliseconds; fewer frames on a slow screen
 constexpr int kThickness = 3;            // pixels
 
-/// The part `step` of kFrames of a length, around the same centre.
+/// Shrinks an interval to step / kFrames of its length around its centre.
 void Shrink(LONG& low, LONG& high, int step) {
     const LONG cut = (high - low) * (kFrames - step) / (2 * kFrames);
     low += cut;

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Raw images against other people's tools: bchunk takes our image apart, chdman packs and unpacks it bit for bit, and
-raw images that chdman and vcdimager wrote convert back.
+"""Raw images and other tools: bchunk splits our image, chdman compresses and restores it bit by bit, and raw images
+written by chdman and vcdimager convert back.
 
 usage: raw_oracle.py VANTREL
 """
@@ -31,7 +31,7 @@ def same(what, first, second):
 
 
 def master(name):
-    """An image that a common mastering tool made, with the two marks of a PlayStation 2 CD put in."""
+    """An image of a common mastering tool, to which the two marks of a PlayStation 2 CD are added."""
     os.mkdir("tree")
     for number in range(20):
         with open("tree/FILE%02d.BIN" % number, "wb") as file:
@@ -46,7 +46,7 @@ def master(name):
 
 
 def film(packs):
-    """The least that passes for an MPEG stream: packs of one sector with a clock, a picture's beginnings and padding."""
+    """A minimal MPEG stream: packs of one sector with a clock, the start of a picture and padding."""
     stream = b""
     for number in range(packs):
         ticks = number * 1200
@@ -63,7 +63,7 @@ def film(packs):
 
 
 def check_foreign_image(vantrel):
-    """A video disc, every sector of which vcdimager encoded, with form 2 sectors among those of form 1."""
+    """A video disc encoded by vcdimager, with sectors of Form 1 and Form 2."""
     content = random.Random(9).randbytes(100_000)
     for name, bytes_of in ("film.mpg", film(300)), ("data.bin", content):
         with open(name, "wb") as file:
@@ -74,9 +74,9 @@ def check_foreign_image(vantrel):
     same("user data of vcdimager's raw image", read("new-video.iso"),
          b"".join(raw[start + 24:start + 24 + 2048] for start in range(0, len(raw), 2352)))
     run("7z", "x", "-y", "-oout", "new-video.iso", "DATA.BIN")
-    same("a file in it as 7z extracts it", read("out/DATA.BIN"), content)
+    same("a file of it as 7z extracts it", read("out/DATA.BIN"), content)
     found = json.loads(subprocess.run([vantrel, "verify", "--json", "video.bin"], capture_output=True).stdout)
-    # The disc's volume ends before its film; every sync field, address, EDC and parity must pass.
+    # The volume ends before the film. All sync fields, addresses, EDCs and parities must be correct.
     if [problem for problem in found["problems"] if "volume descriptor says" not in problem]:
         sys.exit("faults in vcdimager's sectors: %s" % found["problems"])
 
@@ -100,7 +100,7 @@ def main():
         run(vantrel, "bin2iso", "-q", "back.bin")
         same("our image of chdman's raw image", read("new-back.iso"), image)
 
-        # chdman's own error correction: it drops the parity that it can compute itself and puts it back.
+        # With this compression, chdman removes the error correction bytes and computes them again.
         run("chdman", "createcd", "-c", "cdzl", "-i", "game.cue", "-o", "computed.chd")
         run("chdman", "extractcd", "-i", "computed.chd", "-o", "computed.cue", "-ob", "computed.bin")
         same("raw image with chdman's parity and ours", read("computed.bin"), read("game.bin"))

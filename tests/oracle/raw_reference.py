@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""A second implementation of raw CD sectors, written from ECMA-130 and the rules of CD-ROM XA: the EDC by shifting bits,
-P and Q by division by the codes' generator polynomial.
+"""A second implementation of raw CD sectors after ECMA-130 and CD-ROM XA: the EDC by a byte table, P and Q by division by
+the generator polynomial of the codes.
 
 usage: raw_reference.py expand 1|2 POSTGAP_SECTORS IMAGE RAW
 """
@@ -48,7 +48,7 @@ def parity(symbols):
 
 
 def add_parity(area):
-    """P and Q behind the 2064 bytes of the area."""
+    """Appends P and Q to the 2064 bytes of the area."""
     area += bytes(172 + 104)
     for half in 0, 1:
         for column in range(43):

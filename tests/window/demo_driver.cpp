@@ -1,5 +1,5 @@
-// The demonstration of ./run: drives the window through both CSO conversions of the image "sample.iso" in a folder, by
-// the buttons a user presses, and has pictures taken on the way.
+// The demonstration of ./run: operates the window through both CSO conversions of the image "sample.iso" in a folder
+// and takes pictures of them.
 #include <cstdio>
 #include <string>
 
@@ -15,7 +15,7 @@ namespace {
 /// The sample has tens of thousands of blocks.
 constexpr Milliseconds kLongConversion{900'000};
 
-/// Chooses a file, presses a button, has the conversion and its done message pictured, and closes the message.
+/// Chooses a file, presses a button, takes pictures of the conversion and the done message, and closes the message.
 void Convert(const CTestedProgram& program, const CDrivenDialog& dialog, const std::string& file, int button,
              const std::string& name) {
     dialog.Choose(program.Folder() + file);

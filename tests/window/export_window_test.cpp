@@ -1,4 +1,4 @@
-// "iso2iml" as a user does it: the image dropped, the button pressed, the system's own save dialog answered.
+// "iso2iml" as a user runs it: drops the image, presses the button, answers the save dialog.
 #include <algorithm>
 
 #include "files/native_file.h"
@@ -28,7 +28,7 @@ protected:
         }
     }
 
-    /// A layout without its two lines with dates.
+    /// The layout without its two dates.
     std::string LayoutWithoutDates(const std::string& path) const {
         std::string text = ReadText(path);
         for (const char* beginning : {"\r\nDATE=", "\r\nCREATIONDATE="}) {
@@ -50,13 +50,13 @@ protected:
 
 const std::string kNoName = "\"                                \"";
 
-TEST_F(ExportWindowTest, WritesTheLayoutWhereTheUserWantsIt) {
+TEST_F(ExportWindowTest, WritesTheLayoutToTheChosenPath) {
     const SBuiltImage image = MakeImage(EImageKind::Cd);
     CDrivenDialog dialog = m_program.Start();
     dialog.Choose(m_folder / "game.iso");
     dialog.Press(IDC_ISO_TO_IML);
     const CDrivenFileDialog question = WaitForFileDialog(m_program, kConversion);
-    EXPECT_EQ(FileKindOf(m_folder / "temp1.tmp"), EFileKind::File) << "the walk is over before the question";
+    EXPECT_EQ(FileKindOf(m_folder / "temp1.tmp"), EFileKind::File) << "the walk ends before the dialog appears";
     ExpectEnabled(dialog, {IDC_FULL_PATH, IDC_RELATIVE_PATH});
     EXPECT_EQ(dialog.Pane(EPane::File), m_folder / "game.iso");
     question.Choose(m_folder / "layout.iml");
@@ -93,7 +93,7 @@ TEST_F(ExportWindowTest, WritesTheLayoutWhereTheUserWantsIt) {
     EXPECT_EQ(m_program.WaitForEnd(), 0U);
 }
 
-TEST_F(ExportWindowTest, ACancelledQuestionLeavesTheDialogUsable) {
+TEST_F(ExportWindowTest, TheDialogIsUsableAfterACancelledChoice) {
     MakeImage(EImageKind::Dvd);
     CDrivenDialog dialog = m_program.Start();
     dialog.Choose(m_folder / "game.iso");
@@ -109,7 +109,7 @@ TEST_F(ExportWindowTest, ACancelledQuestionLeavesTheDialogUsable) {
     EXPECT_TRUE(dialog.AcceptsDrops());
     EXPECT_EQ(dialog.Text(IDC_OUTPUT_NAME), "");
 
-    // Dropped once more, the image is exported after all; a name without extension gets the layout's.
+    // A second attempt exports the image. A name without extension gets that of layouts.
     dialog.Drop({m_folder / "game.iso"});
     Require("iso2iml button", [&] { return dialog.IsEnabled(IDC_ISO_TO_IML); });
     dialog.Press(IDC_ISO_TO_IML);
@@ -121,7 +121,7 @@ TEST_F(ExportWindowTest, ACancelledQuestionLeavesTheDialogUsable) {
     EXPECT_EQ(ReadWhole(m_folder / "second.ims").size() % 2048, 0U);
 }
 
-TEST_F(ExportWindowTest, AChosenFolderStandsBeforeEveryPath) {
+TEST_F(ExportWindowTest, AChosenFolderPrecedesEveryPath) {
     MakeImage(EImageKind::Umd);
     const std::string folder = m_folder / "loose files";
     ASSERT_TRUE(MakeFolder(folder));

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The Windows programs import no function that an older supported Windows lacks, and carry version and manifest.
+"""The Windows programs import no function that older supported versions of Windows lack, and have version and manifest.
 
 usage: program_contents_test.py OBJDUMP PROGRAM.exe...
 """
@@ -7,7 +7,7 @@ import re
 import subprocess
 import sys
 
-# Functions that came after Windows 7 are asked for at run time, never imported.
+# Functions newer than Windows 7, which must be loaded at run time.
 LATER_FUNCTIONS = {
     "GetDpiForWindow", "GetDpiForSystem", "SystemParametersInfoForDpi", "GetSystemMetricsForDpi",
     "SetDefaultDllDirectories", "AdjustWindowRectExForDpi", "SetProcessDpiAwarenessContext",

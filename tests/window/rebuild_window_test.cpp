@@ -1,5 +1,5 @@
-// The "vantrel" button for CD, UMD and DVD layouts, "check postgap" in its four outcomes and the greyed selective
-// postgap, in the shipped program; files are compared with what the layouts and images must give.
+// "vantrel" with CD, UMD and DVD layouts, the four results of "check postgap", and the greyed "Add Selective postgap"
+// in the shipped program. Outputs are compared with images that the tests make from the layouts.
 #include <algorithm>
 #include <array>
 
@@ -53,7 +53,7 @@ Bytes WithPostgap(Bytes image) {
 
 class RebuildWindow : public CWindowTest {
 protected:
-    /// A layout of two files, one of them in a folder, with a hole between them.
+    /// Writes a layout of two files, one of them in a folder, with a gap between them.
     void WriteLayout(ELayoutMedia media) {
         m_layout.media = media;
         m_layout.entries = {{19, 20, "A.BIN"}, {23, 23, "SUB\\B.BIN"}};
@@ -84,13 +84,15 @@ protected:
         return dialog;
     }
 
-    /// What every finished conversion leaves.
+    /// Expects the state after every finished conversion.
     void ExpectIdle(const CDrivenDialog& dialog) {
         Require("browse button", [&] { return dialog.IsEnabled(IDC_BROWSE); });
         Require("acceptance of drops", [&] { return dialog.AcceptsDrops(); });
-        for (const int button : kCommandButtons) {
-            EXPECT_FALSE(dialog.IsEnabled(button)) << button;
-        }
+        // The window accepts drops before it greys the last button.
+        Require("greyed commands", [&] {
+            return std::none_of(kCommandButtons.begin(), kCommandButtons.end(),
+                                [&](int button) { return dialog.IsEnabled(button); });
+        });
     }
 
     void Rebuild(ELayoutMedia media, const std::string& status, const std::string& done) {
@@ -117,7 +119,7 @@ protected:
         EXPECT_EQ(m_program.WaitForEnd(), 0U);
     }
 
-    /// Runs into a failure: its box, and the end of the process with status 0.
+    /// Expects a failure: its message box and the end of the process with status 0.
     void ExpectFailure(const CDrivenDialog& dialog, const std::string& text) {
         dialog.Press(IDC_VANTREL);
         const CDrivenBox box = WaitForBox(m_program, kConversion);
@@ -171,7 +173,7 @@ TEST_F(RebuildWindow, Dvd) {
     Rebuild(ELayoutMedia::Dvd, "Rebuilding dvd ISO done !", "Rebuilding [dvd] ISO done!");
 }
 
-TEST_F(RebuildWindow, ListsStayWithoutASoundSelection) {
+TEST_F(RebuildWindow, ListsRemainWithoutASoundSelection) {
     WriteLayout(ELayoutMedia::Umd);
     const CDrivenDialog dialog = Choose("game.iml");
     dialog.Select(IDC_SOUND, -1);
@@ -193,7 +195,7 @@ TEST_F(RebuildWindow, MissingFileEndsTheProgram) {
     EXPECT_EQ(FileKindOf(m_folder / "game.iso"), EFileKind::File);
 }
 
-TEST_F(RebuildWindow, SomethingElse) {
+TEST_F(RebuildWindow, NoLayout) {
     WriteText(m_folder / "game.iml", "no layout");
     ExpectFailure(Choose("game.iml"), "Error!!!!!!!! This is not UMD or CD or DVD verson of iml file");
 }
@@ -208,11 +210,11 @@ TEST_F(RebuildWindow, PostgapOfAUmd) {
                    "This is PSP UMD iso image file ,doesn't needed to Write a postgap ");
 }
 
-TEST_F(RebuildWindow, PostgapThatIsThere) {
+TEST_F(RebuildWindow, ExistingPostgap) {
     CheckNeedsNone(EImageKind::Cd, EPostgap::Counted, "This is PS2 CD/DVDRIP iso image file ,already Write a postgap ");
 }
 
-TEST_F(RebuildWindow, PostgapThatIsMissing) {
+TEST_F(RebuildWindow, MissingPostgap) {
     const Bytes before = WriteImage(EImageKind::Cd, EPostgap::Missing);
     const CDrivenDialog dialog = Choose("game.iso");
     dialog.Press(IDC_CHECK_POSTGAP);
@@ -240,7 +242,7 @@ TEST_F(RebuildWindow, SelectivePostgapOfAUmd) {
     EXPECT_EQ(ReadWhole(m_folder / "game.iso"), WithVolumeSize(expected));
 }
 
-TEST_F(RebuildWindow, SelectivePostgapOfACdCountsAnew) {
+TEST_F(RebuildWindow, SelectivePostgapOfACdCorrectsTheVolumeSize) {
     const Bytes before = WriteImage(EImageKind::Cd, EPostgap::Missing);
     const CDrivenDialog dialog = Choose("game.iso");
     SendAddPostgap(dialog);

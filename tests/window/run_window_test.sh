@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Runs a Windows program that drives the window: with a display, a Wine prefix and, when asked, an audio device of its
-# own, all of which end with it. Pictures that the program asks for are kept.
+# Runs a Windows program that drives the window, with a display, a Wine prefix and, optionally, an audio device of its
+# own. Keeps the pictures that the program requests.
 #
-#   run_window_test.sh [--audio] [--show] [--pictures FOLDER] PROGRAM.exe [ARGUMENT...]
+#   run_window_test.sh [--audio] [--show] [--pictures FOLDER] [--scale PERCENT] PROGRAM.exe [ARGUMENT...]
 #
-# --show uses the display that is there, so that somebody can watch.
+# --show uses the current display, so that somebody can watch.
 set -u
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/../../scripts/wine_env.sh"
@@ -23,7 +23,7 @@ while :; do
     esac
 done
 
-# Serves one line "@picture KIND NAME WIDTHxHEIGHT+LEFT+TOP" of the program; what is black around the window is cut off.
+# Takes the picture for a line "@picture KIND NAME WIDTHxHEIGHT+LEFT+TOP" of the program, without the black margin.
 take_picture() {
     local kind=$1 name=$2 rectangle=$3 shot=$pictures/$2 tries
     for tries in 1 2 3 4 5 6 7 8 9 10; do
@@ -41,7 +41,7 @@ take_picture() {
 
 $display || exit 1
 $audio || exit 1
-# The scale of the display is a setting of the whole Wine session, which other scales therefore have to themselves.
+# The scale of the display is a setting of the whole Wine session, so every other scale has its own prefix.
 [ "$scale" = 100 ] || WINE_ENV_PREFIX=$WINE_ENV_PREFIX-$scale
 wine_env_wine || exit 1
 if [ "$scale" != 100 ] && [ ! -e "$WINEPREFIX/.scaled" ]; then

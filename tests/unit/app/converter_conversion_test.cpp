@@ -1,11 +1,12 @@
-// The conversion to a raw image through a converter program that is only pretended: order of everything, the files that
-// come and go, names that must never reach the command processor.
-#include "raw/iso_to_bin.h"
+// The conversion to a raw image with a fake converter program: order of all calls, the files that appear and disappear,
+// names that must never reach the command processor.
+#include "app/converter/converter_conversion.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "app/converter/batch_line.h"
+#include "files/native_file.h"
 #include "tests/support/raw_sector_check.h"
 #include "tests/support/recording_operation.h"
 #include "tests/unit/raw/raw_support.h"
@@ -20,7 +21,7 @@ using test::FailureOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Pretends to be the system. Its calls stand in one record with those of the operation.
+/// Records its calls with the files that exist at that time.
 class CFakeRunner : public CConverterRunner {
 public:
     explicit CFakeRunner(const CTestFolder& folder) : m_folder(folder) {}
@@ -40,7 +41,7 @@ public:
         }
         Note("direct " + words, folder);
     }
-    bool HasFinished() override { return ++m_looks >= m_looksUntilFinished; }
+    bool HasFinished() override { return ++m_polls >= m_pollsUntilFinished; }
     void RemoveConverter(const std::string& folder) override {
         Note("remove", folder);
         RemoveFile(m_folder / "tmpfile.exe");
@@ -48,7 +49,7 @@ public:
 
     std::vector<std::string> m_notes;
     std::string m_line;
-    int m_looksUntilFinished = 1;
+    int m_pollsUntilFinished = 1;
 
 private:
     void Note(const std::string& what, const std::string& folder) {
@@ -57,7 +58,7 @@ private:
     }
 
     const CTestFolder& m_folder;
-    int m_looks = 0;
+    int m_polls = 0;
 };
 
 Bytes WithVolumeSize(Bytes image, std::uint32_t sectors) {
@@ -69,26 +70,25 @@ std::string SizeText(std::size_t size) {
     return std::to_string(size) + " bytes";
 }
 
-TEST(IsoToBin, CallsComeInOrder) {
+TEST(ConverterConversion, CallsComeInOrder) {
     const CTestFolder folder;
     const Bytes image = test::CdImage();
     const std::string sectors = std::to_string(image.size() / 2048);
     test::WriteWhole(folder / "game.iso", image);
     CRecordingOperation operation;
     CFakeRunner runner(folder);
-    runner.m_looksUntilFinished = 2;
-    IsoToBin({folder.Path(), "game.iso"}, runner, operation);
+    runner.m_pollsUntilFinished = 2;
+    IsoToBinByConverter(folder.Path(), "game.iso", runner, operation);
     const std::string bytes = "pane BYTES " + SizeText(image.size());
     const std::string second = "pane PERCENT " + std::to_string(100 / (image.size() / 2048)) + "%";
-    EXPECT_THAT(operation.Calls(),
-                ElementsAre("pane STATUS Converting ISO2BIN, please Wait", bytes, "disable 1001", "disable 1005",
-                            "disable 1012", "disable 1021", "disable 1029", "disable 1030", "disable 1", "disable 1032",
-                            "disable 1033", "disable 1034", "progress " + sectors + " fill 189",  //
-                            "pane PERCENT 0%", "step", bytes, "pump",                             //
-                            second, "step", bytes, "pump",                                        //
-                            "position " + sectors, "pane PERCENT 100%", "pane STATUS Conversion iso2bin Done !",
-                            "complete Conversion iso2bin Done !", "completed", "pane STATUS Conversion iso2bin Done !",
-                            "pane FILE game.bin", "pane BYTES " + SizeText(image.size() / 2048 * 2352)));
+    EXPECT_THAT(
+        operation.Calls(),
+        ElementsAre("pane STATUS Converting ISO2BIN, please Wait", bytes, "begin iso2bin", "total " + sectors,  //
+                    "pane PERCENT 0%", "done 1", bytes, "yield",                                                //
+                    second, "done 2", bytes, "yield",                                                           //
+                    "done " + sectors, "pane PERCENT 100%", "pane STATUS Conversion iso2bin Done !",
+                    "complete Conversion iso2bin Done !", "completed", "pane STATUS Conversion iso2bin Done !",
+                    "pane FILE game.bin", "pane BYTES " + SizeText(image.size() / 2048 * 2352)));
     EXPECT_THAT(runner.m_notes,
                 ElementsAre(R"(place among { "game.iso" })",
                             R"(batch ISO2BIN.BAT among { "ISO2BIN.BAT", "game.cue", "game.iso", "tmpfile.exe" })",
@@ -99,32 +99,41 @@ TEST(IsoToBin, CallsComeInOrder) {
               "FILE \"game.bin\" BINARY\r\n  TRACK 01 MODE2/2352\r\n    INDEX 01 00:00:00\r\n");
 }
 
-TEST(IsoToBin, TheBarGoesRound) {
+TEST(ConverterConversion, TheBarStartsAgainAtItsEnd) {
     const CTestFolder folder;
     const Bytes image = test::CdImage();
     const auto sectors = static_cast<int>(image.size() / 2048);
     test::WriteWhole(folder / "game.iso", image);
     CRecordingOperation operation;
     CFakeRunner runner(folder);
-    runner.m_looksUntilFinished = 2 * sectors + 1;
-    IsoToBin({folder.Path(), "game.iso"}, runner, operation);
-    EXPECT_THAT(operation.CallsOf("position"),
-                ElementsAre("position 0", "position 0", "position " + std::to_string(sectors)));
-    EXPECT_EQ(operation.CallsOf("pane PERCENT 0%").size(), 5U) << "at the start of each round, and twice at its end";
-    EXPECT_EQ(operation.CallsOf("pump").size(), static_cast<std::size_t>(2 * sectors + 1));
+    runner.m_pollsUntilFinished = 2 * sectors + 1;
+    IsoToBinByConverter(folder.Path(), "game.iso", runner, operation);
+    std::vector<std::string> steps;
+    for (int round = 0; round < 2; ++round) {
+        for (int step = 1; step <= sectors; ++step) {
+            steps.push_back("done " + std::to_string(step));
+        }
+        steps.emplace_back("done 0");
+    }
+    steps.emplace_back("done 1");
+    steps.push_back("done " + std::to_string(sectors));
+    EXPECT_EQ(operation.CallsOf("done"), steps);
+    EXPECT_EQ(operation.CallsOf("pane PERCENT 0%").size(), 5U)
+        << "at the start of each round and at the end of the first two";
+    EXPECT_EQ(operation.CallsOf("yield").size(), static_cast<std::size_t>(2 * sectors + 1));
 }
 
-TEST(IsoToBin, ACompletionThatIsLeftEarlySaysNothingMore) {
+TEST(ConverterConversion, ShowsNothingMoreIfTheCompletionIsLeftEarly) {
     const CTestFolder folder;
     test::WriteWhole(folder / "game.iso", test::CdImage());
     CRecordingOperation operation;
     operation.m_completes = false;
     CFakeRunner runner(folder);
-    IsoToBin({folder.Path(), "game.iso"}, runner, operation);
+    IsoToBinByConverter(folder.Path(), "game.iso", runner, operation);
     EXPECT_EQ(operation.Calls().back(), "complete Conversion iso2bin Done !");
 }
 
-TEST(IsoToBin, AnyOtherLengthThanTheVolumesGetsAPostgap) {
+TEST(ConverterConversion, AddsAPostgapUnlessTheImageIsAsLongAsItsVolume) {
     const Bytes image = test::CdImage();
     const auto sectors = static_cast<std::uint32_t>(image.size() / 2048);
     for (const std::uint32_t volume : {sectors - 1, sectors, sectors + 1}) {
@@ -132,30 +141,31 @@ TEST(IsoToBin, AnyOtherLengthThanTheVolumesGetsAPostgap) {
         test::WriteWhole(folder / "game.iso", WithVolumeSize(image, volume));
         CRecordingOperation operation;
         CFakeRunner runner(folder);
-        IsoToBin({folder.Path(), "game.iso"}, runner, operation);
+        IsoToBinByConverter(folder.Path(), "game.iso", runner, operation);
         EXPECT_EQ(runner.m_line, volume == sectors ? "tmpfile game.iso game.bin /mode2\r\n"
                                                    : "tmpfile game.iso game.bin /mode2 /postgap\r\n");
     }
 }
 
-TEST(IsoToBin, OutputsAreNamedAfterTheFileWithoutItsExtension) {
+TEST(ConverterConversion, NamesOutputsAfterTheFileWithoutItsExtension) {
     const CTestFolder folder;
     test::WriteWhole(folder / "a.b.img", test::CdImage());
     CRecordingOperation operation;
     CFakeRunner runner(folder);
-    IsoToBin({folder.Path(), "a.b.img"}, runner, operation);
-    EXPECT_EQ(runner.m_line, "tmpfile a.b.iso a.b.bin /mode2\r\n") << "the converter always reads name + .iso";
+    IsoToBinByConverter(folder.Path(), "a.b.img", runner, operation);
+    EXPECT_EQ(runner.m_line, "tmpfile a.b.iso a.b.bin /mode2\r\n")
+        << "the input of the converter is always name + .iso";
     EXPECT_THAT(folder.Names(), ElementsAre("a.b.cue", "a.b.img"));
 }
 
-TEST(IsoToBin, NamesThatTheCommandProcessorWouldReadGoAroundIt) {
+TEST(ConverterConversion, BypassesTheCommandProcessorForNamesThatItInterprets) {
     for (const std::string name : {"a b", "a&calc", "%PATH%", "a^b", "(a)", "a;b", "a,b", "a=b", "caf\xC3\xA9", "a'b",
                                    "!x!", "a@b", "`a`", "a~1"}) {
         const CTestFolder folder;
         test::WriteWhole(folder / (name + ".iso"), test::CdImage());
         CRecordingOperation operation;
         CFakeRunner runner(folder);
-        IsoToBin({folder.Path(), name + ".iso"}, runner, operation);
+        IsoToBinByConverter(folder.Path(), name + ".iso", runner, operation);
         ASSERT_EQ(runner.m_notes.size(), 3U);
         EXPECT_THAT(runner.m_notes[1],
                     testing::StartsWith("direct <" + name + ".iso><" + name + ".bin></mode2> among"));
@@ -163,7 +173,7 @@ TEST(IsoToBin, NamesThatTheCommandProcessorWouldReadGoAroundIt) {
     }
 }
 
-TEST(BatchLine, FoldersThatTheCommandProcessorCannotWorkInGoAroundIt) {
+TEST(BatchLine, IsUnsafeInFoldersThatTheCommandProcessorCannotUse) {
     const SConverterCall call = {"game.iso", "game.bin", false};
     EXPECT_TRUE(IsBatchLineSafe("C:\\My Games\\", call));
     EXPECT_TRUE(IsBatchLineSafe("/discs/cd/", call));
@@ -174,25 +184,25 @@ TEST(BatchLine, FoldersThatTheCommandProcessorCannotWorkInGoAroundIt) {
     const CTestFolder folder;
     EXPECT_TRUE(IsBatchLineSafe(folder.Path(), call));
     test::WriteText(folder / "tmpfile.com", "something else");
-    EXPECT_FALSE(IsBatchLineSafe(folder.Path(), call)) << "it would be run instead of the converter";
+    EXPECT_FALSE(IsBatchLineSafe(folder.Path(), call)) << "this program would run instead of the converter";
 }
 
-TEST(IsoToBin, FailuresHaveTheirTextsAndLeaveWhatIsThere) {
+TEST(ConverterConversion, FailuresHaveTheirTextsAndKeepTheFiles) {
     const CTestFolder folder;
     CRecordingOperation operation;
     CFakeRunner runner(folder);
     const auto failure = [&](const char* name) {
-        return FailureOf([&] { IsoToBin({folder.Path(), name}, runner, operation); });
+        return FailureOf([&] { IsoToBinByConverter(folder.Path(), name, runner, operation); });
     };
     EXPECT_EQ(failure("a.iso"), "Code 103- Error Opening " + (folder / "a.iso"));
     const std::string refused = "Code 76 PS2 - invalid PS2 CD iso  file header  " + (folder / "a.iso");
     test::WriteWhole(folder / "a.iso", {});
     EXPECT_EQ(failure("a.iso"), refused);
-    for (const std::size_t spoilt : {33792, 33794, 33342, 33344}) {
+    for (const std::size_t damaged : {33792, 33794, 33342, 33344}) {
         Bytes image = test::CdImage();
-        image[spoilt] ^= 1;
+        image[damaged] ^= 1;
         test::WriteWhole(folder / "a.iso", image);
-        EXPECT_EQ(failure("a.iso"), refused) << spoilt;
+        EXPECT_EQ(failure("a.iso"), refused) << damaged;
     }
     EXPECT_THAT(runner.m_notes, IsEmpty());
     EXPECT_THAT(folder.Names(), ElementsAre("a.iso"));
@@ -206,7 +216,7 @@ TEST(IsoToBin, FailuresHaveTheirTextsAndLeaveWhatIsThere) {
     EXPECT_EQ(failure("a.iso"), "Code 101- Error Opening " + (folder / "ISO2BIN.BAT"));
 }
 
-TEST(IsoToBin, ADvdIsRefused) {
+TEST(ConverterConversion, RefusesADvd) {
     const CTestFolder folder;
     test::SImageDescription description;
     description.kind = test::EImageKind::Dvd;
@@ -214,9 +224,7 @@ TEST(IsoToBin, ADvdIsRefused) {
     test::WriteWhole(folder / "dvd.iso", test::BuildImage(description).bytes);
     CRecordingOperation operation;
     CFakeRunner runner(folder);
-    EXPECT_EQ(FailureOf([&] {
-                  IsoToBin({folder.Path(), "dvd.iso"}, runner, operation);
-              }),
+    EXPECT_EQ(FailureOf([&] { IsoToBinByConverter(folder.Path(), "dvd.iso", runner, operation); }),
               "Code 76 PS2 - invalid PS2 CD iso  file header  " + (folder / "dvd.iso"));
 }
 

@@ -1,5 +1,4 @@
-// The pieces of the progress bar's text. The moments come from the calendar, written out by hand: 2026-11-21 is a
-// Saturday, day 155,552 after 1601-01-01.
+// The parts of the progress bar's text. 2026-11-21 is a Saturday, 155,552 days after 1601-01-01.
 #include "app/ui/progress_text.h"
 
 #include <gtest/gtest.h>
@@ -67,8 +66,8 @@ TEST(ProgressText, WholeDaysAreCounted) {
               "2026/11/21/07 01:02:03 - 2:01:00:00 - 25% / 75% - 6:03:00:00 - 2026/11/29/01 05:02:03");
 }
 
-TEST(ProgressText, RatioCountsIn256thsOfAPercent) {
-    // 1 of 3: 8533/25600; 100 s gone, so the whole takes 300.011... s.
+TEST(ProgressText, RatioIsCalculatedIn256thsOfAPercent) {
+    // 1 of 3 is 8533/25600; after 100 s, the estimated total is 300.011... s.
     EXPECT_EQ(Times({0, 3, 1}, At(kSaturday, 0, 0, 0), At(kSaturday, 0, 1, 40)),
               "00:00:00 - 00:01:40 - 33% / 67% - 00:03:20 - 00:05:00");
 }

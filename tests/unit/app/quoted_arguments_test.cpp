@@ -1,4 +1,4 @@
-// Command lines from which a program reads exactly the words that were put in.
+// Command lines that a program splits into the original words.
 #include "app/converter/quoted_arguments.h"
 
 #include <gtest/gtest.h>
@@ -6,12 +6,12 @@
 namespace vantrel {
 namespace {
 
-TEST(QuotedArguments, PlainWordsAreQuotedToo) {
+TEST(QuotedArguments, QuotesEveryWord) {
     EXPECT_EQ(QuotedCommandLine({"a.exe", "b c", "&%^()"}), "\"a.exe\" \"b c\" \"&%^()\"");
     EXPECT_EQ(QuotedCommandLine({"a", ""}), "\"a\" \"\"");
 }
 
-TEST(QuotedArguments, BackslashesCountOnlyBeforeQuotes) {
+TEST(QuotedArguments, EscapesBackslashesOnlyBeforeQuotes) {
     EXPECT_EQ(QuotedCommandLine({R"(C:\a b\c)"}), R"("C:\a b\c")");
     EXPECT_EQ(QuotedCommandLine({R"(C:\a b\)"}), R"("C:\a b\\")");
     EXPECT_EQ(QuotedCommandLine({R"(a"b)", R"(a\"b)"}), R"("a\"b" "a\\\"b")");

@@ -1,4 +1,4 @@
-// Raw images back into plain ones: order of calls, texts, lengths that are no whole sectors.
+// Conversion of raw images to plain ones: order of calls, texts, partial sectors, refused images.
 #include "raw/bin_to_iso.h"
 
 #include <gmock/gmock.h>
@@ -17,7 +17,7 @@ using test::FailureOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A raw sector with nothing in it but what is looked at; the data is noise.
+/// A raw sector with sync field and mode; everything else is noise.
 Bytes RawSector(std::uint8_t mode, std::uint64_t seed) {
     Bytes sector = test::RandomBytes(2352, seed);
     std::fill(sector.begin(), sector.begin() + 12, std::uint8_t{0xFF});
@@ -35,7 +35,7 @@ Bytes RawSectors(std::size_t count) {
     return raw;
 }
 
-/// What stands at offset 24 of each whole sector, 2048 bytes long.
+/// The 2048 bytes at offset 24 of each whole sector.
 Bytes DataOf(const Bytes& raw) {
     Bytes data;
     for (std::size_t at = 0; at + 2352 <= raw.size(); at += 2352) {
@@ -45,41 +45,46 @@ Bytes DataOf(const Bytes& raw) {
     return data;
 }
 
+/// "game.bin" into "out.iso".
+SBinToIsoRequest RequestFor(const CTestFolder& folder, bool strict) {
+    return {folder / "game.bin", folder / "out.iso", strict ? EOutputManner::CommitNew : EOutputManner::InPlace,
+            strict};
+}
+
 TEST(BinToIso, CallsComeInOrder) {
     const CTestFolder folder;
     test::WriteWhole(folder / "game.bin", RawSectors(2));
     CRecordingOperation operation;
     BinToIso(WindowBinToIso(folder.Path(), "game.bin"), operation);
     EXPECT_THAT(operation.Calls(),
-                ElementsAre("disable 1001", "disable 1005", "disable 1012", "disable 1021", "disable 1", "disable 1032",
-                            "disable 1029", "disable 1030", "disable 1033", "disable 1034",
-                            "pane FILE " + (folder / "game.bin"), "pane STATUS Converting bin2iso, please Wait",
-                            "progress 2 fill 189",                                         //
-                            "pane PERCENT 50%", "step", "pane BYTES 2048 bytes", "pump",   //
-                            "pane PERCENT 100%", "step", "pane BYTES 4096 bytes", "pump",  //
+                ElementsAre("begin bin2iso", "pane FILE " + (folder / "game.bin"),
+                            "pane STATUS Converting bin2iso, please Wait", "total 2",         //
+                            "pane PERCENT 50%", "done 1", "pane BYTES 2048 bytes", "yield",   //
+                            "pane PERCENT 100%", "done 2", "pane BYTES 4096 bytes", "yield",  //
                             "pane FILE " + (folder / "new-game.iso"), "pane STATUS Converted bin2iso done !",
                             "complete Conversion bin2iso Done !", "completed"));
     EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), DataOf(RawSectors(2)));
 }
 
-TEST(BinToIso, PiecesJoinWithoutASeam) {
+TEST(BinToIso, ConvertsAnyNumberOfPieces) {
     for (const std::size_t sectors : {1, 255, 256, 257, 512, 2500}) {
-        for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
+        for (const bool strict : {false, true}) {
             const CTestFolder folder;
             const Bytes raw = RawSectors(sectors);
             test::WriteWhole(folder / "game.bin", raw);
             CRecordingOperation operation;
-            BinToIso({folder / "game.bin", folder / "out.iso", manner}, operation);
+            BinToIso(RequestFor(folder, strict), operation);
             EXPECT_EQ(test::ReadWhole(folder / "out.iso"), DataOf(raw)) << sectors;
-            EXPECT_EQ(operation.CallsOf("pump").size(),
-                      manner == EOutputManner::InPlace ? sectors : (sectors + 255) / 256)
+            EXPECT_EQ(operation.CallsOf("total"), std::vector{"total " + std::to_string(sectors)});
+            EXPECT_EQ(operation.CallsOf("yield").size(), strict ? (sectors + 255) / 256 : sectors)
                 << "the window shows every sector, the console program every piece";
+            EXPECT_EQ(operation.CallsOf("done").back(), "done " + std::to_string(sectors));
             EXPECT_EQ(operation.PaneText(EPane::Percent), "100%");
         }
     }
 }
 
-TEST(BinToIso, APartialLastSectorIsLeftOut) {
+TEST(BinToIso, IgnoresAPartialLastSector) {
     for (const std::size_t rest : {1, 24, 2000, 2351}) {
         const CTestFolder folder;
         Bytes raw = RawSectors(3);
@@ -88,28 +93,28 @@ TEST(BinToIso, APartialLastSectorIsLeftOut) {
         CRecordingOperation operation;
         BinToIso(WindowBinToIso(folder.Path(), "my.game.bin"), operation);
         EXPECT_EQ(test::ReadWhole(folder / "new-my.iso"), DataOf(RawSectors(3)));
-        EXPECT_THAT(operation.CallsOf("notify"), IsEmpty()) << "the window says nothing of it";
-        BinToIso({folder / "my.game.bin", folder / "out.iso", EOutputManner::CommitNew}, operation);
+        EXPECT_THAT(operation.CallsOf("notify"), IsEmpty()) << "only a strict conversion reports it";
+        BinToIso({folder / "my.game.bin", folder / "out.iso", EOutputManner::CommitNew, true}, operation);
         EXPECT_THAT(operation.CallsOf("notify"),
                     ElementsAre("notify " + (folder / "my.game.bin") + ": the last " + std::to_string(rest) +
                                 " bytes are no whole sector and were left out"));
     }
 }
 
-TEST(BinToIso, OnlyTheFirstSectorIsExamined) {
+TEST(BinToIso, ChecksTheFirstSectorOnly) {
     const CTestFolder folder;
     Bytes raw = RawSector(2, 1);
     const Bytes second = RawSector(1, 2);
     raw.insert(raw.end(), second.begin(), second.end());
     raw.insert(raw.end(), 2352, 0x55);
     test::WriteWhole(folder / "game.bin", raw);
-    test::WriteText(folder / "new-game.iso", "an older and longer file is overwritten" + std::string(10'000, '!'));
+    test::WriteText(folder / "new-game.iso", "an older, longer file" + std::string(10'000, '!'));
     CRecordingOperation operation;
     BinToIso(WindowBinToIso(folder.Path(), "game.bin"), operation);
     EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), DataOf(raw));
 }
 
-TEST(BinToIso, OtherImagesAreRefused) {
+TEST(BinToIso, RefusesOtherImages) {
     const Bytes good = RawSector(2, 1);
     std::vector<Bytes> refused = {
         {}, Bytes(good.begin(), good.begin() + 15), RawSector(1, 1), RawSector(0, 1), RawSector(3, 1)};
@@ -123,7 +128,7 @@ TEST(BinToIso, OtherImagesAreRefused) {
         CRecordingOperation operation;
         EXPECT_EQ(FailureOf([&] { BinToIso(WindowBinToIso(folder.Path(), "game.bin"), operation); }),
                   "Error bin image => MODE 2 only !");
-        EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), Bytes{}) << "the empty output stays";
+        EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), Bytes{}) << "the empty output remains";
         RemoveFile(folder / "new-game.iso");
         EXPECT_EQ(FailureOf([&] {
                       BinToIso({folder / "game.bin", folder / "new-game.iso", EOutputManner::CommitNew}, operation);
@@ -133,7 +138,7 @@ TEST(BinToIso, OtherImagesAreRefused) {
     }
 }
 
-TEST(BinToIso, FilesThatCannotBeOpenedAreNamed) {
+TEST(BinToIso, NamesTheFileThatCannotBeOpened) {
     const CTestFolder folder;
     CRecordingOperation operation;
     EXPECT_EQ(FailureOf([&] { BinToIso(WindowBinToIso(folder.Path(), "a.bin"), operation); }),
@@ -144,41 +149,41 @@ TEST(BinToIso, FilesThatCannotBeOpenedAreNamed) {
               "Code 2021 - Error Opening " + (folder / "new-a.iso"));
 }
 
-TEST(BinToIso, AnInputThatShrinksGivesZerosInPlaceAndAFailureOtherwise) {
-    for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
+TEST(BinToIso, FailsIfTheInputShrinksOrWritesZerosIfNotStrict) {
+    for (const bool strict : {false, true}) {
         const CTestFolder folder;
         test::WriteWhole(folder / "game.bin", RawSectors(4000));
         CRecordingOperation operation;
-        operation.m_onPump = [&](int pump) {
-            if (pump == 1) {
+        operation.m_onYield = [&](int yields) {
+            if (yields == 1) {
                 test::WriteWhole(folder / "game.bin", Bytes(5, 1));
             }
         };
-        const std::string text = FailureOf([&] {
-            BinToIso({folder / "game.bin", folder / "out.iso", manner}, operation);
-        });
-        if (manner == EOutputManner::InPlace) {
+        const std::string text = FailureOf([&] { BinToIso(RequestFor(folder, strict), operation); });
+        if (!strict) {
             EXPECT_EQ(text, "did not fail");
             const Bytes iso = test::ReadWhole(folder / "out.iso");
             EXPECT_EQ(iso.size(), 4000U * 2048U);
             EXPECT_EQ(Bytes(iso.end() - 2048, iso.end()), Bytes(2048, 0));
         } else {
-            EXPECT_EQ(text, "Cannot read " + (folder / "game.bin"));
+            EXPECT_EQ(text, "Cannot read " + (folder / "game.bin") + ": unexpected end of file");
             EXPECT_THAT(folder.Names(), ElementsAre("game.bin"));
         }
     }
 }
 
 #ifdef __linux__
-TEST(BinToIso, AFullDiskIsToldWhereNothingMayBeLost) {
+TEST(BinToIso, ReportsAFullDiskOnlyIfStrict) {
     const CTestFolder folder;
     test::WriteWhole(folder / "game.bin", RawSectors(3));
     CRecordingOperation operation;
-    EXPECT_EQ(FailureOf([&] {
-                  BinToIso({folder / "game.bin", "/dev/full", EOutputManner::InPlace}, operation);
-              }),
-              "did not fail")
-        << "writes are not examined in place";
+    const auto failure = [&](bool strict) {
+        return FailureOf([&] {
+            BinToIso({folder / "game.bin", "/dev/full", EOutputManner::InPlace, strict}, operation);
+        });
+    };
+    EXPECT_EQ(failure(false), "did not fail");
+    EXPECT_EQ(failure(true), "Cannot write /dev/full: No space left on device");
 }
 #endif
 

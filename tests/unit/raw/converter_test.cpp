@@ -1,4 +1,4 @@
-// The converter program's work: command line, progress, bytes, and what it refuses.
+// The converter program: arguments, progress, contents, refused images.
 #include "raw/converter.h"
 
 #include <gmock/gmock.h>
@@ -26,10 +26,10 @@ struct SRun {
     std::string errors;
 };
 
-SRun Convert(const std::vector<std::string>& words) {
+SRun Convert(const std::vector<std::string>& arguments) {
     std::ostringstream progress;
     std::ostringstream errors;
-    const EConverterExit status = RunConverter(words, progress, errors);
+    const EConverterExit status = RunConverter(arguments, progress, errors);
     return {status, progress.str(), errors.str()};
 }
 
@@ -57,7 +57,7 @@ TEST(Converter, ConvertsInBothModesWithAndWithoutPostgap) {
     ExpectReference(folder, "1", "150");
 }
 
-TEST(Converter, PiecesJoinWithoutASeam) {
+TEST(Converter, ConvertsAnyNumberOfPieces) {
     for (const std::size_t sectors : {0, 1, 255, 256, 257, 512, 2049}) {
         const CTestFolder folder;
         test::WriteWhole(folder / "in.iso", test::RandomBytes(sectors * kUserDataSize, sectors));
@@ -74,7 +74,7 @@ TEST(Converter, PiecesJoinWithoutASeam) {
     }
 }
 
-TEST(Converter, TellsItsProgress) {
+TEST(Converter, PrintsItsProgress) {
     const CTestFolder folder;
     test::WriteWhole(folder / "in.iso", Bytes(4 * 256 * kUserDataSize, 1));
     const SRun run = Convert({folder / "in.iso", folder / "out.bin", "/mode2"});
@@ -82,50 +82,51 @@ TEST(Converter, TellsItsProgress) {
     EXPECT_EQ(run.errors, "");
 }
 
-TEST(Converter, WrongUsageIsExplained) {
+TEST(Converter, PrintsItsUsageForWrongArguments) {
     const CTestFolder folder;
     test::WriteWhole(folder / "in.iso", Bytes(kUserDataSize, 1));
-    for (const std::vector<std::string>& words : {std::vector<std::string>{},
-                                                  {folder / "in.iso"},
-                                                  {folder / "in.iso", folder / "out.bin", "/mode3"},
-                                                  {folder / "in.iso", folder / "out.bin", "/mode2", "more"}}) {
-        const SRun run = Convert(words);
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{},
+                                                      {folder / "in.iso"},
+                                                      {folder / "in.iso", folder / "out.bin", "/mode3"},
+                                                      {folder / "in.iso", folder / "out.bin", "/mode2", "more"}}) {
+        const SRun run = Convert(arguments);
         EXPECT_EQ(run.status, EConverterExit::Usage);
         EXPECT_THAT(run.errors, HasSubstr("usage: tmpfile INPUT OUTPUT [/MODE2] [/POSTGAP]\n"));
     }
     EXPECT_THAT(folder.Names(), ElementsAre("in.iso"));
 }
 
-TEST(Converter, BadInputLeavesTheOutputAlone) {
+TEST(Converter, KeepsTheOutputIfTheInputIsRefused) {
     const CTestFolder folder;
     test::WriteText(folder / "out.bin", "older");
     SRun run = Convert({folder / "missing.iso", folder / "out.bin"});
     EXPECT_EQ(run.status, EConverterExit::Failed);
-    EXPECT_THAT(run.errors, HasSubstr("tmpfile: cannot open " + (folder / "missing.iso")));
+    EXPECT_THAT(run.errors, HasSubstr("tmpfile: Cannot open " + (folder / "missing.iso") + ": "));
     test::WriteWhole(folder / "in.iso", Bytes(kUserDataSize + 1, 1));
     run = Convert({folder / "in.iso", folder / "out.bin"});
     EXPECT_EQ(run.status, EConverterExit::Failed);
-    EXPECT_EQ(run.errors, "tmpfile: " + (folder / "in.iso") + " is not whole sectors of 2048 bytes\n");
+    EXPECT_EQ(run.errors,
+              "tmpfile: " + (folder / "in.iso") + " is not whole sectors of 2048 bytes: 1 bytes are left over\n");
     CNativeFile large;
     ASSERT_TRUE(large.Open(folder / "in.iso", EOpenMode::ReadWrite, ESharing::Anyone));
     ASSERT_TRUE(large.Resize((std::int64_t{kMostRawSectors} - 149) * 2048));
     run = Convert({folder / "in.iso", folder / "out.bin", "/postgap"});
     EXPECT_EQ(run.status, EConverterExit::Failed);
-    EXPECT_THAT(run.errors, HasSubstr("is too long for a CD: addresses end at 99:59:74\n"));
+    EXPECT_THAT(run.errors, HasSubstr("is too long for a CD: addresses end at 99:59:74, after 449850 sectors\n"));
     EXPECT_EQ(test::ReadText(folder / "out.bin"), "older");
 }
 
-TEST(Converter, TheInputIsNeverTheOutput) {
+TEST(Converter, RefusesItsInputAsOutput) {
     const CTestFolder folder;
     test::WriteWhole(folder / "in.iso", Bytes(kUserDataSize, 1));
     const SRun run = Convert({folder / "in.iso", folder / "in.iso"});
     EXPECT_EQ(run.status, EConverterExit::Failed);
-    EXPECT_THAT(run.errors, HasSubstr("the output would be the input itself"));
+    EXPECT_THAT(run.errors, HasSubstr("tmpfile: Input and output are the same file\n"));
     EXPECT_EQ(test::ReadWhole(folder / "in.iso"), Bytes(kUserDataSize, 1));
 }
 
 #ifdef __linux__
-TEST(Converter, AFailedWriteIsTold) {
+TEST(Converter, ReportsFailedWrites) {
     const CTestFolder folder;
     test::WriteWhole(folder / "in.iso", Bytes(kUserDataSize, 1));
     SRun run = Convert({folder / "in.iso", "/dev/full"});
@@ -133,7 +134,7 @@ TEST(Converter, AFailedWriteIsTold) {
     EXPECT_THAT(run.errors, HasSubstr("Cannot write /dev/full: "));
     run = Convert({folder / "in.iso", folder / "no folder/out.bin"});
     EXPECT_EQ(run.status, EConverterExit::Failed);
-    EXPECT_THAT(run.errors, HasSubstr("cannot create " + (folder / "no folder/out.bin")));
+    EXPECT_THAT(run.errors, HasSubstr("Cannot create " + (folder / "no folder/out.bin") + ": "));
 }
 #endif
 

@@ -1,4 +1,4 @@
-// What the tests of raw images share.
+// Shared by the tests of raw images.
 #pragma once
 
 #include "tests/support/image_builder.h"

@@ -1,4 +1,4 @@
-// The check of raw sectors, compared with one that works bit by bit and shares no code with it.
+// The check of raw sectors, compared with an independent check that works bit by bit.
 #include "raw/sector_check.h"
 
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ TEST(SectorCheck, EncodedSectorsPass) {
     EXPECT_TRUE(CheckSector(Encoded(ESectorMode::Mode1, 5), 6).address);
 }
 
-TEST(SectorCheck, UserDataIsWhatWasEncoded) {
+TEST(SectorCheck, FindsTheEncodedUserData) {
     for (const ESectorMode mode : {ESectorMode::Mode1, ESectorMode::Mode2Form1}) {
         const Sector sector = Encoded(mode, 9);
         const auto data = UserDataOf(sector);
@@ -36,7 +36,7 @@ TEST(SectorCheck, UserDataIsWhatWasEncoded) {
     }
 }
 
-TEST(SectorCheck, EveryWrongByteIsFoundWhereTheOtherCheckFindsIt) {
+TEST(SectorCheck, AgreesWithTheIndependentCheckOnEveryWrongByte) {
     for (const ESectorMode mode : {ESectorMode::Mode1, ESectorMode::Mode2Form1}) {
         const Sector good = Encoded(mode, 7);
         for (std::size_t i = 0; i < good.size(); ++i) {
@@ -47,17 +47,17 @@ TEST(SectorCheck, EveryWrongByteIsFoundWhereTheOtherCheckFindsIt) {
     }
 }
 
-TEST(SectorCheck, Form2MayLeaveOutItsEdc) {
+TEST(SectorCheck, AcceptsForm2WithoutEdc) {
     Sector sector = Encoded(ESectorMode::Mode2Form1, 0);
     sector[kSubHeaderOffset + 2] |= 0x20;
     sector[kSubHeaderOffset + 6] |= 0x20;
     EXPECT_EQ(KindOfSector(sector), ESectorKind::Mode2Form2);
-    EXPECT_TRUE(CheckSector(sector, 0).edc) << "what stands there is no EDC of the longer data";
+    EXPECT_TRUE(CheckSector(sector, 0).edc) << "these bytes are not the EDC of the longer data";
     std::fill(sector.end() - 4, sector.end(), 0);
     EXPECT_FALSE(CheckSector(sector, 0).Any());
 }
 
-TEST(SectorCheck, OtherModesAreTold) {
+TEST(SectorCheck, ReportsOtherModes) {
     Sector sector = Encoded(ESectorMode::Mode2Form1, 0);
     sector[kModeOffset] = 0;
     EXPECT_EQ(KindOfSector(sector), ESectorKind::Other);

@@ -1,4 +1,4 @@
-// Raw sectors: the published check value, an independent checker and a second implementation.
+// Encoding of raw sectors, checked by the published check value, an independent checker and a second implementation.
 #include "raw/sector.h"
 
 #include <gtest/gtest.h>
@@ -16,19 +16,19 @@ namespace {
 using test::Bytes;
 
 Bytes Encoded(ESectorMode mode, std::uint32_t number, const Bytes& data) {
-    Bytes sector(kRawSectorSize, 0xCC);  // whatever was there before must not matter
+    Bytes sector(kRawSectorSize, 0xCC);  // the previous contents must not matter
     EncodeSector(mode, number, std::span(data).first<kUserDataSize>(), std::span(sector).first<kRawSectorSize>());
     return sector;
 }
 
-TEST(Edc, TheCheckValueIsThePublishedOne) {
+TEST(Edc, GivesThePublishedCheckValue) {
     constexpr std::string_view kDigits = "123456789";
     const Bytes digits(kDigits.begin(), kDigits.end());
     EXPECT_EQ(EdcOf(digits), 0x6EC2EDC4U);
     EXPECT_EQ(EdcOf({}), 0U);
 }
 
-TEST(Edc, IsTheSameOnEveryProcessor) {
+TEST(Edc, IsTheSameWithAndWithoutSpecialInstructions) {
     const Bytes bytes = test::RandomBytes(5000, 1);
     for (std::size_t length = 0; length < 400; ++length) {
         const auto part = std::span(bytes).subspan(length % 7, length);
@@ -38,7 +38,7 @@ TEST(Edc, IsTheSameOnEveryProcessor) {
     EXPECT_EQ(EdcByTables(std::span(bytes).subspan(100), EdcByTables(std::span(bytes).first(100))), EdcByTables(bytes));
 }
 
-TEST(Edc, AppendedInItsByteOrderItLeavesZero) {
+TEST(Edc, OfBytesFollowedByTheirEdcIsZero) {
     for (std::size_t length = 0; length < 70; ++length) {
         Bytes bytes = test::RandomBytes(length, length);
         const std::uint32_t edc = EdcOf(bytes);
@@ -49,7 +49,7 @@ TEST(Edc, AppendedInItsByteOrderItLeavesZero) {
     }
 }
 
-TEST(Sector, EveryModePassesTheIndependentChecker) {
+TEST(Sector, PassesTheIndependentCheckInEveryMode) {
     for (const ESectorMode mode : {ESectorMode::Mode1, ESectorMode::Mode2Form1}) {
         for (std::uint32_t i = 0; i < 20; ++i) {
             EXPECT_EQ(test::FaultOfRawSector(Encoded(mode, i * 4777, test::RandomBytes(kUserDataSize, i)), i * 4777),
@@ -60,7 +60,7 @@ TEST(Sector, EveryModePassesTheIndependentChecker) {
     }
 }
 
-TEST(Sector, EverySingleBitOfTheDataIsCovered) {
+TEST(Sector, CoversEveryBitOfTheData) {
     for (std::size_t bit = 0; bit < kUserDataSize * 8; bit += 37) {
         Bytes data(kUserDataSize, 0);
         data[bit / 8] = static_cast<std::uint8_t>(1U << (bit % 8));
@@ -68,7 +68,7 @@ TEST(Sector, EverySingleBitOfTheDataIsCovered) {
     }
 }
 
-TEST(Sector, TheCheckerSeesEveryDamage) {
+TEST(Sector, FailsTheIndependentCheckIfDamaged) {
     const Bytes sector = Encoded(ESectorMode::Mode2Form1, 5, test::RandomBytes(kUserDataSize, 1));
     for (std::size_t i = 0; i < sector.size(); i += 7) {
         Bytes damaged = sector;
@@ -77,7 +77,7 @@ TEST(Sector, TheCheckerSeesEveryDamage) {
     }
 }
 
-TEST(Sector, AddressesCountFromTwoSeconds) {
+TEST(Sector, AddressesStartAtTwoSeconds) {
     const auto text = [](std::uint32_t number) {
         std::string address;
         for (const std::uint8_t byte : AddressOfSector(number)) {
@@ -92,7 +92,7 @@ TEST(Sector, AddressesCountFromTwoSeconds) {
     EXPECT_EQ(text(4349), "005974");
     EXPECT_EQ(text(4350), "010000");
     EXPECT_EQ(text(kMostRawSectors - 1), "995974");
-    EXPECT_EQ(text(kMostRawSectors), "000000") << "an address that starts again, not one that is no BCD";
+    EXPECT_EQ(text(kMostRawSectors), "000000") << "the address starts again and is still BCD";
     EXPECT_EQ(text(0xFFFFFFFFU).size(), 6U);
 }
 
@@ -115,7 +115,7 @@ void CompareWithReference(const char* mode, ESectorMode engineMode) {
     EXPECT_EQ(raw, test::ReadWhole(folder / "raw"));
 }
 
-TEST(Sector, BothModesEqualTheSecondImplementation) {
+TEST(Sector, EqualsTheSecondImplementationInBothModes) {
     CompareWithReference("1", ESectorMode::Mode1);
     CompareWithReference("2", ESectorMode::Mode2Form1);
 }

@@ -1,4 +1,4 @@
-// The water of the title effect: bounds, decay and what a drop changes in the picture.
+// The water of the title effect: bounds, decay, and the effect of a drop on the picture.
 #include "app/ui/ripple_field.h"
 
 #include <gtest/gtest.h>

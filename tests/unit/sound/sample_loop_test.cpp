@@ -1,4 +1,4 @@
-// The buffers of the player hold the sound without a gap, over its end and back to its start.
+// The player's buffers repeat the sound without a gap.
 #include "app/sound/sample_loop.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ TEST(SampleLoop, BufferThatFitsIsCopied) {
     EXPECT_EQ(position, 7u);
 }
 
-TEST(SampleLoop, RestComesFromTheStart) {
+TEST(SampleLoop, StartsAgainWithinABuffer) {
     const Bytes samples = Counting(10);
     Bytes buffer(6);
     std::size_t position = 7;
@@ -36,7 +36,7 @@ TEST(SampleLoop, RestComesFromTheStart) {
     EXPECT_EQ(position, 3u);
 }
 
-TEST(SampleLoop, EndAtTheEndBeginsAgain) {
+TEST(SampleLoop, StartsAgainAfterABuffer) {
     const Bytes samples = Counting(10);
     Bytes buffer(5);
     std::size_t position = 5;
@@ -63,7 +63,7 @@ TEST(SampleLoop, OneSampleFillsTheBuffer) {
     EXPECT_EQ(buffer, Bytes(kWaveBufferSize, 77));
 }
 
-TEST(SampleLoop, ManyBuffersAreTheEndlessSound) {
+TEST(SampleLoop, ManyBuffersFormTheEndlessSound) {
     const Bytes samples = Counting(12345);
     std::size_t position = 0;
     std::size_t played = 0;
@@ -77,7 +77,7 @@ TEST(SampleLoop, ManyBuffersAreTheEndlessSound) {
     }
 }
 
-TEST(SampleLoop, NoSamplesLeaveTheBufferAlone) {
+TEST(SampleLoop, KeepsTheBufferWithoutSamples) {
     Bytes buffer(4, 9);
     std::size_t position = 0;
     FillFromLoop({}, position, buffer);

@@ -1,4 +1,4 @@
-// WAV files as they come: with other chunks between, padded or not, cut off, or not sounds at all.
+// WAV files of all kinds: with other chunks, padded or not, truncated, or not sounds at all.
 #include "app/sound/wav_file.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ void AppendText(Bytes& bytes, std::string_view text) {
     }
 }
 
-/// A chunk whose header claims `size` whatever its content is.
+/// A chunk with `size` in its header, regardless of its content.
 void AppendChunk(Bytes& bytes, std::string_view name, std::uint32_t size, const Bytes& content) {
     AppendText(bytes, name);
     Append32(bytes, size);
@@ -47,7 +47,7 @@ Bytes FormatFields(unsigned blockAlign = 1) {
     return fields;
 }
 
-/// The start of a WAV file up to and with its format chunk.
+/// The start of a WAV file, including its format chunk.
 Bytes WaveStart(unsigned blockAlign = 1) {
     Bytes wave;
     AppendText(wave, "RIFF");
@@ -125,7 +125,7 @@ TEST_F(WavFile, NameOfTheDataChunkIsComparedWithoutCase) {
     EXPECT_EQ(Samples(), kSamples);
 }
 
-TEST_F(WavFile, WhatFollowsTheDataChunkIsNotSound) {
+TEST_F(WavFile, BytesBehindTheDataChunkAreIgnored) {
     Bytes wave = WaveStart();
     AppendChunk(wave, "data", 6, kSamples);
     AppendChunk(wave, "LIST", 4, {'I', 'N', 'F', 'O'});
@@ -133,7 +133,7 @@ TEST_F(WavFile, WhatFollowsTheDataChunkIsNotSound) {
     EXPECT_EQ(Samples(), kSamples);
 }
 
-TEST_F(WavFile, DataClaimedBeyondTheEndIsCutToTheFile) {
+TEST_F(WavFile, DataSizeIsLimitedToTheFile) {
     Bytes wave = WaveStart(2);
     AppendChunk(wave, "data", 0xFFFFFFFF, {1, 2, 3, 4, 5});
     ASSERT_TRUE(Load(wave));
@@ -183,7 +183,7 @@ TEST_F(WavFile, ChunkThatEndsBeyondTheFileIsRefused) {
     EXPECT_FALSE(Load(wave));
 }
 
-TEST_F(WavFile, EveryCutOfAFileIsSurvived) {
+TEST_F(WavFile, EveryTruncationIsHandled) {
     Bytes wave = WaveStart();
     AppendChunk(wave, "LIST", 4, {'I', 'N', 'F', 'O'});
     const std::size_t samplesStart = wave.size() + 8;
@@ -191,11 +191,11 @@ TEST_F(WavFile, EveryCutOfAFileIsSurvived) {
     for (std::size_t length = 0; length < wave.size(); ++length) {
         CWaveSound sound;
         test::WriteWhole(m_folder / "cut.wav", Bytes(wave.begin(), wave.begin() + static_cast<std::ptrdiff_t>(length)));
-        EXPECT_EQ(sound.Load(m_folder / "cut.wav"), length > samplesStart) << "cut to " << length;
+        EXPECT_EQ(sound.Load(m_folder / "cut.wav"), length > samplesStart) << "truncated to " << length;
     }
 }
 
-TEST_F(WavFile, SpoiledFilesAreSurvived) {
+TEST_F(WavFile, DamagedFilesAreHandled) {
     Bytes wave = WaveStart();
     AppendChunk(wave, "LIST", 5, {'I', 'N', 'F', 'O', 'x', 0});
     AppendChunk(wave, "data", 6, kSamples);
@@ -216,7 +216,7 @@ TEST_F(WavFile, SpoiledFilesAreSurvived) {
     }
 }
 
-TEST_F(WavFile, FileOfEmptyChunksEnds) {
+TEST_F(WavFile, ManyEmptyChunksAreRefusedQuickly) {
     Bytes wave = WaveStart();
     wave.resize(wave.size() + 8u * 1024 * 1024, 0);
     AppendChunk(wave, "data", 6, kSamples);

@@ -1,5 +1,5 @@
-// The main dialog as a window: place, staying on top, the title effect, the About box, the ways out, the minimised icon
-// and the keyboard.
+// The main dialog as a window: position, Always On Top, the title effect, the About box, ending the program, the
+// minimised icon and the keyboard.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@ constexpr int kLowestRowOfEffect = 80;
 constexpr int kPictureWidth = 575;
 constexpr int kPictureHeight = 330;
 
-/// What the screen shows of a window's client area.
+/// The client area of a window as shown on the screen.
 class CClientPicture {
 public:
     explicit CClientPicture(HWND window) {
@@ -47,7 +47,7 @@ private:
     std::vector<std::uint32_t> m_pixels;
 };
 
-/// The picture of the effect as the program carries it.
+/// The picture of the effect from the program's resources.
 class CEffectPicture {
 public:
     explicit CEffectPicture(const std::string& program) {
@@ -70,7 +70,7 @@ public:
 
     int Width() const { return m_width; }
     int Height() const { return m_height; }
-    /// The colour that point (x, y) of the client area shows while the water rests.
+    /// The colour of point (x, y) of the client area while the water is at rest.
     COLORREF UnderClientPoint(int x, int y) const {
         const int row = kPictureHeight - 1 - (kLowestRowOfEffect - y);
         return m_bitmap.Pixels()[row * kPictureWidth + x - kOffsetOfEffect] & 0xFFFFFF;
@@ -82,7 +82,7 @@ private:
     int m_height = 0;
 };
 
-/// The picture once two looks in a row show the same.
+/// The picture, once two in a row are equal.
 CClientPicture SettledPicture(HWND window) {
     CClientPicture last(window);
     Require("settled window", [&] {
@@ -99,7 +99,7 @@ protected:
     HWND WaitForWindow(const std::wstring& caption) const {
         HWND found = nullptr;
         Require("window " + Utf8Of(caption), [&] {
-            // Without a message: other windows of the program may go while they are looked at.
+            // Without a message, because other windows of the program may disappear meanwhile.
             found = FindWindowOf(m_program.ProcessId(), [&](HWND window) {
                 std::array<wchar_t, 64> text = {};
                 InternalGetWindowText(window, text.data(), static_cast<int>(text.size()));
@@ -123,7 +123,7 @@ protected:
         return texts;
     }
 
-    /// What the program wrote that a link was opened with.
+    /// The text written by the program that a link started.
     static std::string Note(const std::string& path) {
         Require("note", [&] {
             return GetFileAttributesW(WideOf(path).c_str()) != INVALID_FILE_ATTRIBUTES && ReadWhole(path).size() > 5;
@@ -168,7 +168,7 @@ TEST_F(CWindowBehaviour, EffectShowsThePictureUnderWater) {
     const CClientPicture before = SettledPicture(dialog.Window());
     ASSERT_NE(before.At(kX, kY), picture.UnderClientPoint(kX, kY));
 
-    // The box is hidden and greyed; its command still starts the effect.
+    // The check box is hidden and greyed, but its command works.
     Ask(dialog.Window(), WM_COMMAND, MAKEWPARAM(IDC_EFFECT, BN_CLICKED),
         reinterpret_cast<LPARAM>(dialog.Control(IDC_EFFECT)));
     const auto isStill = [&] {
@@ -209,7 +209,7 @@ TEST_F(CWindowBehaviour, SystemMenuOpensTheAboutBox) {
     }
 }
 
-/// The menu of another process cannot be read, but it can be used: upwards from its start lies its last item.
+/// The menu of another process cannot be read but operated: the Up key selects its last item.
 TEST_F(CWindowBehaviour, SystemMenuEndsInTheAboutItem) {
     const CDrivenDialog dialog = m_program.Start();
     PostMessageW(dialog.Window(), WM_SYSCOMMAND, SC_KEYMENU, L' ');
@@ -225,13 +225,13 @@ TEST_F(CWindowBehaviour, SystemMenuEndsInTheAboutItem) {
     EXPECT_NE(WaitForWindow(L"About quorn_vantrel_v5.0"), nullptr);
 }
 
-TEST_F(CWindowBehaviour, OtherSystemCommandsAreTheSystems) {
+TEST_F(CWindowBehaviour, OtherSystemCommandsHaveTheirDefaultEffect) {
     const CDrivenDialog dialog = m_program.Start();
     Ask(dialog.Window(), WM_SYSCOMMAND, SC_MINIMIZE);
     EXPECT_TRUE(WaitUntil([&] { return IsIconic(dialog.Window()) != FALSE; }));
 }
 
-TEST_F(CWindowBehaviour, AboutBoxTellsNameAndThanks) {
+TEST_F(CWindowBehaviour, AboutBoxShowsNameAndGreetings) {
     const CDrivenDialog dialog = m_program.Start();
     const HWND about = OpenAboutBox(dialog, IDM_ABOUTBOX);
     const auto texts = TextsOf(about);
@@ -275,20 +275,20 @@ TEST_F(CWindowBehaviour, UnknownLinkHasNoTarget) {
     EXPECT_EQ(AboutLinkTarget(IDOK), nullptr);
 }
 
-TEST_F(CWindowBehaviour, ExitEndsTheProcessInOrder) {
+TEST_F(CWindowBehaviour, ExitEndsTheProcessWithStatusZero) {
     const CDrivenDialog dialog = m_program.Start();
     dialog.Press(IDC_EXIT);
     EXPECT_EQ(m_program.WaitForEnd(), 0U);
 }
 
-TEST_F(CWindowBehaviour, CloseBoxEndsTheProcessInOrder) {
+TEST_F(CWindowBehaviour, CloseBoxEndsTheProcessWithStatusZero) {
     const CDrivenDialog dialog = m_program.Start();
     dialog.PressCloseBox();
     EXPECT_EQ(m_program.WaitForEnd(), 0U);
 }
 
-/// Wine carries no icon handles from one process to another, so that the icon itself is left to the pictures.
-TEST_F(CWindowBehaviour, MinimisedWindowPaintsAndComesBack) {
+/// The icon itself is checked only in the pictures, because Wine does not share icon handles between processes.
+TEST_F(CWindowBehaviour, MinimisedWindowPaintsAndCanBeRestored) {
     const CDrivenDialog dialog = m_program.Start();
     const CClientPicture before = SettledPicture(dialog.Window());
     Ask(dialog.Window(), WM_SYSCOMMAND, SC_MINIMIZE);
@@ -308,7 +308,7 @@ TEST_F(CWindowBehaviour, EnterBrowses) {
     EXPECT_TRUE(m_program.IsRunning());
 }
 
-/// The control that has the focus in another program's window.
+/// The control with the focus in a window of another program.
 HWND FocusOf(HWND dialog) {
     GUITHREADINFO info = {};
     info.cbSize = sizeof info;

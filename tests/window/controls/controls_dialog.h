@@ -1,4 +1,4 @@
-// The dialog of the control tests: it counts what its controls report.
+// The dialog of the control tests, which counts the notifications of its controls.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ protected:
 
     HWND Control(int id) const { return GetDlgItem(m_dialog, id); }
 
-    /// Handles all pending messages, as a modal dialog does.
+    /// Processes all pending messages like a modal dialog.
     void Pump() const {
         MSG message;
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
@@ -51,7 +51,7 @@ protected:
         SendMessageW(control, WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
     }
 
-    /// What the control shows now.
+    /// The current appearance of a control.
     static std::vector<std::uint32_t> Picture(HWND control) {
         RECT client;
         GetClientRect(control, &client);
@@ -65,7 +65,7 @@ protected:
         return pixels;
     }
 
-    /// How many clicks each control reported, by id.
+    /// Number of clicks that each control reported, by id.
     int Clicks(int id) const { return static_cast<int>(std::count(m_clicks.begin(), m_clicks.end(), id)); }
 
     HWND m_dialog;

@@ -1,4 +1,4 @@
-// Ids of the dialog that the tests of the controls make.
+// Ids of the dialog of the control tests.
 #pragma once
 
 #define IDD_CONTROLS 100

@@ -19,7 +19,7 @@ std::vector<std::uint32_t> Painted(CRippleEffect& effect) {
     return {bitmap.Pixels(), bitmap.Pixels() + 600 * 100};
 }
 
-/// The picture of the resources, top row first.
+/// The picture from the resources, top row first.
 std::vector<std::uint32_t> ResourcePicture() {
     const CMemoryBitmap bitmap(kEffectWidth, kEffectHeight);
     const HANDLE picture =
@@ -73,7 +73,7 @@ TEST(RippleEffect, DropFallsUnderThePointer) {
     EXPECT_EQ(Painted(effect), still);
 }
 
-TEST(RippleEffect, PointerOutsideStirsNothing) {
+TEST(RippleEffect, PointerOutsideHasNoEffect) {
     CRippleEffect effect;
     ASSERT_TRUE(effect.SetPicture(IDB_EFFECT_PICTURE, kEffectWidth, kEffectHeight));
     EXPECT_FALSE(effect.DropAt({4, 40}, kMoveDrop));
@@ -93,12 +93,13 @@ TEST(RippleEffect, MissingPictureIsHarmless) {
     EXPECT_EQ(std::count(painted.begin(), painted.end(), 0U), 600 * 100);
 }
 
-/// The row of the screen through the middle of a rectangle, which both sides of every frame within it cross.
+/// The row of the screen through the middle of a rectangle. Both sides of every frame in the rectangle cross it.
 class CMiddleRow {
 public:
     explicit CMiddleRow(const RECT& rectangle) : m_rectangle(rectangle), m_before(Pixels()) {}
 
-    /// Where the left side of a frame stands now, -1 when none is drawn: few pixels are inverted, all others as before.
+    /// The position of the left side of a frame; -1 if none is drawn. A frame inverts a few pixels and changes no
+    /// others.
     int LeftSideOfFrame() const {
         const std::vector<std::uint32_t> now = Pixels();
         int left = -1;
@@ -136,7 +137,7 @@ private:
     std::vector<std::uint32_t> m_before;
 };
 
-/// The system's switch for animations, put back at the end.
+/// The system's setting for animations, restored by the destructor.
 class CAnimationSwitch {
 public:
     CAnimationSwitch() {
@@ -152,7 +153,7 @@ public:
     CAnimationSwitch& operator=(const CAnimationSwitch&) = delete;
 
     static void SetContents(BOOL isOn) {
-        // The value itself travels in the place of the pointer.
+        // The value is passed in place of the pointer.
         SystemParametersInfoW(SPI_SETCLIENTAREAANIMATION, 0, reinterpret_cast<void*>(static_cast<INT_PTR>(isOn)), 0);
     }
     static void SetWindows(int isOn) {
@@ -209,9 +210,9 @@ TEST_F(CWindowAnimationTest, StylesChooseTheDirections) {
     EXPECT_TRUE(m_animation.Frames({10, 10, 10, 10}).empty());
 }
 
-TEST_F(CWindowAnimationTest, ShowsFramesAtSeveralPlaces) {
+TEST_F(CWindowAnimationTest, ShowsFramesAtSeveralPositions) {
     const RECT rectangle = {200, 200, 600, 500};
-    // A machine that is busy may be looking elsewhere during all of the frames.
+    // A busy machine may miss all frames of a run.
     EXPECT_TRUE(WaitUntil([&] {
         Pump();
         const CMiddleRow row(rectangle);
@@ -225,8 +226,8 @@ TEST_F(CWindowAnimationTest, ShowsFramesAtSeveralPlaces) {
     }));
 }
 
-TEST_F(CWindowAnimationTest, LeavesTheScreenAsItWas) {
-    // Other windows may come to the screen meanwhile; remains of the animation would be there every time.
+TEST_F(CWindowAnimationTest, RestoresTheScreen) {
+    // Other windows may appear meanwhile, but not every time.
     EXPECT_TRUE(WaitUntil([&] {
         Pump();
         const auto before = Screen();
@@ -235,7 +236,7 @@ TEST_F(CWindowAnimationTest, LeavesTheScreenAsItWas) {
     }));
 }
 
-TEST_F(CWindowAnimationTest, ObeysBothSwitchesOfTheSystem) {
+TEST_F(CWindowAnimationTest, FollowsBothSettingsOfTheSystem) {
     CAnimationSwitch::SetContents(TRUE);
     CAnimationSwitch::SetWindows(0);
     EXPECT_FALSE(AreAnimationsOn());

@@ -1,4 +1,4 @@
-// Icon buttons: they behave as push buttons of the system, and each state looks different.
+// Icon buttons: they behave like the system's push buttons, and each state has its own appearance.
 #include "app/ui/icon_button.h"
 
 #include <commctrl.h>
@@ -35,7 +35,7 @@ protected:
         MoveFocus(IDC_SECOND);
     }
 
-    /// As the Tab key does, which also moves the default button.
+    /// Like the Tab key, which also moves the default button.
     void MoveFocus(int id) const {
         SendMessageW(m_dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(id)), TRUE);
         Pump();
@@ -67,7 +67,7 @@ TEST_F(CIconButtonTest, QuickSecondClickCountsAsAClick) {
     EXPECT_EQ(Clicks(IDC_SECOND), 2);
 }
 
-TEST_F(CIconButtonTest, GreyedButtonIsDead) {
+TEST_F(CIconButtonTest, GreyedButtonIgnoresClicks) {
     EnableWindow(Control(IDC_SECOND), FALSE);
     SendMessageW(Control(IDC_SECOND), BM_CLICK, 0, 0);
     EXPECT_EQ(Clicks(IDC_SECOND), 0);
@@ -100,7 +100,7 @@ TEST_F(CIconButtonTest, ShowsItsIconInColourAndGreyed) {
     EXPECT_LT(CountColourful(greyed), 10);
     m_second.SetIcon(0);
     const auto greyedBare = Picture(button);
-    // The greyed drawing is still a drawing: it has many shades.
+    // The greyed icon still has many shades.
     std::vector<std::uint32_t> shades;
     for (std::size_t i = 0; i < greyed.size(); ++i) {
         if (greyed[i] != greyedBare[i]) {
@@ -148,7 +148,7 @@ TEST_F(CIconButtonTest, LooksHotUnderThePointerAndShowsTheHand) {
     }));
 }
 
-TEST_F(CIconButtonTest, TellsTheRoomItNeeds) {
+TEST_F(CIconButtonTest, ReportsItsIdealSize) {
     SIZE ideal = {};
     ASSERT_NE(SendMessageW(Control(IDC_SECOND), BCM_GETIDEALSIZE, 0, reinterpret_cast<LPARAM>(&ideal)), 0);
     EXPECT_EQ(ideal.cx, m_second.IdealSize().cx);
@@ -164,8 +164,7 @@ TEST_F(CIconButtonTest, FollowsAChangeOfTheVisualStyle) {
     EXPECT_EQ(Picture(Control(IDC_FIRST)), before);
 }
 
-/// Without a visual style, which a window can be made to go without.
-TEST_F(CIconButtonTest, DrawsTheClassicWayWithoutAVisualStyle) {
+TEST_F(CIconButtonTest, UsesClassicDrawingWithoutAVisualStyle) {
     const HWND button = Control(IDC_SECOND);
     MoveFocus(IDC_FIRST);
     const auto themed = Picture(button);
@@ -194,7 +193,7 @@ TEST_F(CIconButtonTest, OutlivesItsWindow) {
     m_second.SetIcon(IDI_DAX_TO_ISO);
 }
 
-TEST(ButtonIconSize, IsOneOfThoseDrawn) {
+TEST(ButtonIconSize, IsASizeOfTheIcons) {
     EXPECT_EQ(ButtonIconSize(200), 64);
     EXPECT_EQ(ButtonIconSize(48), 48);
     EXPECT_EQ(ButtonIconSize(47), 32);

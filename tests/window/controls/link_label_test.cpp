@@ -1,4 +1,4 @@
-// Link labels, and how their targets are opened. A protocol is registered whose program writes down what it was given.
+// Link labels and the opening of their targets. The tests register a protocol whose program records its arguments.
 #include "app/ui/link_label.h"
 
 #include "app/ui/hyperlink.h"
@@ -59,7 +59,7 @@ TEST_F(CLinkLabelTest, ReleaseOutsideOpensNothing) {
         WaitUntil([this] { return GetFileAttributesW(m_note.c_str()) != INVALID_FILE_ATTRIBUTES; }, Milliseconds(700)));
 }
 
-TEST_F(CLinkLabelTest, IsAStopOfTheTabKey) {
+TEST_F(CLinkLabelTest, IsATabStop) {
     SetFocus(Control(IDC_SECOND));
     Type(Control(IDC_SECOND), VK_TAB);
     EXPECT_EQ(GetFocus(), Control(IDC_LINK));
@@ -76,7 +76,7 @@ TEST_F(CLinkLabelTest, ShowsTheFocusAndTheHand) {
     EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, IDC_HAND));
 }
 
-TEST_F(CLinkLabelTest, StandsOutFromItsGround) {
+TEST_F(CLinkLabelTest, ContrastsWithItsBackground) {
     const auto brightness = [](std::uint32_t pixel) {
         return static_cast<int>((pixel >> 16 & 0xFF) * 77 + (pixel >> 8 & 0xFF) * 150 + (pixel & 0xFF) * 29) >> 8;
     };
@@ -97,13 +97,13 @@ TEST_F(CLinkLabelTest, FallsBackToTheProgramOfHtmFiles) {
     EXPECT_TRUE(IsNoted());
 }
 
-TEST_F(CLinkLabelTest, FailureIsTold) {
+TEST_F(CLinkLabelTest, ReportsFailures) {
     const CRegisteredClass kind(L".htm", L"vantrelnosuchclass", L"");
     EXPECT_EQ(BrowserCommand(), L"");
     EXPECT_NE(OpenTarget(m_dialog, L"unknownprotocol:some-place"), L"");
 }
 
-TEST(Hyperlink, PutsTheTargetIntoTheCommand) {
+TEST(Hyperlink, InsertsTheTargetIntoTheCommand) {
     EXPECT_EQ(CommandLineFor(L"\"C:\\b r.exe\" -url \"%1\" -new", L"https://a"),
               L"\"C:\\b r.exe\" -url \"https://a\" -new");
     EXPECT_EQ(CommandLineFor(L"b.exe %1", L"https://a"), L"b.exe https://a");

@@ -1,4 +1,4 @@
-// The console program, run to make the files with which the window's are compared.
+// Runs the console program, whose outputs are compared with those of the window.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 namespace vantrel::test {
 
-/// Runs vantrel.exe, which stands beside the test program, and gives its exit status.
+/// Runs vantrel.exe in the folder of the test program and returns its exit status.
 int RunConsoleProgram(const std::vector<std::string>& words);
 
 }  // namespace vantrel::test

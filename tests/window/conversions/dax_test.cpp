@@ -1,4 +1,4 @@
-// iso2dax and dax2iso by the real buttons: panes, texts, sharing of the files.
+// iso2dax and dax2iso through the real buttons: panes, texts, sharing of the files.
 #include <gmock/gmock.h>
 
 #include "files/native_file.h"
@@ -32,7 +32,7 @@ protected:
     }
 };
 
-TEST_F(CDaxTest, ThereAndBack) {
+TEST_F(CDaxTest, RoundTrip) {
     const Bytes image = UmdImage();
     WriteWhole(m_folder / "game.iso", image);
     const CDrivenDialog dialog = m_program.Start();
@@ -53,7 +53,7 @@ TEST_F(CDaxTest, ThereAndBack) {
     EXPECT_EQ(m_program.WaitForEnd(), 0U);
 }
 
-TEST_F(CDaxTest, TheChosenLevelIsUsed) {
+TEST_F(CDaxTest, UsesTheSelectedLevel) {
     WriteWhole(m_folder / "game.iso", UmdImage());
     const CDrivenDialog dialog = m_program.Start();
     dialog.Select(IDC_COMPRESSION, 0);
@@ -64,7 +64,7 @@ TEST_F(CDaxTest, TheChosenLevelIsUsed) {
     EXPECT_EQ(ReadWhole(m_folder / "game.dax"), ReadWhole(m_folder / "console.dax"));
 }
 
-TEST_F(CDaxTest, WithoutALevelTheOutputStaysEmptyAndClosedToOthers) {
+TEST_F(CDaxTest, WithoutALevelTheOutputRemainsEmptyAndOpen) {
     WriteWhole(m_folder / "game.iso", UmdImage());
     const CDrivenDialog dialog = m_program.Start();
     dialog.Choose(m_folder / "game.iso");

@@ -8,8 +8,8 @@ namespace vantrel::test {
 namespace {
 
 constexpr std::size_t kBufferSize = 64 * 1024;
-/// The system tells of changes a little later.
-constexpr DWORD kLastNews = 500;  // milliseconds
+/// The system reports changes with a delay.
+constexpr DWORD kReportDelay = 500;  // milliseconds
 
 }  // namespace
 
@@ -32,7 +32,7 @@ CFolderWatch::~CFolderWatch() {
 
 void CFolderWatch::Stop() {
     if (m_thread.joinable()) {
-        Sleep(kLastNews);
+        Sleep(kReportDelay);
         SetEvent(m_stop);
         m_thread.join();
     }

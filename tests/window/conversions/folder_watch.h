@@ -1,4 +1,4 @@
-// Who came and went in a folder while a test looked.
+// Records the files that appear in and disappear from a folder.
 #pragma once
 
 #include <windows.h>
@@ -12,13 +12,13 @@ namespace vantrel::test {
 
 class CFolderWatch {
 public:
-    /// Watches from now on.
+    /// Starts to watch.
     explicit CFolderWatch(const std::string& folder);
     CFolderWatch(const CFolderWatch&) = delete;
     CFolderWatch& operator=(const CFolderWatch&) = delete;
     ~CFolderWatch();
 
-    /// Ends the watching and gives the names of all files that appeared, and of those that vanished, sorted.
+    /// Stops watching. Then Appeared and Vanished have the sorted names of the files that appeared and disappeared.
     void Stop();
     const std::set<std::string>& Appeared() const { return m_appeared; }
     const std::set<std::string>& Vanished() const { return m_vanished; }

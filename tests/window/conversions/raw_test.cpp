@@ -1,4 +1,4 @@
-// iso2bin and bin2iso by the real buttons: panes, texts, files that come and go, names of every kind.
+// iso2bin and bin2iso through the real buttons: panes, texts, temporary files, unusual names.
 #include <gmock/gmock.h>
 
 #include "files/native_file.h"
@@ -33,8 +33,8 @@ protected:
 
     std::string Disc(const std::string& name) const { return WithSeparator(m_discs) + name; }
 
-    /// What the console program makes of the image: raw image and sheet are removed again.
-    Bytes ConsolesRawImage(const std::string& image) {
+    /// The raw image as the console program makes it. Its files are removed.
+    Bytes RawImageOfConsole(const std::string& image) {
         const std::string bin = m_folder / "console.bin";
         EXPECT_EQ(RunConsoleProgram({"iso2bin", "-q", "-o", bin, image}), 0);
         const Bytes raw = ReadWhole(bin);
@@ -43,7 +43,7 @@ protected:
         return raw;
     }
 
-    /// Presses a button, closes the done message and gives its text.
+    /// Presses a button, closes the done message and returns its text.
     std::string Convert(const CDrivenDialog& dialog, int button) {
         dialog.Press(button);
         const CDrivenBox box = WaitForBox(m_program, kConversion);
@@ -56,7 +56,7 @@ protected:
     std::string m_discs = m_folder / "discs";
 };
 
-TEST_F(CRawTest, ConvertsAndSaysSo) {
+TEST_F(CRawTest, ConvertsAndReports) {
     const Bytes image = CdImage();
     WriteWhole(Disc("Game.iso"), image);
     const CDrivenDialog dialog = m_program.Start();
@@ -77,7 +77,7 @@ TEST_F(CRawTest, ConvertsAndSaysSo) {
               "FILE \"game.bin\" BINARY\r\n  TRACK 01 MODE2/2352\r\n    INDEX 01 00:00:00\r\n");
     const Bytes raw = ReadWhole(Disc("game.bin"));
     EXPECT_EQ(FaultOfRawImage(raw), "");
-    EXPECT_EQ(raw, ConsolesRawImage(Disc("Game.iso")));
+    EXPECT_EQ(raw, RawImageOfConsole(Disc("Game.iso")));
 
     dialog.Choose(Disc("game.bin"));
     EXPECT_THAT(Convert(dialog, IDC_BIN_TO_ISO), StartsWith("Conversion bin2iso Done !"));
@@ -89,7 +89,7 @@ TEST_F(CRawTest, ConvertsAndSaysSo) {
     EXPECT_EQ(m_program.WaitForEnd(), 0U);
 }
 
-TEST_F(CRawTest, FilesComeAndGo) {
+TEST_F(CRawTest, TemporaryFilesAppearAndDisappear) {
     WriteWhole(Disc("game.iso"), CdImage(20'000'000, EPostgap::Missing));
     const CDrivenDialog dialog = m_program.Start();
     dialog.Choose(Disc("game.iso"));
@@ -103,11 +103,11 @@ TEST_F(CRawTest, FilesComeAndGo) {
     EXPECT_THAT(programs.Appeared(), ElementsAre("~tmp.zzz"));
     EXPECT_THAT(programs.Vanished(), ElementsAre("~tmp.zzz"));
     const Bytes raw = ReadWhole(Disc("game.bin"));
-    EXPECT_EQ(raw, ConsolesRawImage(Disc("game.iso")));
+    EXPECT_EQ(raw, RawImageOfConsole(Disc("game.iso")));
     EXPECT_EQ(raw.size() / 2352, ReadWhole(Disc("game.iso")).size() / 2048 + 150);
 }
 
-TEST_F(CRawTest, NamesOfEveryKindConvertAndRunNothing) {
+TEST_F(CRawTest, ConvertsUnusualNamesAndRunsNothing) {
     const CDrivenDialog dialog = m_program.Start();
     const Bytes image = CdImage();
     for (const std::string name :
@@ -119,7 +119,7 @@ TEST_F(CRawTest, NamesOfEveryKindConvertAndRunNothing) {
         CFolderWatch watch(m_discs);
         EXPECT_THAT(Convert(dialog, IDC_ISO_TO_BIN), StartsWith(kDoneText));
         watch.Stop();
-        EXPECT_THAT(watch.Appeared(), Contains("ISO2BIN.BAT")) << "the same files come and go";
+        EXPECT_THAT(watch.Appeared(), Contains("ISO2BIN.BAT")) << "the same temporary files as always";
         EXPECT_THAT(watch.Appeared(), Contains("tmpfile.exe"));
         EXPECT_THAT(ListFolder(m_discs), testing::UnorderedElementsAre(name + ".iso", name + ".bin", name + ".cue"));
         const Bytes raw = ReadWhole(Disc(name + ".bin"));
@@ -132,9 +132,9 @@ TEST_F(CRawTest, NamesOfEveryKindConvertAndRunNothing) {
     }
 }
 
-TEST_F(CRawTest, FoldersOfEveryKindWork) {
+TEST_F(CRawTest, ConvertsInUnusualFolders) {
     const Bytes image = CdImage();
-    const CDrivenDialog dialog = m_program.Start(m_discs);  // the work folder is not the program's
+    const CDrivenDialog dialog = m_program.Start(m_discs);  // the working folder is not the program's
     for (const std::string name : {"with blanks", "a&b", "100%", "caf\xC3\xA9"}) {
         SCOPED_TRACE(name);
         const std::string folder = m_folder / name;
@@ -147,7 +147,7 @@ TEST_F(CRawTest, FoldersOfEveryKindWork) {
     }
 }
 
-TEST_F(CRawTest, AProgramFolderThatTakesNoFileDoesNotMatter) {
+TEST_F(CRawTest, ConvertsIfTheProgramFolderCannotBeWritten) {
     ASSERT_TRUE(MakeFolder(m_folder / "~tmp.zzz"));
     WriteWhole(Disc("game.iso"), CdImage());
     const CDrivenDialog dialog = m_program.Start();
@@ -156,7 +156,7 @@ TEST_F(CRawTest, AProgramFolderThatTakesNoFileDoesNotMatter) {
     EXPECT_THAT(ListFolder(m_discs), ElementsAre("game.bin", "game.cue", "game.iso"));
 }
 
-TEST_F(CRawTest, AProgramOfThatNameInTheFolderIsNotTakenForTheConverter) {
+TEST_F(CRawTest, IgnoresAnotherProgramNamedTmpfile) {
     WriteText(Disc("tmpfile.com"), "not a program");
     WriteWhole(Disc("game.iso"), CdImage());
     const CDrivenDialog dialog = m_program.Start();
@@ -165,7 +165,7 @@ TEST_F(CRawTest, AProgramOfThatNameInTheFolderIsNotTakenForTheConverter) {
     EXPECT_THAT(ListFolder(m_discs), ElementsAre("game.bin", "game.cue", "game.iso", "tmpfile.com"));
 }
 
-/// Each ends the program, so each has its own.
+/// Failures that end the program.
 class CRawFailure : public CRawTest {
 protected:
     std::string FailureText(const std::string& name, int button) {

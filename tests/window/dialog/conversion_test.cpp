@@ -1,5 +1,5 @@
-// A conversion in the window from the press of its button to the state it leaves: panes, bar, done message, buttons,
-// and the ways in which it ends before that.
+// Conversions in the window from the press of the button to the final state: panes, bar, done message, buttons, and
+// early endings.
 // clang-format off
 #include <windows.h>
 #include <commctrl.h>  // needs the types of windows.h
@@ -68,14 +68,14 @@ TEST_F(CConversionTest, CompressesAndExpandsToTheSameImage) {
     EXPECT_EQ(dialog.Pane(EPane::File), m_folder / "game.cso");
     EXPECT_NE(ProgressBar(dialog), nullptr);
     for (const int id : kTen) {
-        EXPECT_FALSE(dialog.IsEnabled(id)) << id << " while the message stands";
+        EXPECT_FALSE(dialog.IsEnabled(id)) << id << " while the message is open";
     }
     box.Close();
     ExpectOnlyChoosingIsPossible(dialog);
     EXPECT_EQ(dialog.Pane(EPane::Percent), "0%");
     Require("the bar's end", [&] { return ProgressBar(dialog) == nullptr; });
     EXPECT_EQ(dialog.Pane(EPane::Bytes), std::to_string(ReadWhole(m_folder / "game.cso").size()) + " bytes");
-    EXPECT_EQ(dialog.Text(IDC_FILE_NAME), "game.iso") << "the input stays chosen";
+    EXPECT_EQ(dialog.Text(IDC_FILE_NAME), "game.iso") << "the input is still chosen";
 
     dialog.Choose(m_folder / "game.cso");
     dialog.Press(IDC_CSO_TO_ISO);
@@ -86,10 +86,10 @@ TEST_F(CConversionTest, CompressesAndExpandsToTheSameImage) {
     EXPECT_EQ(ReadWhole(m_folder / "new-game.iso"), image);
 }
 
-TEST_F(CConversionTest, PanesAndBarAreExactInTheMiddleOfARun) {
+TEST_F(CConversionTest, PanesAndBarAreExactDuringAConversion) {
     const CDrivenDialog dialog = StartOn("game.iso", UmdImage(24'000), IDC_ISO_TO_CSO);
     Require(
-        "a run", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
+        "progress", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
     EXPECT_EQ(dialog.Pane(EPane::Status), "Compression ISO2CSO, please Wait");
     EXPECT_EQ(dialog.Pane(EPane::File), "game.cso");
     for (const int id : kTen) {
@@ -110,7 +110,7 @@ TEST_F(CConversionTest, PanesAndBarAreExactInTheMiddleOfARun) {
     const LRESULT range = Ask(bar, PBM_GETRANGE, FALSE, 0);
     EXPECT_GT(range, 24'000);
 
-    // The figures are those of the block just done: the number shown last lies at most a hundredth behind the bar.
+    // The block number is shown every hundredth of the blocks, so it is at most that far behind the bar.
     int seen = 0;
     while (seen < 8 && IsWindow(bar) != FALSE) {
         const std::string before = dialog.Pane(EPane::Bytes);
@@ -126,7 +126,7 @@ TEST_F(CConversionTest, PanesAndBarAreExactInTheMiddleOfARun) {
     WaitForBox(m_program, kConversion).Close();
 }
 
-TEST_F(CConversionTest, NoSoundSelectedIsToldUnderTheDoneText) {
+TEST_F(CConversionTest, DoneMessageReportsThatNoSoundIsSelected) {
     WriteWhole(m_folder / "game.iso", UmdImage(20));
     const CDrivenDialog dialog = m_program.Start();
     dialog.Select(IDC_SOUND, "@No Sound Selected");
@@ -191,20 +191,20 @@ TEST_F(CConversionTest, ImageOfAnotherKindEndsTheProgramBeforeAnythingIsWritten)
     EXPECT_THAT(m_folder.Names(), Not(Contains("game.cso")));
 }
 
-TEST_F(CConversionTest, ExitDuringARunLeavesTheOutputIncomplete) {
+TEST_F(CConversionTest, ExitDuringAConversionLeavesTheOutputIncomplete) {
     const CDrivenDialog dialog = StartOn("game.iso", UmdImage(24'000), IDC_ISO_TO_CSO);
     Require(
-        "a run", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
+        "progress", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
     dialog.Press(IDC_EXIT);
     EXPECT_EQ(m_program.WaitForEnd(), 0U);
     EXPECT_THAT(m_folder.Names(), Contains("game.cso"));
     EXPECT_EQ(Read32(ReadWhole(m_folder / "game.cso"), 24), 0U) << "the index is written last";
 }
 
-TEST_F(CConversionTest, EscapeDuringARunIsNotExit) {
+TEST_F(CConversionTest, EscapeDuringAConversionIsIgnored) {
     const CDrivenDialog dialog = StartOn("game.iso", UmdImage(24'000), IDC_ISO_TO_CSO);
     Require(
-        "a run", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
+        "progress", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
     PostMessageW(dialog.Control(IDC_SOUND), WM_KEYDOWN, VK_ESCAPE, 1);
     const CDrivenBox box = WaitForBox(m_program, kConversion);
     EXPECT_THAT(box.Text(), ::testing::StartsWith("Compression iso2cso Done !"));
@@ -212,11 +212,11 @@ TEST_F(CConversionTest, EscapeDuringARunIsNotExit) {
     EXPECT_TRUE(m_program.IsRunning());
 }
 
-TEST_F(CConversionTest, ClosingDuringARunLetsTheConversionEndFirst) {
+TEST_F(CConversionTest, ClosingDuringAConversionLetsItFinishFirst) {
     const Bytes image = UmdImage(24'000);
     const CDrivenDialog dialog = StartOn("game.iso", image, IDC_ISO_TO_CSO);
     Require(
-        "a run", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
+        "progress", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
     dialog.PressCloseBox();
     EXPECT_EQ(m_program.WaitForEnd(kConversion), 0U);
     const Bytes packed = ReadWhole(m_folder / "game.cso");
@@ -224,7 +224,7 @@ TEST_F(CConversionTest, ClosingDuringARunLetsTheConversionEndFirst) {
     EXPECT_EQ(Read32(packed, 24 + image.size() / kImageSector * 4), packed.size()) << "the index ends with the length";
 }
 
-TEST_F(CConversionTest, NothingIsAcceptedByDroppingDuringARun) {
+TEST_F(CConversionTest, DropsDuringAConversionAreIgnored) {
     WriteWhole(m_folder / "game.iso", UmdImage(24'000));
     WriteWhole(m_folder / "other.cso", {});
     const CDrivenDialog dialog = m_program.Start();
@@ -234,7 +234,7 @@ TEST_F(CConversionTest, NothingIsAcceptedByDroppingDuringARun) {
     Require("the command", [&] { return dialog.IsEnabled(IDC_ISO_TO_CSO); });
     dialog.Press(IDC_ISO_TO_CSO);
     Require(
-        "a run", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
+        "progress", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
     dialog.Drop({m_folder / "other.cso"});
     WaitForBox(m_program, kConversion).Close();
     EXPECT_EQ(dialog.Text(IDC_FILE_NAME), "game.iso");

@@ -1,4 +1,4 @@
-// Choosing an input: dropped or browsed, accepted or rejected, and the folder that the layout gets.
+// Choosing an input: dropped or browsed, accepted or rejected; and choosing the folder for the layout.
 #include <gmock/gmock.h>
 
 #include <set>
@@ -62,7 +62,7 @@ TEST_F(CInputTest, EachExtensionEnablesItsCommandsWhenDropped) {
         Require("the commands", [&] { return Enabled(dialog) == commands; });
         EXPECT_TRUE(dialog.IsEnabled(IDC_BROWSE));
         EXPECT_FALSE(dialog.IsEnabled(IDC_ADD_POSTGAP));
-        EXPECT_FALSE(dialog.AcceptsDrops()) << "dropping stays off after an accepted drop";
+        EXPECT_FALSE(dialog.AcceptsDrops()) << "dropping is off after an accepted drop";
     }
 }
 
@@ -111,7 +111,7 @@ TEST_F(CInputTest, DroppedFileOfAnotherKindIsRejected) {
     EXPECT_EQ(dialog.Text(IDC_FOLDER), m_folder.Path());
 }
 
-TEST_F(CInputTest, BrowsedFileOfAnotherKindIsRejectedInOtherWords) {
+TEST_F(CInputTest, BrowsedFileOfAnotherKindIsRejectedWithItsOwnText) {
     WriteWhole(m_folder / "game", {});
     WriteWhole(m_folder / "game.iso", {});
     const CDrivenDialog dialog = m_program.Start();
@@ -138,7 +138,7 @@ TEST_F(CInputTest, CancelledBrowsingKeepsTheInput) {
     EXPECT_EQ(Enabled(dialog), std::set<int>{IDC_CSO_TO_ISO});
 }
 
-TEST_F(CInputTest, NamesBeyondTheCodePageAreTaken) {
+TEST_F(CInputTest, NamesOutsideTheCodePageAreAccepted) {
     const std::string name = "дiск 日本.iso";
     WriteWhole(m_folder / name, {});
     const CDrivenDialog dialog = m_program.Start();
@@ -170,7 +170,7 @@ TEST_F(CInputTest, CancelledFolderDialogKeepsTheLayoutFolder) {
     EXPECT_EQ(dialog.Text(IDC_IML_PATH), m_folder / "Files\\");
 }
 
-TEST_F(CInputTest, MissingFolderIsMadeWhenTheUserAgrees) {
+TEST_F(CInputTest, MissingFolderIsCreatedIfTheUserAgrees) {
     const CDrivenDialog dialog = m_program.Start();
     dialog.Press(IDC_FULL_PATH);
     const CDrivenFileDialog folders = WaitForFileDialog(m_program);

@@ -1,4 +1,4 @@
-// The window right after its start, and the ways in which it ends.
+// The window after its start, and the ways of ending it.
 #include <gmock/gmock.h>
 
 #include <map>
@@ -53,7 +53,7 @@ DWORD StyleOf(HWND window) {
 
 class CStartTest : public CWindowTest {
 protected:
-    /// The group box whose frame holds the centre of a control.
+    /// The group box that contains the centre of a control.
     static std::string GroupAround(const CDrivenDialog& dialog, int id) {
         RECT inner{};
         GetWindowRect(dialog.Control(id), &inner);
@@ -99,7 +99,7 @@ TEST_F(CStartTest, InputFieldsShowTheWorkingFolderAndCannotBeEdited) {
     EXPECT_NE(StyleOf(dialog.Control(IDC_FILE_NAME)) & ES_LOWERCASE, 0U);
 }
 
-TEST_F(CStartTest, GroupBoxesHoldWhatTheyName) {
+TEST_F(CStartTest, GroupBoxesContainTheirControls) {
     const CDrivenDialog dialog = m_program.Start();
     EXPECT_EQ(GroupAround(dialog, IDC_FOLDER), "Folder Path");
     EXPECT_EQ(GroupAround(dialog, IDC_FILE_NAME), "IML/ISO File");
@@ -144,14 +144,14 @@ TEST_F(CStartTest, DefaultSoundIsWrittenBesideTheProgramAndListedFromTheWorkingF
     EXPECT_THAT(elsewhere.Names(), ::testing::IsEmpty());
 }
 
-TEST_F(CStartTest, PanesAreEmptyAndAsWideAsTheyShouldBe) {
+TEST_F(CStartTest, PanesAreEmpty) {
     const CDrivenDialog dialog = m_program.Start();
     for (const EPane pane : {EPane::File, EPane::Bytes, EPane::Status, EPane::Percent}) {
         EXPECT_EQ(dialog.Pane(pane), "");
     }
 }
 
-TEST_F(CStartTest, WindowStandsInTheMiddleOfTheScreen) {
+TEST_F(CStartTest, WindowIsInTheMiddleOfTheScreen) {
     const CDrivenDialog dialog = m_program.Start();
     const RECT rect = dialog.ScreenRectangle();
     EXPECT_EQ(rect.left, GetSystemMetrics(SM_CXSCREEN) / 2 - (rect.right - rect.left) / 2);
@@ -170,7 +170,7 @@ TEST_F(CStartTest, CloseBoxEndsWithStatusZero) {
     EXPECT_EQ(m_program.WaitForEnd(), 0U);
 }
 
-TEST_F(CStartTest, EscapeIsExit) {
+TEST_F(CStartTest, EscapeExits) {
     const CDrivenDialog dialog = m_program.Start();
     PostMessageW(dialog.Control(IDC_BROWSE), WM_KEYDOWN, VK_ESCAPE, 1);
     EXPECT_EQ(m_program.WaitForEnd(), 0U);

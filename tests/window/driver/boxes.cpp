@@ -19,7 +19,7 @@ bool IsBox(HWND window) {
     return GetDlgItem(window, kBoxText) != nullptr && !IsFileDialog(window);
 }
 
-/// Waits for a window of the program, which must not end meanwhile.
+/// Waits for a window of the program. Throws if the program ends.
 HWND WaitForWindow(const CTestedProgram& program, const std::string& what, bool (*condition)(HWND),
                    Milliseconds deadline) {
     HWND window = nullptr;
@@ -86,7 +86,7 @@ std::string CDrivenFileDialog::FileNameText() const {
 
 void CDrivenFileDialog::Choose(const std::string& path) const {
     const std::size_t windowsBefore = WindowsOf(m_program->ProcessId()).size();
-    // A dialog that has just appeared sets its own text once more: the name is entered until it stays.
+    // A new dialog sets its own text once more, so the name is entered until it remains.
     constexpr Milliseconds kPatience{2'000};
     Require("answer of the file dialog", [&] {
         if (!IsOpen()) {

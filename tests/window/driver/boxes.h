@@ -11,7 +11,7 @@ namespace vantrel::test {
 
 class CTestedProgram;
 
-/// A message box that stands open.
+/// An open message box.
 class CDrivenBox {
 public:
     explicit CDrivenBox(HWND window) : m_window(window) {}
@@ -19,7 +19,7 @@ public:
     HWND Window() const { return m_window; }
     std::string Text() const;
     std::string Caption() const;
-    /// Whether it shows an icon at all.
+    /// Whether it shows an icon.
     bool HasIcon() const;
     bool IsOpen() const { return IsWindow(m_window) != FALSE; }
     /// Presses OK and waits until the box is gone.
@@ -31,12 +31,12 @@ private:
     HWND m_window;
 };
 
-/// Waits until the program shows a message box. Also notices, and says, that the program has ended instead.
+/// Waits until the program shows a message box. Throws if the program ends instead.
 CDrivenBox WaitForBox(const CTestedProgram& program, Milliseconds deadline = kSoon);
-/// Whether a message box of the program stands open now.
+/// Whether a message box of the program is open.
 bool HasBox(const CTestedProgram& program);
 
-/// An open, save or folder dialog that stands open.
+/// An open dialog for choosing a file or folder.
 class CDrivenFileDialog {
 public:
     CDrivenFileDialog(const CTestedProgram& program, HWND window) : m_program(&program), m_window(window) {}
@@ -44,12 +44,12 @@ public:
     HWND Window() const { return m_window; }
     std::string Caption() const;
     bool IsOpen() const { return IsWindow(m_window) != FALSE; }
-    /// Enters a name or path and presses the OK button; returns when the dialog is gone or another window of the
-    /// program (a question whether to overwrite, a complaint) stands open beside it.
+    /// Enters a name or path and presses the OK button. Returns when the dialog has closed or the program has opened
+    /// another window over it, such as an overwrite prompt.
     void Choose(const std::string& path) const;
     /// Presses Cancel and waits until the dialog is gone.
     void Cancel() const;
-    /// The entries of the list of file types.
+    /// The text of the name field.
     std::string FileNameText() const;
 
 private:

@@ -24,7 +24,7 @@ HWND ChildOfClass(HWND window, const wchar_t* className) {
     return nullptr;
 }
 
-/// The class of the program's own progress bar, which answers to the messages of the native one.
+/// The class of the program's progress bar, which answers the messages of native ones.
 constexpr wchar_t kProgressClass[] = L"VantrelTimedProgress";
 
 std::optional<int> AskProgressBar(HWND window, UINT message) {
@@ -32,7 +32,7 @@ std::optional<int> AskProgressBar(HWND window, UINT message) {
     return bar == nullptr ? std::nullopt : std::optional<int>(static_cast<int>(Ask(bar, message)));
 }
 
-/// The DROPFILES block of these paths: the header, then every path with its closing zero, then one zero more.
+/// The DROPFILES block of these paths: the header, every path with its closing zero, and another zero.
 std::vector<char> DropBlock(const std::vector<std::string>& paths) {
     std::wstring names;
     for (const std::string& path : paths) {
@@ -50,7 +50,7 @@ std::vector<char> DropBlock(const std::vector<std::string>& paths) {
     return block;
 }
 
-/// How long a dialog may take to accept files again after a message box was closed.
+/// Time limit for the dialog to accept files again after a message box has closed.
 constexpr Milliseconds kPatience{5'000};
 
 std::string Folded(std::string text) {
@@ -125,7 +125,7 @@ std::string CDrivenDialog::Pane(EPane pane) const {
         throw CDriveFailure("the dialog has no status bar");
     }
     const auto index = static_cast<WPARAM>(pane);
-    // The text may grow between the two questions: what is read is asked for with room to spare.
+    // The text may become longer between the two messages.
     constexpr std::size_t kRoom = 4096;
     const auto length = static_cast<std::size_t>(LOWORD(Ask(bar, SB_GETTEXTLENGTHW, index)));
     CRemoteMemory memory(m_process, (length + kRoom) * sizeof(wchar_t));
@@ -163,7 +163,7 @@ void CDrivenDialog::Press(int id) const {
 
 void CDrivenDialog::PressAndWait(int id) const {
     Press(id);
-    // Sent messages overtake posted ones; a second posted message does not, and it is answered in the queue's order.
+    // Sent messages overtake posted ones, so the state of the button shows when the click has been processed.
     const HWND button = Control(id);
     Require("end of the click", [&] { return (Ask(button, BM_GETSTATE) & BST_PUSHED) == 0; });
     Ask(m_window, WM_NULL);
@@ -221,7 +221,7 @@ void CDrivenDialog::Choose(const std::string& path) const {
     Drop({path});
     const std::string expected = Folded(FileNameOf(path));
     Require("file name \"" + expected + "\" in the dialog", [&] { return Folded(Text(IDC_FILE_NAME)) == expected; });
-    // The buttons are set in the same handler as the field: once this is answered, it is over.
+    // The same handler sets the field and the buttons. An answer means that it has returned.
     Ask(m_window, WM_NULL);
 }
 

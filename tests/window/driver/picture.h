@@ -1,4 +1,4 @@
-// Pictures of the screen for people to look at, taken by the script that runs the driver.
+// Pictures of the screen for visual inspection, taken by the script that runs the driver.
 #pragma once
 
 #include <windows.h>
@@ -8,13 +8,12 @@
 namespace vantrel::test {
 
 enum class EPictured {
-    Still,   ///< Nothing moves: the picture is taken when two in a row are alike.
-    Moving,  ///< At once.
+    Still,   ///< Wait until two pictures in a row are equal.
+    Moving,  ///< Take the picture at once.
 };
 
-/// Asks the script that reads this program's standard output for a picture of a rectangle of the screen, and waits
-/// until it is taken. `name` becomes the name of the PNG file. Without such a script (VANTREL_PICTURES is not set)
-/// nothing happens.
+/// Asks the script, through the standard output, for a picture of a rectangle of the screen, and waits until it is
+/// taken. `name` becomes the name of the PNG file. Does nothing without the script (VANTREL_PICTURES is not set).
 void TakePicture(const std::string& name, const RECT& rectangle, EPictured pictured);
 
 }  // namespace vantrel::test

@@ -1,4 +1,4 @@
-// Waiting for what another program does: always for a condition and with a deadline, never for a fixed time.
+// Waits for another program: for a condition, with a deadline, never for a fixed time.
 #pragma once
 
 #include <chrono>
@@ -10,22 +10,22 @@ namespace vantrel::test {
 
 using Milliseconds = std::chrono::milliseconds;
 
-/// For what a program does at once. Long enough for a machine that is busy with other things.
+/// For everything a program does at once; long enough for a busy machine.
 inline constexpr Milliseconds kSoon{30'000};
 /// For a conversion of a test image.
 inline constexpr Milliseconds kConversion{180'000};
 
-/// The driven program did not do, or does not have, what was asked for; what() says what. A test that lets it pass
-/// fails with that text.
+/// The driven program did not do what was expected; what() says what. An uncaught exception fails the test with that
+/// text.
 class CDriveFailure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Asks again and again until the condition holds; false when it did not within the time.
+/// Polls until the condition is true. Returns false if the deadline passes.
 bool WaitUntil(const std::function<bool()>& condition, Milliseconds deadline = kSoon);
 
-/// The same, and a CDriveFailure "no `what` within ... s" when it did not.
+/// The same, but throws CDriveFailure "no `what` within ... s" if the deadline passes.
 void Require(const std::string& what, const std::function<bool()>& condition, Milliseconds deadline = kSoon);
 
 }  // namespace vantrel::test

@@ -1,4 +1,4 @@
-// Protocols and kinds of files that a test registers, so that what the program opens arrives at the test.
+// Protocols and file types that a test registers, so that it receives the targets that the program opens.
 #pragma once
 
 #include <windows.h>
@@ -7,7 +7,7 @@
 
 namespace vantrel::test {
 
-/// A class of the registry that is there as long as the object lives; what stood there before comes back.
+/// A class in the registry during the object's life. The destructor restores the previous value.
 class CRegisteredClass {
 public:
     CRegisteredClass(const std::wstring& name, const std::wstring& value, const std::wstring& command)

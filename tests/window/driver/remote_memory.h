@@ -1,4 +1,4 @@
-// Memory in the driven process, for messages whose structures Windows does not carry from one process to another.
+// Memory in the driven process, for messages whose structures Windows does not copy between processes.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@ namespace vantrel::test {
 
 class CRemoteMemory {
 public:
-    /// Zero-filled memory in `process`; a CDriveFailure when there is none.
+    /// Allocates zero-filled memory in `process`. Throws CDriveFailure if allocation fails.
     CRemoteMemory(HANDLE process, std::size_t size);
     CRemoteMemory(const CRemoteMemory&) = delete;
     CRemoteMemory& operator=(const CRemoteMemory&) = delete;
@@ -18,7 +18,7 @@ public:
     void* Address() const { return m_address; }
     void Write(const void* data, std::size_t size, std::size_t offset = 0);
     void Read(void* data, std::size_t size, std::size_t offset = 0) const;
-    /// Leaves the memory to the other process, for messages that are posted.
+    /// Releases ownership: the other process keeps the memory, for posted messages.
     void* Release();
 
 private:

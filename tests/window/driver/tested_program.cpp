@@ -13,7 +13,7 @@ namespace {
 
 constexpr wchar_t kProgramName[] = L"quorn_vantrel.exe";
 
-/// The exit status of a program that a test had to end by force.
+/// The exit status of a terminated program.
 constexpr UINT kEndedByForce = 99;
 
 bool IsMainDialog(HWND window) {
@@ -35,7 +35,7 @@ CTestedProgram::~CTestedProgram() {
         if (IsRunning()) {
             TerminateProcess(m_process, kEndedByForce);
         }
-        // The folder can be removed only when the program no longer holds its files.
+        // The folder can be removed only after the program has closed its files.
         WaitForSingleObject(m_process, static_cast<DWORD>(kSoon.count()));
         CloseHandle(m_process);
     }
@@ -48,7 +48,7 @@ CDrivenDialog CTestedProgram::Start(const std::string& workingFolder) {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process{};
-    // A program that was just copied may be held by the system for a moment.
+    // The system may keep a new copy open for a moment.
     const auto starts = [&] {
         return CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(),
                               &startup, &process) != FALSE;

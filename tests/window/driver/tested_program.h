@@ -1,4 +1,4 @@
-// The shipped window program, started in a folder of its own and operated from outside as a user does it.
+// The shipped window program, started in a folder of its own and operated from outside like a user.
 //
 // A test of the window reads like this (see window_test.h for the fixture):
 //
@@ -14,7 +14,7 @@
 //       EXPECT_EQ(m_program.WaitForEnd(), 0u);
 //   }
 //
-// Everything waits with a deadline and throws CDriveFailure, which fails the test, when it passes.
+// All waiting has a deadline. When it passes, CDriveFailure is thrown and fails the test.
 #pragma once
 
 #include <windows.h>
@@ -29,17 +29,16 @@ namespace vantrel::test {
 
 class CTestedProgram {
 public:
-    /// Puts a copy of quorn_vantrel.exe, which stands beside the test program, into this folder (with its closing
-    /// separator).
+    /// Copies quorn_vantrel.exe from the folder of the test program to `folder` (with its closing separator).
     explicit CTestedProgram(std::string folder);
     CTestedProgram(const CTestedProgram&) = delete;
     CTestedProgram& operator=(const CTestedProgram&) = delete;
-    /// A program that still runs is ended by force.
+    /// Terminates the program if it is still running.
     ~CTestedProgram();
 
     const std::string& Folder() const { return m_folder; }
 
-    /// Starts the program in its own folder, as a double click does, and waits for its dialog.
+    /// Starts the program in its own folder, like a double click, and waits for its dialog.
     CDrivenDialog Start() { return Start(m_folder); }
     /// Starts the program with another working folder.
     CDrivenDialog Start(const std::string& workingFolder);
@@ -47,7 +46,7 @@ public:
     bool IsRunning() const;
     DWORD ProcessId() const { return m_processId; }
     HANDLE Process() const { return m_process; }
-    /// Waits until the process has ended and gives its exit status.
+    /// Waits until the process has ended and returns its exit status.
     DWORD WaitForEnd(Milliseconds deadline = kSoon) const;
 
 private:

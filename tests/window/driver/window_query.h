@@ -1,4 +1,4 @@
-// What can be asked of any window of another process. A window that does not answer within 30 s is a CDriveFailure.
+// Queries of windows of another process. They throw CDriveFailure if a window does not answer within 30 s.
 #pragma once
 
 #include <windows.h>
@@ -19,12 +19,12 @@ std::wstring ClassOf(HWND window);
 
 /// The visible top-level windows of a process, topmost first.
 std::vector<HWND> WindowsOf(DWORD processId);
-/// The first of them that fulfils the condition; null when none does.
+/// The first of them for which the condition is true; null if there is none.
 HWND FindWindowOf(DWORD processId, const std::function<bool(HWND)>& condition);
-/// All windows within a window, at any depth.
+/// All child windows, at any depth.
 std::vector<HWND> ChildrenOf(HWND window);
 
-/// A button is pressed without waiting for what it does. A CDriveFailure when it is greyed or hidden.
+/// Presses a button and returns at once. Throws CDriveFailure if it is greyed or hidden.
 void PressButton(HWND button);
 
 }  // namespace vantrel::test

@@ -10,7 +10,7 @@
 
 namespace vantrel::test {
 
-/// A new folder with a copy of the program in it, which is not started yet.
+/// A new folder with a copy of the program, which has not been started.
 class CWindowTest : public ::testing::Test {
 protected:
     CTestFolder m_folder;

@@ -1,4 +1,4 @@
-// The order in which the window completes a conversion, and what it does while one runs.
+// The window as the runner of a conversion: order of the completion, control states, panes and bar, focus.
 #include "app/ui/dialog_operation.h"
 
 #include <commctrl.h>
@@ -21,7 +21,7 @@ constexpr int kWatched[] = {IDC_BROWSE,     IDC_ISO_TO_IML,    IDC_VANTREL,    I
                             IDC_BIN_TO_ISO, IDC_ISO_TO_DAX,    IDC_DAX_TO_ISO, IDC_ISO_TO_CSO,
                             IDC_CSO_TO_ISO, IDC_CHECK_POSTGAP, IDC_SOUND,      IDC_COMPRESSION};
 
-/// What happened, in order; the windows' procedures have no other way to it.
+/// The events in their order. Global, because the window procedures get no other context.
 std::vector<std::string> g_events;
 
 LRESULT CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
@@ -42,7 +42,7 @@ std::wstring BoxText(HWND box) {
     return text;
 }
 
-/// Notes and closes the message box that stands over the dialog.
+/// Records and closes the message box over the dialog.
 void CALLBACK CloseBox(HWND dialog, UINT, UINT_PTR timer, DWORD) {
     const HWND box = GetLastActivePopup(dialog);
     if (box != nullptr && box != dialog && GetDlgItem(box, 0xFFFF) != nullptr) {
@@ -82,6 +82,13 @@ protected:
         m_statusBar.Send(SB_GETTEXTW, static_cast<WPARAM>(pane), reinterpret_cast<LPARAM>(text.data()));
         return text;
     }
+    /// Enables everything that is watched and forgets the events.
+    void EnableAll() {
+        for (const int id : kWatched) {
+            EnableWindow(m_dialog.Item(id), TRUE);
+        }
+        g_events.clear();
+    }
     HWND Bar() const { return FindWindowExW(m_dialog.Window(), nullptr, L"VantrelTimedProgress", nullptr); }
 
     CMessageLoop m_loop;
@@ -96,8 +103,8 @@ protected:
 };
 
 TEST_F(CDialogOperationTest, CompletionHasItsOrder) {
-    m_operation->StartProgress(4, EProgressFill::Dvd);
-    DisableFrameCommands(*m_operation);
+    m_operation->Begin(EConversion::BinToIso);
+    m_operation->SetTotal(4);
     g_events.clear();
     SetTimer(m_dialog.Window(), kBoxTimer, 50, CloseBox);
     EXPECT_TRUE(m_operation->Complete("All Done !", [&] {
@@ -113,21 +120,24 @@ TEST_F(CDialogOperationTest, CompletionHasItsOrder) {
     EXPECT_EQ(Bar(), nullptr);
 }
 
-TEST_F(CDialogOperationTest, CompletionGreysEachCommandInItsOrder) {
+TEST_F(CDialogOperationTest, CompletionGreysTheButtonsInTheirOrder) {
     SetTimer(m_dialog.Window(), kBoxTimer, 50, CloseBox);
     EnableWindow(m_dialog.Item(IDC_BROWSE), FALSE);
+    m_levelList.Enable(false);
     g_events.clear();
     m_operation->Complete("All Done !");
     const auto box = std::find_if(g_events.begin(), g_events.end(),
                                   [](const std::string& event) { return event.starts_with("box "); });
     ASSERT_NE(box, g_events.end());
     const std::vector<std::string> after(box + 1, g_events.end());
-    EXPECT_THAT(after, ElementsAre("disable 1001", "disable 1005", "disable 1012", "disable 1021", "enable 1",
-                                   "disable 1032", "disable 1029", "disable 1030", "disable 1033", "disable 1034"));
+    EXPECT_THAT(after,
+                ElementsAre("disable 1001", "disable 1005", "disable 1012", "disable 1021", "enable 1", "disable 1032",
+                            "disable 1029", "disable 1030", "disable 1033", "disable 1034", "enable 1031"));
 }
 
 TEST_F(CDialogOperationTest, CompletionWithoutSelectionChangesNothing) {
-    m_operation->StartProgress(4, EProgressFill::Dvd);
+    m_operation->Begin(EConversion::BinToIso);
+    m_operation->SetTotal(4);
     m_operation->SetPane(EPane::Percent, "100%");
     m_soundList.Select(-1);
     g_events.clear();
@@ -139,25 +149,63 @@ TEST_F(CDialogOperationTest, CompletionWithoutSelectionChangesNothing) {
     EXPECT_EQ(GetWindowLongPtrW(m_dialog.Window(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
 }
 
-TEST_F(CDialogOperationTest, LevelListIsGreyedForTheRunOnly) {
-    m_operation->EnableCommand(ECommand::CompressionLevel, false);
-    EXPECT_FALSE(IsWindowEnabled(m_levelList.Handle()));
-    SetTimer(m_dialog.Window(), kBoxTimer, 50, CloseBox);
-    m_operation->Complete("All Done !");
+TEST_F(CDialogOperationTest, BeginGreysTheButtonsAndThenTheLevelList) {
+    m_levelList.Select(1);
+    EnableAll();
+    m_operation->Begin(EConversion::IsoToCso);
+    EXPECT_THAT(g_events, ElementsAre("disable 1001", "disable 1005", "disable 1012", "disable 1021", "disable 1029",
+                                      "disable 1030", "disable 1", "disable 1032", "disable 1033", "disable 1034",
+                                      "disable 1031"));
+}
+
+TEST_F(CDialogOperationTest, BeginKeepsTheLevelListIfNoLevelIsSelected) {
+    m_operation->Begin(EConversion::IsoToCso);
     EXPECT_TRUE(IsWindowEnabled(m_levelList.Handle()));
 }
 
-TEST_F(CDialogOperationTest, LevelIsTheSelectionPlusOne) {
-    EXPECT_EQ(m_operation->CompressionLevel(), std::nullopt);
+TEST_F(CDialogOperationTest, AddPostgapGreysTheLevelListWithTheBar) {
     m_levelList.Select(1);
-    EXPECT_EQ(m_operation->CompressionLevel(), 2);
+    m_operation->Begin(EConversion::AddPostgap);
+    EXPECT_TRUE(IsWindowEnabled(m_levelList.Handle()));
+    m_operation->SetTotal(2);
+    EXPECT_FALSE(IsWindowEnabled(m_levelList.Handle()));
+    EXPECT_NE(Bar(), nullptr);
+    m_operation->End();
+    EXPECT_TRUE(IsWindowEnabled(m_levelList.Handle()));
+    EXPECT_NE(GetWindowLongPtrW(m_dialog.Window(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
 }
 
-TEST_F(CDialogOperationTest, PanesReadExactlyAfterEveryUnit) {
+TEST_F(CDialogOperationTest, EndAppliesTheEndingOfTheConversion) {
+    m_operation->Begin(EConversion::ImlToIso);
+    m_operation->Begin(EConversion::ImlToDvdImage);
+    EnableAll();
+    m_operation->End();
+    EXPECT_THAT(g_events, ElementsAre("disable 1001", "disable 1005", "disable 1012", "disable 1021"));
+    EXPECT_EQ(GetWindowLongPtrW(m_dialog.Window(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
+}
+
+TEST_F(CDialogOperationTest, EndCancelledLetsTheUserChooseAnotherInput) {
+    m_operation->Begin(EConversion::IsoToIml);
+    g_events.clear();
+    m_operation->EndCancelled();
+    EXPECT_THAT(g_events, ElementsAre("enable 1"));
+    EXPECT_NE(GetWindowLongPtrW(m_dialog.Window(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
+}
+
+TEST_F(CDialogOperationTest, TheBarHolds32Bits) {
+    m_operation->Begin(EConversion::BinToIso);
+    m_operation->SetTotal(std::int64_t{1} << 40);
+    EXPECT_EQ(SendMessageW(Bar(), PBM_GETRANGE, FALSE, 0), 0x7FFFFFFF);
+    m_operation->SetDone(std::int64_t{1} << 39);
+    EXPECT_EQ(SendMessageW(Bar(), PBM_GETPOS, 0, 0), 0x7FFFFFFF);
+}
+
+TEST_F(CDialogOperationTest, PanesAndBarAreExactAfterEveryUnit) {
     constexpr std::int64_t kUnits = 500;
-    m_operation->StartProgress(ProgressRange(kUnits), EProgressFill::Cd);
+    m_operation->Begin(EConversion::ImlToCdImage);
+    CProgress progress(*m_operation, kUnits);
     for (std::int64_t unit = 0; unit < kUnits; ++unit) {
-        ShowUnitDone(*m_operation, unit, kUnits, 2048);
+        progress.AdvanceWithBytes(2048);
         ASSERT_EQ(Pane(1), std::to_wstring((unit + 1) * 2048) + L" bytes");
         ASSERT_EQ(Pane(3), std::to_wstring((unit + 1) * 100 / kUnits) + L"%");
         ASSERT_EQ(SendMessageW(Bar(), PBM_GETPOS, 0, 0), unit + 1);
@@ -165,17 +213,17 @@ TEST_F(CDialogOperationTest, PanesReadExactlyAfterEveryUnit) {
     EXPECT_EQ(m_scratchText, L"100%");
 }
 
-TEST_F(CDialogOperationTest, FocusLeavesAGreyedButtonAndComesBackToBrowsing) {
+TEST_F(CDialogOperationTest, FocusLeavesAGreyedButtonAndReturnsToTheBrowseButton) {
     SetForegroundWindow(m_dialog.Window());
     SetFocus(m_dialog.Item(IDC_ISO_TO_CSO));
     ASSERT_EQ(GetFocus(), m_dialog.Item(IDC_ISO_TO_CSO));
-    DisableFrameCommands(*m_operation);
+    m_operation->Begin(EConversion::BinToIso);
     EXPECT_EQ(GetFocus(), m_soundList.Handle());
-    m_operation->EnableCommand(ECommand::Browse, true);
+    m_operation->EndCancelled();
     EXPECT_EQ(GetFocus(), m_dialog.Item(IDC_BROWSE));
 }
 
-TEST_F(CDialogOperationTest, QuittingIsLeftToTheLoopOutside) {
+TEST_F(CDialogOperationTest, PumpMessagesPostsTheQuitMessageAgain) {
     PostQuitMessage(0);
     EXPECT_EQ(PumpMessages(m_loop), 0);
     MSG message{};

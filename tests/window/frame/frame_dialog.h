@@ -1,4 +1,4 @@
-// The program's dialog for tests in their own process: created, shown, and nothing else.
+// The program's dialog for tests in their own process, without its functions.
 #pragma once
 
 #include "app/ui/dialog.h"

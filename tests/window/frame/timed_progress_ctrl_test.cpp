@@ -1,4 +1,4 @@
-// The progress bar: place, range, steps, what it answers and what it paints.
+// The progress bar: position, range, steps, answers to messages, painting.
 #include "app/ui/timed_progress_ctrl.h"
 
 #include <commctrl.h>
@@ -38,7 +38,7 @@ protected:
         return colours;
     }
 
-    /// How many of the colours are the empty bar's.
+    /// The number of colours of the empty part.
     static std::size_t EmptyPart(const std::vector<COLORREF>& colours) {
         return static_cast<std::size_t>(std::count(colours.begin(), colours.end(), GetSysColor(COLOR_WINDOW)));
     }
@@ -46,7 +46,7 @@ protected:
     CFrameDialog m_dialog;
 };
 
-TEST_F(CTimedProgressTest, LiesOverItsAnchorAsItsSibling) {
+TEST_F(CTimedProgressTest, CoversItsAnchorAsItsSibling) {
     const CTimedProgressCtrl bar(Anchor(), 10, IDB_PROGRESS_DVD);
     RECT barRect{};
     RECT anchorRect{};
@@ -88,7 +88,7 @@ TEST_F(CTimedProgressTest, DoesNothingWithoutItsWindow) {
     EXPECT_EQ(bar.Position(), 1);
 }
 
-TEST_F(CTimedProgressTest, AnswersAsNativeBarsDo) {
+TEST_F(CTimedProgressTest, AnswersLikeNativeBars) {
     CTimedProgressCtrl bar(Anchor(), 200, IDB_PROGRESS_DVD);
     bar.SetPosition(150, true);
     EXPECT_EQ(bar.Send(PBM_GETPOS), 150);
@@ -113,7 +113,7 @@ TEST_F(CTimedProgressTest, FillsInProportion) {
     EXPECT_EQ(EmptyPart(Colours(bar)), 0U);
 }
 
-TEST_F(CTimedProgressTest, FillsFromTheBottomWhenTallerThanWide) {
+TEST_F(CTimedProgressTest, FillsFromTheBottomIfTallerThanWide) {
     MoveWindow(Anchor(), 10, 10, 20, 120, FALSE);
     CTimedProgressCtrl bar(Anchor(), 100, IDB_PROGRESS_CD);
     bar.SetPosition(25, true);
@@ -123,7 +123,7 @@ TEST_F(CTimedProgressTest, FillsFromTheBottomWhenTallerThanWide) {
     EXPECT_NE(colours.back(), GetSysColor(COLOR_WINDOW));
 }
 
-TEST_F(CTimedProgressTest, ShowsItsTextWhenAsked) {
+TEST_F(CTimedProgressTest, ShowsItsTextInTextModes) {
     CTimedProgressCtrl plain(Anchor(), 100, IDB_PROGRESS_DVD);
     EXPECT_EQ(EmptyPart(Colours(plain)), Colours(plain).size());
     for (const EProgressText mode : {EProgressText::Percent, EProgressText::Times}) {

@@ -1,4 +1,4 @@
-// The main job from a user's chair: an image becomes a container and comes back, with everything that shows on the way.
+// The main task as a user sees it: an image becomes a container and an image again.
 #include "tests/window/driver/window_test.h"
 #include "tests/window/journeys/cso_by_hand.h"
 
@@ -19,13 +19,13 @@ protected:
         }
     }
 
-    /// The fields of a byte count pane: "123 bytes".
+    /// The text of the bytes pane: "123 bytes".
     std::string BytesOf(const std::string& name) {
         return std::to_string(ReadWhole(m_folder / name).size()) + " bytes";
     }
 };
 
-TEST_F(CsoJourney, ImageBecomesContainerAndComesBack) {
+TEST_F(CsoJourney, RoundTrip) {
     const Bytes image = UmdImage(kSmall);
     WriteWhole(m_folder / "game.iso", image);
     const CDrivenDialog dialog = m_program.Start();
@@ -74,7 +74,7 @@ TEST_F(CsoJourney, LevelComesFromTheList) {
     EXPECT_TRUE(ReadWhole(m_folder / "game.cso") == CsoByHand(image, 1));
 }
 
-TEST_F(CsoJourney, ListWithoutSelectedLevelEndsInSilence) {
+TEST_F(CsoJourney, NothingHappensWithoutASelectedLevel) {
     WriteWhole(m_folder / "game.iso", UmdImage(kSmall));
     const CDrivenDialog dialog = m_program.Start();
     dialog.Choose(m_folder / "game.iso");
@@ -87,14 +87,14 @@ TEST_F(CsoJourney, ListWithoutSelectedLevelEndsInSilence) {
     EXPECT_EQ(FileKindOf(m_folder / "game.cso"), EFileKind::Missing);
 }
 
-TEST_F(CsoJourney, WindowLivesWhileItConverts) {
+TEST_F(CsoJourney, WindowIsResponsiveWhileItConverts) {
     WriteWhole(m_folder / "game.iso", UmdImage(kLong));
     const CDrivenDialog dialog = m_program.Start();
     dialog.Choose(m_folder / "game.iso");
     dialog.Press(IDC_ISO_TO_CSO);
     Require("progress", [&] { return dialog.ProgressPosition().value_or(0) > 100; });
     EXPECT_EQ(dialog.Pane(EPane::Status), "Compression ISO2CSO, please Wait");
-    // The bar can be seen: its two ends differ while it is neither empty nor full.
+    // The bar is visible: its two ends differ while it is neither empty nor full.
     const auto isHalfFilled = [&] { return dialog.ProgressColour(20) != dialog.ProgressColour(980); };
     WaitUntil([&] { return isHalfFilled() || HasBox(m_program); });
     EXPECT_TRUE(isHalfFilled());
@@ -104,7 +104,7 @@ TEST_F(CsoJourney, WindowLivesWhileItConverts) {
     EXPECT_TRUE(dialog.IsEnabled(IDC_EXIT));
     dialog.PressAndWait(IDC_ALWAYS_ON_TOP);
     EXPECT_TRUE(dialog.IsChecked(IDC_ALWAYS_ON_TOP));
-    EXPECT_FALSE(HasBox(m_program)) << "the conversion was over before the window was tried";
+    EXPECT_FALSE(HasBox(m_program)) << "the conversion ended before the window was tested";
     WaitForBox(m_program, kConversion).Close();
 }
 
@@ -135,7 +135,7 @@ TEST_F(CsoJourney, ClosedWindowStillFinishesTheContainer) {
     EXPECT_TRUE(ReadWhole(m_folder / "game.cso") == CsoByHand(image, 9));
 }
 
-TEST_F(CsoJourney, NamesInUpperCaseAreFolded) {
+TEST_F(CsoJourney, NamesAreShownInLowerCase) {
     const Bytes image = UmdImage(kSmall);
     WriteWhole(m_folder / "GAME.ISO", image);
     const CDrivenDialog dialog = m_program.Start();
@@ -146,12 +146,12 @@ TEST_F(CsoJourney, NamesInUpperCaseAreFolded) {
     EXPECT_TRUE(ReadWhole(m_folder / "game.cso") == CsoByHand(image, 9));
 }
 
-TEST_F(CsoJourney, IdleWindowIsLeftByExit) {
+TEST_F(CsoJourney, ExitEndsTheIdleWindow) {
     m_program.Start().Press(IDC_EXIT);
     EXPECT_EQ(m_program.WaitForEnd(), 0u);
 }
 
-TEST_F(CsoJourney, IdleWindowIsLeftByItsCloseBox) {
+TEST_F(CsoJourney, CloseBoxEndsTheIdleWindow) {
     m_program.Start().PressCloseBox();
     EXPECT_EQ(m_program.WaitForEnd(), 0u);
 }

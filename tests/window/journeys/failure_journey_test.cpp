@@ -1,5 +1,5 @@
-// What a user sees when a conversion cannot go on: one message box with the reason, after which the program has ended
-// with status 0.
+// A conversion that cannot continue, as a user sees it: a message box with the reason, then the program ends with
+// status 0.
 #include "tests/window/driver/window_test.h"
 #include "tests/window/journeys/cso_by_hand.h"
 
@@ -10,7 +10,7 @@ constexpr std::size_t kSmall = std::size_t{256} << 10;
 
 class FailureJourney : public CWindowTest {
 protected:
-    /// Presses the button and expects the failure text, and then the end of the program.
+    /// Presses a button and expects the text of the failure and the end of the program.
     void ExpectFailure(const CDrivenDialog& dialog, int button, const std::string& text) {
         dialog.Press(button);
         const CDrivenBox box = WaitForBox(m_program);
@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(FailureJourney, ImageThatIsGone) {
+TEST_F(FailureJourney, MissingImage) {
     WriteWhole(m_folder / "game.iso", UmdImage(kSmall));
     const CDrivenDialog dialog = m_program.Start();
     dialog.Choose(m_folder / "game.iso");
@@ -47,7 +47,7 @@ TEST_F(FailureJourney, NameWithTwoDots) {
     ExpectFailure(dialog, IDC_ISO_TO_CSO, "Code 10010e - Error Opening " + (m_folder / "a.iso"));
 }
 
-TEST_F(FailureJourney, ContainerThatIsGone) {
+TEST_F(FailureJourney, MissingContainer) {
     WriteWhole(m_folder / "game.cso", CsoByHand(UmdImage(kSmall), 9));
     const CDrivenDialog dialog = m_program.Start();
     dialog.Choose(m_folder / "game.cso");
@@ -55,7 +55,7 @@ TEST_F(FailureJourney, ContainerThatIsGone) {
     ExpectFailure(dialog, IDC_CSO_TO_ISO, "Code 11010e - Error Opening " + (m_folder / "new-game.iso"));
 }
 
-TEST_F(FailureJourney, FileThatIsNoContainer) {
+TEST_F(FailureJourney, NoContainer) {
     Bytes cso = CsoByHand(UmdImage(kSmall), 9);
     cso[0] = 'Z';
     WriteWhole(m_folder / "game.cso", cso);
@@ -64,7 +64,7 @@ TEST_F(FailureJourney, FileThatIsNoContainer) {
     ExpectFailure(dialog, IDC_CSO_TO_ISO, "Code 11011 - ciso file format error " + (m_folder / "new-game.iso"));
 }
 
-TEST_F(FailureJourney, ContainerThatWasCutOffLeavesWhatWasExpanded) {
+TEST_F(FailureJourney, TruncatedContainerKeepsTheExpandedPart) {
     const Bytes image = UmdImage(kSmall);
     Bytes cso = CsoByHand(image, 9);
     const std::size_t lastBlock = image.size() / 2048 - 1;

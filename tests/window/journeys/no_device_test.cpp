@@ -7,7 +7,7 @@ namespace {
 
 using NoDevice = CWindowTest;
 
-TEST_F(NoDevice, DoneMessageSaysSo) {
+TEST_F(NoDevice, DoneMessageReportsIt) {
     WriteWhole(m_folder / "game.iso", UmdImage(std::size_t{256} << 10));
     const CDrivenDialog dialog = m_program.Start();
     EXPECT_EQ(dialog.Entries(IDC_SOUND)[static_cast<std::size_t>(dialog.Selection(IDC_SOUND))], "Success.wav");

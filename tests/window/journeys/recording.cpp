@@ -9,7 +9,7 @@
 namespace vantrel::test {
 namespace {
 
-/// The null device adds no noise; resampling rounds.
+/// Tolerance for rounding by resampling. The null device adds no noise.
 constexpr int kQuiet = 3;
 constexpr std::size_t kPause = kRecordingRate / 10;
 

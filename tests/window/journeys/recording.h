@@ -1,4 +1,4 @@
-// What the audio device of the tests was given to play.
+// The recorded output of the audio device of the tests.
 #pragma once
 
 #include <chrono>
@@ -10,24 +10,24 @@ namespace vantrel::test {
 /// Samples per second of the recording: one unsigned byte each, 128 is silence.
 inline constexpr std::size_t kRecordingRate = 11025;
 
-/// A stretch of the recording that begins now.
+/// A part of the recording, from now on.
 class CRecording {
 public:
     CRecording();
-    /// What was recorded since, as soon as it is at least this long; the test fails when it does not become so.
+    /// The recording since then, once it has at least this length. The test fails if it does not reach it.
     Bytes AtLeast(double seconds) const;
 
 private:
     std::size_t m_start;
 };
 
-/// Whether nothing but silence is heard.
+/// Whether the recording is silent.
 bool IsSilent(const Bytes& recording);
 
-/// The times in seconds at which something is heard after at least a tenth of a second of silence.
+/// The times in seconds at which a sound starts after at least a tenth of a second of silence.
 std::vector<double> Onsets(const Bytes& recording);
 
-/// How alike (−1 to 1) the recording is to itself, shifted by this many samples; silence at its start is left out.
+/// The autocorrelation (−1 to 1) of the recording, without silence at its start, at a lag of this many samples.
 double LikenessShiftedBy(const Bytes& recording, std::size_t shift);
 
 }  // namespace vantrel::test

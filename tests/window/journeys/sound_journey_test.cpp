@@ -1,4 +1,4 @@
-// The completion sound as the audio device hears it.
+// The completion sound as recorded by the audio device.
 #include <cmath>
 #include <numbers>
 
@@ -27,7 +27,7 @@ void Append32(Bytes& bytes, std::uint32_t value) {
     Write32(bytes, bytes.size() - 4, value);
 }
 
-/// An 8-bit mono WAV file of these samples, with other chunks between its format and its data when asked.
+/// An 8-bit mono WAV file of these samples, optionally with other chunks between format and data.
 Bytes Wave(const Bytes& samples, bool withListChunk, std::string_view dataName = "data") {
     Bytes wave;
     AppendText(wave, "RIFF");
@@ -49,7 +49,7 @@ Bytes Wave(const Bytes& samples, bool withListChunk, std::string_view dataName =
     return wave;
 }
 
-/// A beep of 0.2 s and silence up to `length` samples.
+/// A beep of 0.2 s, followed by silence up to `length` samples.
 Bytes Beep(std::size_t length) {
     Bytes samples(length, 128);
     for (std::size_t i = 0; i < kRate / 5; ++i) {
@@ -59,7 +59,7 @@ Bytes Beep(std::size_t length) {
     return samples;
 }
 
-/// Whether a recording is like itself one length of the sound later.
+/// Whether a recording repeats with the length of the sound.
 bool Repeats(const Bytes& heard, double length) {
     const auto period = static_cast<std::size_t>(length * static_cast<double>(kRecordingRate));
     for (std::size_t shift = period - period / 50; shift < period + period / 50; ++shift) {
@@ -70,7 +70,7 @@ bool Repeats(const Bytes& heard, double length) {
     return false;
 }
 
-/// A busy machine may play with gaps: one stretch without them is waited for.
+/// Waits for a part without gaps, because a busy machine may play with gaps.
 void ExpectSoon(const std::string& what, const std::function<bool()>& condition) {
     constexpr Milliseconds kPatience{60'000};
     Require(what, condition, kPatience);
@@ -78,7 +78,7 @@ void ExpectSoon(const std::string& what, const std::function<bool()>& condition)
 
 class SoundJourney : public CWindowTest {
 protected:
-    /// Converts a small image with the chosen sound up to the done message.
+    /// Converts a small image with this sound, up to the done message.
     CDrivenBox Finish(const CDrivenDialog& dialog) {
         WriteWhole(m_folder / "game.iso", UmdImage(kSmall));
         dialog.Choose(m_folder / "game.iso");
@@ -87,7 +87,7 @@ protected:
     }
 };
 
-TEST_F(SoundJourney, DefaultSoundRepeatsWhileTheMessageStands) {
+TEST_F(SoundJourney, DefaultSoundRepeatsWhileTheMessageIsOpen) {
     const CRecording before;
     const CDrivenDialog dialog = m_program.Start();
     EXPECT_EQ(dialog.Entries(IDC_SOUND), (std::vector<std::string>{"@No Sound Selected", "Success.wav"}));
@@ -123,7 +123,7 @@ TEST_F(SoundJourney, ShortSoundRepeats) {
     });
 }
 
-TEST_F(SoundJourney, OtherChunksBeforeTheDataDoNotMatter) {
+TEST_F(SoundJourney, OtherChunksBeforeTheDataAreSkipped) {
     WriteWhole(m_folder / "beep.wav", Wave(Beep(9000), true));
     const CDrivenDialog dialog = m_program.Start();
     dialog.Select(IDC_SOUND, "beep.wav");

@@ -1,6 +1,5 @@
-// The dialogs of the shipped program, created from its templates and furnished as the program does it: every control
-// has its place and every text its room.
-// The second header needs what the first one declares.
+// The dialogs of the shipped program, created from its templates with the program's controls: no control overlaps
+// another one, and every text fits. The second header needs what the first one declares.
 // clang-format off
 #include <windows.h>
 #include <commctrl.h>
@@ -24,7 +23,7 @@ namespace {
 constexpr int kIconButtons[] = {IDC_BROWSE,        IDC_VANTREL,    IDC_EXIT,          IDC_ISO_TO_IML, IDC_ISO_TO_BIN,
                                 IDC_BIN_TO_ISO,    IDC_FULL_PATH,  IDC_RELATIVE_PATH, IDC_ISO_TO_DAX, IDC_DAX_TO_ISO,
                                 IDC_CHECK_POSTGAP, IDC_ISO_TO_CSO, IDC_CSO_TO_ISO};
-constexpr int kFirstIcon = IDI_BROWSE;  // the room for an icon is the same for all of them
+constexpr int kFirstIcon = IDI_BROWSE;  // all icons need the same space
 constexpr int kCheckMark = 13;          // pixels at 100 %
 constexpr int kTextGap = 3;
 
@@ -60,7 +59,7 @@ public:
         std::vector<HWND> controls;
         for (HWND control = GetWindow(m_window, GW_CHILD); control != nullptr;
              control = GetWindow(control, GW_HWNDNEXT)) {
-            // The dialog itself is not shown, so that IsWindowVisible would be false for all.
+            // Not IsWindowVisible, which is false for all controls because the dialog is hidden.
             if ((GetWindowLongPtrW(control, GWL_STYLE) & WS_VISIBLE) != 0) {
                 controls.push_back(control);
             }
@@ -107,7 +106,7 @@ std::string Describe(HWND control) {
            std::to_string(place.right) + ", " + std::to_string(place.bottom);
 }
 
-/// The size of a text in the font of a control, broken into lines of at most `width` pixels when that is not 0.
+/// The size of a text in the font of a control. If `width` is not 0, lines are wrapped at `width` pixels.
 SIZE Extent(HWND control, const std::wstring& text, int width = 0) {
     const HDC dc = GetDC(control);
     const HGDIOBJ former = SelectObject(dc, reinterpret_cast<HGDIOBJ>(SendMessageW(control, WM_GETFONT, 0, 0)));
@@ -119,7 +118,7 @@ SIZE Extent(HWND control, const std::wstring& text, int width = 0) {
     return {extent.right, extent.bottom};
 }
 
-/// The room that a control needs for its text and what stands beside it.
+/// The size that a control needs for its text and the parts beside it.
 SIZE RoomNeeded(HWND control) {
     const RECT place = PlaceOf(control);
     const std::wstring kind = ClassOf(control);
@@ -167,7 +166,7 @@ void CheckPlaces(const CShippedDialog& dialog) {
                                   (IsGroup(controls[j]) && EqualRect(&joint, &other) != FALSE);
             RECT common;
             EXPECT_TRUE(isFramed || IntersectRect(&common, &place, &other) == FALSE)
-                << Describe(controls[i]) << "\nlies over " << Describe(controls[j]);
+                << Describe(controls[i]) << "\noverlaps " << Describe(controls[j]);
         }
     }
 }
@@ -181,7 +180,7 @@ void CheckRoom(const CShippedDialog& dialog) {
     }
 }
 
-TEST(Layout, MainDialogHasAPlaceForEveryControl) {
+TEST(Layout, NoControlsOfTheMainDialogOverlap) {
     const CShippedDialog dialog(IDD_MAIN);
     ASSERT_NE(dialog.Window(), nullptr);
     std::list<CIconButton> buttons;
@@ -235,7 +234,7 @@ TEST(Layout, StatusPanesHaveRoomForTheirTexts) {
     }
 }
 
-TEST(Layout, AboutBoxHasPlaceAndRoom) {
+TEST(Layout, AboutBoxHasRoomForEveryText) {
     const CShippedDialog dialog(IDD_ABOUT);
     ASSERT_NE(dialog.Window(), nullptr);
     EXPECT_GE(dialog.Controls().size(), 7U);

@@ -1,4 +1,4 @@
-// Pictures of the shipped window in its states, for people to look at; their names end in the scale of the display.
+// Pictures of the states of the shipped window, for visual inspection. Their names end in the scale of the display.
 #include <gtest/gtest.h>
 
 #include "app/ui/scaling.h"
@@ -16,7 +16,7 @@ constexpr int kTitleBar = 22;  // the same at every scale
 
 class CPictures : public CWindowTest {
 protected:
-    /// Moves the pointer away, so that nothing looks hot.
+    /// Moves the pointer away, so that no button looks hot.
     CPictures() { SetCursorPos(1, 1); }
 
     static void Take(const std::string& name, const CDrivenDialog& dialog, EPictured pictured = EPictured::Still) {
@@ -24,7 +24,7 @@ protected:
     }
 
     static void Take(const std::string& name, RECT rectangle, HWND window, EPictured pictured = EPictured::Still) {
-        // The title bar is the window manager's.
+        // The window manager draws the title bar.
         rectangle = {rectangle.left - kFrame, rectangle.top - kTitleBar, rectangle.right + kFrame,
                      rectangle.bottom + kFrame};
         const int scale = ResolutionOf(window) * 100 / USER_DEFAULT_SCREEN_DPI;
