@@ -1,8 +1,8 @@
-// The least that compressing and expanding DAX frames can cost: a loop over zlib and stdio, without names, checks or
-// progress, through zlib's one-call routines or with one stream that is reset. The programs are measured against it.
+// The minimum cost of compressing and expanding DAX frames: a loop of zlib and stdio calls without checks or progress,
+// with zlib's one-call routines or with one stream that is reset. The benchmarks compare the programs with it.
 //
-// usage: bare_dax compress|compress-kept LEVEL IMAGE OUTPUT
-//        bare_dax uncompress|uncompress-kept DAX OUTPUT
+// usage: bare_dax compress|compress-reused LEVEL IMAGE OUTPUT
+//        bare_dax uncompress|uncompress-reused DAX OUTPUT
 #include <zlib.h>
 
 #include <cstdint>
@@ -25,9 +25,9 @@ struct SFileCloser {
 using File = std::unique_ptr<std::FILE, SFileCloser>;
 using Bytes = std::vector<unsigned char>;
 
-/// `step` takes the stream from `input` to `output`; the number of bytes that came out.
+/// Calls `step`, which is deflate or inflate, for all of the input. Returns the number of bytes in the output.
 template <typename Step>
-std::size_t Through(z_stream& stream, Bytes& input, std::size_t size, Bytes& output, Step step) {
+std::size_t Run(z_stream& stream, Bytes& input, std::size_t size, Bytes& output, Step step) {
     stream.next_in = input.data();
     stream.avail_in = static_cast<uInt>(size);
     stream.next_out = output.data();
@@ -36,7 +36,7 @@ std::size_t Through(z_stream& stream, Bytes& input, std::size_t size, Bytes& out
     return output.size() - stream.avail_out;
 }
 
-int Compress(int level, bool kept, std::FILE* input, std::FILE* output) {
+int Compress(int level, bool reused, std::FILE* input, std::FILE* output) {
     Bytes frame(kFrame);
     Bytes stored(kRoom);
     z_stream stream = {};
@@ -44,9 +44,9 @@ int Compress(int level, bool kept, std::FILE* input, std::FILE* output) {
     std::size_t count = 0;
     while ((count = std::fread(frame.data(), 1, kFrame, input)) > 0) {
         uLongf size = kRoom;
-        if (kept) {
+        if (reused) {
             deflateReset(&stream);
-            size = Through(stream, frame, count, stored, deflate);
+            size = Run(stream, frame, count, stored, deflate);
         } else {
             compress2(stored.data(), &size, frame.data(), static_cast<uLong>(count), level);
         }
@@ -56,7 +56,7 @@ int Compress(int level, bool kept, std::FILE* input, std::FILE* output) {
     return EXIT_SUCCESS;
 }
 
-int Uncompress(bool kept, std::FILE* input, std::FILE* output) {
+int Uncompress(bool reused, std::FILE* input, std::FILE* output) {
     std::uint32_t total = 0;
     std::fseek(input, kSizeOffset, SEEK_SET);
     if (std::fread(&total, 1, sizeof total, input) != sizeof total) {
@@ -77,9 +77,9 @@ int Uncompress(bool kept, std::FILE* input, std::FILE* output) {
             return EXIT_FAILURE;
         }
         uLongf size = kFrame;
-        if (kept) {
+        if (reused) {
             inflateReset(&stream);
-            size = Through(stream, stored, length, frame, inflate);
+            size = Run(stream, stored, length, frame, inflate);
         } else {
             uncompress(frame.data(), &size, stored.data(), length);
         }
@@ -93,20 +93,20 @@ int Uncompress(bool kept, std::FILE* input, std::FILE* output) {
 
 int main(int argc, char* argv[]) {
     const std::string_view way = argc > 1 ? argv[1] : "";
-    const bool compressing = argc == 5 && (way == "compress" || way == "compress-kept");
-    if (!compressing && !(argc == 4 && (way == "uncompress" || way == "uncompress-kept"))) {
+    const bool compressing = argc == 5 && (way == "compress" || way == "compress-reused");
+    if (!compressing && !(argc == 4 && (way == "uncompress" || way == "uncompress-reused"))) {
         std::fputs(
-            "usage: bare_dax compress|compress-kept LEVEL IMAGE OUTPUT | uncompress|uncompress-kept DAX OUTPUT\n",
+            "usage: bare_dax compress|compress-reused LEVEL IMAGE OUTPUT | uncompress|uncompress-reused DAX OUTPUT\n",
             stderr);
         return 2;
     }
-    const bool kept = way.ends_with("-kept");
+    const bool reused = way.ends_with("-reused");
     const File input(std::fopen(argv[argc - 2], "rb"));
     const File output(std::fopen(argv[argc - 1], "wb"));
     if (!input || !output) {
         std::perror("bare_dax");
         return EXIT_FAILURE;
     }
-    return compressing ? Compress(std::atoi(argv[2]), kept, input.get(), output.get())
-                       : Uncompress(kept, input.get(), output.get());
+    return compressing ? Compress(std::atoi(argv[2]), reused, input.get(), output.get())
+                       : Uncompress(reused, input.get(), output.get());
 }

@@ -1,8 +1,8 @@
-// The least that compressing and expanding CSO blocks can cost: a loop over zlib and stdio, without names, checks or
-// progress, with a fresh stream for each block or with one that is reset. The programs are measured against it.
+// The minimum cost of compressing and expanding CSO blocks: a loop of zlib and stdio calls without checks or progress,
+// with a new stream for each block or with one stream that is reset. The benchmarks compare the programs with it.
 //
-// usage: bare_zlib deflate|deflate-kept LEVEL IMAGE OUTPUT
-//        bare_zlib inflate|inflate-kept CSO OUTPUT
+// usage: bare_zlib deflate|deflate-reused LEVEL IMAGE OUTPUT
+//        bare_zlib inflate|inflate-reused CSO OUTPUT
 #include <zlib.h>
 
 #include <cstdint>
@@ -22,7 +22,7 @@ struct SFileCloser {
 };
 using File = std::unique_ptr<std::FILE, SFileCloser>;
 
-int Deflate(int level, bool kept, std::FILE* input, std::FILE* output) {
+int Deflate(int level, bool reused, std::FILE* input, std::FILE* output) {
     std::vector<unsigned char> block(kBlock);
     std::vector<unsigned char> stored(2 * kBlock);
     z_stream stream = {};
@@ -41,7 +41,7 @@ int Deflate(int level, bool kept, std::FILE* input, std::FILE* output) {
         deflate(&stream, Z_FINISH);
         const std::size_t size = stored.size() - stream.avail_out;
         std::fwrite(size >= kBlock ? block.data() : stored.data(), 1, size >= kBlock ? kBlock : size, output);
-        open = kept;
+        open = reused;
         if (!open) {
             deflateEnd(&stream);
         }
@@ -52,7 +52,7 @@ int Deflate(int level, bool kept, std::FILE* input, std::FILE* output) {
     return EXIT_SUCCESS;
 }
 
-int Inflate(bool kept, std::FILE* input, std::FILE* output) {
+int Inflate(bool reused, std::FILE* input, std::FILE* output) {
     std::uint64_t total = 0;
     std::fseek(input, 8, SEEK_SET);
     if (std::fread(&total, 1, sizeof total, input) != sizeof total) {
@@ -88,7 +88,7 @@ int Inflate(bool kept, std::FILE* input, std::FILE* output) {
         stream.next_out = block.data();
         stream.avail_out = kBlock;
         inflate(&stream, Z_FINISH);
-        open = kept;
+        open = reused;
         if (!open) {
             inflateEnd(&stream);
         }
@@ -104,19 +104,19 @@ int Inflate(bool kept, std::FILE* input, std::FILE* output) {
 
 int main(int argc, char* argv[]) {
     const std::string_view way = argc > 1 ? argv[1] : "";
-    const bool deflating = argc == 5 && (way == "deflate" || way == "deflate-kept");
-    if (!deflating && !(argc == 4 && (way == "inflate" || way == "inflate-kept"))) {
-        std::fputs("usage: bare_zlib deflate|deflate-kept LEVEL IMAGE OUTPUT | inflate|inflate-kept CSO OUTPUT\n",
+    const bool deflating = argc == 5 && (way == "deflate" || way == "deflate-reused");
+    if (!deflating && !(argc == 4 && (way == "inflate" || way == "inflate-reused"))) {
+        std::fputs("usage: bare_zlib deflate|deflate-reused LEVEL IMAGE OUTPUT | inflate|inflate-reused CSO OUTPUT\n",
                    stderr);
         return 2;
     }
-    const bool kept = way.ends_with("-kept");
+    const bool reused = way.ends_with("-reused");
     const File input(std::fopen(argv[argc - 2], "rb"));
     const File output(std::fopen(argv[argc - 1], "wb"));
     if (!input || !output) {
         std::perror("bare_zlib");
         return EXIT_FAILURE;
     }
-    return deflating ? Deflate(std::atoi(argv[2]), kept, input.get(), output.get())
-                     : Inflate(kept, input.get(), output.get());
+    return deflating ? Deflate(std::atoi(argv[2]), reused, input.get(), output.get())
+                     : Inflate(reused, input.get(), output.get());
 }

@@ -1,4 +1,4 @@
-"""The image that the benchmarks convert: a PSP title's mark in front of text, noise and zeros in equal parts."""
+"""The image that the benchmarks convert: the mark of a PSP title, then text, noise and zeros in equal parts."""
 import random
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""CSO both ways against bare zlib loops over the same blocks, and the memory they take.
+"""iso2cso and cso2iso compared with plain zlib loops over the same blocks, and their memory use.
 
 usage: cso.py [deflate] [inflate] [memory]
 """
@@ -24,14 +24,14 @@ def main(parts):
         if "deflate" in parts:
             for level in "1", "6", "9":
                 good &= compare_jobs("iso2cso -l %s, %d MiB" % (level, MEGABYTES), compressing + ["-l", level],
-                                     [bare, "deflate-kept", level, image, other], 1.10)
-            good &= compare("iso2cso -l 9 -j 1, against fresh streams", compressing + ["-l", "9", "-j", "1"],
+                                     [bare, "deflate-reused", level, image, other], 1.10)
+            good &= compare("iso2cso -l 9 -j 1, new streams", compressing + ["-l", "9", "-j", "1"],
                             [bare, "deflate", "9", image, other], 1.05, rounds=3)
         if "inflate" in parts:
             subprocess.run(compressing, check=True)
-            good &= compare_jobs("cso2iso, %d MiB" % MEGABYTES, expanding, [bare, "inflate-kept", cso, other + ".2"],
+            good &= compare_jobs("cso2iso, %d MiB" % MEGABYTES, expanding, [bare, "inflate-reused", cso, other + ".2"],
                                  1.25, copied=image, rounds=9)
-            good &= compare("cso2iso -j 1, against fresh streams", expanding + ["-j", "1"],
+            good &= compare("cso2iso -j 1, new streams", expanding + ["-j", "1"],
                             [bare, "inflate", cso, other + ".2"], 1.15, rounds=9)
             os.remove(image + ".copy")
         if "memory" in parts:

@@ -1,11 +1,11 @@
-"""Disc images of any length for the measurements: an ISO 9660 file system of a few large files in its root folder."""
+"""Disc images of any length for the benchmarks: an ISO 9660 file system with a few large files in its root directory."""
 import random
 
 SECTOR = 2048
 MEBIBYTE = 1 << 20
 NOISE = [random.Random(seed).randbytes(MEBIBYTE) for seed in range(5)]
-FIRST_FILE = 32  # sectors in front of the files
-MOST_FILE_BYTES = 1 << 30
+FIRST_FILE = 32  # first sector of the files
+MAX_FILE_BYTES = 1 << 30
 
 
 def both(value, size=4):
@@ -19,12 +19,12 @@ def record(name, sector, size, flags=0):
 
 
 def split(size):
-    """The lengths of the files in which so many bytes lie."""
-    return [min(MOST_FILE_BYTES, size - start) for start in range(0, size, MOST_FILE_BYTES)]
+    """The lengths of the files that hold `size` bytes together."""
+    return [min(MAX_FILE_BYTES, size - start) for start in range(0, size, MAX_FILE_BYTES)]
 
 
 def write_content(file, size, sparse):
-    """Noise that no compressor makes smaller, or a hole."""
+    """Writes incompressible noise, or a hole."""
     if sparse:
         file.truncate(file.tell() + size)
         file.seek(0, 2)
@@ -34,7 +34,7 @@ def write_content(file, size, sparse):
 
 
 def write_disc(path, size, sparse, application=b"PSP GAME"):
-    """An image of `size` bytes, whole sectors, that is taken for the medium whose application identifier it has."""
+    """Writes an image of `size` bytes, which are whole sectors. The application identifier determines the medium."""
     lengths = split(size - FIRST_FILE * SECTOR)
     records = record(b"\0", 20, SECTOR, 2) + record(b"\1", 20, SECTOR, 2)
     sector = FIRST_FILE

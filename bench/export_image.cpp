@@ -1,5 +1,4 @@
-// Makes the images on which the export is measured: files of a few bytes to three sectors, spread over 1,000
-// directories.
+// Builds the images for the export benchmark: files of up to three sectors, spread over 1,000 directories.
 #include <cstdio>
 #include <cstdlib>
 #include <string>

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Extraction of large files against cp of the image; everything in the page cache."""
+"""Extraction of large files, compared with cp of the image; all files in the page cache."""
 import os
 import sys
 

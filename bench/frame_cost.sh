@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# The cost of the window's update after each unit of a conversion, under Wine on a private display, everything on one
-# processor; the time of a BIN of 64 MiB through the window and through the console program; and where the time goes of a
-# UMD image of 256 MiB. Build the preset "windows" first.
+# Measures, under Wine on a private display and on one processor: the cost of the window's update after each unit of a
+# conversion; the time of a BIN of 64 MiB in the window and in the console program; and the parts of the time of a UMD
+# image of 256 MiB. Build the preset "windows" first.
 #
 #     frame_cost.sh [PROCESSOR]
 set -eu

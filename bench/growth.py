@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Memory and time of the console program as images grow, of noise and of holes: memory stays within 64 MiB and 8 bytes a
-sector, processor time grows no faster than the image. Other work on the machine changes neither much.
+"""Memory and time of the console program for growing images of noise and of holes: memory stays within 64 MiB plus 8 bytes
+per sector, and processor time grows no faster than the image. Other load on the machine changes neither much.
 
     growth.py [--sizes 1,2,4] [--folder FOLDER] [cso] [dax] [raw] [layout] [disc]
 
-Sizes are GiB; a format's own limit takes the place of a larger size. The folder needs room for twice the largest size;
-without one it is a folder in memory."""
+Sizes are in GiB; the limit of a format replaces a larger size. The folder needs room for twice the largest size; the
+default is a folder in memory."""
 import argparse
 import os
 import subprocess
@@ -17,24 +17,24 @@ from iml2iso import write_layout
 from side_by_side import program, scratch_folder
 
 GIBIBYTE = 1 << 30
-MOST_MEMORY = 64 * MEBIBYTE
-MOST_SECTOR_MEMORY = 8
-# Processor seconds for each byte of the largest image against those of the smallest. A run takes some time for nothing.
-MOST_GROWTH = 1.5
+MAX_MEMORY = 64 * MEBIBYTE
+MAX_SECTOR_MEMORY = 8
+# Limit of the ratio of processor seconds per byte, largest image to smallest. START_SECONDS is the cost of an empty run.
+MAX_GROWTH = 1.5
 START_SECONDS = 0.01
 
-MOST_RAW = 449_850 * SECTOR
-MOST_CSO = 2 * GIBIBYTE - SECTOR
-MOST_DAX = 4 * GIBIBYTE - 64 * MEBIBYTE  # noise grows a little, and positions end at 4 GiB
+MAX_RAW = 449_850 * SECTOR
+MAX_CSO = 2 * GIBIBYTE - SECTOR
+MAX_DAX = 4 * GIBIBYTE - 64 * MEBIBYTE  # noise grows slightly when deflated, and positions end at 4 GiB
 
 
 class Growth:
-    """The table: a row for each run."""
+    """The table of results, one row per run."""
 
     def __init__(self):
         self.runs = {}
         self.good = True
-        print("| command | content | GiB | seconds | processor seconds a GiB | MiB of memory | limit |\n|" + " --- |" * 7)
+        print("| command | content | GiB | seconds | processor seconds per GiB | MiB of memory | limit |\n|" + " --- |" * 7)
 
     def run(self, content, size, words):
         """Runs a command on an image of `size` bytes; the last of the words is its input."""
@@ -42,7 +42,7 @@ class Growth:
                               stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
         elapsed, user, system, kibibytes = (float(word) for word in done.stderr.split()[-4:])
         seconds, memory = user + system, kibibytes * 1024
-        limit = MOST_MEMORY + MOST_SECTOR_MEMORY * (size // SECTOR)
+        limit = MAX_MEMORY + MAX_SECTOR_MEMORY * (size // SECTOR)
         name = "%s %s" % (words[0], os.path.splitext(words[-1])[1][1:]) if words[0] == "verify" else words[0]
         self.runs.setdefault((name, content), []).append((size, seconds))
         print("| `%s` | %s | %.2f | %.2f | %.2f | %.1f | %.1f |%s" % (
@@ -53,13 +53,13 @@ class Growth:
     def check_times(self):
         for (name, content), runs in self.runs.items():
             first, last = (max(seconds - START_SECONDS, 0.05) / size for size, seconds in (min(runs), max(runs)))
-            if last > MOST_GROWTH * first:
+            if last > MAX_GROWTH * first:
                 self.good = False
-                print("%s of %s: %.1f times the seconds a byte  OVER" % (name, content, last / first))
+                print("%s of %s: %.1f times the seconds per byte  OVER" % (name, content, last / first))
 
 
 def there_and_back(growth, folder, content, size, names, there, back, application=b"PSP GAME"):
-    """A conversion and its inverse; files go as soon as they are not needed any more."""
+    """Runs a conversion and its inverse, and removes files as soon as they are no longer needed."""
     image, other, new = (os.path.join(folder, name) for name in names)
     write_disc(image, size, content == "holes", application)
     growth.run(content, size, there + ["-q", "-o", other, image])
@@ -69,19 +69,19 @@ def there_and_back(growth, folder, content, size, names, there, back, applicatio
 
 
 def cso(growth, folder, content, size):
-    there_and_back(growth, folder, content, min(size, MOST_CSO), ("a.iso", "a.cso", "b.iso"), ["iso2cso", "-l", "1"],
+    there_and_back(growth, folder, content, min(size, MAX_CSO), ("a.iso", "a.cso", "b.iso"), ["iso2cso", "-l", "1"],
                    ["cso2iso"])
-    growth.run(content, min(size, MOST_CSO), ["verify", os.path.join(folder, "a.cso")])
+    growth.run(content, min(size, MAX_CSO), ["verify", os.path.join(folder, "a.cso")])
 
 
 def dax(growth, folder, content, size):
-    there_and_back(growth, folder, content, min(size, MOST_DAX), ("a.iso", "a.dax", "b.iso"), ["iso2dax", "-l", "1"],
+    there_and_back(growth, folder, content, min(size, MAX_DAX), ("a.iso", "a.dax", "b.iso"), ["iso2dax", "-l", "1"],
                    ["dax2iso"])
 
 
 def raw(growth, folder, content, size):
-    """Discs end below 1 GiB, so that parts of that are measured."""
-    size = min(size, 4 * GIBIBYTE) * MOST_RAW // (4 * GIBIBYTE) // SECTOR * SECTOR
+    """CDs are smaller than 1 GiB, so the sizes are scaled down."""
+    size = min(size, 4 * GIBIBYTE) * MAX_RAW // (4 * GIBIBYTE) // SECTOR * SECTOR
     there_and_back(growth, folder, content, size, ("a.iso", "a.bin", "b.iso"), ["iso2bin"], ["bin2iso"], b"PLAYSTATION")
     growth.run(content, size, ["verify", os.path.join(folder, "a.bin")])
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Rebuilding of images from layouts against cp of a file of the output's size, and with many small files against cat of
-them into one; everything in the page cache."""
+"""Rebuild of images from layouts, compared with cp of a file of the output's size, or with cat of the files if they are
+many and small; all files in the page cache."""
 import os
 import sys
 
@@ -12,7 +12,7 @@ LEADING_SECTORS = 30
 
 
 def write_layout(folder, media, count, size, sparse=False):
-    """A layout of `count` files of `size` bytes that follow one another, and its files."""
+    """Writes a layout of `count` consecutive files of `size` bytes, and the files."""
     dvd = media == "DVD"
     sectors = -(-size // SECTOR)
     lines = ["[SYS]", "VERSION=1.00", "MEDIA=" + media, "[LOC]"] + ([] if dvd else ["#Track"])

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Raw images both ways against cp of a file of the output's size; everything in the page cache."""
+"""iso2bin and bin2iso, compared with cp of a file of the output's size; all files in the page cache."""
 import os
 import random
 import sys

@@ -1,4 +1,4 @@
-// What making raw sectors costs: EDC, parity, and the whole sector, in bytes of user data a second.
+// The speed of encoding raw sectors: EDC, parity, and whole sectors, in bytes of user data per second.
 #include <benchmark/benchmark.h>
 
 #include <array>

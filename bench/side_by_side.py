@@ -1,4 +1,4 @@
-"""Times two commands in turn in one run, so that a noisy machine disturbs both alike, and gives their ratio."""
+"""Measures two commands alternately, so that other load on the machine affects both alike, and prints their ratio."""
 import os
 import statistics
 import subprocess
@@ -19,7 +19,7 @@ def timed(command):
 
 
 def compare(title, ours, reference, limit, rounds=7):
-    """Prints best and median times of both and the ratio of the best ones; true when it is within the limit."""
+    """Prints the best and median times of both and the ratio of the best times. Returns whether it is within the limit."""
     times = [(timed(ours), timed(reference)) for _ in range(rounds)]
     best = [min(column) for column in zip(*times)]
     median = [statistics.median(column) for column in zip(*times)]
@@ -30,8 +30,8 @@ def compare(title, ours, reference, limit, rounds=7):
 
 
 def compare_jobs(title, ours, reference, limit, copied=None, rounds=5):
-    """`ours` with one and with two jobs against the reference on one core: each job may take its share of the time, times
-    the limit; the time in which `copied` is copied is granted where that is longer. True when all are within."""
+    """Compares `ours` with one and with two jobs to the reference on one core. The limit applies to the reference time
+    divided by the jobs; if copying `copied` takes longer, that time is the limit. Returns whether all are within."""
     copy = ["cp", copied, copied + ".copy"] if copied else ["true"]
     commands = [ours + ["-j", "1"], ours + ["-j", "2"], reference, copy]
     times = [[timed(command) for command in commands] for _ in range(rounds)]
@@ -49,21 +49,21 @@ def compare_jobs(title, ours, reference, limit, copied=None, rounds=5):
 
 
 def memory_within(program, words, jobs, blocks):
-    """Prints the peak of a conversion; true when it is at most 64 MiB and 8 bytes for each block."""
+    """Prints the peak memory of a conversion. Returns whether it is at most 64 MiB plus 8 bytes per block."""
     peak = peak_memory([program] + words + ["-j", str(jobs)])
     limit = blocks * 8 // 1024 + (64 << 10)
-    print("%s -j %d of %d blocks: peak %d KiB, 64 MiB + 8 bytes a block = %d KiB  %s"
+    print("%s -j %d of %d blocks: peak %d KiB, 64 MiB + 8 bytes per block = %d KiB  %s"
           % (words[0], jobs, blocks, peak, limit, "ok" if peak <= limit else "OVER"))
     return peak <= limit
 
 
 def peak_memory(command):
-    """Largest resident size in KiB."""
+    """Peak resident size in KiB."""
     done = subprocess.run(["/usr/bin/time", "-f", "%M"] + command, check=True, stdout=subprocess.DEVNULL,
                           stderr=subprocess.PIPE, text=True)
     return int(done.stderr.split()[-1])
 
 
 def scratch_folder():
-    """A folder in memory where there is one, so that the disk is not what is measured."""
+    """A folder in memory if the system has one, so that the disk does not affect the results."""
     return tempfile.TemporaryDirectory(dir="/dev/shm" if os.path.isdir("/dev/shm") else None)

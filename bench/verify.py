@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Verifying of a raw image and of a plain one, in bytes of the file a second; everything in the page cache."""
+"""Verification of a raw image and of a plain image, in bytes of the file per second; all files in the page cache."""
 import os
 import statistics
 import sys
@@ -7,7 +7,7 @@ import sys
 from disc_image import MEBIBYTE, write_disc
 from side_by_side import program, scratch_folder, timed
 
-SLOWEST = 500e6  # bytes of a raw image a second
+MIN_RATE = 500e6  # bytes of a raw image per second
 
 
 def main():
@@ -20,8 +20,8 @@ def main():
             times = [timed([program("vantrel"), "verify", path]) for _ in range(7)]
             rates[path], median = (os.path.getsize(path) / seconds for seconds in (min(times), statistics.median(times)))
             print("verify %s: %.0f MB/s (median %.0f)" % (os.path.basename(path), rates[path] / 1e6, median / 1e6))
-        good = rates[raw] >= SLOWEST
-        print("limit for the raw image: %.0f MB/s  %s" % (SLOWEST / 1e6, "ok" if good else "BELOW"))
+        good = rates[raw] >= MIN_RATE
+        print("limit for the raw image: %.0f MB/s  %s" % (MIN_RATE / 1e6, "ok" if good else "BELOW"))
     return 0 if good else 1
 
 

@@ -39,14 +39,16 @@ SCompressionRequest WindowDaxExpansion(const std::string& folder, const std::str
 }
 
 SCompressionRequest DirectConversion(const std::string& input, const std::string& output, EOutputManner manner,
-                                     std::uint32_t workers) {
+                                     std::uint32_t workers, std::optional<int> level) {
     SCompressionRequest request;
     request.chosenPath = input;
     request.imagePath = input;
     request.outputPath = output;
     request.shownName = FileNameOf(input);
     request.manner = manner;
+    request.strict = true;
     request.workers = workers;
+    request.level = level;
     return request;
 }
 

@@ -1,7 +1,8 @@
-// What the CSO and DAX conversions are asked to do: which files, under which names, in which manner.
+// What the CSO and DAX conversions are asked to do.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "files/output_file.h"
@@ -9,28 +10,32 @@
 namespace vantrel {
 
 struct SCompressionRequest {
-    std::string chosenPath;  ///< The file that was chosen; compressing examines its volume descriptor.
-    std::string imagePath;   ///< The file that is read. In the window it may be named from the base name.
+    std::string chosenPath;  ///< The file that was chosen. The compressors check its volume descriptor.
+    std::string imagePath;   ///< The file that is read. The window may form it from the base name of the chosen file.
     std::string outputPath;
-    std::string shownName;  ///< The image's name in messages; in the window base name + ".iso".
+    std::string shownName;  ///< The image's name in messages; in the window, base name + ".iso".
     EOutputManner manner = EOutputManner::InPlace;
-    /// Threads that compress or expand, beside the conversion's own, which writes. None are used in place.
+    bool strict = false;  ///< True in the console: refuses what the window lets pass.
+    /// Threads that compress or expand, besides the conversion's own, which writes. 0: the conversion's own thread does
+    /// everything, with a new zlib stream for each block.
     std::uint32_t workers = 0;
+    std::optional<int> level;  ///< 1 to 9; no value: none is selected.
 };
 
-/// The names that the window gives to a compression of `folder` (with its separator) + `fileName`: the image is base
-/// name + ".iso", found without regard to case, and the output base name + `extension` beside it.
+/// The window's compression of `folder` (with its separator) + `fileName`: the image is base name + ".iso", found
+/// without regard to case, and the output is base name + `extension` beside it.
 SCompressionRequest WindowCompression(const std::string& folder, const std::string& fileName,
                                       const std::string& extension);
 
-/// The names that the window gives to an expansion: the output is "new-" + base name + ".iso" beside the input.
+/// The window's expansion of a CSO file: the output is "new-" + base name + ".iso" beside the input.
 SCompressionRequest WindowExpansion(const std::string& folder, const std::string& fileName);
 
-/// The same for a DAX file, whose input is base name + ".dax", found without regard to case, whatever was chosen.
+/// The window's expansion of a DAX file: the input is base name + ".dax", found without regard to case, whatever the
+/// extension of `fileName`.
 SCompressionRequest WindowDaxExpansion(const std::string& folder, const std::string& fileName);
 
-/// A conversion of exactly `input` into exactly `output`, by so many threads.
+/// A strict conversion of exactly `input` into exactly `output`.
 SCompressionRequest DirectConversion(const std::string& input, const std::string& output, EOutputManner manner,
-                                     std::uint32_t workers);
+                                     std::uint32_t workers, std::optional<int> level);
 
 }  // namespace vantrel

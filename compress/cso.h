@@ -7,10 +7,10 @@
 
 namespace vantrel {
 
-/// Compresses the image of a PSP title. Ends silently, with nothing written, when no level is selected.
+/// Compresses the image of a PSP title. Ends silently, with nothing written, if no level is selected.
 void IsoToCso(const SCompressionRequest& request, COperation& operation);
 
-/// Expands a CSO file. Ends silently, with nothing written, when no level is selected.
+/// Expands a CSO file. Ends silently, with nothing written, if no level is selected.
 void CsoToIso(const SCompressionRequest& request, COperation& operation);
 
 }  // namespace vantrel

@@ -1,9 +1,11 @@
-// A CSO file back into an image, block by block.
-#include "compress/block_report.h"
-#include "compress/blocks_ahead.h"
+// Expands a CSO file into an image, block by block.
+#include <utility>
+
+#include "compress/block_pipeline.h"
 #include "compress/cso.h"
 #include "compress/cso_reader.h"
 #include "compress/finish.h"
+#include "files/checked_file.h"
 #include "files/path.h"
 #include "operation/progress.h"
 #include "operation/text.h"
@@ -12,7 +14,7 @@ namespace vantrel {
 
 namespace {
 
-/// One run of CsoToIso: the container, the output and the texts for all that can be wrong with them.
+/// One run of CsoToIso.
 class CCsoExpansion {
 public:
     CCsoExpansion(const SCompressionRequest& request, COperation& operation)
@@ -21,65 +23,59 @@ public:
     void Run() {
         OpenFiles();
         Check(m_cso.ReadHeader());
-        m_operation.SetPane(EPane::Bytes, std::to_string(m_cso.BlockCount()) + " Blocks");
+        const auto count = static_cast<std::int64_t>(m_cso.BlockCount());
+        m_operation.SetPane(EPane::Bytes, std::to_string(count) + " Blocks");
         m_operation.SetPane(EPane::File, FileNameOf(m_request.outputPath));
-        m_operation.StartProgress(ProgressRange(static_cast<std::int64_t>(m_cso.BlockCount())), EProgressFill::Dvd);
-        m_operation.PumpMessages();
+        m_operation.SetTotal(count);
+        m_operation.Yield();
         Check(m_cso.ReadIndex());
-        m_operation.PumpMessages();
-        ExpandBlocks();
-        FinishConversion(m_request, m_output, "ciso decompress cso2iso Done !", m_operation);
+        m_operation.Yield();
+        ExpandBlocks(count);
+        m_output.CommitOrFail();
+        FinishConversion(m_request, m_output, count, "ciso decompress cso2iso Done !", m_operation);
     }
 
 private:
     void OpenFiles() {
-        // The first handle only proves that the file is there; what it reports names the output.
-        if (!m_existence.Open(m_request.chosenPath)) {
-            m_operation.Fail(Format("Code 11010e - Error Opening %s", m_request.outputPath.c_str()));
-        }
+        // The first handle only tests whether the file exists; its text deliberately names the output.
+        m_existence.OpenOrFail(m_request.chosenPath, "Code 11010e - Error Opening %s", m_request.outputPath);
         if (!m_cso.Open(m_request.chosenPath)) {
             m_operation.Fail(Format("Code 11010f - Error Opening %s", m_request.chosenPath.c_str()));
         }
-        if (!m_output.Open(m_request.outputPath, m_request.manner)) {
-            m_operation.Fail(Format("Code 11010g - Error create %s", m_request.outputPath.c_str()));
-        }
+        m_output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 11010g - Error create %s");
     }
 
-    void ExpandBlocks() {
-        const auto count = static_cast<std::int64_t>(m_cso.BlockCount());
-        const SSharing sharing = SharingOf(m_request, m_cso.BlockSizes());
-        auto places = PlacesOf<CInflatedPiece>(sharing, m_cso.BlockSizes(), m_cso.BlockCount());
-        Check(places.empty() ? ECsoFault::Memory : ECsoFault::None);
-        CBlocksAhead<CInflatedPiece> blocks(sharing, m_cso.BlockCount(), std::move(places), m_cso, {EStreamForm::Raw});
-        CBlockReport report(m_operation, count, true);
-        for (std::int64_t block = 0; block < count; ++block) {
-            m_operation.PumpMessages();
-            if (report.ShowWhenDue(block)) {
-                m_operation.PumpMessages();
-            }
-            m_operation.StepProgress();
-            WriteBlock(static_cast<std::int32_t>(block), blocks.Next());
+    void ExpandBlocks(std::int64_t count) {
+        const SWorkPlan plan = PlanWork(m_request.workers, m_cso.BlockSizes(), m_cso.BlockCount());
+        std::vector<CBlockSlot> slots = AllocateSlots(plan);
+        Check(slots.empty() ? ECsoFault::Memory : ECsoFault::None);
+        CBlockPipeline blocks(plan, std::move(slots), m_cso, EStreamForm::Raw);
+        CBlockProgress progress(m_operation, count, CBlockProgress::EFirst::AtBlock0);
+        for (std::int64_t number = 0; number < count; ++number) {
+            m_operation.Yield();
+            progress.ShowIfDue(number);
+            m_operation.SetDone(number + 1);
+            WriteBlock(static_cast<std::int32_t>(number), blocks.Next());
         }
-        report.Show(count);
-        m_operation.PumpMessages();
+        progress.Show(count);
+        m_operation.Yield();
     }
 
-    void WriteBlock(std::int32_t number, const SInflatedBlock& block) {
+    void WriteBlock(std::int32_t number, const SBlock& block) {
         Check(m_cso.FaultOf(block), number, block);
         if (!m_output.Write(block.content)) {
             m_operation.Fail(Format("Code 1110-block %d : Write error\n", number));
         }
     }
 
-    /// Goes on when there is no fault, and ends the conversion with the fault's text otherwise. Texts before the first
-    /// block name the output where the output was chosen for them.
-    void Check(ECsoFault fault, std::int32_t number = 0, const SInflatedBlock& block = {}) {
+    void Check(ECsoFault fault, std::int32_t number = 0, const SBlock& block = {}) {
         if (fault != ECsoFault::None) {
-            m_operation.Fail(TextOf(fault, number, block));
+            m_operation.Fail(FailureTextOf(fault, number, block));
         }
     }
 
-    std::string TextOf(ECsoFault fault, std::int32_t number, const SInflatedBlock& block) const {
+    /// Header faults deliberately name the output.
+    std::string FailureTextOf(ECsoFault fault, std::int32_t number, const SBlock& block) const {
         const char* const input = m_request.chosenPath.c_str();
         const char* const output = m_request.outputPath.c_str();
         const char* const message = block.outcome.message;
@@ -112,21 +108,19 @@ private:
 
     const SCompressionRequest& m_request;
     COperation& m_operation;
-    CInputFile m_existence;
+    CCheckedInput m_existence{m_operation};
     CCsoReader m_cso;
-    COutputFile m_output;
+    CCheckedOutput m_output{m_operation};
 };
 
 }  // namespace
 
 void CsoToIso(const SCompressionRequest& request, COperation& operation) {
     operation.SetPane(EPane::Status, "DeCompression CSO2ISO, please Wait");
-    DisableFrameCommands(operation);
-    if (!operation.CompressionLevel()) {
-        return;
+    operation.Begin(EConversion::CsoToIso);
+    if (request.level) {
+        CCsoExpansion(request, operation).Run();
     }
-    operation.EnableCommand(ECommand::CompressionLevel, false);
-    CCsoExpansion(request, operation).Run();
 }
 
 }  // namespace vantrel

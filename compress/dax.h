@@ -7,10 +7,10 @@
 
 namespace vantrel {
 
-/// Compresses the image of a PSP title. Ends silently, with an empty output, when no level is selected.
+/// Compresses the image of a PSP title. Ends silently, with an empty output, if no level is selected.
 void IsoToDax(const SCompressionRequest& request, COperation& operation);
 
-/// Expands a DAX file, `imagePath` of the request.
+/// Expands a DAX file, which is `imagePath` of the request. Needs no level.
 void DaxToIso(const SCompressionRequest& request, COperation& operation);
 
 }  // namespace vantrel

@@ -1,19 +1,19 @@
-// The header of a DAX file and the measures of its frames and tables.
+// The header of a DAX file, and the sizes of its frames and table entries.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <span>
 
-#include "compress/block_sizes.h"
+#include "compress/work_plan.h"
 
 namespace vantrel {
 
 inline constexpr std::uint32_t kDaxFrameSize = 8192;
-/// Room for a stored frame: more than zlib ever makes of a frame.
+/// Buffer size for a stored frame: more than a deflated frame ever takes.
 inline constexpr std::uint32_t kDaxStoredRoom = 9216;
 inline constexpr SBlockSizes kDaxFrameSizes = {kDaxFrameSize, kDaxStoredRoom};
-/// Bytes of an entry of the position table and of the length table.
+/// Bytes of an entry in the position table and in the length table.
 inline constexpr std::uint32_t kDaxPositionSize = 4;
 inline constexpr std::uint32_t kDaxLengthSize = 2;
 
@@ -28,7 +28,7 @@ struct DaxHeader {
 
     std::array<std::uint8_t, kSize> Encode() const;
     static DaxHeader Decode(std::span<const std::uint8_t, kSize> bytes);
-    /// Frames of the image, a partial last one included.
+    /// Frames of the image, including a partial last one.
     std::uint32_t FrameCount() const { return image_size / kDaxFrameSize + (image_size % kDaxFrameSize != 0 ? 1 : 0); }
 };
 

@@ -1,6 +1,6 @@
 #include "compress/dax_reader.h"
 
-#include "files/byte_order.h"
+#include <array>
 
 namespace vantrel {
 
@@ -14,58 +14,49 @@ EDaxFault CDaxReader::ReadHeader() {
 }
 
 EDaxFault CDaxReader::ReadTables() {
-    const EDaxFault fault = ReadTable(kDaxPositionSize, m_positions);
+    const EDaxFault fault = ReadTable(m_positions);
     if (fault != EDaxFault::None) {
         return fault;
     }
-    return m_frame.Allocate(kDaxFrameSizes, 1) ? ReadTable(kDaxLengthSize, m_lengths) : EDaxFault::Memory;
+    return m_slot.Allocate(kDaxFrameSizes, 1) ? ReadTable(m_lengths) : EDaxFault::Memory;
 }
 
-/// Reads the table that begins where the last read ended.
-EDaxFault CDaxReader::ReadTable(std::uint32_t entrySize, Buffer& table) {
-    const std::uint64_t size = std::uint64_t{FrameCount()} * entrySize;
+/// Reads the table at the current position.
+template <typename Number>
+EDaxFault CDaxReader::ReadTable(CNumberTable<Number>& table) {
+    const std::uint64_t size = std::uint64_t{FrameCount()} * sizeof(Number);
     const std::int64_t room = m_file.Size() - m_file.Position();
     if (room < 0 || static_cast<std::uint64_t>(room) < size) {
         return EDaxFault::Tables;
     }
-    table = TryAllocate(size);
-    if (!table) {
+    if (!table.Allocate(FrameCount())) {
         return EDaxFault::Memory;
     }
-    return m_file.Read({table.get(), static_cast<std::size_t>(size)}) == size ? EDaxFault::None : EDaxFault::Tables;
-}
-
-std::uint32_t CDaxReader::Position(std::uint32_t frame) const {
-    return LoadLe32(std::span<const std::uint8_t, kDaxPositionSize>(
-        m_positions.get() + std::size_t{frame} * kDaxPositionSize, kDaxPositionSize));
-}
-
-std::uint16_t CDaxReader::Length(std::uint32_t frame) const {
-    return LoadLe16(std::span<const std::uint8_t, kDaxLengthSize>(m_lengths.get() + std::size_t{frame} * kDaxLengthSize,
-                                                                  kDaxLengthSize));
+    return m_file.Read(table.Bytes()) == size ? EDaxFault::None : EDaxFault::Tables;
 }
 
 EDaxFault CDaxReader::ReadFrame(std::uint32_t frame, std::span<const std::uint8_t>& content) {
-    m_frame.Read(*this, frame, 1);
-    m_frame.Make(m_inflater);
-    content = m_frame.Blocks().front().content;
-    return FaultOf(m_frame.Blocks().front());
+    m_slot.ReadContainer(*this, frame, 1);
+    m_slot.Inflate(m_stream);
+    content = m_slot.Blocks().front().content;
+    return FaultOf(m_slot.Blocks().front());
 }
 
-bool CDaxReader::ReadStored(std::uint64_t frame, std::span<std::uint8_t> room, std::size_t& size, bool& plain) {
-    const auto number = static_cast<std::uint32_t>(frame);
-    plain = false;
-    size = Length(number);
-    return size <= room.size() && m_file.ReadAt(Position(number), room.first(size)) == size;
+bool CDaxReader::ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& frame) {
+    const auto index = static_cast<std::uint32_t>(number);
+    const std::size_t size = Length(index);
+    if (size > buffer.size() || m_file.ReadAt(Position(index), buffer.first(size)) != size) {
+        return false;
+    }
+    frame.stored = buffer.first(size);
+    return true;
 }
 
-/// A stream whose end alone displeases zlib is whole.
-EDaxFault CDaxReader::FaultOf(const SInflatedBlock& frame) {
-    if (!frame.wasRead) {
+EDaxFault CDaxReader::FaultOf(const SBlock& frame) {
+    if (frame.isUnreadable) {
         return EDaxFault::Read;
     }
-    const bool whole = !frame.outcome.failed || frame.outcome.FailedIn(EStreamStep::End);
-    return whole ? EDaxFault::None : EDaxFault::Inflate;
+    return frame.outcome.HasAllOutput() ? EDaxFault::None : EDaxFault::Inflate;
 }
 
 }  // namespace vantrel

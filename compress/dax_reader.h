@@ -1,14 +1,13 @@
-// A DAX file read frame by frame, for whoever wants the image in it. What is wrong with a file is told as a kind of
-// fault; the texts belong to the callers.
+// Reads the image in a DAX file frame by frame. Reports kinds of faults; the texts for them belong to the callers.
 #pragma once
 
 #include <cstdint>
 #include <span>
 #include <string>
 
-#include "compress/buffer.h"
+#include "compress/block_slot.h"
 #include "compress/dax_header.h"
-#include "compress/inflated_piece.h"
+#include "compress/number_table.h"
 #include "files/input_file.h"
 
 namespace vantrel {
@@ -17,47 +16,49 @@ enum class EDaxFault {
     None,
     Header,  ///< fewer than 32 bytes, or wrong magic
     Tables,  ///< the tables do not fit the file or cannot be read
-    Memory,  ///< the tables or the room for frames cannot be had
-    Read,    ///< the stored bytes of a frame are not there, or are more than a frame can ever take
-    Inflate  ///< the stored bytes are no complete zlib stream of at most a frame
+    Memory,  ///< allocation fails
+    Read,    ///< the stored bytes of a frame cannot be read, or are more than a frame ever takes
+    Inflate  ///< the stored bytes are not a complete zlib stream of at most a frame
 };
 
-/// Call Open, ReadHeader and ReadTables in this order, each only after its predecessor succeeded. Then the frames can
-/// be had in any order: whole by ReadFrame, or in two steps by ReadStored and zlib.
+/// Call Open, ReadHeader and ReadTables in this order, each only if the one before succeeded. Then frames can be read
+/// in any order: expanded with ReadFrame, or as stored with ReadStored.
 class CDaxReader : public CStoredBlocks {
 public:
-    /// False, with LastFileError() set, when the file cannot be opened. Others may read it meanwhile but not write.
+    /// Returns false, with LastFileError() set, if the file cannot be opened. While it is open, other programs may read
+    /// it but not write it.
     bool Open(const std::string& path) { return m_file.Open(path, ESharing::Readers); }
     void Close() { m_file.Close(); }
-    /// Lets go of the file without closing it.
+    /// Releases the file without closing it: it stays open until the program ends.
     void LeaveOpen() { m_file.LeaveOpen(); }
 
     EDaxFault ReadHeader();
     EDaxFault ReadTables();
 
-    /// The content of a frame (from 0), at most 8192 bytes, valid until the next call.
+    /// Expands a frame (from 0) to at most 8192 bytes. `content` is valid until the next call.
     EDaxFault ReadFrame(std::uint32_t frame, std::span<const std::uint8_t>& content);
 
-    bool ReadStored(std::uint64_t frame, std::span<std::uint8_t> room, std::size_t& size, bool& plain) override;
-    /// What is wrong with a frame that came from here.
-    static EDaxFault FaultOf(const SInflatedBlock& frame);
+    bool ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& frame) override;
+    /// The fault of a frame after it was inflated.
+    static EDaxFault FaultOf(const SBlock& frame);
 
     const DaxHeader& Header() const { return m_header; }
     std::uint32_t FrameCount() const { return m_header.FrameCount(); }
-    /// Position and length of a frame's stored bytes, as the tables have them.
-    std::uint32_t Position(std::uint32_t frame) const;
-    std::uint16_t Length(std::uint32_t frame) const;
+    /// Position and length of a frame's stored bytes, as in the tables.
+    std::uint32_t Position(std::uint32_t frame) const { return m_positions.Get(frame); }
+    std::uint16_t Length(std::uint32_t frame) const { return m_lengths.Get(frame); }
     std::int64_t FileSize() const { return m_file.Size(); }
 
 private:
-    EDaxFault ReadTable(std::uint32_t entrySize, Buffer& table);
+    template <typename Number>
+    EDaxFault ReadTable(CNumberTable<Number>& table);
 
     CInputFile m_file;
     DaxHeader m_header;
-    Buffer m_positions;
-    Buffer m_lengths;
-    CInflatedPiece m_frame;
-    CBlockInflater m_inflater{{EStreamForm::Zlib}, EStreamUse::Kept};
+    CNumberTable<std::uint32_t> m_positions;
+    CNumberTable<std::uint16_t> m_lengths;
+    CBlockSlot m_slot;
+    CBlockStream m_stream{{EStreamForm::Zlib, std::nullopt}, EStreamUse::Reused};
 };
 
 }  // namespace vantrel

@@ -1,7 +1,12 @@
-// A DAX file back into an image, frame by frame.
-#include "compress/blocks_ahead.h"
+// Expands a DAX file into an image, frame by frame.
+#include <algorithm>
+#include <utility>
+
+#include "compress/block_pipeline.h"
 #include "compress/dax.h"
 #include "compress/dax_reader.h"
+#include "compress/finish.h"
+#include "files/checked_file.h"
 #include "operation/progress.h"
 #include "operation/text.h"
 
@@ -9,9 +14,7 @@ namespace vantrel {
 
 namespace {
 
-constexpr const char* kDoneText = "Decompression dax2iso Done !";
-
-/// One run of DaxToIso: the container, the output and the texts for all that can be wrong with them.
+/// One run of DaxToIso.
 class CDaxExpansion {
 public:
     CDaxExpansion(const SCompressionRequest& request, COperation& operation)
@@ -19,46 +22,51 @@ public:
 
     void Run() {
         OpenFiles();
-        DisableFrameCommands(m_operation);
+        m_operation.Begin(EConversion::DaxToIso);
         Check(m_dax.ReadHeader());
         m_operation.SetPane(EPane::Bytes, std::to_string(m_dax.FrameCount()) + " Frames");
         m_operation.SetPane(EPane::File, m_request.shownName);
-        m_operation.StartProgress(ProgressRange(m_dax.FrameCount()), EProgressFill::Dvd);
+        m_operation.SetTotal(m_dax.FrameCount());
         Check(m_dax.ReadTables());
-        ExpandFrames();
+        ExpandFrames(m_dax.FrameCount());
         Finish();
     }
 
 private:
     void OpenFiles() {
-        // Each of the two texts names the other file; users know them that way.
+        // Each text deliberately names the other file.
         if (!m_dax.Open(m_request.imagePath)) {
             m_operation.Fail(Format("Code 1003- Cannot open input file %s\n", m_request.outputPath.c_str()));
         }
-        if (!m_output.Open(m_request.outputPath, m_request.manner, ESharing::Nobody)) {
-            m_operation.Fail(Format("Code 1003o-Cannot create output file %s\n", m_request.imagePath.c_str()));
+        m_output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 1003o-Cannot create output file %s\n",
+                            m_request.imagePath, ESharing::Nobody);
+    }
+
+    /// The window counts one unit and yields once, after all frames; a strict run does so after every frame.
+    void ExpandFrames(std::uint32_t count) {
+        const SWorkPlan plan = PlanWork(m_request.workers, kDaxFrameSizes, count);
+        std::vector<CBlockSlot> slots = AllocateSlots(plan);
+        Check(slots.empty() ? EDaxFault::Memory : EDaxFault::None);
+        CBlockPipeline frames(plan, std::move(slots), m_dax, EStreamForm::Zlib);
+        for (std::uint32_t number = 0; number < count; ++number) {
+            WriteFrame(frames.Next());
+            ShowPercent(m_operation, number, count);
+            if (m_request.strict) {
+                m_operation.SetDone(number + 1);
+                m_operation.Yield();
+            }
+        }
+        if (!m_request.strict) {
+            m_operation.SetDone(std::min(1U, count));
+            m_operation.Yield();
         }
     }
 
-    void ExpandFrames() {
-        const std::uint32_t count = m_dax.FrameCount();
-        const SSharing sharing = SharingOf(m_request, kDaxFrameSizes);
-        auto places = PlacesOf<CInflatedPiece>(sharing, kDaxFrameSizes, count);
-        Check(places.empty() ? EDaxFault::Memory : EDaxFault::None);
-        CBlocksAhead<CInflatedPiece> frames(sharing, count, std::move(places), m_dax, {EStreamForm::Zlib});
-        for (std::uint32_t number = 0; number < count; ++number) {
-            const SInflatedBlock& frame = frames.Next();
-            Check(CDaxReader::FaultOf(frame));
-            if (!m_output.Write(frame.content)) {
-                m_operation.Fail("I/O error writing to output file.\n");
-            }
-            m_operation.SetPane(EPane::Percent, PercentText(PercentOf(number, count)));
-            if (m_request.manner != EOutputManner::InPlace) {
-                m_operation.StepProgress();  // the window's bar waits for the end; a terminal's line moves on
-            }
+    void WriteFrame(const SBlock& frame) {
+        Check(CDaxReader::FaultOf(frame));
+        if (!m_output.Write(frame.content)) {
+            FailWriting();
         }
-        m_operation.StepProgress();
-        m_operation.PumpMessages();
     }
 
     void Check(EDaxFault fault) {
@@ -78,32 +86,32 @@ private:
         }
     }
 
-    /// In place, both files are closed only within the completion, and stay open when that is left early.
+    [[noreturn]] void FailWriting() { m_operation.Fail("I/O error writing to output file.\n"); }
+
+    /// The window closes both files within the completion, and leaves them open if it leaves the completion early.
     void Finish() {
-        const std::int64_t size = m_output.Size();
-        if (m_request.manner != EOutputManner::InPlace && !m_output.Commit()) {
-            m_operation.Fail(m_output.FailureText());
+        if (m_request.strict) {
+            m_output.CommitOrFail();
         }
-        m_operation.SetPane(EPane::File, m_request.outputPath);
-        m_operation.SetPane(EPane::Percent, "100%");
-        m_operation.SetPane(EPane::Status, kDoneText);
-        const bool completed = m_operation.Complete(kDoneText, [&] {
-            if (!m_output.Finish()) {
-                m_operation.Fail("I/O error writing to output file.\n");
-            }
-            m_dax.Close();
-            m_operation.SetPane(EPane::Bytes, BytesText(size));
-        });
+        const bool completed = FinishConversion(m_request, m_output, m_dax.FrameCount(), "Decompression dax2iso Done !",
+                                                m_operation, [this] { CloseFiles(); });
         if (!completed) {
             m_output.LeaveOpen();
             m_dax.LeaveOpen();
         }
     }
 
+    void CloseFiles() {
+        if (!m_output.Commit()) {
+            FailWriting();
+        }
+        m_dax.Close();
+    }
+
     const SCompressionRequest& m_request;
     COperation& m_operation;
     CDaxReader m_dax;
-    COutputFile m_output;
+    CCheckedOutput m_output{m_operation};
 };
 
 }  // namespace

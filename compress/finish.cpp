@@ -4,16 +4,16 @@
 
 namespace vantrel {
 
-void FinishConversion(const SCompressionRequest& request, COutputFile& output, const char* doneText,
-                      COperation& operation) {
-    const std::int64_t size = output.Size();
-    if (!output.Commit()) {
-        operation.Fail(output.FailureText());
-    }
+bool FinishConversion(const SCompressionRequest& request, const COutputFile& output, std::int64_t units,
+                      const char* doneText, COperation& operation, const std::function<void()>& closeFiles) {
+    operation.SetDone(units);
     operation.SetPane(EPane::File, request.outputPath);
     operation.SetPane(EPane::Percent, "100%");
     operation.SetPane(EPane::Status, doneText);
-    operation.Complete(doneText, [&] { operation.SetPane(EPane::Bytes, BytesText(size)); });
+    return operation.Complete(doneText, [&] {
+        closeFiles();
+        operation.SetPane(EPane::Bytes, BytesText(output.Size()));
+    });
 }
 
 }  // namespace vantrel

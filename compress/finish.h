@@ -1,14 +1,18 @@
-// The end that the conversions of compressed images share.
+// The end that all conversions of compressed images share.
 #pragma once
+
+#include <functional>
 
 #include "compress/compression_request.h"
 #include "operation/operation.h"
 
 namespace vantrel {
 
-/// Closes or names the output, shows the last texts and completes with `doneText`; the completion shows the length of
-/// the output.
-void FinishConversion(const SCompressionRequest& request, COutputFile& output, const char* doneText,
-                      COperation& operation);
+/// Shows the last texts, reports all `units` as done and completes with `doneText`. The completion calls `closeFiles`
+/// and shows the length of the output. Returns false, without calling `closeFiles`, if the runner leaves the completion
+/// early.
+bool FinishConversion(
+    const SCompressionRequest& request, const COutputFile& output, std::int64_t units, const char* doneText,
+    COperation& operation, const std::function<void()>& closeFiles = [] {});
 
 }  // namespace vantrel

@@ -1,19 +1,15 @@
-// An image into a DAX file, frame by frame.
+// Compresses an image into a DAX file, frame by frame.
 #include <algorithm>
 #include <limits>
-#include <optional>
-#include <span>
+#include <utility>
 
-#include "compress/blocks_ahead.h"
-#include "compress/buffer.h"
+#include "compress/block_pipeline.h"
 #include "compress/dax.h"
 #include "compress/dax_header.h"
-#include "compress/deflated_piece.h"
 #include "compress/finish.h"
+#include "compress/number_table.h"
 #include "compress/psp_image.h"
-#include "files/byte_order.h"
-#include "files/input_file.h"
-#include "files/path.h"
+#include "files/checked_file.h"
 #include "operation/progress.h"
 #include "operation/text.h"
 
@@ -21,24 +17,21 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::int64_t kLargestPosition = std::numeric_limits<std::uint32_t>::max();
+constexpr std::int64_t kMaxPosition = std::numeric_limits<std::uint32_t>::max();
 
-/// One run of IsoToDax: the files, the tables and the place reached.
+/// One run of IsoToDax.
 class CDaxWriter {
 public:
     CDaxWriter(const SCompressionRequest& request, COperation& operation)
-        : m_request(request), m_operation(operation), m_sharing(SharingOf(request, kDaxFrameSizes)) {}
+        : m_request(request), m_operation(operation) {}
 
     void OpenFiles() {
-        if (!m_image.Open(m_request.imagePath, ESharing::Readers)) {
-            m_operation.Fail(Format("Code 903- Cannot open input file %s\n", m_request.imagePath.c_str()));
-        }
-        if (!m_output.Open(m_request.outputPath, m_request.manner, ESharing::Nobody)) {
-            m_operation.Fail(Format("Code 903o-Cannot create output file %s\n", m_request.outputPath.c_str()));
-        }
+        m_image.OpenOrFail(m_request.imagePath, "Code 903- Cannot open input file %s\n", ESharing::Readers);
+        m_output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 903o-Cannot create output file %s\n",
+                            m_request.outputPath, ESharing::Nobody);
     }
 
-    /// Ends without a level: both files remain open, and so protected, as long as the program runs.
+    /// Leaves both files open, and therefore protected, until the program ends.
     void LeaveOpen() {
         m_image.LeaveOpen();
         m_output.LeaveOpen();
@@ -46,133 +39,119 @@ public:
 
     void Run(int level) {
         TakeImageSize();
-        AllocateTables();
-        WriteOrFail(m_header.Encode());
-        WriteTables();
         CompressFrames(level);
         m_image.Close();
         if (!m_output.Seek(DaxHeader::kSize)) {
             m_operation.Fail("I/O error setting file pointer.\n");
         }
         WriteTables();
-        FinishConversion(m_request, m_output, "Compression iso2dax Done !", m_operation);
+        m_output.CommitOrFail();
+        FinishConversion(m_request, m_output, m_wholeFrames, "Compression iso2dax Done !", m_operation);
     }
 
 private:
     void TakeImageSize() {
         const std::int64_t size = m_image.Size();
         m_header.image_size = static_cast<std::uint32_t>(size);
+        m_frameCount = m_header.FrameCount();
         m_wholeFrames = m_header.image_size / kDaxFrameSize;
         m_operation.SetPane(EPane::Bytes, std::to_string(m_wholeFrames) + " Frames");
         m_operation.SetPane(EPane::File, m_request.shownName);
-        m_operation.StartProgress(ProgressRange(m_wholeFrames), EProgressFill::Dvd);
-        if (size < 0 || size >= kLargestPosition) {
+        m_operation.SetTotal(m_wholeFrames);
+        if (size < 0 || size >= kMaxPosition) {
             m_operation.Fail("Error getting file size.\n");
         }
     }
 
-    void AllocateTables() {
-        m_frameCount = m_header.FrameCount();
-        m_positions = TryAllocate(std::uint64_t{m_frameCount} * kDaxPositionSize);
-        m_lengths = TryAllocate(std::uint64_t{m_frameCount} * kDaxLengthSize);
-        m_places = PlacesOf<CDeflatedPiece>(m_sharing, kDaxFrameSizes, m_frameCount);
-        if (!m_positions || !m_lengths || m_places.empty()) {
+    void CompressFrames(int level) {
+        // Reading one frame more than there are finds the end of the image.
+        const SWorkPlan plan = PlanWork(m_request.workers, kDaxFrameSizes, std::uint64_t{m_frameCount} + 1);
+        std::vector<CBlockSlot> slots = AllocateSlots(plan);
+        if (!m_positions.Allocate(m_frameCount) || !m_lengths.Allocate(m_frameCount) || slots.empty()) {
             m_operation.Fail("Not enough memory for the frame tables!\n");
         }
-    }
-
-    void WriteTables() {
-        WriteOrFail({m_positions.get(), std::size_t{m_frameCount} * kDaxPositionSize});
-        WriteOrFail({m_lengths.get(), std::size_t{m_frameCount} * kDaxLengthSize});
-    }
-
-    void WriteOrFail(std::span<const std::uint8_t> bytes) {
-        if (!m_output.Write(bytes)) {
-            m_operation.Fail("I/O write error.\n");
+        Write(m_header.Encode());
+        WriteTables();
+        CBlockPipeline frames(plan, std::move(slots), m_image, EStreamForm::Zlib, level);
+        while (TakeFrame(frames.Next())) {
+        }
+        if (m_request.strict && (m_frame != m_frameCount || m_image.HasFailed())) {
+            m_operation.Fail(Format("I/O error reading %s\n", m_request.imagePath.c_str()));
         }
     }
 
-    void CompressFrames(int level) {
-        ReadAndWriteFrames(level);
-        const bool complete = m_frame == m_frameCount && !m_image.HasFailed();
-        if (m_request.manner != EOutputManner::InPlace && !complete) {
-            m_operation.Fail("I/O error reading " + m_request.imagePath + "\n");
+    /// Returns whether more frames may follow: the image ends with the first frame that is not full.
+    bool TakeFrame(const SBlock& frame) {
+        if (!frame.content.empty()) {
+            WriteFrame(frame);
         }
+        m_operation.SetDone(std::min(m_frame, m_wholeFrames));
+        m_operation.Yield();
+        return frame.content.size() == kDaxFrameSize;
     }
 
-    /// The image ends with the first frame that is not full, or behind the last one.
-    void ReadAndWriteFrames(int level) {
-        CBlocksAhead<CDeflatedPiece> frames(m_sharing, std::uint64_t{m_frameCount} + 1, std::move(m_places), m_image,
-                                            {EStreamForm::Zlib, level});
-        std::size_t count = 0;
-        do {
-            const SDeflatedBlock& frame = frames.Next();
-            count = frame.input.size();
-            if (count > 0) {
-                WriteFrame(frame);
-            }
-            m_operation.StepProgress();
-            m_operation.PumpMessages();
-        } while (count == kDaxFrameSize);
-    }
-
-    void WriteFrame(const SDeflatedBlock& frame) {
+    void WriteFrame(const SBlock& frame) {
         if (m_frame == m_frameCount) {
             m_operation.Fail("Error getting file size.\n");  // the image grows while it is read
         }
         CheckStream(frame.outcome);
         const std::int64_t position = m_output.Position();
-        if (position > kLargestPosition) {
-            m_operation.Fail("I/O write error.\n");  // a position that the table cannot hold
+        if (position > kMaxPosition) {
+            m_operation.Fail("I/O write error.\n");  // the table cannot hold the position
         }
-        WriteOrFail(frame.stored);
-        std::ranges::copy(Le32(static_cast<std::uint32_t>(position)),
-                          m_positions.get() + std::size_t{m_frame} * kDaxPositionSize);
-        std::ranges::copy(Le16(static_cast<std::uint16_t>(frame.stored.size())),
-                          m_lengths.get() + std::size_t{m_frame} * kDaxLengthSize);
+        Write(frame.stored);
+        m_positions.Set(m_frame, static_cast<std::uint32_t>(position));
+        m_lengths.Set(m_frame, static_cast<std::uint16_t>(frame.stored.size()));
         ++m_frame;
-        m_operation.SetPane(EPane::Percent, PercentText(PercentOf(m_frame, m_wholeFrames)));
+        ShowPercent(m_operation, m_frame, m_wholeFrames);
     }
 
     void CheckStream(const SStreamOutcome& outcome) {
-        // A stream that is begun and not ended wants more room.
+        // zlib has more output than the buffer holds.
         if (outcome.FailedIn(EStreamStep::Work) && (outcome.result == Z_OK || outcome.result == Z_BUF_ERROR)) {
             m_operation.Fail("Not enough memory in compressed buffer!\n");
         }
-        if (outcome.failed && !outcome.FailedIn(EStreamStep::End)) {
+        if (!outcome.HasAllOutput()) {
             m_operation.Fail("Memory error while compressing.");
+        }
+    }
+
+    void WriteTables() {
+        Write(m_positions.Bytes());
+        Write(m_lengths.Bytes());
+    }
+
+    void Write(std::span<const std::uint8_t> bytes) {
+        if (!m_output.Write(bytes)) {
+            m_operation.Fail("I/O write error.\n");
         }
     }
 
     const SCompressionRequest& m_request;
     COperation& m_operation;
     DaxHeader m_header;
-    std::uint32_t m_wholeFrames = 0;
     std::uint32_t m_frameCount = 0;
+    std::uint32_t m_wholeFrames = 0;
     std::uint32_t m_frame = 0;
-    CInputFile m_image;
-    COutputFile m_output;
-    Buffer m_positions;
-    Buffer m_lengths;
-    SSharing m_sharing;
-    std::vector<CDeflatedPiece> m_places;
+    CCheckedInput m_image{m_operation};
+    CCheckedOutput m_output{m_operation};
+    CNumberTable<std::uint32_t> m_positions;
+    CNumberTable<std::uint16_t> m_lengths;
 };
 
 }  // namespace
 
 void IsoToDax(const SCompressionRequest& request, COperation& operation) {
     operation.SetPane(EPane::Status, "Compression ISO2DAX, please Wait");
-    CheckPspImage(request, "Code 9101e", operation);
+    CheckPspImage(request, "Code 9101e - Error Opening %s", operation);
     CDaxWriter writer(request, operation);
     writer.OpenFiles();
-    DisableFrameCommands(operation);
-    const std::optional<int> level = operation.CompressionLevel();
-    if (!level) {
+    operation.Begin(EConversion::IsoToDax);
+    if (request.level) {
+        writer.Run(*request.level);
+    } else {
         writer.LeaveOpen();
-        return;
     }
-    operation.EnableCommand(ECommand::CompressionLevel, false);
-    writer.Run(*level);
 }
 
 }  // namespace vantrel

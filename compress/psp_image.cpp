@@ -4,30 +4,19 @@
 #include <array>
 #include <string_view>
 
-#include "files/input_file.h"
+#include "files/checked_file.h"
+#include "iso/iso9660.h"
 #include "operation/text.h"
 
 namespace vantrel {
 
-namespace {
-
-constexpr std::int64_t kApplicationIdentifier = 16 * 2048 + 574;
-constexpr std::string_view kPspMark = "PSP";
-
-bool CarriesPspMark(CInputFile& image) {
-    std::array<std::uint8_t, kPspMark.size()> mark = {};
-    return image.ReadAt(kApplicationIdentifier, mark) == mark.size() &&
-           std::equal(mark.begin(), mark.end(), kPspMark.begin());
-}
-
-}  // namespace
-
-void CheckPspImage(const SCompressionRequest& request, const char* openCode, COperation& operation) {
-    CInputFile image;
-    if (!image.Open(request.chosenPath)) {
-        operation.Fail(Format("%s - Error Opening %s", openCode, request.chosenPath.c_str()));
-    }
-    if (!CarriesPspMark(image)) {
+void CheckPspImage(const SCompressionRequest& request, const char* openPattern, COperation& operation) {
+    constexpr std::string_view kMark = "PSP";
+    CCheckedInput image(operation);
+    image.OpenOrFail(request.chosenPath, openPattern);
+    std::array<std::uint8_t, kMark.size()> identifier = {};
+    image.ReadAt(kApplicationIdentifierPosition, identifier);
+    if (!std::ranges::equal(identifier, kMark)) {
         operation.Fail(Format("Code 50 PSP - invalid PSP iso  file header  %s", request.shownName.c_str()));
     }
 }

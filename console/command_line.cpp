@@ -1,13 +1,15 @@
 #include "console/command_line.h"
 
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
-#include <memory>
 
 #include "console/commands.h"
-#include "console/help_formatter.h"
 #include "console/interrupt.h"
+#include "console/option_set.h"
 #include "files/native_console.h"
 #include "files/native_file.h"
 
@@ -17,69 +19,119 @@ namespace {
 
 constexpr const char* kDescription =
     "Converts disc images of PlayStation 2 and PSP titles between ISO, IML layout, BIN/CUE, CSO and DAX.";
+constexpr std::size_t kHelpColumnWidth = 26;
 
-/// The options of CLI11 and what the chosen command will do. They belong together, because commands look at their
-/// options when they run.
-struct SParser {
-    CLI::App app{kDescription, "vantrel"};
-    ChosenCommand chosen;
+/// How --help looks. The manual page and the completions are made from these texts, so their form is fixed here.
+class CHelpFormatter : public CLI::Formatter {
+public:
+    CHelpFormatter() { column_width(kHelpColumnWidth); }
 
-    SParser() {
-        app.set_version_flag("--version", "vantrel " VANTREL_VERSION);
-        app.require_subcommand(1);
-        // A word that begins with '/' is a path, on Windows too.
-        app.allow_windows_style_options(false);
-        app.formatter(std::make_shared<CHelpFormatter>());
-        AddCompressCommands(app, chosen);
-        AddInspectCommands(app, chosen);
-        AddExtractCommand(app, chosen);
-        AddExportCommands(app, chosen);
-        AddRawCommands(app, chosen);
-        AddRebuildCommands(app, chosen);
-        for (CLI::App* command : app.get_subcommands({})) {
-            command->group("Commands");
+    std::string make_usage(const CLI::App* app, std::string /*name*/) const override {
+        const bool isProgram = app->get_parent() == nullptr;
+        return isProgram ? "Usage: vantrel COMMAND [options] FILE...\n       vantrel COMMAND --help\n"
+                         : "Usage: vantrel " + app->get_name() + " [options] FILE...\n";
+    }
+
+    /// "-l,--level N" instead of the library's type names.
+    std::string make_option_opts(const CLI::Option* option) const override {
+        if (option->get_positional() || option->get_type_name().empty()) {
+            return option->get_expected_max() > 1 ? "..." : "";
         }
+        return option->get_type_name().starts_with("INT") ? " N" : " PATH";
     }
 };
 
-}  // namespace
-
-SCommandLine ReadCommandLine(std::vector<std::string> words, std::ostream& out, std::ostream& errors) {
-    const auto parser = std::make_shared<SParser>();
-    // CLI11 takes the words from the back.
-    std::reverse(words.begin(), words.end());
-    try {
-        parser->app.parse(std::move(words));
-    } catch (const CLI::ParseError& error) {
-        const bool good = parser->app.exit(error, out, errors) == 0;
-        return {static_cast<int>(good ? EExit::Done : EExit::Usage), {}};
-    }
-    return {std::nullopt, [parser] { return parser->chosen(); }};
+Commands AllCommands() {
+    Commands commands;
+    AddCompressCommands(commands);
+    AddInspectCommands(commands);
+    AddExtractCommand(commands);
+    AddExportCommand(commands);
+    AddRawCommands(commands);
+    AddRebuildCommand(commands);
+    AddPostgapCommands(commands);
+    return commands;
 }
 
-namespace {
+/// All commands, and which of them a command line calls.
+class CParser {
+public:
+    CParser() {
+        m_app.set_version_flag("--version", "vantrel " VANTREL_VERSION);
+        m_app.require_subcommand(1);
+        // A word that begins with '/' is a path, also on Windows.
+        m_app.allow_windows_style_options(false);
+        m_app.formatter(std::make_shared<CHelpFormatter>());
+        for (const std::unique_ptr<CCommand>& command : m_commands) {
+            Declare(*command);
+        }
+    }
 
-/// The status to end with. Results that nobody could read are a failure, whatever else went well.
-int WithResultsWritten(int status) {
+    /// Returns the exit status if nothing is left to be done, and nullopt if the words call a command.
+    std::optional<EExit> Read(std::vector<std::string> words, std::ostream& out, std::ostream& errors) {
+        // The library takes the words from the back.
+        std::reverse(words.begin(), words.end());
+        try {
+            m_app.parse(std::move(words));
+            return std::nullopt;
+        } catch (const CLI::ParseError& error) {
+            return m_app.exit(error, out, errors) == 0 ? EExit::Done : EExit::Usage;
+        }
+    }
+
+    EExit Run() { return m_called->Run(); }
+
+private:
+    void Declare(CCommand& command) {
+        const SCommandTexts& texts = command.Texts();
+        CLI::App* app = m_app.add_subcommand(texts.name, texts.summary);
+        app->group("Commands");
+        app->footer(texts.notes);
+        COptionSet options(*app);
+        command.Declare(options);
+        app->final_callback([this, &command] {
+            if (const std::string problem = command.UsageProblem(); !problem.empty()) {
+                throw CLI::ValidationError(problem);
+            }
+            m_called = &command;
+        });
+    }
+
+    CLI::App m_app{kDescription, "vantrel"};
+    Commands m_commands = AllCommands();
+    CCommand* m_called = nullptr;
+};
+
+/// The status to end with. Results that could not be written are a failure, whatever else succeeded.
+EExit WithResultsWritten(EExit status) {
     std::cout.flush();
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good()) {
         return status;
     }
     std::fprintf(stderr, "vantrel: cannot write the results: %s\n", LastFileError().c_str());
-    return static_cast<int>(EExit::Failed);
+    return EExit::Failed;
 }
 
 }  // namespace
 
+SCommandLine ReadCommandLine(std::vector<std::string> words, std::ostream& out, std::ostream& errors) {
+    const auto parser = std::make_shared<CParser>();
+    const std::optional<EExit> status = parser->Read(std::move(words), out, errors);
+    if (status) {
+        return {status, {}};
+    }
+    return {std::nullopt, [parser] { return parser->Run(); }};
+}
+
 int RunCommandLine(std::vector<std::string> words) {
     const SCommandLine read = ReadCommandLine(std::move(words), std::cout, std::cerr);
     if (read.status) {
-        return WithResultsWritten(*read.status);
+        return static_cast<int>(WithResultsWritten(*read.status));
     }
     UseUtf8Console();
     CatchInterrupts();
     try {
-        return WithResultsWritten(read.action());
+        return static_cast<int>(WithResultsWritten(read.action()));
     } catch (const CInterrupted& interruption) {
         std::fputs("vantrel: interrupted; nothing unfinished was kept\n", stderr);
         return interruption.ExitStatus();

@@ -1,26 +1,29 @@
-// The commands of the console program, one function for each room that they come from.
+// The commands of the console program, in groups.
 #pragma once
 
-#include "console/conversion_command.h"
+#include "console/command.h"
 
 namespace vantrel {
 
 /// iso2cso, cso2iso, iso2dax, dax2iso
-void AddCompressCommands(CLI::App& app, ChosenCommand& chosen);
-
-/// iso2iml
-void AddExportCommands(CLI::App& app, ChosenCommand& chosen);
-
-/// iso2bin, bin2iso
-void AddRawCommands(CLI::App& app, ChosenCommand& chosen);
+void AddCompressCommands(Commands& commands);
 
 /// info, verify, list
-void AddInspectCommands(CLI::App& app, ChosenCommand& chosen);
-
-/// iml2iso, check-postgap, add-postgap
-void AddRebuildCommands(CLI::App& app, ChosenCommand& chosen);
+void AddInspectCommands(Commands& commands);
 
 /// extract
-void AddExtractCommand(CLI::App& app, ChosenCommand& chosen);
+void AddExtractCommand(Commands& commands);
+
+/// iso2iml
+void AddExportCommand(Commands& commands);
+
+/// iso2bin, bin2iso
+void AddRawCommands(Commands& commands);
+
+/// iml2iso
+void AddRebuildCommand(Commands& commands);
+
+/// check-postgap, add-postgap
+void AddPostgapCommands(Commands& commands);
 
 }  // namespace vantrel

@@ -1,7 +1,12 @@
-// Commands of the compressed forms.
+// The commands of the compressed forms.
+#include <algorithm>
+#include <thread>
+
 #include "compress/cso.h"
 #include "compress/dax.h"
 #include "console/commands.h"
+#include "console/conversion_command.h"
+#include "console/option_set.h"
 #include "files/path.h"
 
 namespace vantrel {
@@ -10,43 +15,66 @@ namespace {
 
 using Conversion = void (*)(const SCompressionRequest&, COperation&);
 
-SConversionCommand Compression(const char* name, const char* summary, const char* extension, Conversion conversion) {
-    SConversionCommand command;
-    command.name = name;
-    command.summary = summary;
-    command.takesLevel = true;
-    command.takesJobs = true;
-    command.examples = std::string("Examples:\n  vantrel ") + name + " game.iso\n  vantrel " + name +
-                       " -l 6 -o /discs/game" + extension + " game.iso";
-    command.outputName = [extension](const std::string& fileName) { return BaseNameOf(fileName) + extension; };
-    command.run = [conversion](const SConversionJob& job, COperation& operation) {
-        conversion(DirectConversion(job.input, job.output, job.manner, job.jobs), operation);
-    };
-    return command;
+constexpr int kDefaultLevel = 9;
+constexpr int kMaxWorkers = 256;
+
+enum class EDirection { Compress, Expand };
+
+std::string Examples(const std::string& name, const std::string& extension, EDirection direction) {
+    const std::string command = "  vantrel " + name;
+    return direction == EDirection::Compress
+               ? "Examples:\n" + command + " game.iso\n" + command + " -l 6 -o /discs/game" + extension + " game.iso"
+               : "Examples:\n" + command + " game" + extension + "\n" + command + " -o game.iso game" + extension;
 }
 
-SConversionCommand Expansion(const char* name, const char* summary, const char* extension, Conversion conversion) {
-    SConversionCommand command;
-    command.name = name;
-    command.summary = summary;
-    command.takesLevel = true;  // without effect, so that one set of options serves both directions of a script
-    command.takesJobs = true;
-    command.examples = std::string("Examples:\n  vantrel ") + name + " game" + extension + "\n  vantrel " + name +
-                       " -o game.iso game" + extension;
-    command.outputName = [](const std::string& fileName) { return "new-" + BaseNameOf(fileName) + ".iso"; };
-    command.run = [conversion](const SConversionJob& job, COperation& operation) {
-        conversion(DirectConversion(job.input, job.output, job.manner, job.jobs), operation);
-    };
-    return command;
-}
+/// A conversion into a compressed form or out of it.
+class CCompressCommand : public CConversionCommand {
+public:
+    /// `extension` is that of the compressed form.
+    CCompressCommand(const char* name, const char* summary, const char* extension, EDirection direction,
+                     Conversion conversion)
+        : CConversionCommand({name, summary, Examples(name, extension, direction)}),
+          m_extension(extension),
+          m_direction(direction),
+          m_conversion(conversion) {}
+
+    void Declare(COptionSet& options) override {
+        DeclareFiles(options);
+        // Expansions accept a level too, so that a script can use one set of options for both directions.
+        options.AddNumber("-l,--level", m_level, 1, 9, "Compression level, 1 (fast) to 9 (small)");
+        options.AddNumber("-j,--jobs", m_workers, 1, kMaxWorkers,
+                          "Threads to use, by default one for each core; the output is the same for any number");
+        DeclareOutput(options);
+    }
+
+    std::string OutputName(const std::string& inputName) const override {
+        const std::string base = BaseNameOf(inputName);
+        return m_direction == EDirection::Compress ? base + m_extension : "new-" + base + ".iso";
+    }
+
+    void Convert(const SConversionJob& job, COperation& operation) const override {
+        const auto workers = static_cast<std::uint32_t>(m_workers);
+        m_conversion(DirectConversion(job.input, job.output, job.manner, workers, m_level), operation);
+    }
+
+private:
+    const char* m_extension;
+    EDirection m_direction;
+    Conversion m_conversion;
+    int m_level = kDefaultLevel;
+    int m_workers = static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, unsigned{kMaxWorkers}));
+};
 
 }  // namespace
 
-void AddCompressCommands(CLI::App& app, ChosenCommand& chosen) {
-    AddConversionCommand(app, chosen, Compression("iso2cso", "Compress a PSP image into a CSO file", ".cso", IsoToCso));
-    AddConversionCommand(app, chosen, Expansion("cso2iso", "Expand a CSO file into an image", ".cso", CsoToIso));
-    AddConversionCommand(app, chosen, Compression("iso2dax", "Compress a PSP image into a DAX file", ".dax", IsoToDax));
-    AddConversionCommand(app, chosen, Expansion("dax2iso", "Expand a DAX file into an image", ".dax", DaxToIso));
+void AddCompressCommands(Commands& commands) {
+    const auto add = [&commands](auto... arguments) {
+        commands.push_back(std::make_unique<CCompressCommand>(arguments...));
+    };
+    add("iso2cso", "Compress a PSP image into a CSO file", ".cso", EDirection::Compress, IsoToCso);
+    add("cso2iso", "Expand a CSO file into an image", ".cso", EDirection::Expand, CsoToIso);
+    add("iso2dax", "Compress a PSP image into a DAX file", ".dax", EDirection::Compress, IsoToDax);
+    add("dax2iso", "Expand a DAX file into an image", ".dax", EDirection::Expand, DaxToIso);
 }
 
 }  // namespace vantrel

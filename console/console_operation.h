@@ -1,9 +1,7 @@
-// The console program's way to run a conversion: progress on a terminal, failures as an exception, nothing to grey.
+// How the console program runs a conversion: a progress line on the terminal, failures as exceptions.
 #pragma once
 
 #include <cstdint>
-#include <optional>
-#include <stdexcept>
 #include <string>
 
 #include "console/progress_line.h"
@@ -11,42 +9,28 @@
 
 namespace vantrel {
 
-/// A conversion that failed; what() is the conversion's own text.
-class CConversionFailed : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
 class CConsoleOperation : public COperation {
 public:
     using COperation::Complete;
 
-    /// `level` is what CompressionLevel answers; `progress` outlives the operation.
-    CConsoleOperation(std::optional<int> level, CProgressLine& progress) : m_level(level), m_progress(progress) {}
+    /// `progress` must outlive the operation.
+    explicit CConsoleOperation(CProgressLine& progress) : m_progress(progress) {}
 
-    /// The text with which the conversion completed; empty when it did not come to that.
+    /// The text with which the conversion completed; empty if it has not.
     const std::string& DoneText() const { return m_doneText; }
-    /// The last notice; empty when there was none.
+    /// The last notice; empty if there was none.
     const std::string& Notice() const { return m_notice; }
 
-    void SetPane(EPane pane, std::string_view text) override;
-    void EnableCommand(ECommand command, bool enabled) override;
-    void AcceptDroppedFiles() override;
-    std::optional<int> CompressionLevel() override;
-    void StartProgress(std::int32_t range, EProgressFill fill) override;
-    void StepProgress() override;
-    void SetProgressPosition(std::int32_t position) override;
-    void PumpMessages() override;
-    void Notify(std::string_view text) override;
+    void SetTotal(std::int64_t units) override { m_total = units; }
+    void SetDone(std::int64_t units) override { m_progress.Update(units, m_total); }
+    /// Throws CInterrupted after Ctrl-C.
+    void Yield() override;
+    void Notify(std::string_view text) override { m_notice = text; }
     bool Complete(std::string_view doneText, const std::function<void()>& report) override;
 
 private:
-    [[noreturn]] void EndWith(std::string_view text) override;
-
-    std::optional<int> m_level;
     CProgressLine& m_progress;
-    std::int32_t m_range = 0;
-    std::int32_t m_position = 0;
+    std::int64_t m_total = 0;
     std::string m_doneText;
     std::string m_notice;
 };

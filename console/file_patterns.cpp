@@ -1,8 +1,8 @@
 #include "console/file_patterns.h"
 
+#include "files/letter_case.h"
 #include "files/native_file.h"
 #include "files/path.h"
-#include "files/letter_case.h"
 
 namespace vantrel {
 
@@ -15,7 +15,7 @@ bool HasPattern(std::string_view text) {
 }  // namespace
 
 bool MatchesPattern(std::string_view name, std::string_view pattern) {
-    // The last '*' takes one character more whenever the rest does not fit.
+    // Where the rest does not match, the last '*' takes one more character.
     std::size_t n = 0;
     std::size_t p = 0;
     std::size_t star = std::string_view::npos;

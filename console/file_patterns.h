@@ -1,4 +1,4 @@
-// Patterns like "*.iso" among the files of a command. Shells of Linux expand them; on Windows that is left to programs.
+// Wildcard patterns like "*.iso" among the files of a command. Shells on Linux expand them; on Windows programs must.
 #pragma once
 
 #include <string>
@@ -7,15 +7,15 @@
 
 namespace vantrel {
 
-/// Whether a name matches a pattern in which '*' stands for any characters and '?' for one. Cases of ASCII letters do
-/// not count, as in the names of Windows.
+/// Whether a name matches a pattern, in which '*' stands for any characters and '?' for one. Ignores the case of ASCII
+/// letters, like Windows.
 bool MatchesPattern(std::string_view name, std::string_view pattern);
 
-/// The files with every pattern in a file name replaced by the names that match it, sorted. A pattern that matches
-/// nothing stays as it is, so that the message about a missing file names it.
+/// Replaces every pattern in a file name by the matching names, sorted. A pattern without a match stays, so that the
+/// message about a missing file names it.
 std::vector<std::string> ExpandPatterns(const std::vector<std::string>& files);
 
-/// The files that a command was given: with patterns expanded on Windows, and as they are elsewhere.
+/// The files of a command: on Windows with patterns expanded, unchanged elsewhere.
 std::vector<std::string> CommandFiles(const std::vector<std::string>& files);
 
 }  // namespace vantrel

@@ -1,107 +1,122 @@
-// Commands that look at files: info, verify and list.
+// The commands that only look at files: info, verify and list.
 #include <cstdio>
 
 #include "console/commands.h"
-#include "image/inspect/container_report.h"
-#include "image/inspect/image_report.h"
-#include "console/inspect_command.h"
-#include "image/inspect/layout_report.h"
-#include "console/open_image.h"
-#include "console/refused.h"
-#include "image/inspect/verify.h"
-#include "files/input_file.h"
+#include "console/console_operation.h"
+#include "console/interrupt.h"
+#include "console/option_set.h"
+#include "console/report_text.h"
+#include "files/native_file.h"
 #include "files/path.h"
-#include "iso/contents.h"
+#include "files/refused.h"
+#include "image/inspect/file_report.h"
+#include "image/inspect/verify.h"
+#include "operation/text.h"
 
 namespace vantrel {
 
 namespace {
 
-bool IsLayout(const std::string& file) {
-    CInputFile content;
-    const bool isLayout = content.Open(file) && FormOf(content) == EForm::Iml;
-    if (!content.IsOpen() || content.HasFailed()) {
-        throw CRefused(file + ": " + LastFileError());
-    }
-    return isLayout;
-}
+/// A command that prints a report on each of its files.
+class CInspectCommand : public CCommand {
+public:
+    using CCommand::CCommand;
 
-Report Info(const std::string& file) {
-    if (IsLayout(file)) {
-        return ReportOnLayout(file);
+    void Declare(COptionSet& options) override {
+        options.AddFiles(m_files, "The files to look at");
+        options.AddFlag("--json", m_json, "Report as JSON, one object for each file");
     }
-    const std::unique_ptr<CImageSource> image = OpenImageOrRefuse(file);
-    Report report;
-    report["file"] = file;
-    report["form"] = NameOf(image->Form());
-    report["file_bytes"] = SizeOrRefuse(file);
-    Report container = ReportOnContainer(file, image->Form());
-    if (!container.empty()) {
-        report["container"] = std::move(container);
-    }
-    report["image"] = ReportOnImage(*image);
-    RefuseDamaged(*image, file);
-    return report;
-}
 
-Report List(const std::string& file) {
-    const std::unique_ptr<CImageSource> image = OpenImageOrRefuse(file);
-    Report report;
-    report["file"] = file;
-    report["form"] = NameOf(image->Form());
-    report["files"] = Report::array();
-    for (const SContentFile& found : ReadContents(*image).files) {
-        report["files"].push_back({{"sector", found.sector}, {"bytes", found.size}, {"path", found.path}});
-    }
-    RefuseDamaged(*image, file);
-    return report;
-}
-
-void PrintList(const Report& report) {
-    for (const Report& file : report["files"]) {
-        std::printf("%8u %10u %s\n", file["sector"].get<std::uint32_t>(), file["bytes"].get<std::uint32_t>(),
-                    file["path"].get<std::string>().c_str());
-    }
-}
-
-void AddVerifyCommand(CLI::App& app, ChosenCommand& chosen) {
-    const auto against = std::make_shared<std::string>();
-    SInspectCommand verify;
-    verify.name = "verify";
-    verify.summary = "Read a file whole, check everything in it, and print the sums of its image";
-    verify.examples =
-        "The sums are those by which public disc databases know an image. Exit status 1: something is wrong.\n"
-        "Examples:\n  vantrel verify game.bin\n  vantrel verify game.cso --against game.iso";
-    verify.addOptions = [against](CLI::App& command) {
-        command.add_option("--against", *against, "Compare with the image in this file instead, whatever its form");
-    };
-    verify.inspect = [against](const std::string& file) {
-        if (!against->empty()) {
-            return CompareImages(file, *against);
+    EExit Run() final {
+        EExit status = EExit::Done;
+        for (const std::string& file : m_files) {
+            ThrowIfInterrupted();
+            try {
+                const CReport report = Inspect(file);
+                const CReport* ok = report.Find("ok");
+                if (ok && !ok->As<bool>()) {
+                    status = EExit::Failed;
+                }
+                std::fputs((m_json ? JsonText(report) : Text(report)).c_str(), stdout);
+                std::fflush(stdout);
+            } catch (const CRefused& refusal) {
+                status = EExit::Failed;
+                std::fprintf(stderr, "vantrel %s: %s\n", Name().c_str(), refusal.what());
+            }
         }
-        return IsLayout(file) ? VerifyLayout(file) : VerifyImage(file);
-    };
-    AddInspectCommand(app, chosen, std::move(verify));
-}
+        return status;
+    }
+
+private:
+    /// The report on one file. A member "ok" that is false makes the exit status 1. Throws CRefused if there is nothing
+    /// to report.
+    virtual CReport Inspect(const std::string& file) const = 0;
+    /// The report for people.
+    virtual std::string Text(const CReport& report) const { return PlainText(report); }
+
+    std::vector<std::string> m_files;
+    bool m_json = false;
+};
+
+class CInfoCommand : public CInspectCommand {
+public:
+    CInfoCommand()
+        : CInspectCommand({"info", "Identify a file by its content",
+                           "Examples:\n  vantrel info game.cso\n  vantrel info --json *.iso | jq .image.kind"}) {}
+
+private:
+    CReport Inspect(const std::string& file) const override { return ReportOnFile(file); }
+};
+
+class CVerifyCommand : public CInspectCommand {
+public:
+    CVerifyCommand()
+        : CInspectCommand(
+              {"verify", "Check everything in a file, and print the checksums of its image",
+               "Public disc databases identify images by these checksums. The exit status is 1 if anything is wrong.\n"
+               "Examples:\n  vantrel verify game.bin\n  vantrel verify game.cso --against game.iso"}) {}
+
+    void Declare(COptionSet& options) override {
+        CInspectCommand::Declare(options);
+        options.AddText("--against", m_against, "Compare with the image in this file instead, whatever its form");
+    }
+
+private:
+    CReport Inspect(const std::string& file) const override {
+        CProgressLine progress(IsTerminal(), FileNameOf(file), FileSizeOf(file));
+        CConsoleOperation operation(progress);
+        return m_against.empty() ? VerifyFile(file, operation) : CompareImages(file, m_against, operation);
+    }
+
+    std::string m_against;
+};
+
+class CListCommand : public CInspectCommand {
+public:
+    CListCommand()
+        : CInspectCommand({"list", "List the files in an image: first sector, bytes, path",
+                           "Examples:\n  vantrel list game.iso\n  vantrel list --json game.dax"}) {}
+
+private:
+    CReport Inspect(const std::string& file) const override { return ReportOnContents(file); }
+
+    std::string Text(const CReport& report) const override {
+        std::string text;
+        for (const CReport& file : report["files"].As<CReport::List>()) {
+            text += Format("%8lld %10lld %s\n", static_cast<long long>(file["sector"].As<std::int64_t>()),
+                           static_cast<long long>(file["bytes"].As<std::int64_t>()),
+                           file["path"].As<std::string>().c_str());
+        }
+        return text;
+    }
+};
 
 }  // namespace
 
-void AddInspectCommands(CLI::App& app, ChosenCommand& chosen) {
-    SInspectCommand info;
-    info.name = "info";
-    info.summary = "Tell what a file is, by its content";
-    info.examples = "Examples:\n  vantrel info game.cso\n  vantrel info --json *.iso | jq .image.kind";
-    info.inspect = Info;
-    AddInspectCommand(app, chosen, std::move(info));
-    AddVerifyCommand(app, chosen);
-
-    SInspectCommand list;
-    list.name = "list";
-    list.summary = "List the files in an image: first sector, bytes, path";
-    list.examples = "Examples:\n  vantrel list game.iso\n  vantrel list --json game.dax";
-    list.inspect = List;
-    list.print = PrintList;
-    AddInspectCommand(app, chosen, std::move(list));
+void AddInspectCommands(Commands& commands) {
+    commands.push_back(std::make_unique<CInfoCommand>());
+    commands.push_back(std::make_unique<CVerifyCommand>());
+    commands.push_back(std::make_unique<CListCommand>());
 }
 
 }  // namespace vantrel

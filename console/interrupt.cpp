@@ -7,28 +7,28 @@ namespace vantrel {
 
 namespace {
 
-/// The one piece of state that a signal handler can reach. A signal may come on any thread.
+/// Global, because a signal handler can reach nothing else; atomic, because signals arrive on any thread.
 std::atomic<int> g_signal = 0;
 static_assert(std::atomic<int>::is_always_lock_free);
 
-void Remember(int signal) {
+void NoteSignal(int signal) {
     g_signal = signal;
 }
 
 }  // namespace
 
 void CatchInterrupts() {
-    std::signal(SIGINT, Remember);
-    std::signal(SIGTERM, Remember);
+    std::signal(SIGINT, NoteSignal);
+    std::signal(SIGTERM, NoteSignal);
 #ifdef SIGHUP
-    std::signal(SIGHUP, Remember);
+    std::signal(SIGHUP, NoteSignal);
 #endif
 #ifdef SIGPIPE
-    // A reader that goes away must not end the program between a temporary file and its removal.
+    // A closed pipe must not end the program before it has removed its temporary files.
     std::signal(SIGPIPE, SIG_IGN);
 #endif
 #ifdef SIGXFSZ
-    // A file that may not grow any more is a failed write, like a full disk.
+    // A file at its size limit is a failed write, like a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
 #endif
 }

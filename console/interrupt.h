@@ -1,10 +1,10 @@
-// Ctrl-C and the other requests to end: remembered when they come, acted on at the next unit of work, so that
-// destructors remove what is unfinished.
+// Ctrl-C and other requests to terminate. The signal handler only notes them; the next unit of work throws, so that
+// destructors remove unfinished files.
 #pragma once
 
 namespace vantrel {
 
-/// Thrown where the request is noticed. The exit status is 128 + the signal's number, 130 for Ctrl-C.
+/// Thrown after a request to terminate. The exit status is 128 + the signal's number: 130 for Ctrl-C.
 class CInterrupted {
 public:
     explicit CInterrupted(int signal) : m_signal(signal) {}
@@ -14,10 +14,10 @@ private:
     int m_signal;
 };
 
-/// From now on, a request to end the program is only remembered.
+/// From now on, requests to terminate are only noted.
 void CatchInterrupts();
 
-/// Throws CInterrupted when the program was asked to end.
+/// Throws CInterrupted if there was a request to terminate.
 void ThrowIfInterrupted();
 
 }  // namespace vantrel

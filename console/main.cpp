@@ -1,4 +1,4 @@
-// Entry of the console program: hands its words, as UTF-8, to the command line.
+// Entry point of the console program: passes its arguments, in UTF-8, to the command line.
 #include <string>
 #include <vector>
 

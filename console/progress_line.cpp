@@ -56,7 +56,7 @@ std::string ProgressText(const std::string& name, double fraction, std::int64_t 
 CProgressLine::CProgressLine(bool shown, std::string name, std::int64_t totalBytes)
     : m_shown(shown), m_name(std::move(name)), m_totalBytes(totalBytes) {}
 
-void CProgressLine::Update(std::int64_t done, std::int64_t range) {
+void CProgressLine::Update(std::int64_t done, std::int64_t total) {
     if (!m_shown) {
         return;
     }
@@ -66,7 +66,7 @@ void CProgressLine::Update(std::int64_t done, std::int64_t range) {
     }
     m_drawn = now;
     m_onScreen = true;
-    const double fraction = range > 0 ? static_cast<double>(done) / static_cast<double>(range) : 1.0;
+    const double fraction = total > 0 ? static_cast<double>(done) / static_cast<double>(total) : 1.0;
     const double seconds = std::chrono::duration<double>(now - m_start).count();
     std::fprintf(stderr, "\r\x1b[K%s", ProgressText(m_name, fraction, m_totalBytes, seconds).c_str());
     std::fflush(stderr);

@@ -1,4 +1,4 @@
-// The one line on a terminal that tells how far a conversion is.
+// The progress line on a terminal.
 #pragma once
 
 #include <chrono>
@@ -7,23 +7,23 @@
 
 namespace vantrel {
 
-/// "12.3 MB" and the like: bytes in decimal units with three significant figures.
+/// Bytes in decimal units with three significant figures: "12.3 MB".
 std::string SizeText(double bytes);
 
-/// The line: name, percent, bytes done, rate and remaining time. `fraction` is from 0 to 1, `totalBytes` the work as a
-/// whole, `seconds` the time since the start.
+/// The line: name, percentage, bytes done, rate and remaining time. `fraction` is from 0 to 1, `totalBytes` is the
+/// amount of work, `seconds` the time since the start.
 std::string ProgressText(const std::string& name, double fraction, std::int64_t totalBytes, double seconds);
 
 /// Draws the line on stderr, at most ten times a second, and removes it at the end.
 class CProgressLine {
 public:
-    /// `shown` is false when stderr is no terminal or nothing shall be seen; then every call does nothing.
+    /// If `shown` is false, because stderr is not a terminal or the user wants no messages, no call does anything.
     CProgressLine(bool shown, std::string name, std::int64_t totalBytes);
     CProgressLine(const CProgressLine&) = delete;
     CProgressLine& operator=(const CProgressLine&) = delete;
     ~CProgressLine() { Clear(); }
 
-    void Update(std::int64_t done, std::int64_t range);
+    void Update(std::int64_t done, std::int64_t total);
     void Clear();
 
 private:

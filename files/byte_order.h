@@ -1,4 +1,4 @@
-// Numbers of the formats as bytes: little-endian, and the big-endian half of ISO 9660's both-byte-order fields.
+// Conversion between numbers and bytes: little-endian, and the big-endian half of ISO 9660's both-byte-order fields.
 #pragma once
 
 #include <array>

@@ -1,4 +1,4 @@
-// Something with a length whose bytes can be read by position: a file, or the image inside a compressed one.
+// Random read access to a sequence of bytes: a file, or the image inside a compressed file.
 #pragma once
 
 #include <cstdint>
@@ -12,14 +12,14 @@ class CByteSource {
 public:
     virtual ~CByteSource() = default;
 
-    /// Length in bytes, −1 when it cannot be told.
+    /// Length in bytes, −1 if unknown.
     virtual std::int64_t Size() const = 0;
 
-    /// Reads from a byte position on; the number of bytes read, smaller than the buffer only at the end or after an
-    /// error, 0 for a negative position. The rest of the buffer is left as it was.
+    /// Reads from a byte position. Returns the number of bytes read: fewer than the buffer holds only at the end or
+    /// after an error, 0 for a negative position. The rest of the buffer is unchanged.
     virtual std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) = 0;
 
-    /// The file in which these very bytes stand at the same positions; null when there is none.
+    /// The file that holds these bytes at the same positions; null if there is none.
     virtual CInputFile* PlainFile() { return nullptr; }
 };
 

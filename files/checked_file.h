@@ -24,7 +24,7 @@ public:
     /// Length in bytes.
     std::int64_t SizeOrFail() const;
 
-    /// Fails if the system has reported an error since the file was opened. Reading up to the end is no error.
+    /// Fails if reading or measuring has failed since the file was opened. The end of the file is not an error.
     void FailIfUnread() const;
     /// Fails because the file ended before all expected bytes were read, or with the system's error if there is one.
     [[noreturn]] void FailIncomplete() const;
@@ -45,7 +45,7 @@ public:
     void WriteOrFail(std::span<const std::uint8_t> bytes);
     void WriteZerosOrFail(std::int64_t count);
     void SeekOrFail(std::int64_t position);
-    /// Fails if anything written so far was lost.
+    /// Fails if a write or seek has failed since the file was opened.
     void FailIfUnwritten() const;
 
     /// Finish and Commit of COutputFile.
@@ -66,7 +66,7 @@ public:
     std::int64_t SizeOrFail() const;
     void SeekOrFail(std::int64_t position);
     void WriteOrFail(std::span<const std::uint8_t> bytes);
-    /// Fails if the system has reported an error while reading since the file was opened.
+    /// Fails if reading or measuring has failed since the file was opened. The end of the file is not an error.
     void FailIfUnread() const;
     void CommitOrFail();
 
@@ -74,7 +74,7 @@ private:
     COperation& m_operation;
 };
 
-/// The text for a file that cannot be created: names the file and the cause, which is the last error.
+/// The text for a file that cannot be created. The cause is LastFileError().
 std::string CreationProblem(const std::string& path);
 
 }  // namespace vantrel

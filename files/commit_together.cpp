@@ -9,13 +9,13 @@ namespace vantrel {
 
 namespace {
 
-/// Keeps the content of `path` under another name, preferably without taking it away from its own.
+/// Keeps the content of `path` under another name, as a hard link if possible. Returns that name; empty on failure.
 std::string KeepOlder(const std::string& path) {
     const std::string older = TemporaryPathBeside(path);
     return LinkFile(path, older) || RenameFile(path, older, false) ? older : std::string();
 }
 
-/// Brings all outputs to their files, so that only the renaming is left.
+/// Writes all pending data, so that only renaming remains.
 bool FinishAll(std::span<COutputFile* const> outputs, std::string& problem) {
     return std::all_of(outputs.begin(), outputs.end(), [&problem](COutputFile* output) {
         const bool finished = output->Finish();
@@ -30,7 +30,7 @@ void CUndoableCommits::Undo(const SCommitted& committed) {
     if (committed.older.empty()) {
         RemoveTemporary(committed.target);
     } else if (RenameFile(committed.older, committed.target, true)) {
-        RemoveFile(committed.older);  // the renaming of a file to a second name of its own leaves both
+        RemoveFile(committed.older);  // renaming a hard link to its other name does nothing
     }
 }
 

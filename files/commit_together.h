@@ -1,4 +1,4 @@
-// Several outputs that are of use only together, like a raw image and its sheet: all of them appear, or none.
+// Outputs that are useful only together, like a raw image and its CUE sheet: all of them appear, or none.
 #pragma once
 
 #include <span>
@@ -9,8 +9,7 @@
 
 namespace vantrel {
 
-/// Outputs that have their names and lose them again at the end of its life, older files coming back, unless Keep was
-/// called.
+/// Commits that are undone, with older files restored, unless Keep is called before the end of the object's life.
 class CUndoableCommits {
 public:
     CUndoableCommits() = default;
@@ -18,16 +17,16 @@ public:
     CUndoableCommits& operator=(const CUndoableCommits&) = delete;
     ~CUndoableCommits() { Undo(); }
 
-    /// Commits an output. False, with `problem` saying why, when that fails; then nothing is left of this output.
-    /// In place what was written stays, now and later.
+    /// Commits an output. If that fails, removes the output, sets `problem` and returns false. An output written in
+    /// place always stays.
     bool Commit(COutputFile& output, std::string& problem);
-    /// Takes all names back, the last one first.
+    /// Undoes all commits, the last one first.
     void Undo();
-    /// From here on everything stays.
+    /// Makes all commits permanent.
     void Keep();
 
 private:
-    /// A target that got its new content, and where its older content is kept meanwhile (empty: there was none).
+    /// A committed target, and the temporary path of its older content (empty if there was none).
     struct SCommitted {
         std::string target;
         std::string older;
@@ -38,9 +37,8 @@ private:
     std::vector<SCommitted> m_committed;
 };
 
-/// Commits the outputs in their order. When one cannot be, those before it are undone, older files included, the rest
-/// is abandoned, and false is returned with `problem` saying which output failed and why. In place what was
-/// written stays, and false says only that something was lost.
+/// Commits the outputs in order. If one fails, undoes those before it, restores older files, abandons the rest, names
+/// the output and the cause in `problem` and returns false. Outputs written in place stay in any case.
 bool CommitTogether(std::span<COutputFile* const> outputs, std::string& problem);
 
 }  // namespace vantrel

@@ -7,7 +7,7 @@ namespace vantrel {
 namespace {
 
 constexpr std::size_t kBufferSize = 262'144;
-/// Reads of this size and above bypass the buffer, which saves a copy.
+/// Reads of at least this size bypass the buffer to save a copy.
 constexpr std::size_t kDirectRead = 16'384;
 
 }  // namespace

@@ -1,4 +1,4 @@
-// A file that is read, through a small buffer, by position or in order.
+// Buffered reading of a file, sequentially or by position.
 #pragma once
 
 #include <cstdint>
@@ -13,35 +13,35 @@ namespace vantrel {
 
 class CInputFile : public CByteSource {
 public:
-    /// Opens an existing file. False, with LastFileError() set, when that fails.
+    /// Opens an existing file. On failure, returns false with LastFileError() set.
     bool Open(const std::string& path, ESharing sharing = ESharing::Anyone);
     bool IsOpen() const { return m_file.IsOpen(); }
     const std::string& Path() const { return m_path; }
     void Close();
-    /// Releases the file without closing it: it stays open until the program ends.
+    /// Detaches the file without closing it: it stays open until the program ends.
     void LeaveOpen() { m_file.LeaveOpen(); }
 
-    /// Length in bytes, −1 when it cannot be told.
+    /// Length in bytes, −1 if unknown.
     std::int64_t Size() const override;
     std::int64_t Position() const { return m_position; }
 
-    /// Moves to a byte position from the start. False for a negative position, which leaves the position as it was.
+    /// Moves to a byte position from the start. Returns false for a negative position and ignores it.
     bool Seek(std::int64_t position);
 
-    /// Reads at the current position and moves on; the number of bytes read is smaller than the buffer only at the end
-    /// of the file or after an error. The rest of the buffer is left as it was.
+    /// Reads at the current position and advances it. Returns the number of bytes read: fewer than the buffer holds
+    /// only at the end of the file or after an error. The rest of the buffer is unchanged.
     std::size_t Read(std::span<std::uint8_t> buffer);
 
-    /// Seek and Read in one; 0 when the position is negative.
+    /// Seek and Read in one call; returns 0 for a negative position.
     std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override;
     CInputFile* PlainFile() override { return this; }
 
-    /// Copies from a byte position on to the current position of `target`, as CNativeFile::CopyFrom does.
+    /// Copies from a byte position to the current position of `target`; see CNativeFile::CopyFrom.
     std::size_t CopyTo(CNativeFile& target, std::int64_t position, std::size_t length);
 
-    /// Whether the system has reported an error while reading or measuring since Open. The end of the file is no error.
+    /// Whether reading or measuring has failed since Open. The end of the file is not an error.
     bool HasFailed() const { return !m_problem.empty(); }
-    /// The first such error, as a text that names the file and the cause.
+    /// The first such error as a text with the path and the cause; empty if there was none.
     const std::string& Problem() const { return m_problem; }
 
 private:

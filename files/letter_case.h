@@ -1,4 +1,4 @@
-// Lower case of ASCII letters, whatever the system's language: names on discs are compared with it.
+// Lower case of ASCII letters, independent of the locale, for comparing file names.
 #pragma once
 
 #include <algorithm>

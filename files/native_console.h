@@ -1,10 +1,9 @@
-// What the console program needs of the system's console. Implemented where the file handles are.
+// Set-up of the system's console for the console program; implemented in the native_file sources.
 #pragma once
 
 namespace vantrel {
 
-/// Makes a console of the system show the program's UTF-8 texts as they are meant. Output that goes to a file or a pipe
-/// is UTF-8 in any case.
+/// Makes the console interpret the program's output as UTF-8. Output to files and pipes is always UTF-8.
 void UseUtf8Console();
 
 }  // namespace vantrel

@@ -1,5 +1,5 @@
-// The one place where the file handles of Windows and POSIX differ. Everything else in files/ is built on this.
-// Paths are UTF-8 everywhere; the Windows implementation converts them.
+// File access of the operating system, implemented for Windows and POSIX; everything else in files/ builds on it. Paths
+// are UTF-8; the Windows implementation converts them.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace vantrel {
 
-/// Who else may open a file while it is open here. POSIX does not know the difference.
+/// Who else may open a file while it is open here. POSIX has no such restriction.
 enum class ESharing { Anyone, Readers, Nobody };
 
 enum class EOpenMode {
@@ -19,7 +19,7 @@ enum class EOpenMode {
     CreateNew,       ///< A file that must not exist yet, for writing and reading.
 };
 
-/// An open file, closed at the end of its life. Transfers are unbuffered.
+/// An open file. The destructor closes it. Transfers are unbuffered.
 class CNativeFile {
 public:
     CNativeFile() = default;
@@ -27,60 +27,59 @@ public:
     CNativeFile& operator=(const CNativeFile&) = delete;
     ~CNativeFile() { Close(); }
 
-    /// Opens `path`; a folder is never opened. False, with LastFileError() set, when that fails.
+    /// Opens `path`, which must not be a folder. On failure, returns false with LastFileError() set.
     bool Open(const std::string& path, EOpenMode mode, ESharing sharing);
     bool IsOpen() const;
-    /// False when the system reports that something written was lost.
+    /// Returns false if the system reports that written data was lost.
     bool Close();
-    /// Lets go of the file without closing it: it stays open, and shared no further, until the program ends.
+    /// Detaches the file without closing it: it stays open with its sharing mode until the program ends.
     void LeaveOpen() { m_handle = -1; }
 
-    /// Reads at the current position until the buffer is full, the file ends or an error occurs; the number of
-    /// bytes read. `failed` is set on an error and left alone otherwise.
+    /// Reads at the current position until the buffer is full, the file ends or an error occurs. Returns the number of
+    /// bytes read. Sets `failed` on an error and otherwise leaves it unchanged.
     std::size_t Read(std::span<std::uint8_t> buffer, bool& failed);
-    /// Writes all bytes at the current position; the number written, which is smaller after an error.
+    /// Writes at the current position. Returns the number of bytes written: fewer than all only after an error.
     std::size_t Write(std::span<const std::uint8_t> bytes);
-    /// Copies up to `length` bytes from the current position of `source` to the current one here without taking them
-    /// through the program, and moves both on; the number copied. It ends early, and may copy nothing, wherever the
-    /// system cannot or an error occurs: what is left is for Read and Write, which then tell the error.
+    /// Copies up to `length` bytes from the current position of `source` to the current position of this file within
+    /// the system, and advances both. Returns the number of bytes copied, which is smaller, or 0, if the system does
+    /// not support it or an error occurs. The caller copies the rest with Read and Write, which report errors.
     std::size_t CopyFrom(CNativeFile& source, std::size_t length);
-    /// Moves to a byte position from the start, which may lie beyond the end.
+    /// Moves to a byte position from the start, possibly beyond the end. Returns false for a negative position.
     bool Seek(std::int64_t position);
-    /// Length in bytes, −1 when it cannot be told.
+    /// Length in bytes, −1 if unknown.
     std::int64_t Size() const;
-    /// Cuts or extends the file to a length in bytes.
+    /// Truncates or extends the file to a length in bytes.
     bool Resize(std::int64_t length);
 
 private:
     std::intptr_t m_handle = -1;
 };
 
-/// What the system said about the last failing call of this thread, as a text like "No space left on device".
+/// The system's text for the last error of this thread, for example "No space left on device".
 std::string LastFileError();
 
 enum class EFileKind { Missing, File, Folder, Other };
 
-/// What stands at `path`, symbolic links followed; Other when something may stand there but cannot be looked at. Leaves
-/// LastFileError() as it was.
+/// What `path` is, following symbolic links; Other also if something may be there but cannot be examined. Does not
+/// change LastFileError().
 EFileKind FileKindOf(const std::string& path);
-/// Length in bytes of the file at `path`, −1 when it cannot be told. Leaves LastFileError() as it was.
+/// Length in bytes of the file at `path`, −1 if unknown. Does not change LastFileError().
 std::int64_t FileSizeOf(const std::string& path);
-/// Whether both paths lead to the same existing file, by whatever links or spellings. In doubt they do: who asks wants
-/// to replace one and keep the other.
+/// Whether both paths lead to the same existing file, including by links or different spellings. Returns true if that
+/// cannot be determined, because callers replace one file only if it is not the other.
 bool IsSameFile(const std::string& first, const std::string& second);
 bool RemoveFile(const std::string& path);
-/// Gives a file another name in the same folder. An existing file of that name is replaced in one step when
-/// `replace` is set and is otherwise an error.
+/// Renames a file within its folder. If `to` exists, replaces it atomically if `replace` is set, and fails otherwise.
 bool RenameFile(const std::string& from, const std::string& to, bool replace);
-/// Gives the content of a file a second name. False where the file system cannot or the name is taken.
+/// Makes a hard link. Fails if the file system does not support it or `added` exists.
 bool LinkFile(const std::string& existing, const std::string& added);
-/// Makes one folder; true when it exists afterwards.
+/// Makes one folder. Returns true if it exists afterwards.
 bool MakeFolder(const std::string& path);
 /// Removes an empty folder.
 bool RemoveFolder(const std::string& path);
-/// The names in a folder, without "." and "..", sorted by bytes; empty when it cannot be read.
+/// The names in a folder without "." and "..", sorted by bytes; empty if it cannot be read.
 std::vector<std::string> ListFolder(const std::string& path);
-/// The current folder without a closing separator, empty when it cannot be told.
+/// The current folder without a closing separator; empty if unknown.
 std::string CurrentFolder();
 
 }  // namespace vantrel

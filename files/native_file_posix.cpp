@@ -1,4 +1,4 @@
-// File handles of POSIX systems.
+// File access on POSIX systems.
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -39,20 +39,20 @@ int OpenFlags(EOpenMode mode) {
     return O_RDONLY;
 }
 
-/// Sets the error of a call that the program itself calls failed.
+/// Sets the last error and returns false.
 bool FailWith(int error) {
     errno = error;
     return false;
 }
 
-/// Whether the last error says that there is nothing at a path, or nothing for this program; other errors say nothing
-/// about it.
+/// Whether the last error means that nothing exists at a path, or nothing that this program may access. Other errors
+/// leave that open.
 bool SaysMissing() {
     return errno == ENOENT || errno == ENOTDIR || errno == EACCES || errno == ELOOP || errno == ENAMETOOLONG;
 }
 
-/// Looks at a path and leaves the last error as it was. False when there is nothing; the mode is 0 when that cannot be
-/// told.
+/// Examines a path without changing the last error. Returns false if nothing is there; the mode is 0 if that is
+/// unknown.
 bool Look(const std::string& path, struct stat& status) {
     const int lastError = errno;
     const bool known = ::stat(path.c_str(), &status) == 0;
@@ -64,8 +64,8 @@ bool Look(const std::string& path, struct stat& status) {
     return !missing;
 }
 
-/// For file systems that cannot rename without replacing: a second name, then the first one goes. What cannot be
-/// completed is undone.
+/// For file systems that cannot rename without replacing: makes a hard link and removes the first name. If the removal
+/// fails, removes the link again.
 bool RenameByLink(const std::string& from, const std::string& to) {
     if (::link(from.c_str(), to.c_str()) != 0) {
         return false;
@@ -78,7 +78,7 @@ bool RenameByLink(const std::string& from, const std::string& to) {
     return FailWith(error);
 }
 
-/// For file systems that know no second names either: look first, then rename.
+/// For file systems without hard links: checks that `to` does not exist, then renames.
 bool RenameAfterLook(const std::string& from, const std::string& to) {
     struct stat status = {};
     if (::lstat(to.c_str(), &status) == 0) {
@@ -109,7 +109,7 @@ bool CNativeFile::Open(const std::string& path, EOpenMode mode, ESharing /*shari
     Close();
     m_handle = ::open(path.c_str(), OpenFlags(mode) | O_CLOEXEC, kNewFileMode);
     if (m_handle < 0 || mode != EOpenMode::Read) {
-        return m_handle >= 0;  // the system opens no folder for writing
+        return m_handle >= 0;  // opening a folder for writing fails anyway
     }
     struct stat status = {};
     const int error = ::fstat(Descriptor(m_handle), &status) != 0 ? errno : S_ISDIR(status.st_mode) ? EISDIR : 0;
@@ -185,7 +185,7 @@ std::size_t CNativeFile::CopyFrom([[maybe_unused]] CNativeFile& source, [[maybe_
 }
 
 bool CNativeFile::Seek(std::int64_t position) {
-    return ::lseek(Descriptor(m_handle), position, SEEK_SET) == position;
+    return ::lseek(Descriptor(m_handle), position, SEEK_SET) == position && position >= 0;  // -1 means failure
 }
 
 std::int64_t CNativeFile::Size() const {

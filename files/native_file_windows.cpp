@@ -1,4 +1,4 @@
-// File handles of Windows. The only source outside app/ that knows the system's own header.
+// File access on Windows. The only source outside app/ that includes <windows.h>.
 #include <windows.h>
 
 #include <algorithm>
@@ -42,11 +42,11 @@ DWORD Disposition(EOpenMode mode) {
     return OPEN_EXISTING;
 }
 
-/// Transfers larger than this are cut into several calls, because the system counts them in 32 bits.
+/// Larger transfers are split into several calls, because the system counts bytes in 32 bits.
 constexpr std::size_t kLargestTransfer = 1U << 30U;
 
-/// Whether the last error says that there is nothing at a path, or nothing for this program; other errors say nothing
-/// about it.
+/// Whether the last error means that nothing exists at a path, or nothing that this program may access. Other errors
+/// leave that open.
 bool SaysMissing() {
     static constexpr std::array<DWORD, 9> kMissing = {
         ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_ACCESS_DENIED, ERROR_INVALID_DRIVE,       ERROR_BAD_NETPATH,
@@ -54,13 +54,13 @@ bool SaysMissing() {
     return std::find(kMissing.begin(), kMissing.end(), ::GetLastError()) != kMissing.end();
 }
 
-/// What tells a file from all others.
+/// What identifies a file.
 struct SIdentity {
     BY_HANDLE_FILE_INFORMATION information = {};
     bool isKnown = false;
 };
 
-/// Nothing when there is no file at `path`.
+/// No value if there is no file at `path`.
 std::optional<SIdentity> IdentityOf(const std::string& path) {
     SIdentity identity;
     const HANDLE handle = ::CreateFileW(WideOf(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -127,13 +127,13 @@ std::size_t CNativeFile::Write(std::span<const std::uint8_t> bytes) {
 }
 
 std::size_t CNativeFile::CopyFrom(CNativeFile& /*source*/, std::size_t /*length*/) {
-    return 0;  // the system copies whole files only
+    return 0;  // Windows copies only whole files
 }
 
 bool CNativeFile::Seek(std::int64_t position) {
     LARGE_INTEGER distance;
     distance.QuadPart = position;
-    return position >= 0 && ::SetFilePointerEx(Handle(m_handle), distance, nullptr, FILE_BEGIN) != FALSE;
+    return ::SetFilePointerEx(Handle(m_handle), distance, nullptr, FILE_BEGIN) != FALSE;
 }
 
 std::int64_t CNativeFile::Size() const {

@@ -10,7 +10,7 @@ namespace vantrel {
 namespace {
 
 constexpr std::size_t kPendingLimit = 262'144;
-/// From here on, writing past the buffer costs less than copying into it.
+/// Writes of at least this size bypass the buffer to save a copy.
 constexpr std::size_t kDirectWrite = 65'536;
 constexpr std::int64_t kShortestHole = 65'536;
 constexpr int kTemporaryNameTries = 100;
@@ -131,7 +131,7 @@ bool COutputFile::Seek(std::int64_t position) {
     if (position == m_position) {
         return true;
     }
-    m_unplacedZeros = 0;  // Finish sees to the length
+    m_unplacedZeros = 0;  // Finish sets the length
     if (!Flush() || !m_file.Seek(position)) {
         return NoteFailure();
     }
@@ -154,7 +154,7 @@ std::int64_t COutputFile::Size() const {
     return m_writtenEnd;
 }
 
-/// Zeros at the end of a transactional output may not have been written.
+/// Extends a transactional output by zeros at its end that were not written.
 bool COutputFile::ReachEnd() {
     if (m_manner == EOutputManner::InPlace) {
         return true;

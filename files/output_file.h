@@ -1,5 +1,5 @@
-// A file that a conversion writes. Two manners, between which a conversion sees no difference: in place, where what is
-// written stays whatever happens; and transactional, where the target appears only when everything is written.
+// An output of a conversion, written in one of two manners that look the same to the conversion: in place, where
+// everything written stays in any case; or transactional, where the target appears only when it is complete.
 #pragma once
 
 #include <cstdint>
@@ -13,9 +13,9 @@
 namespace vantrel {
 
 enum class EOutputManner {
-    InPlace,        ///< The target itself is created or emptied and written without a buffer.
-    CommitNew,      ///< A temporary file beside the target, renamed by Commit unless the target exists by then.
-    CommitReplace,  ///< The same, and an existing target is replaced by Commit.
+    InPlace,        ///< Creates or truncates the target and writes it unbuffered.
+    CommitNew,      ///< Writes a temporary file beside the target. Commit renames it, or fails if the target exists.
+    CommitReplace,  ///< The same, but Commit replaces an existing target.
 };
 
 class COutputFile {
@@ -23,48 +23,48 @@ public:
     COutputFile() = default;
     COutputFile(const COutputFile&) = delete;
     COutputFile& operator=(const COutputFile&) = delete;
-    /// A transactional output that was not committed leaves nothing behind.
+    /// Removes a transactional output that was not committed.
     ~COutputFile();
 
-    /// Creates the output. False, with LastFileError() set, when that fails.
+    /// Creates the output. On failure, returns false with LastFileError() set.
     bool Open(const std::string& path, EOutputManner manner, ESharing sharing = ESharing::Anyone);
     bool IsOpen() const { return m_file.IsOpen(); }
 
-    /// Writes at the current position and moves on. False when not everything could be written; the cause is kept for
-    /// Commit.
+    /// Writes at the current position and advances it. Returns false if not everything could be written; Problem() then
+    /// has the cause.
     bool Write(std::span<const std::uint8_t> bytes);
-    /// Writes `count` zero bytes. A long run of them at the end of a transactional output becomes a hole, where the
-    /// file system knows holes.
+    /// Writes `count` zero bytes. A long run at the end of a transactional output becomes a hole if the file system
+    /// supports sparse files.
     bool WriteZeros(std::int64_t count);
-    /// Copies up to buffer.size() bytes from a byte position of `source` to the current position and moves on: within
-    /// the system where that is possible, through the buffer otherwise. The number of bytes that the source supplied,
-    /// smaller only at its end or after an error of reading; HasFailed tells of the writing.
+    /// Copies up to buffer.size() bytes from a byte position of `source` to the current position and advances it:
+    /// within the system if possible, otherwise through the buffer. Returns the number of bytes read from the source:
+    /// fewer than buffer.size() only at its end or after a read error. HasFailed reports write errors.
     std::size_t Copy(CByteSource& source, std::int64_t position, std::span<std::uint8_t> buffer);
     bool Seek(std::int64_t position);
-    /// Begins a second stage of writing, at position 0. In place the target is really closed and opened again without
-    /// being emptied; a transactional output goes on. False, with LastFileError() set, when that fails.
+    /// Continues at position 0. In place, closes the target and opens it again without truncating it. On failure,
+    /// returns false with LastFileError() set.
     bool Reopen();
     std::int64_t Position() const { return m_position; }
-    /// Length in bytes of what has been written so far.
+    /// Number of bytes from the start to the end of everything written so far.
     std::int64_t Size() const;
 
-    /// Brings everything to the file and closes it, so that only the renaming is left. False when anything failed since
-    /// Open.
+    /// Writes pending data and closes the file, so that only renaming remains. Returns false if anything has failed
+    /// since Open.
     bool Finish();
-    /// Finish, and give the target its name. False when anything failed since Open; then nothing is left behind, except
-    /// in place.
+    /// Finishes and renames the output to its target. Returns false if anything has failed since Open; the output is
+    /// then removed unless it was written in place.
     bool Commit();
-    /// Closes without keeping a transactional output.
+    /// Closes the output, and removes it if it is transactional.
     void Abandon();
-    /// Lets go of an output in place without closing it: it stays open, and shared no further, until the program ends.
+    /// Detaches an output in place without closing it: it stays open with its sharing mode until the program ends.
     void LeaveOpen();
 
-    /// Whether anything written since Open was lost.
+    /// Whether writing, seeking or committing has failed since Open.
     bool HasFailed() const { return !m_problem.empty(); }
     EOutputManner Manner() const { return m_manner; }
-    /// The path of the target, whatever file is written meanwhile.
+    /// The path of the target, not of the temporary file.
     const std::string& TargetPath() const { return m_targetPath; }
-    /// Why Finish or Commit returned false, as a text that names the target and the cause.
+    /// The first failure as a text with the target and the cause; empty if there was none.
     const std::string& Problem() const { return m_problem; }
 
 private:
@@ -84,7 +84,7 @@ private:
     std::vector<std::uint8_t> m_pending;
     std::int64_t m_position = 0;
     std::int64_t m_writtenEnd = 0;
-    std::int64_t m_unplacedZeros = 0;  ///< Zeros before m_position, at the end, that are neither pending nor written.
+    std::int64_t m_unplacedZeros = 0;  ///< Zeros at the end, before m_position, that are neither pending nor written.
 };
 
 }  // namespace vantrel

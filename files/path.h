@@ -1,4 +1,4 @@
-// Names and paths: splitting, joining and the base names from which outputs are named.
+// Names and paths: splitting, joining and the base names of outputs.
 #pragma once
 
 #include <string>
@@ -12,34 +12,34 @@ inline constexpr char kPathSeparator = '\\';
 inline constexpr char kPathSeparator = '/';
 #endif
 
-/// The pieces of a path; put together again they give the path. On POSIX there is no drive.
+/// The parts of a path; joined, they give the path again. POSIX paths have no drive.
 struct SPathParts {
     std::string drive;      ///< "C:" or empty
-    std::string folder;     ///< up to and with the last separator
+    std::string folder;     ///< up to and including the last separator
     std::string name;       ///< without extension
-    std::string extension;  ///< from the last '.' of the file name on, or empty
+    std::string extension;  ///< from the last '.' of the file name, or empty
 };
 
 SPathParts SplitPath(std::string_view path);
 
-/// The folder of a path with its closing separator, drive included; empty when the path has none.
+/// The folder of a path with drive and closing separator; empty if the path has none.
 std::string FolderOf(std::string_view path);
 
-/// The file name of a path, extension included.
+/// The file name of a path, including the extension.
 std::string FileNameOf(std::string_view path);
 
-/// `folder` with one closing separator; an empty text stays empty.
+/// `folder` with a closing separator; an empty text stays empty.
 std::string WithSeparator(std::string folder);
 
-/// The file name up to its first '.', and at most 30 bytes, never ending within a UTF-8 sequence: the name from which
-/// the windows's outputs are formed.
+/// The file name up to its first '.', and at most 30 bytes without splitting a UTF-8 sequence. The window forms the
+/// names of its outputs from it.
 std::string BaseNameOf(std::string_view fileName);
 
-/// Whether two texts are the same but for the case of ASCII letters.
+/// Whether two texts are equal except for the case of ASCII letters.
 bool EqualIgnoringCase(std::string_view first, std::string_view second);
 
-/// `path` when that exists; otherwise the path of a file in the same folder whose name differs in the case of ASCII
-/// letters only; otherwise `path`. Images are chosen by folded names, also on disks that tell cases apart.
+/// `path` if it exists; otherwise the path of a file in the same folder whose name differs only in the case of ASCII
+/// letters; otherwise `path`. Lets names in lower case find their files on case-sensitive file systems.
 std::string ResolveFileCase(const std::string& path);
 
 }  // namespace vantrel

@@ -16,7 +16,7 @@ constexpr int kNameTries = 100;
 }  // namespace
 
 CTemporaryFolder::~CTemporaryFolder() {
-    // What is in the way of the first try may be gone at the second.
+    // A cause such as a file that is still open may be gone at the second try.
     if (!m_path.empty() && !Remove()) {
         Remove();
     }

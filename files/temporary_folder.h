@@ -1,4 +1,4 @@
-// A folder for the side files of one console export, which nobody asked for and nobody shall find afterwards.
+// A folder that exists only as long as its object.
 #pragma once
 
 #include <string>
@@ -10,10 +10,11 @@ public:
     CTemporaryFolder() = default;
     CTemporaryFolder(const CTemporaryFolder&) = delete;
     CTemporaryFolder& operator=(const CTemporaryFolder&) = delete;
-    /// Removes the folder with the files in it.
+    /// Removes the folder and the files in it.
     ~CTemporaryFolder();
 
-    /// Makes a new folder in `parent`, which ends in its separator or is empty. False when that cannot be done.
+    /// Makes a new folder in `parent`, which ends in a separator or is empty. Returns false if that
+    /// fails.
     bool MakeIn(const std::string& parent);
 
     /// The folder with its closing separator.

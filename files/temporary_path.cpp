@@ -12,7 +12,7 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::chrono::milliseconds kMoment{20};
+constexpr std::chrono::milliseconds kRetryDelay{20};
 
 }  // namespace
 
@@ -23,7 +23,7 @@ std::string TemporaryPathBeside(const std::string& path) {
 
 void RemoveTemporary(const std::string& path) {
     if (!RemoveFile(path) && FileKindOf(path) != EFileKind::Missing) {
-        std::this_thread::sleep_for(kMoment);
+        std::this_thread::sleep_for(kRetryDelay);
         RemoveFile(path);
     }
 }

@@ -1,15 +1,14 @@
-// Names of files that exist for a moment beside a target.
+// Temporary files beside a target.
 #pragma once
 
 #include <string>
 
 namespace vantrel {
 
-/// A path in the folder of `path` that no other file is likely to have.
+/// A random path in the folder of `path`, which is unlikely to exist.
 std::string TemporaryPathBeside(const std::string& path);
 
-/// Removes such a file. Whoever looks into every new file, like a virus scanner, may be in the way; so there is a
-/// second try after a moment.
+/// Removes such a file. Tries again after 20 ms, because virus scanners open new files.
 void RemoveTemporary(const std::string& path);
 
 }  // namespace vantrel

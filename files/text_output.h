@@ -1,4 +1,4 @@
-// Text files as the programs exchange them: lines end in CR LF on every system.
+// Text output whose lines end in CR LF on every system.
 #pragma once
 
 #include <string>
@@ -8,14 +8,14 @@
 
 namespace vantrel {
 
-/// Writes text to an output that someone else opened and will close.
+/// Writes text to an output, which the caller opens and closes.
 class CTextOutput {
 public:
     explicit CTextOutput(COutputFile& output) : m_output(output) {}
 
     /// Adds text; each "\n" becomes CR LF.
     void Write(std::string_view text);
-    /// Brings everything to the output. To be called before anything else is done with it.
+    /// Passes pending text to the output. Call it before any other use of the output.
     void Flush();
 
 private:

@@ -61,7 +61,7 @@ void CUpdateFile::NoteReadFailure() const {
 }
 
 bool CUpdateFile::MoveTo(std::int64_t position) {
-    if (position < 0 || !m_file.Seek(position)) {
+    if (!m_file.Seek(position)) {
         return false;
     }
     m_position = position;
@@ -108,7 +108,7 @@ bool CUpdateFile::Write(std::span<const std::uint8_t> bytes) {
 
 void CUpdateFile::Undo() {
     if (m_file.IsOpen() && m_changed && m_manner == EUpdateManner::UndoUnlessCommitted) {
-        // Last change first, so that bytes that were changed twice end as they began.
+        // Undoing the last change first restores bytes that were changed twice.
         for (auto change = m_overwritten.rbegin(); change != m_overwritten.rend(); ++change) {
             if (m_file.Seek(change->position)) {
                 m_file.Write(change->bytes);
@@ -130,7 +130,7 @@ bool CUpdateFile::Commit() {
     return m_writeProblem.empty();
 }
 
-/// A change that closing loses is undone through a new handle.
+/// If closing loses data, undoes the change through a new handle.
 void CUpdateFile::CloseForGood() {
     if (m_file.Close()) {
         return;

@@ -1,5 +1,4 @@
-// A file that is changed in place. The window keeps every change; the console program undoes a change that was not
-// completed.
+// A file that is changed in place. The window keeps every change; the console program undoes an incomplete change.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +13,8 @@ namespace vantrel {
 
 enum class EUpdateManner {
     InPlace,              ///< Every change stays.
-    UndoUnlessCommitted,  ///< Overwritten bytes and the length come back unless Commit succeeded.
-    ReadOnly,             ///< Opened for reading; nothing may be written.
+    UndoUnlessCommitted,  ///< Overwritten bytes and the length are restored unless Commit succeeds.
+    ReadOnly,             ///< Opened for reading; writing fails.
 };
 
 class CUpdateFile : public CByteSource {
@@ -25,31 +24,32 @@ public:
     CUpdateFile& operator=(const CUpdateFile&) = delete;
     ~CUpdateFile() override;
 
-    /// Opens an existing file. False, with LastFileError() set, when that fails.
+    /// Opens an existing file. On failure, returns false with LastFileError() set.
     bool Open(const std::string& path, EUpdateManner manner);
-    /// Opens the same file once more, at position 0. In place it is really closed and opened; otherwise the change goes
-    /// on. False, with LastFileError() set, when that fails.
+    /// Continues at position 0. In place, closes the file and opens it again. On failure, returns false with
+    /// LastFileError() set.
     bool Reopen();
 
-    /// Length in bytes, −1 when it cannot be told.
+    /// Length in bytes, −1 if unknown.
     std::int64_t Size() const override;
-    /// Moves to a byte position. False for a negative one and after an error.
+    /// Moves to a byte position. Returns false for a negative position and after an error.
     bool Seek(std::int64_t position);
-    /// Reads at a position and moves on; the number of bytes read is smaller than the buffer only at the end of the
-    /// file or after an error.
+    /// Reads at a position and advances it. Returns the number of bytes read: fewer than the buffer holds only at the
+    /// end of the file or after an error.
     std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override;
-    /// Writes at the current position and moves on. False when not everything could be written or what would be
-    /// overwritten could not be kept; the cause is in Problem().
+    /// Writes at the current position and advances it. Returns false if not everything could be written, or if the
+    /// bytes to be overwritten could not be saved; Problem() then has the cause.
     bool Write(std::span<const std::uint8_t> bytes);
 
-    /// Closes the file and keeps the change. False when anything failed since Open; then the change is undone, unless
-    /// it was made in place.
+    /// Closes the file and keeps the change. Returns false if a seek, a write or closing has failed since Open; the
+    /// change is then undone unless it was made in place.
     bool Commit();
 
-    /// Whether the system has reported an error while reading or measuring since Open. The end of the file is no error.
+    /// Whether reading or measuring has failed since Open. The end of the file is not an error.
     bool HasFailedReading() const { return !m_readProblem.empty(); }
-    /// The first error of reading, and of seeking, writing or committing, as a text that names the file and the cause.
+    /// The first such error as a text with the path and the cause; empty if there was none.
     const std::string& ReadProblem() const { return m_readProblem; }
+    /// The same for seeking, writing and committing.
     const std::string& Problem() const { return m_writeProblem; }
     const std::string& Path() const { return m_path; }
 

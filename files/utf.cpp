@@ -12,7 +12,7 @@ constexpr std::uint32_t kHighSurrogate = 0xD800;
 constexpr std::uint32_t kLowSurrogate = 0xDC00;
 constexpr std::uint32_t kEscapedByte = 0xDC00;
 
-/// The code point that starts at `text[position]`, and its length in bytes; length 0 when the bytes are invalid.
+/// A code point and its length in bytes; the length is 0 if the bytes are invalid.
 struct SDecoded {
     std::uint32_t codePoint;
     std::size_t length;

@@ -1,4 +1,4 @@
-// What a fuzz target claims beyond "it does not crash".
+// The assertion of the fuzz targets.
 #pragma once
 
 #include <cstdio>
@@ -6,10 +6,10 @@
 
 namespace vantrel::fuzz {
 
-/// Ends the process when a claim is wrong, so that the input is kept as a finding.
-inline void Expect(bool claim, const char* what) {
-    if (!claim) {
-        std::fprintf(stderr, "claim does not hold: %s\n", what);
+/// Aborts if a condition is false, so that the fuzzer keeps the input as a finding.
+inline void Expect(bool condition, const char* expectation) {
+    if (!condition) {
+        std::fprintf(stderr, "expectation failed: %s\n", expectation);
         std::abort();
     }
 }

@@ -1,10 +1,10 @@
-// Raw images: conversion to a plain image, verification, reports; and the sectors that are made here, where not one
-// byte may change without being noticed.
-#include "image/inspect/container_report.h"
-#include "console/refused.h"
-#include "image/inspect/verify.h"
-#include "fuzz/invariants.h"
+// Raw images: conversion to a plain image, verification, reports; and encoded sectors, in which the check must notice
+// every changed byte.
+#include "files/refused.h"
 #include "fuzz/input_parts.h"
+#include "fuzz/invariants.h"
+#include "image/inspect/container_report.h"
+#include "image/inspect/verify.h"
 #include "raw/bin_to_iso.h"
 #include "raw/sector.h"
 #include "raw/sector_check.h"
@@ -14,40 +14,45 @@ namespace vantrel::fuzz {
 
 namespace {
 
-constexpr std::int64_t kRoom = 4 << 20U;
+constexpr std::int64_t kCapacity = 4 << 20U;
 const std::string kFile = std::string(kFolder) + "game.bin";
 const std::string kOutput = std::string(kFolder) + "new-game.iso";
 
 void Convert(std::span<const std::uint8_t> file) {
-    ClearDisk(kRoom);
+    ClearDisk(kCapacity);
     PutFile(kFile, file);
     CSilentOperation operation;
     const bool completed = CompletesOrLeavesNothing([&] {
-        BinToIso({kFile, kOutput, EOutputManner::CommitNew}, operation);
+        BinToIso({kFile, kOutput, EOutputManner::CommitNew, true}, operation);
     });
     if (!completed) {
         return;
     }
-    const Bytes careful = ContentOf(kOutput);
-    Expect(careful.size() == file.size() / kRawSectorSize * kUserDataSize, "every whole sector gives its user data");
-    Expect(!EndingOf([&] { BinToIso({kFile, kOutput, EOutputManner::InPlace}, operation); }), "the window converts it");
-    Expect(ContentOf(kOutput) == careful, "both manners make the same image");
+    const Bytes strict = ContentOf(kOutput);
+    Expect(strict.size() == file.size() / kRawSectorSize * kUserDataSize,
+           "the image is the user data of every whole sector");
+    Expect(!EndingOf([&] {
+        BinToIso({kFile, kOutput, EOutputManner::InPlace}, operation);
+    }),
+           "the window converts what the console program converts");
+    Expect(ContentOf(kOutput) == strict, "both write the same image");
 }
 
 void Report() {
-    ReportOnContainer(kFile, EForm::Bin).dump(2, ' ', false, vantrel::Report::error_handler_t::replace);
+    CSilentOperation operation;
+    ReportOnContainer(kFile, EForm::Bin);
     try {
-        VerifyImage(kFile).dump(2, ' ', false, vantrel::Report::error_handler_t::replace);
+        VerifyFile(kFile, operation);
     } catch (const CRefused&) {
-        // of another form
+        // another form
     }
 }
 
-void MakeSector(std::span<const std::uint8_t> input) {
+void EncodeAndSpoil(std::span<const std::uint8_t> input) {
     CInputParts parts(input);
     const auto mode = parts.Byte() % 2 == 0 ? ESectorMode::Mode1 : ESectorMode::Mode2Form1;
     const std::uint32_t number = (parts.Number() << 4U) % kMostRawSectors;
-    const std::size_t place = parts.Number() % kRawSectorSize;
+    const std::size_t offset = parts.Number() % kRawSectorSize;
     const std::uint8_t change = parts.Byte();
     std::array<std::uint8_t, kUserDataSize> data = {};
     const std::span<const std::uint8_t> given = parts.Take(data.size());
@@ -55,9 +60,9 @@ void MakeSector(std::span<const std::uint8_t> input) {
     std::array<std::uint8_t, kRawSectorSize> sector = {};
     EncodeSector(mode, number, data, sector);
     Expect(NumberOfSector(sector) == number, "a sector's address is that of its number");
-    Expect(!CheckSector(sector, number).Any(), "a sector that was made is right");
-    Expect(test::FaultOfRawSector(sector, number).empty(), "by the polynomials, too");
-    sector[place] ^= change;
+    Expect(!CheckSector(sector, number).Any(), "an encoded sector has no faults");
+    Expect(test::FaultOfRawSector(sector, number).empty(), "an encoded sector obeys the polynomials");
+    sector[offset] ^= change;
     Expect(CheckSector(sector, number).Any() == (change != 0), "a changed byte is noticed");
 }
 
@@ -70,7 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Convert({data, size});
     Report();
     if (size < 4096) {
-        MakeSector({data, size});
+        EncodeAndSpoil({data, size});
     }
     return 0;
 }

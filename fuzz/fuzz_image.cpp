@@ -1,5 +1,5 @@
-// Plain images, for all that reads them besides the export: reports, verification, extraction, the postgap commands,
-// and the conversions to BIN, CSO and DAX, each of which has to give back the image.
+// Plain images, for everything that reads them except the export: reports, verification, extraction, the postgap
+// commands, and the conversions to BIN, CSO and DAX, which must be reversible.
 //
 //      8 bits  remainder of a division by 6: which of these; quotient: the compression level
 //     then the image, as patches
@@ -7,15 +7,17 @@
 
 #include "compress/cso.h"
 #include "compress/dax.h"
-#include "image/inspect/image_report.h"
-#include "console/refused.h"
-#include "image/inspect/verify.h"
-#include "iso/extraction.h"
 #include "files/input_file.h"
-#include "fuzz/invariants.h"
+#include "files/refused.h"
 #include "fuzz/input_parts.h"
+#include "fuzz/invariants.h"
 #include "fuzz/patched_image.h"
+#include "image/form.h"
+#include "image/inspect/image_report.h"
+#include "image/inspect/verify.h"
 #include "iso/contents.h"
+#include "iso/extraction.h"
+#include "iso/iso9660.h"
 #include "iso/postgap.h"
 #include "raw/bin_to_iso.h"
 #include "raw/iso_to_bin.h"
@@ -25,15 +27,15 @@ namespace vantrel::fuzz {
 
 namespace {
 
-constexpr std::int64_t kRoom = 8 << 20U;
-constexpr std::size_t kSector = 2048;
+constexpr std::int64_t kCapacity = 8 << 20U;
+constexpr auto kSector = static_cast<std::size_t>(kSectorSize);
 constexpr std::uint32_t kWorkers = 2;
 const std::string kImage = std::string(kFolder) + "game.iso";
 const std::string kConverted = std::string(kFolder) + "converted";
 const std::string kAgain = std::string(kFolder) + "again.iso";
 
 void Begin(const Bytes& image) {
-    ClearDisk(kRoom);
+    ClearDisk(kCapacity);
     PutFile(kImage, image);
 }
 
@@ -41,12 +43,12 @@ void Report(const Bytes& image) {
     Begin(image);
     CInputFile file;
     file.Open(kImage);
-    ReportOnImage(file).dump(2, ' ', false, Report::error_handler_t::replace);
+    ReportOnImage(file);
+    CSilentOperation operation;
     try {
-        const auto report = VerifyImage(kImage);
-        Expect(report.contains("image"), "a plain image has sums");
-        Expect(CompareImages(kImage, kImage)["ok"], "an image is the same as itself");
-        report.dump(2, ' ', false, Report::error_handler_t::replace);
+        const CReport report = VerifyFile(kImage, operation);
+        Expect(report["form"] == NameOf(EForm::Iml) || report.Find("image"), "a plain image has checksums");
+        Expect(CompareImages(kImage, kImage, operation)["ok"] == true, "an image equals itself");
     } catch (const CRefused&) {
         // not marked as ISO 9660
     }
@@ -60,9 +62,9 @@ void Extract(const Bytes& image) {
     for (const SContentFile& found : ReadContents(file).files) {
         std::string path = found.path;
         std::replace(path.begin(), path.end(), '/', '\\');
-        files.push_back({found.sector * std::int64_t{kSector}, found.size, path});
+        files.push_back({found.sector * kSectorSize, found.size, path});
     }
-    const SExtractionRequest request = {kImage, std::string(kFolder) + "files/", EOutputManner::CommitNew, {}};
+    const SExtractionRequest request = {kImage, std::string(kFolder) + "files/", EOutputManner::CommitNew, {}, {}};
     CSilentOperation operation;
     const bool completed = CompletesOrLeavesNothing([&] {
         CExtraction extraction(request, file, files, operation);
@@ -76,65 +78,66 @@ void Extract(const Bytes& image) {
         Expect(!completed ||
                    std::equal(image.begin() + extracted.position, image.begin() + extracted.position + extracted.size,
                               ContentOf(request.folder + path).begin()),
-               "an extracted file holds what the image holds");
+               "an extracted file has the bytes of the image");
     }
 }
 
-void CheckPostgaps(const Bytes& image, int level) {
-    CSilentOperation operation(level);
+void CheckPostgaps(const Bytes& image, int sectors) {
+    CSilentOperation operation;
     Begin(image);
-    EndingOf([&] { CheckPostgap({kImage, EUpdateManner::ReadOnly}, operation); });
-    Expect(ContentOf(kImage) == image, "a look at the postgap changes nothing");
-    CompletesOrLeavesNothing([&] { CheckPostgap({kImage, EUpdateManner::UndoUnlessCommitted}, operation); });
-    const Bytes careful = ContentOf(kImage);
+    EndingOf([&] { CheckPostgap({kImage, EUpdateManner::ReadOnly, true}, operation); });
+    Expect(ContentOf(kImage) == image, "a dry run changes nothing");
+    SPostgapRequest request = {kImage, EUpdateManner::UndoUnlessCommitted, true, sectors};
+    CompletesOrLeavesNothing([&] { CheckPostgap(request, operation); });
+    const Bytes strict = ContentOf(kImage);
     Begin(image);
     EndingOf([&] { CheckPostgap({kImage, EUpdateManner::InPlace}, operation); });
-    Expect(ContentOf(kImage) == careful, "both manners append the same postgap");
-    CompletesOrLeavesNothing([&] { AddSelectivePostgap({kImage, EUpdateManner::UndoUnlessCommitted}, operation); });
-    EndingOf([&] { AddSelectivePostgap({kImage, EUpdateManner::InPlace}, operation); });
+    Expect(ContentOf(kImage) == strict, "window and console program append the same postgap");
+    CompletesOrLeavesNothing([&] { AddSelectivePostgap(request, operation); });
+    request.manner = EUpdateManner::InPlace;
+    request.strict = false;
+    EndingOf([&] { AddSelectivePostgap(request, operation); });
 }
 
 void ConvertToBin(const Bytes& image) {
     Begin(image);
     CSilentOperation operation;
-    const SDirectIsoToBinRequest request = {kImage, kConverted + ".bin", kConverted + ".cue", EOutputManner::CommitNew};
-    if (!CompletesOrLeavesNothing([&] { IsoToBinDirectly(request, operation); })) {
+    const SIsoToBinRequest request = {kImage, kConverted + ".bin", kConverted + ".cue", EOutputManner::CommitNew};
+    if (!CompletesOrLeavesNothing([&] { IsoToBin(request, operation); })) {
         return;
     }
     const Bytes bin = ContentOf(request.binPath);
     for (std::size_t i = 0; i < bin.size() / kRawSectorSize; ++i) {
         const auto sector = std::span(bin).subspan(i * kRawSectorSize).first<kRawSectorSize>();
-        Expect(!CheckSector(sector, static_cast<std::uint32_t>(i)).Any(), "raw sectors are right");
+        Expect(!CheckSector(sector, static_cast<std::uint32_t>(i)).Any(), "raw sectors have no faults");
     }
     Bytes wanted = image;
     wanted.resize(bin.size() / kRawSectorSize * kSector);
-    Expect(wanted.size() == image.size() || wanted.size() == image.size() + kPostgapSectors * kSector,
+    Expect(wanted.size() == image.size() ||
+               wanted.size() == image.size() + static_cast<std::size_t>(kPostgapSectors) * kSector,
            "the raw image has the image's sectors, and perhaps a postgap");
     Expect(!EndingOf([&] {
         BinToIso({request.binPath, kAgain, EOutputManner::InPlace}, operation);
     }),
            "the raw image can be converted back");
-    Expect(ContentOf(kAgain) == wanted, "the raw image gives back the image");
+    Expect(ContentOf(kAgain) == wanted, "the conversion back restores the image");
 }
 
 using Conversion = void (*)(const SCompressionRequest&, COperation&);
 
 void Compress(const Bytes& image, int level, Conversion compress, Conversion expand, std::size_t storedUnit) {
     Begin(image);
-    CSilentOperation operation(level);
-    const SCompressionRequest there = DirectConversion(kImage, kConverted, EOutputManner::CommitNew, kWorkers);
+    CSilentOperation operation;
+    const SCompressionRequest there = DirectConversion(kImage, kConverted, EOutputManner::CommitNew, kWorkers, level);
     if (!CompletesOrLeavesNothing([&] { compress(there, operation); })) {
         return;
     }
-    const SCompressionRequest back = DirectConversion(kConverted, kAgain, EOutputManner::CommitNew, kWorkers);
-    const std::optional<SEnded> ended = EndingOf([&] { expand(back, operation); });
-    if (ended) {
-        std::fprintf(stderr, "the expansion said: %s\n", ended->text.c_str());
-    }
-    Expect(!ended, "a compressed image can be expanded");
+    const SCompressionRequest back = DirectConversion(kConverted, kAgain, EOutputManner::CommitNew, kWorkers, level);
+    const std::optional<std::string> ending = EndingOf([&] { expand(back, operation); });
+    Expect(!ending, ("a compressed image can be expanded, without \"" + ending.value_or("") + '"').c_str());
     Bytes wanted = image;
     wanted.resize(image.size() / storedUnit * storedUnit);
-    Expect(ContentOf(kAgain) == wanted, "the compressed image gives back the image");
+    Expect(ContentOf(kAgain) == wanted, "the expansion restores the image");
 }
 
 }  // namespace

@@ -1,34 +1,34 @@
-// Rebuilding of images: layout, leading structures, gap file and the loose files are all the fuzzer's.
+// Rebuilds: the fuzzer supplies the layout, the leading structures, the gap file and the listed files.
 //
-//      8 bits  1: exact, 2: without the gap file, 4: in the window's way instead
+//      8 bits  1: exact, 2: without the gap file, 4: as in the window
 //     then parts: the layout, the leading structures (as patches), the gap file, and for each file its name and content
-#include "image/inspect/layout_report.h"
-#include "console/refused.h"
-#include "fuzz/invariants.h"
+#include "files/refused.h"
 #include "fuzz/input_parts.h"
+#include "fuzz/invariants.h"
 #include "fuzz/patched_image.h"
+#include "image/inspect/layout_report.h"
 #include "iml/layout/gap_file.h"
-#include "iml/export/layout_writer.h"
+#include "iml/layout/layout_names.h"
 #include "iml/rebuild/rebuild.h"
 
 namespace vantrel::fuzz {
 
 namespace {
 
-constexpr std::int64_t kRoom = 8 << 20U;
-constexpr int kMostFiles = 16;
+constexpr std::int64_t kCapacity = 8 << 20U;
+constexpr int kMaxFiles = 16;
 const std::string kLayout = std::string(kFolder) + "game.iml";
 const std::string kGaps = std::string(kFolder) + "game.gaps";
 
 void PutFiles(CInputParts parts, bool withGaps) {
-    ClearDisk(kRoom);
+    ClearDisk(kCapacity);
     PutFile(kLayout, parts.Part());
     PutFile(LeadingPathOf(kLayout), PatchedImage(parts.Part()));
     const std::span<const std::uint8_t> gaps = parts.Part();
     if (withGaps) {
         PutFile(kGaps, gaps);
     }
-    for (int i = 0; i < kMostFiles && !parts.IsEmpty(); ++i) {
+    for (int i = 0; i < kMaxFiles && !parts.IsEmpty(); ++i) {
         const std::string name = TextOf(parts.Part());
         PutFile(kFolder + (name.empty() ? "A" : name), parts.Part());
     }
@@ -36,10 +36,10 @@ void PutFiles(CInputParts parts, bool withGaps) {
 
 void RebuildInWindow() {
     CSilentOperation operation;
-    EndingOf([&] { Vantrel(WindowRebuild(kFolder, "game.iml"), operation); });
+    EndingOf([&] { RebuildImage(WindowRebuild(kFolder, "game.iml"), operation); });
 }
 
-void RebuildCarefully(bool exact) {
+void RebuildStrictly(bool exact) {
     CSilentOperation operation;
     SRebuildRequest request;
     request.layoutPath = kLayout;
@@ -47,10 +47,11 @@ void RebuildCarefully(bool exact) {
     request.gapsPath = kGaps;
     request.outputPath = std::string(kFolder) + "new.iso";
     request.manner = EOutputManner::CommitReplace;
+    request.strict = true;
     request.filesFolder = kFolder;
     request.exact = exact;
     const auto before = WholeDisk();
-    if (CompletesOrLeavesNothing([&] { Vantrel(request, operation); })) {
+    if (CompletesOrLeavesNothing([&] { RebuildImage(request, operation); })) {
         const Bytes image = ContentOf(request.outputPath);
         Expect(!image.empty(), "a rebuilt image has leading structures");
         auto after = WholeDisk();
@@ -58,8 +59,8 @@ void RebuildCarefully(bool exact) {
         auto others = before;
         others.erase(request.outputPath);
         Expect(after == others, "a rebuild writes nothing but its image");
-        CompletesOrLeavesNothing([&] { Vantrel(request, operation); });
-        Expect(ContentOf(request.outputPath) == image, "the same files give the same image");
+        CompletesOrLeavesNothing([&] { RebuildImage(request, operation); });
+        Expect(ContentOf(request.outputPath) == image, "a second rebuild writes the same image");
     }
 }
 
@@ -74,7 +75,7 @@ void ReadGaps() {
     for (std::size_t i = 0; i < gaps.Areas().size(); ++i) {
         const SImageArea& area = gaps.Areas()[i];
         Expect(area.position >= end && area.length >= 0 && area.position + area.length <= gaps.ImageLength(),
-               "areas ascend, do not overlap and lie in the image");
+               "areas ascend, do not overlap and lie within the image");
         end = area.position + area.length;
         gaps.ReadAt(i, area.length / 2, bytes);
     }
@@ -82,10 +83,10 @@ void ReadGaps() {
 
 void Report() {
     try {
-        ReportOnLayout(kLayout).dump(2, ' ', false, vantrel::Report::error_handler_t::replace);
-        VerifyLayout(kLayout).dump(2, ' ', false, vantrel::Report::error_handler_t::replace);
+        ReportOnLayout(kLayout);
+        VerifyLayout(kLayout);
     } catch (const CRefused&) {
-        // no layout
+        // not a readable layout
     }
 }
 
@@ -104,6 +105,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Report();
     ReadGaps();
-    RebuildCarefully((flags & 1U) != 0);
+    RebuildStrictly((flags & 1U) != 0);
     return 0;
 }

@@ -1,4 +1,4 @@
-// The loader of sounds and their endless repetition.
+// Loading of sounds, and their endless repetition.
 #include <algorithm>
 
 #include "app/sound/sample_loop.h"
@@ -17,14 +17,14 @@ void Load(std::span<const std::uint8_t> file) {
     PutFile(kSound, file);
     CWaveSound sound;
     if (!sound.Load(kSound)) {
-        Expect(sound.Samples().empty(), "a file that is refused leaves the sound as it was");
+        Expect(sound.Samples().empty(), "a refused file leaves the sound unchanged");
         return;
     }
     const std::span<const std::uint8_t> samples = sound.Samples();
     Expect(!samples.empty() && samples.size() < file.size(), "the samples are in the file");
-    Expect(samples.size() % sound.Format().blockAlign == 0, "samples are whole");
+    Expect(samples.size() % sound.Format().blockAlign == 0, "there are only complete samples");
     const std::size_t usable = UsableBufferSize(sound.Format().blockAlign);
-    Expect(usable <= kWaveBufferSize, "whole samples fit the buffer");
+    Expect(usable <= kWaveBufferSize, "the usable size fits the buffer");
     Bytes buffer(usable);
     Bytes wanted;
     while (wanted.size() < 2 * usable) {

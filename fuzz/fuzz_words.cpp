@@ -1,19 +1,18 @@
-// Words and names: the command lines of both console programs, and the lines that other programs will interpret (batch
-// file, CUE sheet, quoted arguments).
+// Words and names: the command lines of both console programs, and texts for other programs (batch file, CUE sheet,
+// quoted arguments).
 //
-//      8 bits  'c': a command line of the console program; anything else: the rest, which is much quicker
-//     then words, each ended by a line feed
+//      8 bits  'c': a command line of the console program; otherwise everything else, which is much faster
+//     then words, each with a line feed at its end
 #include <algorithm>
 #include <sstream>
 
+#include "app/converter/batch_line.h"
 #include "app/converter/quoted_arguments.h"
 #include "console/command_line.h"
 #include "files/path.h"
 #include "files/utf.h"
 #include "fuzz/expect.h"
 #include "fuzz/memory_file.h"
-#include "image/form.h"
-#include "app/converter/batch_line.h"
 #include "raw/converter.h"
 #include "raw/cue_sheet.h"
 
@@ -28,7 +27,7 @@ Words WordsOf(std::string_view text) {
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         const std::string_view word = text.substr(0, end);
-        words.emplace_back(word.substr(0, word.find('\0')));  // as words reach a program
+        words.emplace_back(word.substr(0, word.find('\0')));  // Words of a program end at NUL.
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     return words;
@@ -38,12 +37,12 @@ void ReadCommand(const Words& words) {
     std::ostringstream out;
     std::ostringstream errors;
     const SCommandLine read = ReadCommandLine(words, out, errors);
-    Expect(read.status.has_value() != static_cast<bool>(read.action), "there is either something to do or a status");
+    Expect(read.status.has_value() != static_cast<bool>(read.action), "there is either an action or a status");
     if (read.status) {
-        Expect(*read.status == 0 || *read.status == 2, "help, or wrong usage");
-        Expect(!(*read.status == 0 ? out : errors).str().empty(), "which says so");
+        Expect(*read.status != EExit::Failed, "reading the words does not fail");
+        Expect(!(*read.status == EExit::Done ? out : errors).str().empty(), "help and wrong usage have a text");
     } else {
-        Expect(out.str().empty() && errors.str().empty(), "nothing is said about what is understood");
+        Expect(out.str().empty() && errors.str().empty(), "correct usage has no text");
     }
 }
 
@@ -53,10 +52,10 @@ void RunConverterOn(const Words& words) {
     std::ostringstream progress;
     std::ostringstream errors;
     const EConverterExit exit = RunConverter(words, progress, errors);
-    Expect((exit == EConverterExit::Done) == errors.str().empty(), "what went wrong is told");
+    Expect((exit == EConverterExit::Done) == errors.str().empty(), "exactly a failure has a message");
 }
 
-/// The words that the command processor makes of a line in which it interprets nothing.
+/// The words of a line in which the command processor interprets nothing.
 Words SplitAtBlanks(const std::string& line) {
     std::istringstream stream(line);
     Words words;
@@ -70,7 +69,7 @@ void WriteLines(const std::string& folder, const SConverterCall& call) {
     const std::string line = BatchLineOf(call);
     if (IsBatchLineSafe(folder, call)) {
         Expect(line.find_first_of("%^&|<>()\"!'`,;=@\r\t\v\f\x1A*?~:\\") == std::string::npos,
-               "a batch line holds nothing that is interpreted");
+               "a batch line has no characters that are interpreted");
         Expect(std::all_of(line.begin(), line.end(), [](char c) { return c == '\n' || (c >= ' ' && c < '\x7F'); }),
                "a batch line is plain ASCII");
         Expect(line.find('\n') == line.size() - 1, "a batch file has one line");
@@ -86,8 +85,8 @@ void WriteLines(const std::string& folder, const SConverterCall& call) {
     }
 }
 
-/// A second implementation of how programs for Windows read their command line: 2n backslashes before a quote are n,
-/// 2n + 1 are n and a quote that is text.
+/// A second implementation of how Windows programs split their command line: 2n backslashes before a quote mean n
+/// backslashes, and 2n + 1 mean n and a literal quote.
 Words ReadQuoted(const std::string& line) {
     Words words;
     std::string word;
@@ -116,12 +115,12 @@ Words ReadQuoted(const std::string& line) {
     return words;
 }
 
-void TakeApart(const std::string& path) {
+void SplitName(const std::string& path) {
     const SPathParts parts = SplitPath(path);
-    Expect(parts.drive + parts.folder + parts.name + parts.extension == path, "a path is the sum of its parts");
+    Expect(parts.drive + parts.folder + parts.name + parts.extension == path, "the parts of a path make up the path");
     const std::string base = BaseNameOf(FileNameOf(path));
-    Expect(base.size() <= 30 && base.find('.') == std::string::npos, "a base name is short and has no dot");
-    Expect(Utf8Of(WideOf(path)) == path, "no byte of a name is lost");
+    Expect(base.size() <= 30 && base.find('.') == std::string::npos, "a base name has 30 bytes at most and no dot");
+    Expect(Utf8Of(WideOf(path)) == path, "every name survives the conversion to UTF-16");
 }
 
 }  // namespace
@@ -140,10 +139,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     RunConverterOn(words);
     for (const std::string& word : words) {
-        TakeApart(word);
+        SplitName(word);
     }
     if (!words.empty()) {
-        Expect(ReadQuoted(vantrel::QuotedCommandLine(words)) == words, "quoted words are read as they were");
+        Expect(ReadQuoted(vantrel::QuotedCommandLine(words)) == words, "quoted words are read unchanged");
     }
     words.resize(std::max<std::size_t>(words.size(), 3));
     WriteLines(words[0], {words[1] + ".iso", words[2] + ".bin", size % 2 != 0});

@@ -1,4 +1,4 @@
-// Cutting the bytes of a fuzzer into the parts that a target needs, and putting parts together for the seeds.
+// Splits the bytes of a fuzzer into the parts that a target needs, and joins parts for the seeds.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 
 namespace vantrel::fuzz {
 
-/// Takes parts from the front; what is not there is empty or zero.
+/// Takes parts from the front. Parts behind the end are empty or zero.
 class CInputParts {
 public:
     explicit CInputParts(std::span<const std::uint8_t> input) : m_left(input) {}
@@ -27,7 +27,7 @@ public:
         m_left = m_left.subspan(part.size());
         return part;
     }
-    /// A part with its length in front.
+    /// A part that follows its length.
     std::span<const std::uint8_t> Part() { return Take(Number()); }
     std::span<const std::uint8_t> Rest() { return Take(m_left.size()); }
 
@@ -35,7 +35,7 @@ private:
     std::span<const std::uint8_t> m_left;
 };
 
-/// The reverse, for the seeds.
+/// Writes what CInputParts reads.
 class CPartWriter {
 public:
     CPartWriter& Byte(std::uint8_t byte) {

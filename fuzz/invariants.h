@@ -1,4 +1,4 @@
-// Claims that hold for every conversion whose outputs appear together or not at all.
+// Invariants of every transactional conversion.
 #pragma once
 
 #include "fuzz/expect.h"
@@ -7,12 +7,13 @@
 
 namespace vantrel::fuzz {
 
-/// Runs such a conversion; whether it completed. When it did not, the disk must be as it was before.
+/// Runs a transactional conversion, and returns whether it completed. A failed conversion must leave the disk
+/// unchanged.
 template <typename Conversion>
 bool CompletesOrLeavesNothing(Conversion conversion) {
     const auto before = WholeDisk();
     const bool completed = !EndingOf(conversion);
-    Expect(completed || WholeDisk() == before, "a conversion that fails leaves nothing behind");
+    Expect(completed || WholeDisk() == before, "a failed conversion leaves nothing behind");
     return completed;
 }
 

@@ -1,17 +1,16 @@
-// Writes what the fuzzers begin with: small but sound files of every form, as each target wants them.
+// Writes the seeds of the fuzzers: small, valid files of every form, in the format of each target's input.
 //
 //   make_seeds FOLDER        writes FOLDER/walker/cd and so on
 #include <filesystem>
 
 #include "compress/cso.h"
 #include "compress/dax.h"
+#include "files/byte_order.h"
 #include "files/path.h"
 #include "fuzz/input_parts.h"
 #include "fuzz/patched_image.h"
-#include "fuzz/silent_operation.h"
 #include "iml/export/export.h"
-#include "iml/layout/gap_file.h"
-#include "iml/export/layout_writer.h"
+#include "iml/layout/layout_names.h"
 #include "raw/sector.h"
 #include "tests/support/image_builder.h"
 #include "tests/support/layout_builder.h"
@@ -42,7 +41,7 @@ void WriteSeed(const std::string& target, const std::string& name, std::string_v
     WriteSeed(target, name, std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
 }
 
-/// Content that takes little room in a list of patches: its first and its last bytes only.
+/// Content that is short as a list of patches: only the first and last bytes are not zero.
 Bytes Sparse(std::size_t size) {
     Bytes content(size);
     for (std::size_t i = 0; i < std::min<std::size_t>(size, 5); ++i) {
@@ -58,7 +57,7 @@ std::vector<SImageFile> FewFiles() {
             {"DATA/SUB/DEEP/A.;", Sparse(1)}, {"NOTHING.DAT", {}, 0, test::EEmptyFile::SharesSector}};
 }
 
-/// Enough files for directories of several sectors.
+/// Enough files to fill several sectors of a directory.
 std::vector<SImageFile> ManyEmptyFiles() {
     std::vector<SImageFile> files = {{"FIRST.DAT", Sparse(3000)}};
     for (int i = 0; i < 60; ++i) {
@@ -115,11 +114,11 @@ void MakeImageSeeds() {
     }
 }
 
-/// A layout with everything that belongs to it, as the rebuild target wants it: an export of the image.
+/// The input of the rebuild target for an export of the image.
 void MakeRebuildSeed(const SNamedImage& image, std::uint8_t flags) {
     CTestFolder folder;
     test::WriteWhole(folder / "game.iso", test::BuildImage(image.description).bytes);
-    CSilentOperation operation;
+    COperation operation;
     SExportRequest request;
     request.imagePath = folder / "game.iso";
     request.layoutPath = folder / "game.iml";
@@ -138,7 +137,7 @@ void MakeRebuildSeed(const SNamedImage& image, std::uint8_t flags) {
     WriteSeed("rebuild", image.name + "-" + std::to_string(flags), seed.Bytes());
 }
 
-/// A layout from a declaration, in the other spelling of line ends, with leading structures that hold the marks alone.
+/// A layout with line feeds as line ends, and with leading structures that consist of the marks.
 void MakeLayoutSeed(const std::string& name, test::ELayoutMedia media) {
     test::SLayoutDescription layout;
     layout.media = media;
@@ -169,15 +168,15 @@ void MakeRebuildSeeds() {
 
 void MakeCompressedSeeds() {
     SImageDescription image = Image(EImageKind::Umd, FewFiles());
-    image.files.push_back({"NOISE.DAT", test::RandomBytes(2048, 1)});  // is stored plain
+    image.files.push_back({"NOISE.DAT", test::RandomBytes(2048, 1)});  // stays uncompressed
     CTestFolder folder;
     test::WriteWhole(folder / "game.iso", test::BuildImage(image).bytes);
     for (const int level : {1, 9}) {
-        CSilentOperation operation(level);
+        COperation operation;
         const std::string cso = folder / "game.cso";
         const std::string dax = folder / "game.dax";
-        IsoToCso(DirectConversion(folder / "game.iso", cso, EOutputManner::CommitReplace, 1), operation);
-        IsoToDax(DirectConversion(folder / "game.iso", dax, EOutputManner::CommitReplace, 1), operation);
+        IsoToCso(DirectConversion(folder / "game.iso", cso, EOutputManner::CommitReplace, 1, level), operation);
+        IsoToDax(DirectConversion(folder / "game.iso", dax, EOutputManner::CommitReplace, 1, level), operation);
         WriteSeed("compressed", "cso-" + std::to_string(level), test::ReadWhole(cso));
         WriteSeed("compressed", "dax-" + std::to_string(level), test::ReadWhole(dax));
     }

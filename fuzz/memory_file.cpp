@@ -1,4 +1,4 @@
-// All of files/native_file.h is defined here, so that the linker takes nothing of the room's own implementation.
+// Defines all of files/native_file.h, so that the linker takes nothing from the room's own implementation.
 #include "fuzz/memory_file.h"
 
 #include <algorithm>
@@ -22,14 +22,14 @@ struct SHandle {
     bool writable = false;
 };
 
-/// Conversions read and write on two threads.
+/// Guarded by a mutex, because conversions read and write on several threads.
 struct SDisk {
     std::mutex mutex;
     std::map<std::string, std::shared_ptr<Bytes>> files;
     std::set<std::string> folders = {"/"};
     std::map<std::intptr_t, SHandle> handles;
     std::intptr_t nextHandle = 0;
-    std::int64_t room = 0;
+    std::int64_t free = 0;  ///< Bytes left.
 };
 
 SDisk& Disk() {
@@ -44,7 +44,7 @@ bool Refuse(const char* reason) {
     return false;
 }
 
-/// One spelling for each place: absolute, without empty names, "." and "..".
+/// The canonical form of a path: absolute, without empty names, "." and "..".
 std::string PlaceOf(const std::string& path) {
     std::vector<std::string> names;
     for (std::size_t start = 0; start < path.size();) {
@@ -69,7 +69,7 @@ std::string ParentOf(const std::string& place) {
     return separator == 0 ? "/" : place.substr(0, separator);
 }
 
-/// Like the names of most file systems: not longer than 255 bytes.
+/// Names have at most 255 bytes, as on most file systems.
 bool CanBeCreated(const SDisk& disk, const std::string& path, const std::string& place) {
     constexpr std::size_t kLongestName = 255;
     return !path.empty() && path.back() != '/' && path.find('\0') == std::string::npos &&
@@ -83,13 +83,13 @@ EFileKind KindOfPlace(const SDisk& disk, const std::string& place) {
     return disk.files.contains(place) ? EFileKind::File : EFileKind::Missing;
 }
 
-/// Makes room for a file to grow; false, with the file as it was, when the disk is full.
-bool Grow(SDisk& disk, Bytes& content, std::int64_t length) {
+/// Changes the length of a file. Returns false and leaves the file unchanged if the disk is full.
+bool ChangeLength(SDisk& disk, Bytes& content, std::int64_t length) {
     const std::int64_t more = length - static_cast<std::int64_t>(content.size());
-    if (more > disk.room) {
+    if (more > disk.free) {
         return Refuse("No space left on device");
     }
-    disk.room -= more;
+    disk.free -= more;
     content.resize(static_cast<std::size_t>(length));
     return true;
 }
@@ -132,7 +132,7 @@ bool CNativeFile::Open(const std::string& path, EOpenMode mode, ESharing /*shari
         content = std::make_shared<Bytes>();
     }
     if (mode == EOpenMode::CreateTruncate) {
-        disk.room += static_cast<std::int64_t>(content->size());
+        disk.free += static_cast<std::int64_t>(content->size());
         content->clear();
     }
     m_handle = disk.nextHandle++;
@@ -181,7 +181,7 @@ std::size_t CNativeFile::Write(std::span<const std::uint8_t> bytes) {
     }
     SHandle& handle = found->second;
     const std::int64_t end = handle.position + static_cast<std::int64_t>(bytes.size());
-    if (end > static_cast<std::int64_t>(handle.content->size()) && !Grow(disk, *handle.content, end)) {
+    if (end > static_cast<std::int64_t>(handle.content->size()) && !ChangeLength(disk, *handle.content, end)) {
         return 0;
     }
     std::copy(bytes.begin(), bytes.end(), handle.content->begin() + handle.position);
@@ -189,7 +189,7 @@ std::size_t CNativeFile::Write(std::span<const std::uint8_t> bytes) {
     return bytes.size();
 }
 
-/// Whole pages only, as some systems do; the rest is for Read and Write.
+/// Copies only whole pages, as some systems do; the caller copies the rest with Read and Write.
 std::size_t CNativeFile::CopyFrom(CNativeFile& source, std::size_t length) {
     constexpr std::size_t kPage = 4096;
     const std::int64_t start = PositionOf(source.m_handle);
@@ -226,7 +226,7 @@ bool CNativeFile::Resize(std::int64_t length) {
     if (found == disk.handles.end() || !found->second.writable || length < 0) {
         return Refuse("Invalid argument");
     }
-    return Grow(disk, *found->second.content, length);
+    return ChangeLength(disk, *found->second.content, length);
 }
 
 std::string LastFileError() {
@@ -262,7 +262,7 @@ bool RemoveFile(const std::string& path) {
         return Refuse("No such file or directory");
     }
     if (found->second.use_count() == 1) {
-        disk.room += static_cast<std::int64_t>(found->second->size());
+        disk.free += static_cast<std::int64_t>(found->second->size());
     }
     disk.files.erase(found);
     return true;
@@ -352,12 +352,12 @@ void UseUtf8Console() {}
 
 namespace fuzz {
 
-void ClearDisk(std::int64_t room) {
+void ClearDisk(std::int64_t capacity) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
     disk.files.clear();
     disk.folders = {"/", "/disc"};
-    disk.room = room;
+    disk.free = capacity;
 }
 
 void PutFile(const std::string& path, std::span<const std::uint8_t> content) {
@@ -367,7 +367,7 @@ void PutFile(const std::string& path, std::span<const std::uint8_t> content) {
     for (std::string folder = ParentOf(place); disk.folders.insert(folder).second;) {
         folder = ParentOf(folder);
     }
-    disk.room -= static_cast<std::int64_t>(content.size());
+    disk.free -= static_cast<std::int64_t>(content.size());
     disk.files[place] = std::make_shared<Bytes>(content.begin(), content.end());
 }
 

@@ -9,16 +9,16 @@ namespace vantrel::fuzz {
 namespace {
 
 constexpr std::size_t kSector = 2048;
-/// Enough for everything that an image is recognised by, the first anchor of a DVD and a postgap.
-constexpr std::size_t kMostSectors = 512;
-/// Zeros up to this number do not end a patch.
-constexpr std::size_t kShortZeros = 8;
+/// Enough for all marks of an image, the first anchor of a DVD and a postgap.
+constexpr std::size_t kMaxSectors = 512;
+/// A patch ends before this number of zeros.
+constexpr std::size_t kZerosBetweenPatches = 8;
 
-/// The end of the patch that begins at `start`: behind its last byte that is not zero.
+/// The end of the patch that starts at `start`: behind its last nonzero byte.
 std::size_t EndOfPatch(std::span<const std::uint8_t> image, std::size_t start) {
     const std::size_t limit = std::min(image.size(), (start / kSector + 1) * kSector);
     std::size_t end = start + 1;
-    for (std::size_t i = end; i < limit && i - end < kShortZeros; ++i) {
+    for (std::size_t i = end; i < limit && i - end < kZerosBetweenPatches; ++i) {
         if (image[i] != 0) {
             end = i + 1;
         }
@@ -30,7 +30,7 @@ std::size_t EndOfPatch(std::span<const std::uint8_t> image, std::size_t start) {
 
 Bytes PatchedImage(std::span<const std::uint8_t> input) {
     CInputParts parts(input);
-    const std::size_t sectors = parts.Number() % (kMostSectors + 1);
+    const std::size_t sectors = parts.Number() % (kMaxSectors + 1);
     Bytes image(sectors * kSector + parts.Byte());
     while (!parts.IsEmpty()) {
         const std::size_t sector = parts.Number();

@@ -1,4 +1,5 @@
-// Images as a fuzzer gives them: a length and a list of patches over zeros, because images are large and mostly zeros.
+// Images in the input of a fuzzer: a length and a list of patches over zeros, because images are large and mostly
+// zeros.
 //
 //     16 bits  sectors
 //      8 bits  bytes behind the last whole sector
@@ -12,10 +13,10 @@
 
 namespace vantrel::fuzz {
 
-/// The image that a list of patches stands for.
+/// Applies a list of patches.
 Bytes PatchedImage(std::span<const std::uint8_t> input);
 
-/// A list of patches that stands for an image.
+/// A list of patches that makes an image.
 Bytes PatchesOf(std::span<const std::uint8_t> image);
 
 }  // namespace vantrel::fuzz

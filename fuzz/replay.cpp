@@ -1,4 +1,4 @@
-// Runs a fuzz target over files, without a fuzzer: every finding and the whole corpus as an ordinary test, with any
+// Runs a fuzz target on files, without a fuzzer: the corpus with all findings becomes an ordinary test, with any
 // compiler.
 //
 //   fuzz_NAME [--memory MEBIBYTES] FILE|FOLDER...
@@ -34,7 +34,7 @@ std::vector<std::filesystem::path> FilesOf(const std::vector<std::string>& place
     return files;
 }
 
-/// More address space than this is refused to the process: whatever a header claims, it must do.
+/// Limits the address space of the process, which must be enough whatever a header claims.
 bool LimitMemory(rlim_t mebibytes) {
     const rlimit limit = {mebibytes << 20U, mebibytes << 20U};
     return setrlimit(RLIMIT_AS, &limit) == 0;
@@ -58,7 +58,7 @@ int main(int argc, char* argv[]) {
             std::fprintf(stderr, "%s cannot be opened\n", path.c_str());
             return EXIT_FAILURE;
         }
-        // Told beforehand, so that the last line before a crash names its input.
+        // The last line before a crash names the input.
         std::fprintf(stderr, "%s\n", path.c_str());
         const std::vector<char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());

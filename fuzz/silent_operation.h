@@ -1,8 +1,7 @@
-// The runner of the fuzz targets: nothing is shown, a failure throws, and what runs for too long is interrupted like by
-// Ctrl-C, since a layout of a few bytes may ask for gigabytes of zeros.
+// The runner of the fuzz targets. It checks what a conversion reports, and interrupts conversions that run for too
+// long, because a layout of a few bytes may ask for gigabytes of zeros.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -11,59 +10,50 @@
 
 namespace vantrel::fuzz {
 
-/// How a conversion ended other than by completing.
-struct SEnded {
-    std::string text;
-    bool interrupted = false;
-};
+/// Thrown like an interrupt by the user.
+struct SInterrupted {};
 
 class CSilentOperation : public COperation {
 public:
     using COperation::Complete;
 
-    explicit CSilentOperation(std::optional<int> level = 1) : m_level(level) {}
+    void SetTotal(std::int64_t units) override {
+        Expect(units >= 0, "the total is not negative");
+        m_total = units;
+    }
+    void SetDone(std::int64_t units) override { Expect(units >= 0 && units <= m_total, "at most all units are done"); }
+    void Notify(std::string_view text) override { Expect(!text.empty(), "a notice has a text"); }
 
-    void SetPane(EPane /*pane*/, std::string_view text) override { m_shown += text.size(); }
-    void EnableCommand(ECommand /*command*/, bool /*enabled*/) override {}
-    void AcceptDroppedFiles() override {}
-    std::optional<int> CompressionLevel() override { return m_level; }
-    void StartProgress(std::int32_t range, EProgressFill /*fill*/) override { Expect(range >= 0, "a range of units"); }
-    void StepProgress() override {}
-    void SetProgressPosition(std::int32_t position) override { Expect(position >= 0, "a position in the range"); }
-    void Notify(std::string_view text) override { Expect(!text.empty(), "a notice that says something"); }
-
-    void PumpMessages() override {
-        constexpr int kPatience = 20'000;
-        if (++m_pumps > kPatience) {
-            throw SEnded{"", true};
+    void Yield() override {
+        constexpr int kMaxYields = 20'000;
+        if (++m_yields > kMaxYields) {
+            throw SInterrupted();
         }
     }
 
     bool Complete(std::string_view doneText, const std::function<void()>& report) override {
-        Expect(!doneText.empty(), "a done text");
+        Expect(!doneText.empty(), "a completed conversion has a done text");
         report();
         return true;
     }
 
 private:
-    [[noreturn]] void EndWith(std::string_view text) override {
-        Expect(!text.empty(), "a failure that says something");
-        throw SEnded{std::string(text), false};
-    }
-
-    std::optional<int> m_level;
-    std::size_t m_shown = 0;
-    int m_pumps = 0;
+    std::int64_t m_total = 0;
+    int m_yields = 0;
 };
 
-/// Runs a conversion; nothing when it completed. Other exceptions are not caught: none may leave the engine.
+/// Runs a conversion. Returns why it ended early, and nullopt if it completed. Catches no other exceptions, because
+/// none may leave the engine.
 template <typename Conversion>
-std::optional<SEnded> EndingOf(Conversion conversion) {
+std::optional<std::string> EndingOf(Conversion conversion) {
     try {
         conversion();
         return std::nullopt;
-    } catch (const SEnded& ended) {
-        return ended;
+    } catch (const CConversionFailed& failure) {
+        Expect(*failure.what() != '\0', "a failure has a text");
+        return failure.what();
+    } catch (const SInterrupted&) {
+        return "interrupted";
     }
 }
 

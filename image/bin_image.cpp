@@ -2,6 +2,7 @@
 #include <array>
 
 #include "files/input_file.h"
+#include "files/refused.h"
 #include "image/block_image.h"
 #include "image/forms.h"
 #include "raw/sector_check.h"
@@ -12,14 +13,12 @@ namespace {
 
 class CBinImage : public CBlockImage {
 public:
-    bool Open(const std::string& path, std::string& problem) {
+    explicit CBinImage(const std::string& path) {
         const std::int64_t size = m_file.Open(path) ? m_file.Size() : -1;
         if (size < 0) {
-            problem = LastFileError();
-            return false;
+            throw CRefused(path + ": " + LastFileError());
         }
         SetGeometry(size / kRawUnit * static_cast<std::int64_t>(kUserDataSize), kUserDataSize);
-        return true;
     }
 
     EForm Form() const override { return EForm::Bin; }
@@ -43,9 +42,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CImageSource> OpenBinImage(const std::string& path, std::string& problem) {
-    auto image = std::make_unique<CBinImage>();
-    return image->Open(path, problem) ? std::move(image) : nullptr;
+std::unique_ptr<CImageSource> OpenBinImage(const std::string& path) {
+    return std::make_unique<CBinImage>(path);
 }
 
 }  // namespace vantrel

@@ -1,5 +1,5 @@
-// An image that is stored in blocks which only can be had as a whole: finds the blocks that a read touches and keeps
-// the last one. The forms say how a block is had.
+// An image that is stored in blocks: finds the blocks that a read covers, and caches the latest one. Each form says how
+// to load a block.
 #pragma once
 
 #include "image/image_source.h"
@@ -14,11 +14,12 @@ public:
     std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override;
 
 protected:
-    /// To be called before the first read. `blockSize` is that of every block but a shorter last one.
+    /// Must be called before the first read. Only the last block may be shorter than `blockSize`.
     void SetGeometry(std::int64_t size, std::uint32_t blockSize);
 
 private:
-    /// The content of block `number`, valid until the next call. When it cannot be had, false and the reason.
+    /// Loads block `number`; `content` is valid until the next call. Returns false and sets `fault` if the block is
+    /// unreadable.
     virtual bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) = 0;
 
     bool MakeCurrent(std::uint64_t number);

@@ -1,5 +1,6 @@
-// The image in a CSO file.
+// Reads the image in a CSO file.
 #include "compress/cso_reader.h"
+#include "files/refused.h"
 #include "image/block_image.h"
 #include "image/forms.h"
 
@@ -7,7 +8,7 @@ namespace vantrel {
 
 namespace {
 
-const char* TextOf(ECsoFault fault) {
+const char* CsoFaultText(ECsoFault fault) {
     switch (fault) {
         case ECsoFault::None:
             break;
@@ -33,19 +34,19 @@ const char* TextOf(ECsoFault fault) {
 
 class CCsoImage : public CBlockImage {
 public:
-    bool Open(const std::string& path, std::string& problem) {
+    explicit CCsoImage(const std::string& path) {
         if (!m_cso.Open(path)) {
-            problem = LastFileError();
-            return false;
+            throw CRefused(path + ": " + LastFileError());
         }
         ECsoFault fault = m_cso.ReadHeader();
         if (fault == ECsoFault::None) {
             fault = m_cso.ReadIndex();
         }
-        problem = TextOf(fault);
+        if (fault != ECsoFault::None) {
+            throw CRefused(path + ": " + CsoFaultText(fault));
+        }
         const std::uint32_t blockSize = m_cso.Header().block_size;
         SetGeometry(static_cast<std::int64_t>(m_cso.BlockCount() * blockSize), blockSize);
-        return fault == ECsoFault::None;
     }
 
     EForm Form() const override { return EForm::Cso; }
@@ -55,7 +56,7 @@ private:
     bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
         const ECsoFault found = m_cso.ReadBlock(number, content);
         if (found != ECsoFault::None) {
-            fault = TextOf(found);
+            fault = CsoFaultText(found);
         }
         return found == ECsoFault::None;
     }
@@ -65,9 +66,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CImageSource> OpenCsoImage(const std::string& path, std::string& problem) {
-    auto image = std::make_unique<CCsoImage>();
-    return image->Open(path, problem) ? std::move(image) : nullptr;
+std::unique_ptr<CImageSource> OpenCsoImage(const std::string& path) {
+    return std::make_unique<CCsoImage>(path);
 }
 
 }  // namespace vantrel

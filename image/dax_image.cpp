@@ -1,5 +1,6 @@
-// The image in a DAX file.
+// Reads the image in a DAX file.
 #include "compress/dax_reader.h"
+#include "files/refused.h"
 #include "image/block_image.h"
 #include "image/forms.h"
 #include "operation/text.h"
@@ -8,7 +9,7 @@ namespace vantrel {
 
 namespace {
 
-const char* TextOf(EDaxFault fault) {
+const char* DaxFaultText(EDaxFault fault) {
     switch (fault) {
         case EDaxFault::None:
             break;
@@ -28,18 +29,18 @@ const char* TextOf(EDaxFault fault) {
 
 class CDaxImage : public CBlockImage {
 public:
-    bool Open(const std::string& path, std::string& problem) {
+    explicit CDaxImage(const std::string& path) {
         if (!m_dax.Open(path)) {
-            problem = LastFileError();
-            return false;
+            throw CRefused(path + ": " + LastFileError());
         }
         EDaxFault fault = m_dax.ReadHeader();
         if (fault == EDaxFault::None) {
             fault = m_dax.ReadTables();
         }
-        problem = TextOf(fault);
+        if (fault != EDaxFault::None) {
+            throw CRefused(path + ": " + DaxFaultText(fault));
+        }
         SetGeometry(m_dax.Header().image_size, kDaxFrameSize);
-        return fault == EDaxFault::None;
     }
 
     EForm Form() const override { return EForm::Dax; }
@@ -49,14 +50,14 @@ private:
     bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
         const EDaxFault found = m_dax.ReadFrame(static_cast<std::uint32_t>(number), content);
         if (found != EDaxFault::None) {
-            fault = TextOf(found);
+            fault = DaxFaultText(found);
             return false;
         }
-        const std::int64_t wanted =
+        const std::int64_t expected =
             std::min<std::int64_t>(Size() - static_cast<std::int64_t>(number) * kDaxFrameSize, kDaxFrameSize);
-        if (static_cast<std::int64_t>(content.size()) != wanted) {
+        if (static_cast<std::int64_t>(content.size()) != expected) {
             fault = Format("its stream expands to %zu bytes instead of %lld", content.size(),
-                           static_cast<long long>(wanted));
+                           static_cast<long long>(expected));
             return false;
         }
         return true;
@@ -67,9 +68,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CImageSource> OpenDaxImage(const std::string& path, std::string& problem) {
-    auto image = std::make_unique<CDaxImage>();
-    return image->Open(path, problem) ? std::move(image) : nullptr;
+std::unique_ptr<CImageSource> OpenDaxImage(const std::string& path) {
+    return std::make_unique<CDaxImage>(path);
 }
 
 }  // namespace vantrel

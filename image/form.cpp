@@ -4,6 +4,8 @@
 #include <array>
 #include <string_view>
 
+#include "files/input_file.h"
+#include "files/refused.h"
 #include "iso/iso9660.h"
 #include "raw/raw_sector.h"
 
@@ -42,6 +44,18 @@ EForm FormOf(CByteSource& file) {
         return EForm::Iml;
     }
     return HasBytes(file, 0, "FILE \""sv) ? EForm::Cue : EForm::Unknown;
+}
+
+EForm FormOfFile(const std::string& path) {
+    CInputFile file;
+    if (!file.Open(path)) {
+        throw CRefused(path + ": " + LastFileError());
+    }
+    const EForm form = FormOf(file);
+    if (file.HasFailed()) {
+        throw CRefused(file.Problem());
+    }
+    return form;
 }
 
 const char* NameOf(EForm form) {

@@ -1,5 +1,7 @@
-// What form a file has, told from its content and never from its name.
+// The form of a file, determined from its content and never from its name.
 #pragma once
+
+#include <string>
 
 #include "files/byte_source.h"
 
@@ -10,14 +12,17 @@ enum class EForm {
     Iso,  ///< an image of 2048-byte sectors with the identifier "CD001" in sector 16 (ECMA-119 8.1.2)
     Cso,
     Dax,
-    Bin,  ///< an image of 2352-byte sectors, told from the sync field of the first (ECMA-130 14.1)
+    Bin,  ///< an image of 2352-byte sectors, recognised by the sync field of the first (ECMA-130 14.1)
     Iml,  ///< a layout
-    Cue,  ///< a sheet
+    Cue,  ///< a CUE sheet
 };
 
-/// The form of a file. Compressed and raw forms are told from their first bytes alone; whether they hold an image is
-/// seen when they are opened.
+/// The form of a file. Compressed and raw forms are recognised by their first bytes alone; opening the image then shows
+/// whether the file really holds one.
 EForm FormOf(CByteSource& file);
+
+/// The same for a file that is not open yet. Throws CRefused if it cannot be opened or read.
+EForm FormOfFile(const std::string& path);
 
 /// "ISO", "CSO", "DAX", "BIN", "IML", "CUE"; "unknown" for the rest.
 const char* NameOf(EForm form);

@@ -1,41 +1,34 @@
 #include "image/image_source.h"
 
-#include "files/input_file.h"
+#include "files/refused.h"
 #include "image/forms.h"
 
 namespace vantrel {
 
-std::unique_ptr<CImageSource> OpenImage(const std::string& path, std::string& problem) {
-    EForm form = EForm::Unknown;
-    {
-        CInputFile file;
-        if (!file.Open(path)) {
-            problem = LastFileError();
-            return nullptr;
-        }
-        form = FormOf(file);
-        if (file.HasFailed()) {
-            problem = LastFileError();
-            return nullptr;
-        }
-    }
+std::unique_ptr<CImageSource> OpenImage(const std::string& path) {
+    const EForm form = FormOfFile(path);
     switch (form) {
         case EForm::Iso:
-            return OpenPlainImage(path, problem);
+            return OpenPlainImage(path);
         case EForm::Cso:
-            return OpenCsoImage(path, problem);
+            return OpenCsoImage(path);
         case EForm::Dax:
-            return OpenDaxImage(path, problem);
+            return OpenDaxImage(path);
         case EForm::Bin:
-            return OpenBinImage(path, problem);
+            return OpenBinImage(path);
         case EForm::Iml:
         case EForm::Cue:
+            throw CRefused(path + ": the form " + NameOf(form) + " does not contain an image");
         case EForm::Unknown:
             break;
     }
-    problem = form == EForm::Unknown ? "not a disc image that is known here"
-                                     : std::string("holds no image by itself, being of the form ") + NameOf(form);
-    return nullptr;
+    throw CRefused(path + ": not a known kind of disc image");
+}
+
+void RefuseDamaged(const CImageSource& image, const std::string& path) {
+    if (!image.Fault().empty()) {
+        throw CRefused(path + ": damaged " + image.BlockNoun() + ": " + image.Fault());
+    }
 }
 
 }  // namespace vantrel

@@ -1,5 +1,6 @@
-// An image that is stored as it is.
+// An image that is stored without a container.
 #include "files/input_file.h"
+#include "files/refused.h"
 #include "image/forms.h"
 #include "iso/iso9660.h"
 
@@ -9,11 +10,13 @@ namespace {
 
 class CPlainImage : public CImageSource {
 public:
-    bool Open(const std::string& path) {
-        const bool isOpen = m_file.Open(path);
-        m_size = isOpen ? m_file.Size() : -1;
-        return m_size >= 0;
+    explicit CPlainImage(const std::string& path) {
+        m_size = m_file.Open(path) ? m_file.Size() : -1;
+        if (m_size < 0) {
+            throw CRefused(path + ": " + LastFileError());
+        }
     }
+
     EForm Form() const override { return EForm::Iso; }
     std::uint32_t BlockSize() const override { return static_cast<std::uint32_t>(kSectorSize); }
     const char* BlockNoun() const override { return "sector"; }
@@ -32,19 +35,14 @@ public:
 
 private:
     CInputFile m_file;
-    std::int64_t m_size = 0;
+    std::int64_t m_size = -1;
     std::string m_fault;
 };
 
 }  // namespace
 
-std::unique_ptr<CImageSource> OpenPlainImage(const std::string& path, std::string& problem) {
-    auto image = std::make_unique<CPlainImage>();
-    if (!image->Open(path)) {
-        problem = LastFileError();
-        return nullptr;
-    }
-    return image;
+std::unique_ptr<CImageSource> OpenPlainImage(const std::string& path) {
+    return std::make_unique<CPlainImage>(path);
 }
 
 }  // namespace vantrel

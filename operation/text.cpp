@@ -5,7 +5,6 @@
 
 namespace vantrel {
 
-// The texts are kept as printf patterns, and the compiler checks the arguments.
 std::string Format(const char* pattern, ...) {  // NOLINT(cert-dcl50-cpp)
     va_list arguments;
     va_start(arguments, pattern);

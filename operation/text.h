@@ -1,4 +1,4 @@
-// Formatting of the texts that a conversion shows, by printf patterns, because the texts are kept as patterns.
+// Formatting of the texts that a conversion shows. The texts are printf patterns.
 #pragma once
 
 #include <cstdint>
@@ -6,13 +6,13 @@
 
 namespace vantrel {
 
-/// The text that printf would write for `pattern`. The compiler checks the arguments against the pattern.
+/// Formats as printf does. The compiler checks the arguments against the pattern.
 std::string Format(const char* pattern, ...) __attribute__((format(gnu_printf, 1, 2)));
 
-/// "%s bytes" of a byte count.
+/// For example "2048 bytes".
 std::string BytesText(std::int64_t bytes);
 
-/// "%d%%" of a percentage.
+/// For example "50%".
 std::string PercentText(std::int64_t percent);
 
 }  // namespace vantrel

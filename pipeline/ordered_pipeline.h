@@ -1,5 +1,4 @@
-// Work on a file in pieces: threads make the next ones while one is used. The pieces come out in their order, whatever
-// the number of threads.
+// Ordered work on several threads: items are processed in parallel, and one thread receives the results in order.
 #pragma once
 
 #include <algorithm>
@@ -8,81 +7,94 @@
 #include <cstdint>
 #include <functional>
 #include <future>
+#include <limits>
 #include <mutex>
 #include <utility>
 #include <vector>
 
 namespace vantrel {
 
-/// Places for pieces that keep so many workers busy: one for the piece in use, and two for each worker, so that it can
-/// begin another piece while an earlier one of someone else's is waited for.
-constexpr std::size_t PlacesFor(std::uint32_t workers) {
+/// Slots that keep this many workers busy: one for the result in use, and two for each worker, so that a worker can
+/// start its next item while an earlier item of another worker is still in progress.
+constexpr std::size_t SlotsFor(std::uint32_t workers) {
     return 2 * std::size_t{workers} + 1;
 }
 
-/// Hands out pieces number 0 to count - 1 in their order, to one thread. Making a piece has two steps: reading, for one
-/// piece after the other, and the rest, for several pieces at once. Without workers both are done when a piece is
-/// asked for; with workers they are done on threads of their own, as far ahead as there are places.
+/// Processes items 0 to count - 1 in slots and returns them in order to one thread. An item has two steps: the reader
+/// step, for one item at a time, and the worker step, for several items at once. Without workers, Next() runs both
+/// steps; with workers, they run on threads of their own, as far ahead as there are slots.
 ///
-/// Neither step may throw. What they work with outlives the object; its end waits for the steps that have begun.
-template <typename Piece>
-class CPiecesAhead {
+/// Neither step may throw. Whatever the steps use must outlive the pipeline; its destructor waits for running steps.
+/// Tests replace `Condition` to pause at the points where threads meet.
+template <typename Slot, typename Condition = std::condition_variable>
+class COrderedPipeline {
 public:
-    /// Called in the order of the numbers and never twice at a time, but on changing threads.
-    using Reader = std::function<void(Piece& piece, std::uint64_t number)>;
-    /// Called for several pieces at a time, but never twice at a time for the same worker. Workers count from 0; where
-    /// there is no thread, worker 0 is the one who asks.
-    using Maker = std::function<void(Piece& piece, std::uint64_t number, std::uint32_t worker)>;
+    /// Called in the order of the items and never concurrently, but on changing threads.
+    using Reader = std::function<void(Slot& slot, std::uint64_t item)>;
+    /// Called concurrently for different workers, which count from 0. Without threads, `worker` is 0.
+    using Worker = std::function<void(Slot& slot, std::uint64_t item, std::uint32_t worker)>;
 
-    /// `places` holds at least one piece; their memory is taken before any work begins, and used again and again.
-    CPiecesAhead(std::uint64_t count, std::uint32_t workers, std::vector<Piece> places, Reader read, Maker make)
+    /// `slots` holds at least one slot. Slots are reused for the items in turn.
+    COrderedPipeline(std::uint64_t count, std::uint32_t workers, std::vector<Slot> slots, Reader read, Worker work)
         : m_count(count),
-          m_places(std::move(places)),
-          m_madeUpTo(m_places.size()),
+          m_slots(std::move(slots)),
+          m_doneEnds(m_slots.size()),
           m_read(std::move(read)),
-          m_make(std::move(make)) {
+          m_work(std::move(work)),
+          m_startLimit(m_slots.size() - 1) {
         StartThreads(count > 1 ? static_cast<std::uint32_t>(std::min<std::uint64_t>(workers, count)) : 0);
     }
-    CPiecesAhead(const CPiecesAhead&) = delete;
-    CPiecesAhead& operator=(const CPiecesAhead&) = delete;
-    ~CPiecesAhead() {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_stopped = true;
-        }
-        m_placeFreed.notify_all();
+    COrderedPipeline(const COrderedPipeline&) = delete;
+    COrderedPipeline& operator=(const COrderedPipeline&) = delete;
+    ~COrderedPipeline() {
+        Set(m_startLimit, kStopped);
         for (const std::future<void>& thread : m_threads) {
             thread.wait();
         }
     }
 
-    /// The next piece, valid until the next call; null when there is none left.
-    const Piece* Next() {
+    /// The slot of the next item, valid until the next call; null after the last item.
+    const Slot* Next() {
         if (m_taken == m_count) {
             return nullptr;
         }
-        const std::uint64_t number = m_taken;
+        const std::uint64_t item = m_taken++;
+        const std::size_t index = SlotOf(item);
         if (m_threads.empty()) {
-            ++m_taken;
-            m_read(m_places[PlaceOf(number)], number);
-            m_make(m_places[PlaceOf(number)], number, 0);
+            m_read(m_slots[index], item);
+            m_work(m_slots[index], item, 0);
         } else {
-            std::unique_lock lock(m_mutex);
-            ++m_taken;
-            m_placeFreed.notify_one();
-            m_pieceMade.wait(lock, [this, number] { return m_madeUpTo[PlaceOf(number)] > number; });
+            Set(m_startLimit, item + m_slots.size());  // the slot of the previous item is free now
+            WaitUntilAbove(m_doneEnds[index], item);
         }
-        return &m_places[PlaceOf(number)];
+        return &m_slots[index];
     }
 
-    /// How many threads make pieces beside the one that uses them.
+    /// Number of threads besides the one that calls Next().
     std::size_t ThreadCount() const { return m_threads.size(); }
 
 private:
+    static constexpr std::uint64_t kStopped = std::numeric_limits<std::uint64_t>::max();
+
+    void Set(std::uint64_t& counter, std::uint64_t value) {
+        {
+            const std::lock_guard lock(m_mutex);
+            counter = value;
+        }
+        m_changed.notify_all();
+    }
+
+    /// Returns the value that ended the wait.
+    std::uint64_t WaitUntilAbove(const std::uint64_t& counter, std::uint64_t bound) {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [&counter, bound] { return counter > bound; });
+        return counter;
+    }
+
     void StartThreads(std::uint32_t wanted) {
         m_threads.reserve(wanted);
         for (std::uint32_t worker = 0; worker < wanted; ++worker) {
-            // Where no thread can be had, the work would be deferred: those that there are do it then.
+            // If no thread can be started, the call is deferred instead; the threads started so far do the work then.
             auto thread = std::async(std::launch::async | std::launch::deferred, [this, worker] { Work(worker); });
             if (thread.wait_for(std::chrono::seconds(0)) == std::future_status::deferred) {
                 return;
@@ -93,51 +105,34 @@ private:
 
     void Work(std::uint32_t worker) {
         while (true) {
-            std::unique_lock turn(m_reading);
-            std::uint64_t number = 0;
-            if (!Claim(number)) {
+            std::unique_lock reading(m_reading);
+            if (m_started == m_count || WaitUntilAbove(m_startLimit, m_started) == kStopped) {
                 return;
             }
-            m_read(m_places[PlaceOf(number)], number);
-            turn.unlock();
-            m_make(m_places[PlaceOf(number)], number, worker);
-            {
-                const std::lock_guard lock(m_mutex);
-                m_madeUpTo[PlaceOf(number)] = number + 1;
-            }
-            m_pieceMade.notify_one();
+            const std::uint64_t item = m_started++;
+            const std::size_t index = SlotOf(item);
+            m_read(m_slots[index], item);
+            reading.unlock();
+            m_work(m_slots[index], item, worker);
+            Set(m_doneEnds[index], item + 1);
         }
     }
 
-    /// Waits until the next piece has a place; false when there is nothing left to do. Only whose turn it is to read
-    /// calls this.
-    bool Claim(std::uint64_t& number) {
-        std::unique_lock lock(m_mutex);
-        m_placeFreed.wait(lock, [this] { return m_stopped || m_claimed == m_count || HasPlace(m_claimed); });
-        if (m_stopped || m_claimed == m_count) {
-            return false;
-        }
-        number = m_claimed++;
-        return true;
-    }
-
-    /// The piece taken last is still in use; all before it are free.
-    bool HasPlace(std::uint64_t number) const { return number < m_taken + m_places.size() - 1; }
-
-    std::size_t PlaceOf(std::uint64_t number) const { return static_cast<std::size_t>(number % m_places.size()); }
+    std::size_t SlotOf(std::uint64_t item) const { return static_cast<std::size_t>(item % m_slots.size()); }
 
     const std::uint64_t m_count;
-    std::vector<Piece> m_places;
-    std::vector<std::uint64_t> m_madeUpTo;  ///< For each place the number behind the last piece that was made in it.
+    std::vector<Slot> m_slots;
+    /// For each slot, one more than the last item completed in it; 0 before. Shared between threads: use Set and
+    /// WaitUntilAbove.
+    std::vector<std::uint64_t> m_doneEnds;
     Reader m_read;
-    Maker m_make;
-    std::mutex m_reading;  ///< Held while a piece is claimed and read, so that this happens in order.
-    std::mutex m_mutex;    ///< Held while the members below and m_madeUpTo are used, where there are threads.
-    std::condition_variable m_placeFreed;
-    std::condition_variable m_pieceMade;
-    std::uint64_t m_taken = 0;    ///< Pieces asked for so far; changed by the thread that asks only.
-    std::uint64_t m_claimed = 0;  ///< Pieces begun so far.
-    bool m_stopped = false;
+    Worker m_work;
+    std::uint64_t m_taken = 0;   ///< Items that Next() has returned or waits for.
+    std::uint64_t m_startLimit;  ///< Items below this number may be started; kStopped ends the threads. Shared, too.
+    std::mutex m_mutex;          ///< Held while m_doneEnds or m_startLimit is used.
+    Condition m_changed;         ///< The caller of Next() and the worker whose turn it is to read wait for it.
+    std::mutex m_reading;        ///< Held while an item is started and read, which keeps the order.
+    std::uint64_t m_started = 0;
     std::vector<std::future<void>> m_threads;
 };
 

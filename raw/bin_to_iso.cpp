@@ -73,7 +73,7 @@ void WriteSectors(const CDataPiece& piece, COutputFile& output, CProgress& progr
 /// no other thread using the input any more.
 bool CopyUserData(CInputFile& input, std::int64_t count, bool strict, CCheckedOutput& output, CProgress& progress) {
     const std::int64_t pieceCount = (count + kPieceSectors - 1) / kPieceSectors;
-    CPiecesAhead<CDataPiece> pieces(
+    COrderedPipeline<CDataPiece> pieces(
         static_cast<std::uint64_t>(pieceCount), strict ? kStrictWorkers : 0,
         std::vector<CDataPiece>(strict ? kStrictSlots : 1),
         [&](CDataPiece& piece, std::uint64_t number) {

@@ -60,7 +60,7 @@ private:
 /// Returns false if the image could not be read in full. Only then is no other thread using it any more.
 bool WritePieces(CInputFile& image, const SExpansion& expansion, CCheckedOutput& output, CProgress& progress) {
     const std::uint32_t count = (expansion.AllSectors() + kPieceSectors - 1) / kPieceSectors;
-    CPiecesAhead<CRawPiece> pieces(
+    COrderedPipeline<CRawPiece> pieces(
         count, kWorkers, std::vector<CRawPiece>(kSlots),
         [&](CRawPiece& piece, std::uint64_t number) {
             piece.Read(image, expansion, static_cast<std::uint32_t>(number) * kPieceSectors);

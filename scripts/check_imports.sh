@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Fails when a Windows program needs a DLL that does not come with Windows.
+# Fails if a Windows program needs a DLL that is not part of Windows.
 #
 #   check_imports.sh PROGRAM.exe...
 set -eu
@@ -8,7 +8,7 @@ status=0
 for program in "$@"; do
     imports=$(x86_64-w64-mingw32-objdump -p "$program" | sed -n 's/^\tDLL Name: //p')
     if [ -z "$imports" ]; then
-        echo "$program: no list of imports"
+        echo "$program: has no import table"
         status=1
     fi
     others=$(grep -viE "^($system)\.dll$" <<<"$imports" || true)

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Fails, and names the places, where a source includes a header of a room that its own room does not declare to use.
+"""Fails, and names the places, if a source includes a header of a room that its own room does not declare to use.
 
     check_rooms.py ROOMS_FILE
 
-ROOMS_FILE is the rooms.txt of a build: a line for each target with its folder, its name and the rooms it uses. Static
-libraries alone do not notice a wrong include of a header without functions.
+ROOMS_FILE is the rooms.txt of a build: one line per target with its folder, its name and the rooms it uses. The linker
+does not notice a wrong include of a header that needs no library.
 """
 import os
 import re
@@ -15,7 +15,7 @@ ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
 
 def declared(path):
-    """The folder of each target, and the folders that each folder may include from, uses of uses included."""
+    """The folders that each folder may include from: its own, and those of the rooms it uses directly or indirectly."""
     folders, uses = {}, {}
     with open(path, encoding="utf-8") as file:
         for line in file:
@@ -37,7 +37,7 @@ def declared(path):
 
 
 def room_of(path, rooms):
-    """The folder of the room that a path of the checkout belongs to; None if it belongs to none."""
+    """The folder of the room that a path of the checkout belongs to, or None."""
     folder = os.path.dirname(path)
     while folder and folder not in rooms:
         folder = os.path.dirname(folder)

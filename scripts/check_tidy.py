@@ -1,11 +1,10 @@
 #!/usr/bin/env python3
-"""Fails, and names the places, where clang-tidy finds something in the program's own sources.
+"""Runs clang-tidy on the sources of the programs; fails, and names the places, if it finds anything.
 
-    check_tidy.py [--besides OTHER_BUILD_FOLDER] BUILD_FOLDER FOLDER...
+    check_tidy.py [--besides OTHER_BUILD_FOLDER] BUILD_FOLDER
 
-Looks at the sources below the given folders of the checkout that BUILD_FOLDER compiles, and OTHER_BUILD_FOLDER does not.
-A source that was found clean is passed over until it, a header of the checkout that it includes, its compile command or
-.clang-tidy changes.
+Checks the sources that BUILD_FOLDER compiles and OTHER_BUILD_FOLDER does not, except tests, fuzzers and benchmarks. A clean
+source is skipped until it, a header of the checkout that it includes, its compile command or .clang-tidy changes.
 """
 import argparse
 import concurrent.futures
@@ -19,10 +18,11 @@ import subprocess
 import sys
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+LEFT_OUT = ("tests/", "fuzz/", "bench/", "../")  # "../": libraries that are built from source
 
 
 def dependencies(build):
-    """Every header of the checkout that each source includes, as the last build found them."""
+    """The headers of the checkout that each source includes, as recorded by the last build."""
     found = {}
     objects = subprocess.run(["ninja", "-C", build, "-t", "deps"], capture_output=True, text=True, check=True).stdout
     for entry in objects.split("\n\n"):
@@ -34,7 +34,7 @@ def dependencies(build):
 
 
 def entries_of(build):
-    """The compile commands of a build, by source below the checkout."""
+    """The compile commands of a build by source path, relative to the checkout."""
     with open(os.path.join(build, "compile_commands.json"), encoding="utf-8") as file:
         entries = json.load(file)
     named = {}
@@ -46,8 +46,8 @@ def entries_of(build):
 
 @functools.cache
 def words_for_system(compiler):
-    """What makes Clang compile as a cross compiler does: its target, and its headers but for those of the processor,
-    which belong to GCC alone."""
+    """The options that make Clang compile like a cross compiler: its target, and its headers except those with processor
+    intrinsics, which only GCC understands."""
     if "mingw" not in compiler:
         return [compiler]
     told = subprocess.run([compiler, "-xc++", "-E", "-v", os.devnull], capture_output=True, text=True, check=True).stderr
@@ -58,7 +58,7 @@ def words_for_system(compiler):
 
 
 def clean_command(command):
-    """The compile command without what only GCC knows, and without its precompiled headers."""
+    """The compile command without precompiled headers and options that only GCC knows."""
     words = shlex.split(command)
     while words[0].endswith("ccache"):
         words.pop(0)
@@ -75,7 +75,7 @@ def clean_command(command):
 
 
 class Checker:
-    def __init__(self, build, others, folders):
+    def __init__(self, build, others):
         self.stamps = os.path.join(build, "tidy")
         os.makedirs(self.stamps, exist_ok=True)
         self.dependencies = dependencies(build)
@@ -84,8 +84,7 @@ class Checker:
             self.common = version + configuration.read()
         self.sources = {}
         for source, entry in entries_of(build).items():
-            wanted = source.endswith(".cpp") and any(source.startswith(folder + os.sep) for folder in folders)
-            if wanted and source not in others:
+            if source.endswith(".cpp") and not source.startswith(LEFT_OUT) and source not in others:
                 entry["arguments"] = clean_command(entry.pop("command"))
                 self.sources[source] = entry
         with open(os.path.join(self.stamps, "compile_commands.json"), "w", encoding="utf-8") as file:
@@ -110,7 +109,7 @@ class Checker:
             return False
 
     def check(self, source):
-        """What there is to complain of, or an empty text."""
+        """The findings as text; empty if there are none."""
         digest = self.digest(source)
         done = subprocess.run(["clang-tidy", "-p", self.stamps, "--quiet", os.path.join(ROOT, source)],
                               capture_output=True, text=True)
@@ -125,21 +124,20 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--besides")
     parser.add_argument("build", type=os.path.abspath)
-    parser.add_argument("folders", nargs="+")
     options = parser.parse_args()
-    checker = Checker(options.build, entries_of(options.besides) if options.besides else {}, options.folders)
+    checker = Checker(options.build, entries_of(options.besides) if options.besides else {})
     waiting = [source for source in checker.sources if not checker.is_known_clean(source)]
-    # The longest ones first, so that none is waited for alone in the end.
+    # The sources with most headers first, so that no long one runs alone at the end.
     waiting.sort(key=lambda source: -len(checker.dependencies.get(os.path.join(ROOT, source), ())))
-    complaints = set()
+    findings = set()
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         for text in pool.map(checker.check, waiting):
-            # A header's fault is told by every source that includes it.
-            complaints.update(re.findall(r"(?m)^\S.*?: (?:warning|error): .*$", text) or filter(None, [text]))
-    for complaint in sorted(complaints):
-        print(complaint)
-    print(f"{len(checker.sources)} sources, {len(waiting)} of them looked at, {len(complaints)} complaints")
-    return 1 if complaints or not checker.sources else 0
+            # Findings in a header are repeated for every source that includes it.
+            findings.update(re.findall(r"(?m)^\S.*?: (?:warning|error): .*$", text) or filter(None, [text]))
+    for finding in sorted(findings):
+        print(finding)
+    print(f"{len(checker.sources)} sources, {len(waiting)} checked, {len(findings)} findings")
+    return 1 if findings or not checker.sources else 0
 
 
 if __name__ == "__main__":

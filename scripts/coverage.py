@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Prints which part of the lines of every room was run by programs of a build with "--coverage".
+"""Prints how many lines of each top-level folder were run by programs of a build with "--coverage".
 
-    coverage.py BUILD_FOLDER ROOM...
+    coverage.py BUILD_FOLDER
 """
 import collections
 import json
@@ -10,10 +10,11 @@ import subprocess
 import sys
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+LEFT_OUT = {"tests", "fuzz", "bench", ".."}  # "..": libraries
 
 
 def counted_lines(build):
-    """How often each line of each source was run, by path below the checkout; inlined lines add up."""
+    """How often each line of each source was run, by path in the checkout; all copies of inline code are added."""
     notes = [os.path.join(folder, name) for folder, _, names in os.walk(build) for name in names
              if name.endswith(".gcno")]
     lines = collections.defaultdict(collections.Counter)
@@ -29,12 +30,12 @@ def counted_lines(build):
 
 
 def main():
-    build, rooms = os.path.abspath(sys.argv[1]), sys.argv[2:]
-    lines = counted_lines(build)
-    for room in rooms:
-        counts = [count for path, counter in lines.items() if path.startswith(room + "/") for count in counter.values()]
-        reached = sum(1 for count in counts if count)
-        print("%-10s %5d of %5d lines, %3d %%" % (room, reached, len(counts), 100 * reached // max(len(counts), 1)))
+    counts = collections.defaultdict(list)
+    for path, counter in counted_lines(os.path.abspath(sys.argv[1])).items():
+        counts[path.split(os.sep)[0]] += counter.values()
+    for folder in sorted(counts.keys() - LEFT_OUT):
+        reached, total = sum(1 for count in counts[folder] if count), len(counts[folder])
+        print("%-10s %5d of %5d lines, %3d %%" % (folder, reached, total, 100 * reached // max(total, 1)))
 
 
 if __name__ == "__main__":

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Runs the fuzzers; ./check --fuzz calls this.
 #
-#   fuzz.sh run SECONDS [TARGET...]   each target for so long with two workers; non-zero when there is a finding
-#   fuzz.sh merge [TARGET...]         takes what the grown corpus covers beyond fuzz/corpus into fuzz/corpus
-#   fuzz.sh coverage                  which lines of every room seeds and both corpora reach
+#   fuzz.sh run SECONDS [TARGET...]   runs each target for SECONDS with two workers; fails if there is a finding
+#   fuzz.sh merge [TARGET...]         adds to fuzz/corpus what the grown corpus covers beyond it
+#   fuzz.sh coverage                  reports which lines seeds and both corpora reach
 #
-# The grown corpus lies in build/fuzz/corpus, findings in build/fuzz/artifacts.
+# The grown corpus is in build/fuzz/corpus, findings are in build/fuzz/artifacts.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/setup.sh
@@ -13,7 +13,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 all_targets=$(sed -n 's/^vantrel_fuzz_target(\([a-z]*\).*/\1/p' fuzz/CMakeLists.txt)
 grown=build/fuzz/corpus
 artifacts=build/fuzz/artifacts
-# Memory is checked far below what a machine has: nothing here may take it by a claim.
+# The memory limit is low, because no size that a file claims may be allocated unchecked.
 limits=(-timeout=60 -rss_limit_mb=1024 -malloc_limit_mb=64)
 export ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1:quarantine_size_mb=16
 export UBSAN_OPTIONS=print_stacktrace=1
@@ -25,7 +25,7 @@ build() {
     build/native/bin/make_seeds build/fuzz/seeds
 }
 
-# The longest input that makes sense: a few sectors for raw images, less for the rest.
+# The maximum useful input length: a few sectors for raw images, less for the others.
 longest_of() {
     case $1 in
     bin) echo 60000 ;;
@@ -35,8 +35,8 @@ longest_of() {
     esac
 }
 
-# A machine that was busy, or stopped the fuzzer for a while, lets inputs seem slow that are not.
-drop_chance_findings() {
+# Removes findings that do not recur: on a busy machine, inputs can seem slow or large that are not.
+drop_unreproducible_findings() {
     local input
     for input in "$artifacts/$1"/{timeout,slow-unit,oom}-*; do
         if [ -e "$input" ] && build/fuzz/bin/fuzz_"$1" "${limits[@]}" "$input" >/dev/null 2>&1 </dev/null; then
@@ -53,9 +53,9 @@ run_target() {
     build/fuzz/bin/fuzz_"$target" -fork=2 -max_total_time="$seconds" -max_len="$(longest_of "$target")" \
         "${limits[@]}" "${dictionary[@]}" -artifact_prefix="$artifacts/$target/" \
         "$grown/$target" "fuzz/corpus/$target" "build/fuzz/seeds/$target" >"$log" 2>&1 </dev/null || true
-    drop_chance_findings "$target"
+    drop_unreproducible_findings "$target"
     findings=$(find "$artifacts/$target" -type f | wc -l)
-    # The last line of a job tells "#EXECUTIONS: cov: EDGES ft: FEATURES corp: INPUTS ...".
+    # The last status line of a job is "#EXECUTIONS: cov: EDGES ft: FEATURES corp: INPUTS ...".
     awk -v target="$target" -v findings="$findings" '
         /^#[0-9]+: cov:/ { executions = substr($1, 2) + 0; edges = $3; features = $5; inputs = $7 }
         END {
@@ -73,9 +73,9 @@ merge_target() {
     local target=$1 merged=build/fuzz/merged/$1
     rm -rf "$merged"
     mkdir -p "$merged" "fuzz/corpus/$target"
-    # What was named by hand stays: the inputs of findings.
+    # Inputs of findings have names with a '-' and are always kept.
     find "fuzz/corpus/$target" -type f -name '*-*' -exec cp {} "$merged" \;
-    # The fewest inputs that reach every edge; how often an edge is passed would keep ten times as many.
+    # Keeps the fewest inputs that reach every edge. Counting how often would keep ten times as many.
     build/fuzz/bin/fuzz_"$target" -set_cover_merge=1 -use_counters=0 -max_len="$(longest_of "$target")" "${limits[@]}" \
         "$merged" "fuzz/corpus/$target" "build/fuzz/seeds/$target" "$grown/$target" >build/fuzz/merge_"$target".log 2>&1
     rm -rf "fuzz/corpus/$target"
@@ -83,7 +83,7 @@ merge_target() {
     echo "$target: $(find "fuzz/corpus/$target" -type f | wc -l) inputs, $(du -sb "fuzz/corpus/$target" | cut -f 1) bytes"
 }
 
-# The lines of every room that seeds and corpora reach.
+# Reports the lines that seeds and corpora reach.
 measure_coverage() {
     local target build=build/coverage
     build_preset native make_seeds
@@ -95,7 +95,7 @@ measure_coverage() {
         "$build/bin/fuzz_$target" "fuzz/corpus/$target" "build/fuzz/seeds/$target" "$grown/$target" \
             >build/fuzz/coverage_"$target".log 2>&1
     done
-    scripts/coverage.py "$build" operation files pieces iso iml raw compress image console app
+    scripts/coverage.py "$build"
 }
 
 action=$1

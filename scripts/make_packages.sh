@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Puts built programs into packages; ./package builds them first.
+# Makes packages of built programs; ./package builds the programs first.
 #
 #   make_packages.sh zip VERSION WINDOWS_PROGRAMS TARGET
 #   make_packages.sh deb VERSION VANTREL TARGET
@@ -22,7 +22,7 @@ make_zip() {
     echo "$target/$name.zip"
 }
 
-# The libraries that the program needs, as dpkg-shlibdeps finds them.
+# The packages of the libraries that the program needs.
 dependencies_of() {
     local scratch
     scratch=$(mktemp -d)
@@ -58,7 +58,7 @@ Section: utils
 Priority: optional
 Description: converter of PlayStation 2 and PSP disc images
  Converts disc images between ISO, IML layout, BIN/CUE, CSO and DAX, checks
- them, and lists and extracts what they hold.
+ them, and lists and extracts their files.
 TEXT
     dpkg-deb --root-owner-group --build "$stage" "$target/$name" >/dev/null
     rm -rf "$stage"

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Makes a sample UMD image: a valid ISO 9660 volume with mixed content, the same bytes on every machine.
+"""Makes a sample UMD image: a valid ISO 9660 volume with mixed content, identical on every machine.
 
     make_sample_image.py FILE [MEBIBYTES]
 
-The image has at least the given size (64 MiB when none is given). What its files hold compresses well, badly and not
-at all, so that a conversion meets every kind of block."""
+The image has at least the given size (default: 64 MiB). Its files compress well, badly or not at all, so conversions
+handle every kind of block."""
 import os
 import struct
 import sys
@@ -31,7 +31,7 @@ def sectors(length):
 
 
 def noise(count, seed):
-    """Bytes that no compressor makes smaller: a 64-bit xorshift generator."""
+    """Incompressible bytes from a 64-bit xorshift generator."""
     words = []
     state = seed * 0x9E3779B97F4A7C15 & (1 << 64) - 1 or 1
     for _ in range(count // 8):
@@ -43,7 +43,7 @@ def noise(count, seed):
 
 
 class Content:
-    """The content of a file, written piece by piece so that an image is never held whole."""
+    """The content of a file, written in pieces so that the image is never completely in memory."""
 
     def __init__(self, length, piece):
         self.length = length
@@ -66,7 +66,7 @@ def text_piece(index):
 
 
 def mixed_piece(index):
-    """Blocks in turn: noise, a repeated row of numbers, nearly incompressible, zeros."""
+    """Alternating blocks: noise, a repeated sequence of numbers, nearly incompressible bytes, zeros."""
     base = noise(MEBIBYTE // 8, index + 1)
     row = bytes(range(256)) * 8
     blocks = []
@@ -120,7 +120,7 @@ class Directory:
 
 
 def directories_of(root):
-    """Breadth first, as the path table wants them."""
+    """Breadth first, as the path table requires."""
     found = [Directory("\0", None, root)]
     for directory in found:
         for name in sorted(directory.children):
@@ -163,7 +163,7 @@ def path_table(found, order):
 
 
 def primary_descriptor(total, table_length, root_record):
-    """The primary volume descriptor, ECMA-119 8.4, with the mark of CD-XA in its application use."""
+    """The primary volume descriptor, ECMA-119 8.4, with the CD-XA mark in its application use area."""
     data = b"\1CD001\1\0" + b"PSP GAME".ljust(32) + b"SAMPLE".ljust(32) + bytes(8) + both32(total) + bytes(32)
     data += both16(1) + both16(1) + both16(SECTOR) + both32(table_length)
     data += struct.pack("<II", 18, 19) + struct.pack(">II", 20, 21) + root_record

@@ -2,10 +2,10 @@
 """Makes the default completion sound: a short chime, 8-bit mono PCM at 22050 Hz.
 
     scripts/make_sound.py           writes resources/sound/success.wav
-    scripts/make_sound.py --check   makes it anew and compares the bytes
+    scripts/make_sound.py --check   compares that file with a new sound
 
-The sound is played in a loop while the done message is open: it begins and ends in silence, so that the seam is not
-heard, and its attack is soft.
+The sound repeats while the done message is open. It begins and ends in silence, so the loop has no click, and its attack is
+soft.
 """
 import math
 import pathlib
@@ -50,7 +50,7 @@ def sound():
 if __name__ == "__main__":
     if sys.argv[1:] == ["--check"]:
         same = PATH.read_bytes() == sound()
-        print("the sound is what this script makes" if same else "success.wav differs")
+        print("success.wav is up to date" if same else "success.wav differs")
         sys.exit(0 if same else 1)
     PATH.parent.mkdir(parents=True, exist_ok=True)
     PATH.write_bytes(sound())

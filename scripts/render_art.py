@@ -2,10 +2,10 @@
 """Renders the drawings of resources/art into the icons and bitmaps that the resource script embeds.
 
     scripts/render_art.py            renders into resources/icons and resources/bitmaps
-    scripts/render_art.py --check    renders into a scratch folder and compares with what is committed
+    scripts/render_art.py --check    renders into a temporary folder and compares with the committed files
 
-Only rsvg-convert (librsvg2-bin) and python3 itself are needed. Pixels are compared with a tolerance, so that another
-version of the renderer, which smooths edges a little differently, is not taken for a change of the drawing.
+It needs only rsvg-convert (librsvg2-bin) and python3. Pixels are compared with a tolerance, because versions of the
+renderer differ in anti-aliasing.
 """
 import pathlib
 import re
@@ -21,11 +21,11 @@ ART = ROOT / "resources" / "art"
 APPLICATION_ICON = 128
 APPLICATION_SIZES = (16, 20, 24, 32, 40, 48, 64, 128, 256)
 BUTTON_SIZES = (16, 24, 32, 48, 64)
-SMALL_DRAWING_UP_TO = 24  # these sizes come from the simplified "_small" drawing, where there is one
+SMALL_DRAWING_UP_TO = 24  # up to this size, a simplified "_small" drawing is used if there is one
 BITMAPS = {171: (575, 330), 187: (24, 24), 189: (24, 24)}
 
 MEAN_TOLERANCE = 2.0  # mean difference per channel, of 255
-FAR_DIFFERENCE = 64  # a channel that differs by more counts as a different pixel
+FAR_DIFFERENCE = 64  # a pixel with a channel that differs by more counts as different
 FAR_SHARE = 0.02
 
 
@@ -47,7 +47,7 @@ def unfilter(kind, line, above, step):
 
 
 def read_png(data):
-    """Width, height and RGBA rows of an 8-bit PNG without interlacing (what rsvg-convert and this script write)."""
+    """Width, height and RGBA rows of a non-interlaced 8-bit PNG, as rsvg-convert and this script write it."""
     position, compressed = 8, b""
     width = height = channels = 0
     while position < len(data):
@@ -96,7 +96,7 @@ def swap_red_and_blue(row):
 
 
 def icon_bitmap(width, height, rows):
-    """The classic form of an icon entry: header, 32-bit pixels bottom up, then the one-bit transparency mask."""
+    """An icon entry in bitmap format: header, 32-bit pixels bottom up, one-bit transparency mask."""
     header = struct.pack("<IiiHHIIiiII", 40, width, height * 2, 1, 32, 0, 0, 0, 0, 0, 0)
     pixels, mask = b"", b""
     mask_stride = (width + 31) // 32 * 4
@@ -121,7 +121,7 @@ def write_icon(images):
 
 
 def read_icon(data):
-    """The images of an icon written by write_icon, as (width, height, RGBA rows)."""
+    """The images of an icon that write_icon wrote, as (width, height, RGBA rows)."""
     images = []
     for i in range(struct.unpack_from("<H", data, 4)[0]):
         size, offset = struct.unpack_from("<II", data, 6 + 16 * i + 8)
@@ -136,7 +136,7 @@ def read_icon(data):
 
 
 def write_bitmap(width, height, rows):
-    """A 24-bit bitmap, bottom up; the drawing covers its whole area, so that nothing is transparent."""
+    """A 24-bit bitmap, bottom up. The drawing must be opaque."""
     stride = (width * 3 + 3) // 4 * 4
     body = b""
     for row in reversed(rows):
@@ -160,7 +160,7 @@ def read_bitmap(data):
 
 
 def render_all(target):
-    """Renders every drawing below target; returns the paths relative to it."""
+    """Renders every drawing into target; returns the paths relative to it."""
     made = []
     for drawing in sorted(ART.glob("*.svg")):
         name = drawing.stem
@@ -183,9 +183,9 @@ def render_all(target):
 
 
 def difference(first, second):
-    """None when both hold the same pictures but for smoothing; otherwise what differs."""
+    """None if both have the same images within the tolerance; otherwise a description of the difference."""
     if [image[:2] for image in first] != [image[:2] for image in second]:
-        return "other sizes"
+        return "different sizes"
     for (width, height, a), (_, _, b) in zip(first, second):
         total = far = 0
         for row_a, row_b in zip(a, b):
@@ -196,7 +196,7 @@ def difference(first, second):
                 total += sum(channels)
                 far += max(channels) > FAR_DIFFERENCE
         if total / (width * height * 4) > MEAN_TOLERANCE or far > FAR_SHARE * width * height:
-            return f"the picture of {width} x {height} differs ({far} pixels)"
+            return f"the {width} x {height} image differs ({far} pixels)"
     return None
 
 
@@ -217,10 +217,10 @@ def check():
         for kind, pattern in (("icons", "*.ico"), ("bitmaps", "*.bmp")):
             for stray in (ROOT / "resources" / kind).glob(pattern):
                 if stray.relative_to(ROOT / "resources") not in made:
-                    faults.append(f"{stray.name}: no drawing for it")
+                    faults.append(f"{stray.name}: has no drawing")
     for fault in faults:
         print(fault)
-    print(f"{len(made)} pictures compared, {len(faults)} faults")
+    print(f"{len(made)} files compared, {len(faults)} faults")
     return 1 if faults else 0
 
 

@@ -1,4 +1,4 @@
-# Sourced by ./run and ./check: the packages that they need, and the build of one preset.
+# Functions for ./run, ./check and ./package: installing packages and building a preset.
 
 SETUP_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -16,10 +16,10 @@ install_packages() {
     missing=$(missing_packages)
     [ -n "$missing" ] || return 0
     # shellcheck disable=SC2116,SC2086
-    echo "Installing what is missing: $(echo $missing)"
+    echo "Installing missing packages: $(echo $missing)"
     if [ "$(id -u)" -ne 0 ]; then
         if ! command -v sudo >/dev/null; then
-            echo "These packages can be installed by root, or by a user with sudo." >&2
+            echo "Only root or a user with sudo can install packages." >&2
             return 1
         fi
         as_root=sudo
@@ -38,23 +38,23 @@ install_packages() {
     rm -f "$log"
 }
 
-# Within install_packages, whose names it uses.
+# Part of install_packages; uses its local variables.
 apt_get() {
     $as_root env DEBIAN_FRONTEND=noninteractive apt-get -q "$@" >"$log" 2>&1 </dev/null
 }
 
-# build_preset PRESET [TARGET...]: configures and builds, and is silent unless something fails.
+# build_preset PRESET [TARGET...]: configures and builds; prints nothing unless that fails.
 build_preset() {
     local preset=$1
     shift
     mkdir -p "$SETUP_ROOT/build"
     if command -v ccache >/dev/null; then
-        # What one checkout has compiled serves the next one, wherever it lies.
+        # Checkouts in different folders share the compiler cache.
         export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$SETUP_ROOT CCACHE_NOHASHDIR=1
         export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
     fi
     (
-        # Two builds of the same folder would spoil each other.
+        # Concurrent builds of a folder would interfere.
         exec 7>"$SETUP_ROOT/build/$preset.lock"
         flock 7
         build_quietly "$preset" "$@" 7>&-
@@ -66,11 +66,11 @@ build_quietly() {
     shift
     cd "$SETUP_ROOT"
     {
-        # A folder that is configured configures itself again when one of its own files has changed.
+        # A configured folder reconfigures itself when CMake files change.
         [ "build/$preset/build.ninja" -nt CMakePresets.json ] || cmake --preset "$preset" -Wno-dev
     } >"$log" 2>&1 </dev/null &&
         cmake --build --preset "$preset" ${1+--target "$@"} >>"$log" 2>&1 </dev/null || {
-        echo "The build of \"$preset\" failed; its last lines:" >&2
+        echo "The build of \"$preset\" failed; end of the log:" >&2
         tail -n 40 "$log" >&2
         return 1
     }

@@ -1,18 +1,20 @@
-// What can be said of the file around an image: header fields, ratio, and what other readers may dislike.
+// Reports on the container around an image: header fields, ratio, and what other readers may not accept.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "console/inspect_command.h"
 #include "image/form.h"
+#include "image/inspect/report.h"
 
 namespace vantrel {
 
-/// The members of one form; an empty report for a plain image. The file has been opened as that form before.
-Report ReportOnContainer(const std::string& path, EForm form);
+/// Members as the form has them; nullopt for a plain image. The file must have been opened successfully as that form
+/// before; throws CRefused if it has become unreadable.
+std::optional<CReport> ReportOnContainer(const std::string& path, EForm form);
 
-/// What such a file lacks of the image that it stands for, in words.
+/// What the container lacks of its image, in words. Throws like ReportOnContainer.
 std::vector<std::string> ContainerProblems(const std::string& path, EForm form);
 
 }  // namespace vantrel

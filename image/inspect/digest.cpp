@@ -20,7 +20,7 @@ CImageDigest::CImageDigest() : m_sums(std::make_unique<SSums>()) {
     gcry_control(GCRYCTL_DISABLE_SECMEM, 0);
     gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
     if (gcry_md_open(&m_sums->md5, GCRY_MD_MD5, 0) != 0 || gcry_md_open(&m_sums->sha1, GCRY_MD_SHA1, 0) != 0) {
-        throw std::runtime_error("MD5 and SHA-1 cannot be had on this system");
+        throw std::runtime_error("MD5 and SHA-1 are not available on this system");
     }
 }
 

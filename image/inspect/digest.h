@@ -1,4 +1,4 @@
-// The check values by which public disc databases know an image.
+// The checksums by which public disc databases identify an image.
 #pragma once
 
 #include <cstdint>
@@ -8,20 +8,21 @@
 
 namespace vantrel {
 
-/// CRC-32, MD5 and SHA-1 of bytes that come in pieces. The sums are libraries'.
+/// CRC-32, MD5 and SHA-1 of bytes that arrive in parts.
 class CImageDigest {
 public:
+    /// Throws std::runtime_error if the system does not provide MD5 and SHA-1.
     CImageDigest();
     CImageDigest(const CImageDigest&) = delete;
     CImageDigest& operator=(const CImageDigest&) = delete;
     ~CImageDigest();
 
-    /// Takes bytes in, for the one and for the others: MD5 takes as long as all the rest, so that it can have a thread
-    /// of its own.
+    // The next bytes, once for MD5 and once for the others. Two threads may do these at the same time, because MD5
+    // takes as long as all the rest.
     void UpdateMd5(std::span<const std::uint8_t> bytes);
     void UpdateOthers(std::span<const std::uint8_t> bytes);
 
-    /// Lower-case hexadecimal. To be asked for when all bytes have come.
+    /// Lower-case hexadecimal; no bytes may follow.
     std::string Crc32() const;
     std::string Md5() const;
     std::string Sha1() const;

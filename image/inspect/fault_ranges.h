@@ -1,4 +1,4 @@
-// Faults of numbered things, put together into ranges: "sectors 5 to 9: EDC".
+// Combines faults of numbered blocks into ranges: "sectors 5 to 9: EDC".
 #pragma once
 
 #include <cstdint>
@@ -9,14 +9,14 @@ namespace vantrel {
 
 class CFaultRanges {
 public:
-    /// What the things are called: "sector".
+    /// `noun` is what a block is called: "sector".
     explicit CFaultRanges(std::string noun) : m_noun(std::move(noun)) {}
 
-    /// Notes a fault of thing `number`. Numbers come in ascending order; neighbours with the same text become one
-    /// range.
+    /// Adds a fault of block `number`. Numbers must ascend; neighbours with the same text become one range.
     void Add(std::uint64_t number, const std::string& text);
 
-    /// "sector 5: text" and "sectors 7 to 9: text", in order.
+    bool IsEmpty() const { return m_ranges.empty(); }
+    /// "sector 5: text" or "sectors 7 to 9: text" for each range, in order.
     std::vector<std::string> Lines() const;
 
 private:

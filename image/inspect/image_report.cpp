@@ -1,5 +1,8 @@
 #include "image/inspect/image_report.h"
 
+#include <algorithm>
+#include <span>
+
 #include "iso/contents.h"
 #include "iso/volume.h"
 #include "operation/text.h"
@@ -8,25 +11,24 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::int64_t kPostgapSectors = 150;
-
-const char* KindName(EMedia media) {
-    switch (media) {
-        case EMedia::Cd:
+const char* KindName(ImageKind kind) {
+    switch (kind) {
+        case ImageKind::Cd:
             return "PlayStation 2 CD";
-        case EMedia::Dvd:
+        case ImageKind::Dvd:
             return "PlayStation 2 DVD";
-        case EMedia::Umd:
+        case ImageKind::Umd:
             return "PSP UMD";
-        case EMedia::Unknown:
+        case ImageKind::Unknown:
             break;
     }
     return "other";
 }
 
-/// Only a PlayStation 2 CD has a postgap; its volume size counts it, so an image that is 150 sectors short lacks it.
-const char* PostgapState(EMedia media, std::int64_t sectors, std::int64_t volumeSectors) {
-    if (media != EMedia::Cd) {
+/// Only a PlayStation 2 CD has a postgap. Its volume size counts the postgap, so an image that is 150 sectors short
+/// lacks it.
+const char* PostgapState(ImageKind kind, std::int64_t sectors, std::int64_t volumeSectors) {
+    if (kind != ImageKind::Cd) {
         return "not needed";
     }
     if (sectors == volumeSectors) {
@@ -35,40 +37,47 @@ const char* PostgapState(EMedia media, std::int64_t sectors, std::int64_t volume
     return sectors + kPostgapSectors == volumeSectors ? "missing" : "the length fits no postgap";
 }
 
+/// A text field without the blanks and zeros that pad it, and with control characters as '?'.
+std::string FieldText(std::span<const std::uint8_t> field) {
+    std::string text(field.begin(), field.end());
+    text.erase(text.find_last_not_of(std::string(" \0", 2)) + 1);
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, '?');
+    return text;
+}
+
 }  // namespace
 
-Report ReportOnImage(CByteSource& image) {
+CReport ReportOnImage(CByteSource& image) {
     const SPrimaryVolumeDescriptor volume = ReadPrimaryVolume(image);
     const SContents contents = ReadContents(image);
-    const EMedia media = MediaOf(MediaKeyOf(volume));
+    const ImageKind kind = KindByApplication(volume);
     const std::int64_t sectors = image.Size() / kSectorSize;
     const std::uint32_t volumeSectors = volume.volumeSpaceSize.Value();
-    Report report;
-    report["kind"] = KindName(media);
-    report["system_identifier"] = FieldText(volume.systemIdentifier);
-    report["volume_identifier"] = FieldText(volume.volumeIdentifier);
-    report["application_identifier"] = FieldText(volume.applicationIdentifier);
-    report["bytes"] = image.Size();
-    report["sectors"] = sectors;
-    report["volume_sectors"] = volumeSectors;
-    report["postgap"] = PostgapState(media, sectors, volumeSectors);
-    report["files"] = contents.files.size();
-    report["folders"] = contents.folders;
-    return report;
+    return {{"kind", KindName(kind)},
+            {"system_identifier", FieldText(volume.systemIdentifier)},
+            {"volume_identifier", FieldText(volume.volumeIdentifier)},
+            {"application_identifier", FieldText(volume.applicationIdentifier)},
+            {"bytes", image.Size()},
+            {"sectors", sectors},
+            {"volume_sectors", volumeSectors},
+            {"postgap", PostgapState(kind, sectors, volumeSectors)},
+            {"files", contents.files.size()},
+            {"folders", contents.folders}};
 }
 
 std::vector<std::string> ImageProblems(CByteSource& image) {
     std::vector<std::string> problems;
-    const std::int64_t bytes = image.Size();
-    const std::int64_t volumeBytes = ReadPrimaryVolume(image).volumeSpaceSize.Value() * kSectorSize;
-    if (bytes % kSectorSize != 0) {
+    const std::int64_t sectors = image.Size() / kSectorSize;
+    const std::int64_t left = image.Size() % kSectorSize;
+    const std::uint32_t volumeSectors = ReadPrimaryVolume(image).volumeSpaceSize.Value();
+    if (left != 0) {
         problems.push_back(Format("the image is not a whole number of sectors: %lld bytes are left over",
-                                  static_cast<long long>(bytes % kSectorSize)));
+                                  static_cast<long long>(left)));
     }
-    if (bytes / kSectorSize != volumeBytes / kSectorSize) {
-        problems.push_back(Format("the image has %lld sectors, its volume descriptor says %lld",
-                                  static_cast<long long>(bytes / kSectorSize),
-                                  static_cast<long long>(volumeBytes / kSectorSize)));
+    if (sectors != volumeSectors) {
+        problems.push_back(Format("the image has %lld sectors, its volume descriptor says %u",
+                                  static_cast<long long>(sectors), volumeSectors));
     }
     for (const SContentFile& file : ReadContents(image).files) {
         if (!file.inside) {

@@ -1,16 +1,19 @@
-// What can be said of the image in a file: kind, identifiers, lengths, contents.
+// Reports on the image in a file: kind, identifiers, lengths, contents.
 #pragma once
 
-#include "console/inspect_command.h"
+#include <string>
+#include <vector>
+
 #include "files/byte_source.h"
+#include "image/inspect/report.h"
 
 namespace vantrel {
 
 /// Members: "kind", "system_identifier", "volume_identifier", "application_identifier", "bytes", "sectors",
 /// "volume_sectors", "postgap", "files", "folders".
-Report ReportOnImage(CByteSource& image);
+CReport ReportOnImage(CByteSource& image);
 
-/// Faults of an image as a whole, in words: lengths that disagree, files that lie outside.
+/// Faults of the image as a whole, in words: lengths that disagree, files that reach beyond the image.
 std::vector<std::string> ImageProblems(CByteSource& image);
 
 }  // namespace vantrel

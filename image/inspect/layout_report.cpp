@@ -1,7 +1,5 @@
 #include "image/inspect/layout_report.h"
 
-#include "console/open_image.h"
-#include "console/refused.h"
 #include "files/path.h"
 #include "image/form.h"
 #include "iml/layout/layout_summary.h"
@@ -13,40 +11,30 @@ namespace {
 
 SLayoutSummary SummaryOf(const std::string& path) {
     const std::string folder = FolderOf(path);
-    std::string problem;
-    const std::optional<SLayoutSummary> summary =
-        SummarizeLayout(path, folder.empty() ? WithSeparator(".") : folder, problem);
-    if (!summary) {
-        throw CRefused(path + ": " + problem);
-    }
-    return *summary;
+    return SummarizeLayout(path, folder.empty() ? WithSeparator(".") : folder);
 }
 
 }  // namespace
 
-Report ReportOnLayout(const std::string& path) {
+CReport ReportOnLayout(const std::string& path) {
     const SLayoutSummary summary = SummaryOf(path);
-    Report layout;
-    layout["media"] = summary.media;
-    layout["entries"] = summary.entries;
-    layout["listed_files"] = summary.files.size();
-    layout["missing"] = Report::array();
+    std::vector<std::string> missing;
     for (const SLayoutFile& listed : summary.files) {
         if (!listed.found) {
-            layout["missing"].push_back(listed.path);
+            missing.push_back(listed.path);
         }
     }
-    layout["leading_structures"] = summary.leadingPath;
-    layout["leading_structures_present"] = summary.leadingFound;
-    return {{"file", path},
-            {"form", NameOf(EForm::Iml)},
-            {"file_bytes", SizeOrRefuse(path)},
-            {"layout", std::move(layout)}};
+    return {{"media", summary.media},
+            {"entries", summary.entries},
+            {"listed_files", summary.files.size()},
+            {"missing", missing},
+            {"leading_structures", summary.leadingPath},
+            {"leading_structures_present", summary.leadingFound}};
 }
 
-Report VerifyLayout(const std::string& path) {
+CReport VerifyLayout(const std::string& path) {
     const SLayoutSummary summary = SummaryOf(path);
-    Report problems = Report::array();
+    std::vector<std::string> problems;
     if (!summary.complete) {
         problems.push_back(Format("the layout counts %d entries and has fewer", summary.entries));
     }
@@ -61,8 +49,7 @@ Report VerifyLayout(const std::string& path) {
                                       static_cast<long long>(file.size), file.first, file.last));
         }
     }
-    const bool ok = problems.empty();
-    return {{"file", path}, {"form", NameOf(EForm::Iml)}, {"ok", ok}, {"problems", std::move(problems)}};
+    return {{"file", path}, {"form", NameOf(EForm::Iml)}, {"ok", problems.empty()}, {"problems", problems}};
 }
 
 }  // namespace vantrel

@@ -1,17 +1,18 @@
-// What can be said of an IML layout and of the files that it lists.
+// Reports on an IML layout and the files that it lists.
 #pragma once
 
 #include <string>
 
-#include "console/inspect_command.h"
+#include "image/inspect/report.h"
 
 namespace vantrel {
 
-/// Members: "file", "form", "file_bytes", "layout". Throws CRefused when the file is no layout that can be read.
-Report ReportOnLayout(const std::string& path);
+/// Members: "media", "entries", "listed_files", "missing" (paths), "leading_structures", "leading_structures_present".
+/// Throws CRefused if the file is not a readable layout.
+CReport ReportOnLayout(const std::string& path);
 
-/// Members: "file", "form", "ok", "problems": every listed file present and no longer than its range, and the leading
-/// structures there. Throws CRefused when the file is no layout that can be read.
-Report VerifyLayout(const std::string& path);
+/// Members: "file", "form", "ok", "problems" (texts): whether every listed file exists and fits its sector range, and
+/// the leading structures exist. Throws CRefused if the file is not a readable layout.
+CReport VerifyLayout(const std::string& path);
 
 }  // namespace vantrel

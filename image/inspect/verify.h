@@ -1,17 +1,22 @@
-// Reading files whole: is everything there and right, what is the image's sum, is it the same as another's?
+// Reads whole files: checks everything in them, computes the checksums of their images, and compares images.
 #pragma once
 
 #include <string>
 
-#include "console/inspect_command.h"
+#include "image/inspect/report.h"
+#include "operation/operation.h"
 
 namespace vantrel {
 
-/// Members: "file", "form", "ok", "problems" (texts), and, when the image could be read, "image" with "bytes", "crc32",
-/// "md5" and "sha1". Throws CRefused when the file holds no image that can be opened.
-Report VerifyImage(const std::string& path);
+// Progress is reported in bytes of the image, with a yield for each chunk. Each call throws CRefused if a file holds
+// nothing that it can read.
 
-/// Members: "file", "form", "against", "ok", "difference". Compares the images that two files hold.
-Report CompareImages(const std::string& path, const std::string& other);
+/// Verifies an image or a layout. Members: "file", "form", "ok", "problems" (texts), and, for a completely readable
+/// image, "image" with "bytes", "crc32", "md5" and "sha1".
+CReport VerifyFile(const std::string& path, COperation& operation);
+
+/// Compares the images in two files. Members: "file", "form", "against", "ok", and "difference", which is null or has
+/// "byte" (the first position that differs), "bytes" and "bytes_against".
+CReport CompareImages(const std::string& path, const std::string& other, COperation& operation);
 
 }  // namespace vantrel

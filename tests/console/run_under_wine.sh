@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs tests of the console program over its Windows build: with a display and a Wine prefix that end with them.
+# Runs tests of the console program on its Windows build, with a temporary display and Wine prefix.
 #
 #   run_under_wine.sh TEST.py...
 set -u

@@ -1,4 +1,4 @@
-"""What the tests of the console program share: running it, folders, and small images of PSP titles.
+"""Support for the tests of the console program: running it, temporary folders, small images of PSP titles.
 
 The program under test is named by the environment variable VANTREL_PROGRAM; an .exe is run under Wine.
 """
@@ -25,7 +25,7 @@ class Result:
 
 
 def run(*words, program=COMMAND, **options):
-    """Runs the program with its output piped; text is UTF-8 with Windows line ends folded."""
+    """Runs the program with its output piped. The text is UTF-8 with "\\n" as line ends."""
     done = subprocess.run(program + [str(word) for word in words], capture_output=True, timeout=120,
                           stdin=subprocess.DEVNULL, **options)
     text = [stream.decode("utf-8", "surrogateescape").replace("\r\n", "\n") for stream in (done.stdout, done.stderr)]
@@ -33,7 +33,7 @@ def run(*words, program=COMMAND, **options):
 
 
 class ConsoleTest(unittest.TestCase):
-    """Every test gets a folder of its own, which is the current folder of the program."""
+    """Every test has a temporary folder, which is the current folder of the program."""
     maxDiff = None
 
     def setUp(self):
@@ -44,7 +44,7 @@ class ConsoleTest(unittest.TestCase):
         return run(*words, cwd=self.folder, **options)
 
     def run_as_ordinary_user(self, *words):
-        """The superuser, whom no permission stops, becomes somebody else, with a copy of the program to start."""
+        """Runs the program as another user if this is root, whom permissions do not stop; with a copy of the program."""
         if os.geteuid() != 0:
             return self.run_here(*words)
         with tempfile.TemporaryDirectory(prefix="vantrel-program-") as place:
@@ -68,7 +68,7 @@ class ConsoleTest(unittest.TestCase):
         return sorted(os.listdir(self.folder))
 
     def state(self):
-        """Everything the folder holds, to be compared later."""
+        """The contents of all files in the folder, for comparison."""
         return {name: self.read(name) for name in self.names() if os.path.isfile(self.path(name))}
 
     def assert_done(self, result):
@@ -77,15 +77,15 @@ class ConsoleTest(unittest.TestCase):
 
 
 def limited_threads(stack):
-    """For preexec_fn: 512 MiB of address space and so many MiB for the stack of each thread, so that few can begin, or
-    none."""
+    """For preexec_fn: limits the address space to 512 MiB and the stack of each thread to so many MiB, so that only few
+    threads or none can be started."""
     import resource
     resource.setrlimit(resource.RLIMIT_STACK, (stack << 20, resource.RLIM_INFINITY))
     resource.setrlimit(resource.RLIMIT_AS, (1 << 29, 1 << 29))
 
 
 def psp_image(sectors=40, seed=1):
-    """An image that carries the mark of a PSP title, half noise and half text."""
+    """An image with the mark of a PSP title, half random data and half text."""
     source = random.Random(seed)
     image = bytearray()
     while len(image) < sectors * 2048:
@@ -96,7 +96,7 @@ def psp_image(sectors=40, seed=1):
 
 
 def interrupted(words, folder, seconds, number=signal.SIGINT):
-    """Starts the program, sends it a signal after so many seconds, and gives its result."""
+    """Starts the program, sends a signal after so many seconds, and returns the result."""
     process = subprocess.Popen(COMMAND + [str(word) for word in words], cwd=folder, stdin=subprocess.DEVNULL,
                                stdout=subprocess.PIPE, stderr=subprocess.PIPE)
     try:

@@ -1,4 +1,4 @@
-"""iso2cso and cso2iso through the program itself: names, options, refusals, exit statuses."""
+"""iso2cso and cso2iso of the built program: names, options, refusals, exit statuses."""
 import os
 import unittest
 
@@ -6,7 +6,7 @@ from support import IS_WINDOWS, ConsoleTest, psp_image
 
 
 class CsoCommands(ConsoleTest):
-    def test_there_and_back(self):
+    def test_round_trip(self):
         image = psp_image()
         self.write("Game.iso", image)
         result = self.run_here("iso2cso", "Game.iso")
@@ -20,7 +20,7 @@ class CsoCommands(ConsoleTest):
         self.assertEqual(self.read("new-Game.iso"), image)
         self.assertEqual(self.names(), ["Game.cso", "Game.iso", "new-Game.iso"])
 
-    def test_names_are_the_windows_names(self):
+    def test_default_output_names_are_those_of_the_window(self):
         self.write("a.b.c.iso", psp_image())
         self.assert_done(self.run_here("iso2cso", "a.b.c.iso"))
         self.assertEqual(self.names(), ["a.b.c.iso", "a.cso"])
@@ -42,7 +42,7 @@ class CsoCommands(ConsoleTest):
         self.assertEqual(len(self.read("game.cso")), sizes[1], "9 is the default")
         self.assertGreater(sizes[0], sizes[1])
 
-    def test_the_number_of_threads_changes_nothing(self):
+    def test_the_output_is_the_same_for_any_number_of_threads(self):
         image = psp_image(700)
         self.write("game.iso", image + b"a partial block")
         self.assert_done(self.run_here("iso2cso", "game.iso"))
@@ -64,7 +64,7 @@ class CsoCommands(ConsoleTest):
         self.write("game.iso", psp_image(1000))
         self.assert_done(self.run_here("iso2cso", "game.iso"))
         cso = bytearray(self.read("game.cso"))
-        for block in 600, 602, 640:  # text; every other block is noise and stored plain
+        for block in 600, 602, 640:  # text; every other block is random data and stored plain
             position = int.from_bytes(cso[24 + 4 * block:28 + 4 * block], "little")
             cso[position] = 0xFF
         self.write("game.cso", cso)
@@ -115,7 +115,7 @@ class CsoCommands(ConsoleTest):
                 self.assertIn("the output would be the input itself", result.err)
         self.assertEqual(self.read("game.iso"), image)
 
-    def test_the_programs_own_texts(self):
+    def test_messages_of_the_conversion(self):
         self.write("other.iso", bytes(40000))
         result = self.run_here("iso2cso", "other.iso")
         self.assertEqual(result.status, 1)
@@ -129,7 +129,7 @@ class CsoCommands(ConsoleTest):
         self.assertIn(". is a folder", result.err)
         self.assertEqual(self.names(), ["other.iso"])
 
-    def test_a_missing_output_folder_is_told(self):
+    def test_a_missing_output_folder_is_reported(self):
         self.write("game.iso", psp_image())
         result = self.run_here("iso2cso", "--output-dir", "nowhere", "game.iso")
         self.assertEqual(result.status, 1)

@@ -1,11 +1,11 @@
-"""iso2dax and dax2iso through the program itself."""
+"""iso2dax and dax2iso of the built program."""
 import unittest
 
 from support import ConsoleTest, psp_image
 
 
 class DaxCommands(ConsoleTest):
-    def test_there_and_back(self):
+    def test_round_trip(self):
         image = psp_image(41)
         self.write("Game.iso", image)
         result = self.run_here("iso2dax", "Game.iso")
@@ -28,7 +28,7 @@ class DaxCommands(ConsoleTest):
         self.assert_done(self.run_here("iso2dax", "-q", "-o", "other", "game.iso"))
         self.assertEqual(self.read("other"), self.read("game.dax"), "9 is the default")
 
-    def test_the_number_of_threads_changes_nothing(self):
+    def test_the_output_is_the_same_for_any_number_of_threads(self):
         image = psp_image(703)
         self.write("game.iso", image)
         self.assert_done(self.run_here("iso2dax", "game.iso"))
@@ -47,9 +47,9 @@ class DaxCommands(ConsoleTest):
         frames = 250
         damaged = dax[:]
         damaged[int.from_bytes(dax[32 + 4 * 150:36 + 4 * 150], "little")] ^= 0xFF
-        damaged[32 + 4 * frames + 2 * 160 + 1] = 0xFF  # a later frame claims more than a frame ever takes
+        damaged[32 + 4 * frames + 2 * 160 + 1] = 0xFF  # a later frame claims an impossible length
         missing = dax[:]
-        missing[32 + 4 * 140 + 3] = 0xFF  # an earlier frame lies behind the end
+        missing[32 + 4 * 140 + 3] = 0xFF  # an earlier frame starts behind the end
         missing[int.from_bytes(dax[32 + 4 * 150:36 + 4 * 150], "little")] ^= 0xFF
         for content, text in ((damaged, "Error while decompressing (corrupt input?)"),
                               (missing, "Input seems to be corrupted.")):
@@ -78,7 +78,7 @@ class DaxCommands(ConsoleTest):
         self.assertEqual((result.status, result.err), (1, "vantrel dax2iso: Input seems to be corrupted.\n"))
         self.assertEqual(self.state(), before)
 
-    def test_the_programs_own_texts(self):
+    def test_messages_of_the_conversion(self):
         self.write("other.iso", bytes(40000))
         result = self.run_here("iso2dax", "other.iso")
         self.assertEqual((result.status, result.err), (

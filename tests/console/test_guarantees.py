@@ -1,4 +1,4 @@
-"""What holds for every conversion: a full disk, an interrupt or a closed pipe leave the folder as it was."""
+"""Guarantees of every conversion: a full disk, an interrupt or a closed pipe leaves the folder unchanged."""
 import os
 import pty
 import random
@@ -22,12 +22,12 @@ class Guarantees(ConsoleTest):
         self.write("game.cso", b"older")
 
     def write_containers(self):
-        """An image of 64 MiB and both containers of it."""
+        """Writes an image of 64 MiB, and both compressed forms of it."""
         self.write("game.iso", psp_image(4 * SIXTEEN_MEGABYTES))
         for command in "iso2cso", "iso2dax":
             self.assert_done(self.run_here(command, "-l", "1", "game.iso"))
 
-    def test_interrupts_at_random_moments(self):
+    def test_interrupts_at_random_times(self):
         self.write_large()
         before = self.state()
         stopped = 0
@@ -40,14 +40,14 @@ class Guarantees(ConsoleTest):
                 self.assertEqual(result.err, "vantrel: interrupted; nothing unfinished was kept\n")
                 stopped += 1
             else:
-                # The signal came before the program listens or when all was done.
+                # The signal came before the handler was installed or after the end of the conversion.
                 self.assertIn(result.status, (0, -number), result)
                 if result.status == 0:
                     self.write("game.cso", b"older")
             self.assertEqual(self.state(), before)
         self.assertGreater(stopped, 25)
 
-    def test_an_interrupt_is_obeyed_within_a_second(self):
+    def test_an_interrupt_takes_effect_within_a_second(self):
         self.write_containers()
         names = self.names()
         stopped = 0
@@ -57,7 +57,7 @@ class Guarantees(ConsoleTest):
                 process = subprocess.Popen(COMMAND + words + ["-j", jobs], cwd=self.folder, stdout=subprocess.DEVNULL,
                                            stderr=subprocess.DEVNULL)
                 while self.names() == names and process.poll() is None:
-                    time.sleep(0.001)  # until the temporary file is there
+                    time.sleep(0.001)  # until the temporary file exists
                 start = time.monotonic()
                 process.send_signal(signal.SIGINT)
                 status = process.wait(10)
@@ -69,7 +69,7 @@ class Guarantees(ConsoleTest):
                     os.remove(self.path("new-game.iso"))
         self.assertGreater(stopped, 5)
 
-    def test_a_file_that_may_not_grow(self):
+    def test_a_limited_file_size(self):
         """The output ends after a megabyte, at the same block for any number of threads."""
         self.write_containers()
         limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20))
@@ -88,7 +88,7 @@ class Guarantees(ConsoleTest):
             self.assertEqual(len(told), 1, told)
             self.assertRegex(told.pop(), text)
 
-    def test_without_threads_or_with_few_the_work_is_done_all_the_same(self):
+    def test_few_or_no_threads_are_enough(self):
         without = lambda: limited_threads(1024)
         few = lambda: limited_threads(100)
         if self.run_here("--version", preexec_fn=without).status != 0:
@@ -125,7 +125,7 @@ class Guarantees(ConsoleTest):
 
     @unittest.skipUnless(os.geteuid() == 0 and shutil.which("unshare"), "needs a file system of its own")
     def test_a_read_only_folder(self):
-        """A mount stops root as well, which permissions do not."""
+        """A read-only mount stops root too, unlike permissions."""
         script = """mount --bind "$1" "$1" && mount -o remount,ro,bind "$1" || exit 99
             cd "$1" && exec "$2" iso2cso game.iso"""
         self.write("game.iso", psp_image())
@@ -148,7 +148,7 @@ class Guarantees(ConsoleTest):
         self.assertEqual(self.names(), ["game.iso"])
 
     def test_files_without_permission(self):
-        """Each command names the file that it may not read, and the cause."""
+        """Each command names the unreadable file and the cause."""
         names = {"iso2cso": "a.iso", "iso2dax": "a.iso", "iso2bin": "a.iso", "iso2iml": "a.iso", "verify": "a.iso",
                  "check-postgap": "a.iso", "info": "a.iso", "list": "a.iso", "extract": "a.iso", "cso2iso": "b.cso",
                  "dax2iso": "c.dax", "bin2iso": "d.bin", "iml2iso": "e.iml"}
@@ -165,7 +165,7 @@ class Guarantees(ConsoleTest):
             self.assertEqual(self.names(), before)
 
     def write_image(self, system, volume_sectors):
-        """An image of 60 sectors; its system identifier tells the kind."""
+        """An image of 60 sectors, whose kind depends on its system identifier."""
         image = bytearray(psp_image(60))
         image[32776:32776 + len(system)] = system
         image[33792:33800] = b"CD-XA001"
@@ -173,7 +173,7 @@ class Guarantees(ConsoleTest):
         self.write("game.iso", image)
         return bytes(image)
 
-    def test_an_image_that_may_not_be_changed(self):
+    def test_a_read_only_image(self):
         image = self.write_image(b"PLAYSTATION", 210)
         os.chmod(self.path("game.iso"), 0o444)
         os.chmod(self.folder, 0o777)
@@ -185,7 +185,7 @@ class Guarantees(ConsoleTest):
 
     @unittest.skipUnless(shutil.which("strace"), "a signal at a chosen moment comes from strace")
     def test_an_interrupted_postgap_is_undone(self):
-        """Ctrl-C at a write to the image: the image is as it was, or all is done when the signal came too late."""
+        """Ctrl-C at a write to the image leaves the image unchanged, or the signal came too late and everything is done."""
         for words, system, moments in ((["check-postgap"], b"PLAYSTATION", {1: 130, 2: 130, 77: 130, 150: 130, 151: 0}),
                                        (["add-postgap", "--count", "9"], b"PSP GAME", {1: 130, 9: 130, 10: 0})):
             for moment, status in moments.items():
@@ -204,8 +204,8 @@ class Guarantees(ConsoleTest):
 
     @unittest.skipUnless(os.geteuid() == 0 and shutil.which("lowntfs-3g") and shutil.which("unshare"),
                          "needs to mount a disk that folds cases")
-    def test_a_disk_that_folds_cases(self):
-        """Files that differ only in case are told there, before anything is written, and fit on other disks."""
+    def test_a_disk_that_ignores_case(self):
+        """Files that differ only in case are a failure there, before anything is written, but not on other disks."""
         script = """set -e
             mkfs.ntfs -q -F -f "$1/volume" >&2
             lowntfs-3g -o ignore_case "$1/volume" "$1/disk" || exit 99
@@ -261,7 +261,7 @@ class Guarantees(ConsoleTest):
         self.assertEqual(process.wait(30), 0)
         self.assertIn(b"game.iso", shown)
         self.assertIn(b"%", shown)
-        self.assertTrue(shown.endswith(b"\r\x1b[K"), "the line is taken away again")
+        self.assertTrue(shown.endswith(b"\r\x1b[K"), "the line is removed at the end")
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-"""info, verify, list and extract over every form of the same image."""
+"""info, verify, list and extract on every form of the same image."""
 import hashlib
 import json
 import os
@@ -24,7 +24,7 @@ class Inspect(ConsoleTest):
         self.master("game.iso", b"PLAYSTATION", b"PLAYSTATION")
 
     def master(self, name, system, application, *options):
-        """An image that a common tool made, with the marks of a PlayStation 2 CD that is also accepted as PSP's."""
+        """An image of a common mastering tool, with the marks of a PlayStation 2 CD."""
         subprocess.run(["genisoimage", "-quiet", "-V", "GAME", *options, "-o", self.path(name), self.path("src")],
                        check=True, stderr=subprocess.DEVNULL)
         image = bytearray(self.read(name))
@@ -48,7 +48,7 @@ class Inspect(ConsoleTest):
         result = self.run_here(*words, "--json")
         return result.status, json.loads(result.out)
 
-    def test_info_tells_every_form(self):
+    def test_info_identifies_every_form(self):
         self.make_forms()
         for name, form, application in (("game.iso", "ISO", "PLAYSTATION"), ("psp.cso", "CSO", "PSPYSTATION"),
                                         ("psp.dax", "DAX", "PSPYSTATION"), ("game.bin", "BIN", "PLAYSTATION")):
@@ -64,14 +64,14 @@ class Inspect(ConsoleTest):
         self.assertEqual(image["kind"], "PlayStation 2 CD")
         self.assertEqual(image["postgap"], "complete")
 
-    def test_info_tells_headers(self):
+    def test_info_reports_header_fields(self):
         self.make_forms()
         cso = self.report("info", "psp.cso")[1]["container"]
         self.assertEqual({key: cso[key] for key in ("header_size", "total_bytes", "block_size", "version", "align",
                                                     "blocks", "oddities")},
                          {"header_size": 0, "total_bytes": len(self.image), "block_size": 2048, "version": 1,
                           "align": 0, "blocks": len(self.image) // 2048, "oddities": []})
-        self.assertGreaterEqual(cso["plain_blocks"], 3, "the noise in B.BIN and C.BIN")
+        self.assertGreaterEqual(cso["plain_blocks"], 3, "B.BIN and C.BIN are random data")
         dax = self.report("info", "psp.dax")[1]["container"]
         self.assertEqual((dax["image_size"], dax["frames"], dax["oddities"]),
                          (len(self.image), -(-len(self.image) // 8192), []))
@@ -80,7 +80,7 @@ class Inspect(ConsoleTest):
         self.assertEqual(raw, {"sectors": sectors, "first_address": "00:02:00", "mode_1": 0, "mode_2_form_1": sectors,
                                "mode_2_form_2": 0, "other": 0} | {"first_address": "00:02:00"})
 
-    def test_oddities_are_told(self):
+    def test_info_reports_oddities(self):
         self.make_forms()
         cso = bytearray(self.read("psp.cso"))
         cso[4:8] = (17).to_bytes(4, "little")
@@ -97,26 +97,26 @@ class Inspect(ConsoleTest):
             self.write("game.iso", self.image[:length].ljust(length, b"\0"))
             self.assertEqual(self.report("info", "game.iso")[1]["image"]["postgap"], state)
 
-    def test_info_for_people(self):
+    def test_info_as_text(self):
         result = self.run_here("info", "game.iso")
         self.assert_done(result)
         self.assertIn("form: ISO\n", result.out)
         self.assertIn("  kind: PlayStation 2 CD\n", result.out)
         self.assertIn("  volume identifier: GAME\n", result.out)
 
-    def test_what_is_no_image_is_refused(self):
+    def test_files_without_an_image_are_refused(self):
         self.write("text.iso", b"hello")
         self.write("empty.iso", b"")
         os.mkdir(self.path("folder"))
         for command in "info", "verify", "list", "extract":
-            for name, cause in (("text.iso", "not a disc image that is known here"),
-                                ("empty.iso", "not a disc image that is known here"), ("missing.iso", ""),
+            for name, cause in (("text.iso", "not a known kind of disc image"),
+                                ("empty.iso", "not a known kind of disc image"), ("missing.iso", ""),
                                 ("folder", "")):
                 result = self.run_here(command, name)
                 self.assertEqual((result.status, result.out), (1, ""), (command, name))
                 self.assertIn("vantrel %s: %s: %s" % (command, name, cause), result.err)
 
-    def test_verify_gives_the_sums_of_the_image(self):
+    def test_verify_prints_the_checksums_of_the_image(self):
         self.make_forms()
         for name, image in (("game.iso", self.image), ("psp.cso", self.psp), ("psp.dax", self.psp),
                             ("game.bin", self.image)):
@@ -139,7 +139,7 @@ class Inspect(ConsoleTest):
             self.assertEqual(report["problems"], ["%s 5: its stream is damaged" % noun])
             self.assertNotIn("image", report)
 
-    def test_verify_finds_every_kind_of_wrong_sector(self):
+    def test_verify_finds_every_kind_of_sector_fault(self):
         self.make_forms()
         raw = bytearray(self.read("game.bin"))
         for sector, offset in ((20, 3), (30, 13), (31, 100), (32, 100), (40, 2100), (50, 2072), (60, 15), (70, 20)):
@@ -152,8 +152,8 @@ class Inspect(ConsoleTest):
             "sector 40: wrong parity", "sector 50: wrong EDC, parity", "sector 60: wrong mode or form",
             "sector 70: wrong mode or form"])
 
-    def test_verify_reads_on_where_pieces_join(self):
-        sectors = 8 * 512 + 3  # pieces are of 512 sectors
+    def test_verify_across_chunk_boundaries(self):
+        sectors = 8 * 512 + 3  # a chunk has 512 sectors
         image = (self.image * (sectors * SECTOR // len(self.image) + 1))[:sectors * SECTOR]
         image = image[:32848] + sectors.to_bytes(4, "little") + image[32852:]
         self.write("game.iso", image)
@@ -171,7 +171,7 @@ class Inspect(ConsoleTest):
             "sectors 511 to 512: wrong parity", "sector 1023: wrong parity", "sector 2048: wrong parity",
             "sector %d: wrong parity" % (sectors - 1)])
 
-    def test_verify_of_mode_1_gives_the_sums_of_its_user_data(self):
+    def test_verify_of_mode_1_prints_the_checksums_of_its_user_data(self):
         raw = b"".join(b"\0" + b"\xFF" * 10 + b"\0" + b"\0\2" + bytes([i]) + b"\1" +
                        self.image[i * SECTOR:(i + 1) * SECTOR] + bytes(288) for i in range(10))
         self.write("one.bin", raw)
@@ -201,7 +201,7 @@ class Inspect(ConsoleTest):
         image[33342:33345] = b"PSP"
         return image
 
-    def test_verify_against_another_form(self):
+    def test_verify_against_an_image_of_another_form(self):
         self.make_forms()
         status, report = self.report("verify", "psp.cso", "--against", "psp.dax")
         self.assertEqual((status, report["ok"], report["difference"]), (0, True, None))
@@ -249,7 +249,7 @@ class Inspect(ConsoleTest):
         self.assertEqual((result.status, result.err), (1, "vantrel extract: game.iso: holds no NOTHING\n"))
         self.assertFalse(os.path.exists(self.path("out2")))
 
-    def test_extract_replaces_only_when_told(self):
+    def test_extract_replaces_files_only_with_force(self):
         os.mkdir(self.path("out"))
         self.write("out/A.TXT", b"older")
         result = self.run_here("extract", "game.iso", "-C", "out")
@@ -268,7 +268,7 @@ class Inspect(ConsoleTest):
         self.assertFalse(os.path.exists(self.path("out")))
 
     def test_names_that_differ_only_in_case(self):
-        """They are two files where the system tells cases apart, and are told before anything is written elsewhere."""
+        """Two files on a case-sensitive disk; a failure before anything is written on other disks."""
         self.write("src/DIR/b.bin", b"small letters")
         self.master("game.iso", b"PLAYSTATION", b"PLAYSTATION", "-U")
         for words in ["extract", "game.iso", "-C", "out"], ["iso2iml", "game.iso", "--extract", "out"]:

@@ -1,4 +1,4 @@
-"""iso2bin and bin2iso through the program itself: raw image and sheet appear together or not at all."""
+"""iso2bin and bin2iso of the built program: raw image and sheet appear together or not at all."""
 import os
 import random
 import resource
@@ -9,7 +9,7 @@ from support import IS_WINDOWS, ConsoleTest, interrupted
 
 
 def cd_image(sectors=40, volume=None, seed=1):
-    """An image that carries the marks of a PlayStation 2 CD."""
+    """An image with the marks of a PlayStation 2 CD."""
     image = bytearray(random.Random(seed).randbytes(sectors * 2048))
     image[33342:33345] = b"PLA"
     image[33792:33795] = b"CD-"
@@ -21,7 +21,7 @@ SHEET = b'FILE "%s" BINARY\r\n  TRACK 01 MODE2/2352\r\n    INDEX 01 00:00:00\r\n
 
 
 class RawCommands(ConsoleTest):
-    def test_there_and_back(self):
+    def test_round_trip(self):
         self.write("my.Game.iso", cd_image())
         result = self.run_here("iso2bin", "my.Game.iso")
         self.assert_done(result)
@@ -41,7 +41,7 @@ class RawCommands(ConsoleTest):
             self.assert_done(self.run_here("bin2iso", "-f", "game.bin"))
             self.assertEqual(self.read("new-game.iso"), cd_image(40, volume) + bytes(150 * 2048))
 
-    def test_the_sheet_stands_beside_the_raw_image(self):
+    def test_the_sheet_is_written_beside_the_raw_image(self):
         self.write("game.iso", cd_image())
         os.mkdir(self.path("folder"))
         self.assert_done(self.run_here("iso2bin", "--output-dir", "folder", "game.iso"))
@@ -85,7 +85,7 @@ class RawCommands(ConsoleTest):
         self.assertIn("Code 2011 - Error Opening missing.bin", result.err)
         self.assertEqual(self.state(), before)
 
-    def test_bytes_that_are_no_whole_sector_are_told(self):
+    def test_bytes_behind_the_last_whole_sector_are_reported(self):
         self.write("game.iso", cd_image())
         self.assert_done(self.run_here("iso2bin", "game.iso"))
         self.write("game.bin", self.read("game.bin") + bytes(100))
@@ -95,7 +95,7 @@ class RawCommands(ConsoleTest):
         self.assertEqual(self.read("new-game.iso"), cd_image())
 
     @unittest.skipIf(IS_WINDOWS, "signals and limits of POSIX")
-    def test_nothing_partial_stays(self):
+    def test_no_partial_output_is_kept(self):
         self.write("game.iso", cd_image(100_000))
         self.write("game.bin", b"older")
         self.write("game.cue", b"older too")
@@ -119,7 +119,7 @@ class RawCommands(ConsoleTest):
         self.assertGreater(stopped, 3)
 
     @unittest.skipIf(IS_WINDOWS, "a name that Windows does not allow")
-    def test_a_name_that_a_sheet_cannot_spell(self):
+    def test_a_name_that_a_sheet_cannot_express(self):
         self.write('a"b.iso', cd_image())
         result = self.run_here("iso2bin", 'a"b.iso')
         self.assertEqual((result.status, result.err),

@@ -1,4 +1,4 @@
-"""The commands of the rebuild and of the postgap."""
+"""The rebuild and postgap commands."""
 import os
 try:
     import resource
@@ -41,13 +41,13 @@ class Rebuild(ConsoleTest):
         self.assertEqual(self.read("game.iso")[18 * SECTOR:], b"x" * SECTOR)
         self.assertEqual(self.names(), ["disc", "game.iml", "game.ims", "game.iso"])
 
-    def test_leading_structures_named_as_an_export_names_them(self):
+    def test_leading_structures_with_the_name_that_an_export_gives_them(self):
         self.write("game.v2.iml", layout([]))
         self.write("game.v2.ims", bytes(18 * SECTOR))
         self.assert_done(self.run_here("iml2iso", "game.v2.iml"))
         self.assertEqual(len(self.read("game.iso")), 18 * SECTOR)
 
-    def test_a_missing_file_leaves_everything_as_it_was(self):
+    def test_a_missing_file_leaves_everything_unchanged(self):
         self.write_layout((18, 18, "NOWHERE"))
         self.write("game.iso", b"older")
         self.write("game.txt", b"notes")
@@ -57,15 +57,15 @@ class Rebuild(ConsoleTest):
         self.assertIn("Code 3041 - Error!!! Opening [NOWHERE]", result.err)
         self.assertEqual(self.state(), before)
 
-    def test_exact_refuses_what_has_outgrown_its_place(self):
+    def test_exact_refuses_files_that_no_longer_fit(self):
         self.write_layout((18, 18, "A"))
         self.write("A", b"x" * 2049)
         result = self.run_here("iml2iso", "--exact", "game.iml")
         self.assertEqual(result.status, 1)
-        self.assertIn("A has 2049 bytes, but its place in the image has room for 2048 only", result.err)
+        self.assertIn("A has 2049 bytes, but its sectors in the image hold only 2048", result.err)
         self.assertEqual(self.names(), ["A", "game.iml", "game.ims"])
 
-    def test_postgap_is_told_and_appended(self):
+    def test_postgap_is_reported_and_appended(self):
         image = cd_image(30, 180)
         self.write("game.iso", image)
         result = self.run_here("check-postgap", "--dry-run", "game.iso")
@@ -88,7 +88,7 @@ class Rebuild(ConsoleTest):
         self.assertIn("game.iso", result.err)
         self.assertEqual(self.state(), {"game.iso": image})
 
-    def test_selective_postgap_wants_a_count(self):
+    def test_add_postgap_requires_a_count(self):
         self.write("game.iso", cd_image(30, 180))
         self.assertEqual(self.run_here("add-postgap", "game.iso").status, 2)
         self.assertEqual(self.run_here("add-postgap", "--count", "10", "game.iso").status, 2)

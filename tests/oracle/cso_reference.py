@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A second implementation of the CSO container, written from the format's definition with Python's zlib.
+"""A second implementation of CSO, written from the definition of the format, with Python's zlib.
 
 usage: cso_reference.py compress LEVEL IMAGE CSO
        cso_reference.py expand CSO IMAGE

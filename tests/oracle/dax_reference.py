@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A second implementation of the DAX container, written from the format's definition with Python's zlib.
+"""A second implementation of DAX, written from the definition of the format, with Python's zlib.
 
 usage: dax_reference.py compress LEVEL IMAGE DAX
        dax_reference.py expand DAX IMAGE

@@ -1,4 +1,4 @@
-// For the check of exports against other programs: makes images of all kinds, and exports one as the window does.
+// Helper of export_oracle.py: makes images of all kinds, and exports an image like the window.
 //
 //     export_images make FOLDER
 //     export_images export FOLDER IMAGE LAYOUT PATH_FIELD
@@ -13,7 +13,7 @@
 namespace vantrel::test {
 namespace {
 
-/// Every combination of kind, number of files and folders, tables and attributes that could matter to a reader.
+/// Images that differ in medium, number of files and folders, path tables, attributes and postgap.
 void MakeImages(const std::string& folder) {
     struct SShape {
         const char* name;

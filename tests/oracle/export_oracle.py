@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Exports compared with a second implementation, and with what isoinfo and 7z see in the same images: images of the
-builder, and images that genisoimage and xorriso have mastered from real folders.
+"""Compares exports with a second implementation and with the file lists of isoinfo and 7z, for images of the image builder
+and images mastered by genisoimage and xorriso.
 
 usage: export_oracle.py VANTREL EXPORT_IMAGES
 """
@@ -26,7 +26,7 @@ def run(*words, accepted=(0,)):
 
 
 def sevenzip(*words):
-    """7z reports an image that ends before its volume does (a postgap is missing) as an error, and reads it anyway."""
+    """7z reads an image that is shorter than its volume (without postgap), but returns an error status."""
     return run("7z", *words, accepted=(0, 2))
 
 
@@ -44,7 +44,7 @@ def check(what, ours, theirs):
 
 
 def make_folder(top, seed):
-    """A tree with empty files, files around sector boundaries and a folder of several sectors."""
+    """A tree with empty files, file sizes around sector boundaries and a folder of several sectors."""
     rng = random.Random(seed)
     for folder in ("", "DATA", "DATA/DEEP", "DATA/DEEP/ER", "MOVIE", "SOUND", "NOTHING"):
         os.makedirs(os.path.join(top, folder), exist_ok=True)
@@ -62,7 +62,7 @@ def patch(path, position, text):
 
 
 def master_images(folder):
-    """Images of other programs, marked as the discs of the three kinds are."""
+    """Images mastered by other programs, with the marks of the three media added."""
     tree = os.path.join(folder, "tree")
     make_folder(tree, 7)
     images = []
@@ -80,14 +80,14 @@ def master_images(folder):
     patch(image("genisoimage-umd", "genisoimage", "-quiet", *psp), 33792, b"CD-XA001")
     dvd = image("genisoimage-dvd", "genisoimage", "-quiet", "-udf", *ps2)
     patch(dvd, 65925, b"DVD")
-    patch(dvd, 33792, b"\0")  # this program fills the place of the mark with blanks
+    patch(dvd, 33792, b"\0")  # genisoimage fills this field with blanks
     patch(image("xorriso-cd", *xorriso, *ps2), 33792, b"CD-XA001")
     patch(image("xorriso-umd", *xorriso, *psp), 33792, b"CD-XA001")
     return images
 
 
 def isoinfo_files(path):
-    """(sector, size, path) of the files, as isoinfo sees them."""
+    """(sector, size, path) of all files according to isoinfo."""
     folder, files = "", []
     for line in run("isoinfo", "-l", "-i", path).splitlines():
         if line.startswith("Directory listing of "):
@@ -100,7 +100,7 @@ def isoinfo_files(path):
 
 
 def sevenzip_files(path):
-    """(size, path) of the files, as 7z sees them."""
+    """(size, path) of all files according to 7z."""
     files, name, size, folder = [], None, 0, False
     for line in sevenzip("l", "-tiso", "-slt", path).partition("----------\n")[2].splitlines() + [""]:
         key, _, value = line.partition(" = ")
@@ -172,7 +172,7 @@ def check_console_export(path, image, work):
 
 
 def refused(*words):
-    """What the console program says when it refuses."""
+    """The error message of a command that must be refused."""
     done = subprocess.run((vantrel, "iso2iml") + words, capture_output=True)
     if done.returncode != 1 or done.stdout:
         sys.exit("%s: status %d: %s" % (words, done.returncode, done.stdout))
@@ -180,18 +180,18 @@ def refused(*words):
 
 
 def check_refusals(image, work):
-    """Nothing is written, replaced or left behind, and the message names the file."""
+    """A refused command writes, replaces and leaves nothing, and its message names the file."""
     layout = os.path.join(work, "out.iml")
-    spoilt = os.path.join(work, "spoilt.iso")
-    with open(spoilt, "wb") as file:
+    damaged = os.path.join(work, "damaged.iso")
+    with open(damaged, "wb") as file:
         file.write(read(image))
-    patch(spoilt, 33792, b"cd-")
+    patch(damaged, 33792, b"cd-")
     before = sorted(os.listdir(work))
-    check("refused image", refused(spoilt, "-o", layout),
-          "vantrel iso2iml: Code 9999 - invalid file header %s\n" % spoilt)
+    check("refused image", refused(damaged, "-o", layout),
+          "vantrel iso2iml: Code 9999 - invalid file header %s\n" % damaged)
     if "Code 101e - Error Opening " + work + "/none.iso" not in refused(work + "/none.iso"):
         sys.exit("a missing image is not named")
-    if work + "/none/out.iml" not in refused(image, "-o", work + "/none/out.iml"):
+    if work + "/none/out.ims" not in refused(image, "-o", work + "/none/out.iml"):
         sys.exit("a missing folder is not named")
     if "no-such-folder" not in refused(image, "-o", layout, "--extract=" + work + "/no-such-folder/below"):
         sys.exit("a missing folder for extraction is not named")

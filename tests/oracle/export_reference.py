@@ -1,4 +1,4 @@
-"""A second implementation of the export of an image to a layout, written from the formats' definitions."""
+"""A second implementation of the export of an image to a layout, based only on the format descriptions."""
 import ntpath
 import struct
 
@@ -96,7 +96,7 @@ VARIANTS = {
 
 
 def entries(image):
-    """Ranges and paths, with the rule for files that share a start and a padding."""
+    """Sector ranges and paths, including the rule for files with the same start and padding."""
     remembered = (0, 2032)
     for start, size, path in image.files:
         padding = -size % SECTOR

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""A second implementation of the rebuild of images from layouts, and its comparison with the program.
+"""A second implementation of the rebuild of images from layouts, and its comparison with the program's output.
 
 usage: rebuild_reference.py VANTREL
 
 Generates layouts of all kinds (CD, UMD, DVD; sizes around every boundary; holes; files shorter and longer than their
-range; nested folders), rebuilds each with the program and with the few lines below, and compares whole images.
+range; nested folders), rebuilds each with the program and with the functions below, and compares the images.
 """
 
 import os
@@ -25,7 +25,7 @@ def padding(size):
 
 
 def listed_files(text, without_tail):
-    """(first, last, path) of the entries between the leading structures' one and those left out at the end."""
+    """(first, last, path) of the entries after the leading entry, without the last `without_tail` entries."""
     lines = text[text.index("# the number of entries"):].split("\r\n")
     count = int(lines[0].split(":")[1])
     entries = lines[2:2 + count][1:count - without_tail]
@@ -100,7 +100,7 @@ def leading_bytes(media, sectors, volume_last, marked, rng):
 
 
 def generate(folder, media, sizes, rng, fit):
-    """Files of the given sizes at ascending ranges; fit: exactly their sectors, else shorter and longer ranges too."""
+    """Files of the given sizes in ascending ranges, which have the exact length if `fit`, otherwise also other lengths."""
     leading_sectors = rng.randint(17, 30)
     sector = leading_sectors + rng.choice([0, 0, 3])
     entries = []
@@ -146,7 +146,7 @@ def main():
             for fit in (True, False):
                 check(vantrel, media, sizes, rng, fit, "%s %s" % (media, sizes))
                 count += 1
-    print("%d layouts rebuilt alike" % count)
+    print("%d layouts rebuilt identically" % count)
 
 
 if __name__ == "__main__":

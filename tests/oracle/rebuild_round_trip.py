@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Images that are exported, extracted and rebuilt: bit-identical with --exact; without it, the same files with the same
-content for isoinfo and 7z, and the same list when exported again.
+"""Exports, extracts and rebuilds images. With --exact, they must be bit-identical; otherwise isoinfo and 7z must find the same
+files with the same content, and another export must give the same list.
 
 usage: rebuild_round_trip.py VANTREL EXPORT_IMAGES
 """
@@ -14,7 +14,7 @@ from export_oracle import run, vantrel
 
 
 def entries_of(layout):
-    """The lines of a layout's list, without the leading structures' and the trailing sector's."""
+    """The entry lines of a layout without the leading and the trailing entry."""
     text = oracle.read(layout).decode("latin-1")
     lines = text[text.index("# the number of entries"):text.index("[/LOC]")].splitlines()
     return [line for line in lines[2:] if ".ims" not in line]
@@ -52,8 +52,7 @@ def check_rebuilt(name, path, layout, files, work):
     for file in oracle.files_below(theirs):
         if not filecmp.cmp(os.path.join(files, file), os.path.join(theirs, file), shallow=False):
             sys.exit("%s: %s has another content in the rebuilt image" % (name, file))
-    # An export finds the folders by the path table, which some programs put behind the folders and so outside of what a
-    # layout keeps.
+    # An export needs the path table, which some programs put after the folders, outside of what a layout keeps.
     if path_table_sector(path) < os.path.getsize(layout[:-4] + ".ims") // 2048:
         again = os.path.join(work, "again.iml")
         run(vantrel, "iso2iml", "-q", "-o", again, image)
@@ -72,7 +71,7 @@ make_folder = oracle.make_folder
 
 
 def master_images(folder):
-    """Images of the builder, and those of other programs with and without empty files, which these let share sectors."""
+    """Images of the builder, and of other programs with and without empty files, which share sectors in their images."""
     run(oracle.export_images, "make", folder)
     images = sorted(os.path.join(folder, name) for name in os.listdir(folder) if name.endswith(".iso"))
     for name, make in (("full", make_folder), ("no-empty-files", without_empty_files)):
@@ -93,7 +92,7 @@ def main():
                 layout, files = os.path.join(work, "game.iml"), os.path.join(work, "files")
                 run(vantrel, "iso2iml", "-q", "-o", layout, path, "--extract=" + files)
                 check_exact(name, path, layout, files, work)
-                # Files that share sectors are each written there, the last one stays.
+                # Of files that share sectors, a rebuild keeps only the last one.
                 shared = files_share_sectors(layout)
                 if not shared:
                     check_rebuilt(name, path, layout, files, work)

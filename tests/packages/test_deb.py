@@ -1,4 +1,4 @@
-"""The Debian package, installed into a root of its own, from which the program is run."""
+"""The Debian package, installed into a separate root, and its program run there."""
 import glob
 import gzip
 import os
@@ -24,7 +24,7 @@ class DebianPackage(unittest.TestCase):
         subprocess.run([os.path.join(SOURCE, "scripts/make_packages.sh"), "deb", "5.0.0", PROGRAM, cls.scratch.name],
                        check=True, stdout=subprocess.DEVNULL)
         package, = glob.glob(os.path.join(cls.scratch.name, "*.deb"))
-        # The root holds nothing else, so what the program depends on is looked for outside of it.
+        # The root has no other packages, so the dependencies are those of the host.
         subprocess.run(["dpkg", "--root=" + cls.root, "--force-not-root", "--force-depends", "--force-bad-path",
                         "--log=/dev/null", "--install", package], check=True, capture_output=True)
 
@@ -35,7 +35,7 @@ class DebianPackage(unittest.TestCase):
     def installed(self, path):
         return os.path.join(self.root, path)
 
-    def test_the_package_knows_itself(self):
+    def test_package_fields(self):
         status = subprocess.run(["dpkg", "--root=" + self.root, "-s", "vantrel"], check=True, capture_output=True,
                                 text=True).stdout
         self.assertIn("Version: 5.0.0", status)
@@ -54,7 +54,7 @@ class DebianPackage(unittest.TestCase):
             with open(os.path.join(folder, "new-game.iso"), "rb") as image:
                 self.assertEqual(image.read(), psp_image())
 
-    def test_manual_and_completions_are_there(self):
+    def test_manual_and_completions_are_installed(self):
         with gzip.open(self.installed("usr/share/man/man1/vantrel.1.gz"), "rt") as page:
             self.assertIn("iso2cso", page.read())
         for path in ("bash-completion/completions/vantrel", "zsh/vendor-completions/_vantrel",

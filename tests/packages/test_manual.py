@@ -1,4 +1,4 @@
-"""The manual page and the completions name every command and option, and the shells and man accept them."""
+"""Manual page and completions name every command and option, and man and the shells accept them."""
 import os
 import subprocess
 import sys
@@ -27,7 +27,7 @@ class Manual(unittest.TestCase):
         with open(os.path.join(self.folder, name), encoding="utf-8") as file:
             return file.read()
 
-    def test_commands_are_understood(self):
+    def test_commands_are_parsed(self):
         names = [command.name for command in self.commands]
         for name in ("iso2cso", "cso2iso", "iso2dax", "dax2iso", "iso2bin", "bin2iso", "iso2iml", "iml2iso",
                      "check-postgap", "add-postgap", "info", "verify", "list", "extract"):
@@ -39,7 +39,7 @@ class Manual(unittest.TestCase):
             self.assertIn("Example", command.notes, command.name)
             self.assertTrue(command.summary, command.name)
 
-    def test_everything_is_named_everywhere(self):
+    def test_every_text_names_every_command_and_option(self):
         for name in ("vantrel.1", "vantrel.bash", "_vantrel", "vantrel.fish"):
             text = self.text(name).replace("\\-", "-")
             for command in self.commands:

@@ -1,4 +1,4 @@
-"""The zip for Windows: unpacked into an empty folder, its two programs run from there. Needs a display and Wine."""
+"""The zip for Windows: both programs run from an empty folder. Needs a display and Wine."""
 import glob
 import os
 import subprocess
@@ -30,7 +30,7 @@ class WindowsZip(unittest.TestCase):
     def tearDownClass(cls):
         cls.scratch.cleanup()
 
-    def test_what_is_in_it(self):
+    def test_content(self):
         for name in "quorn_vantrel.exe", "vantrel.exe", "README.md", "LICENSE", "CHANGELOG.md", "docs/formats/cso.md":
             self.assertIn(os.path.basename(self.folder) + "/" + name, self.names)
 
@@ -43,7 +43,7 @@ class WindowsZip(unittest.TestCase):
         with open(os.path.join(self.folder, "new-game.iso"), "rb") as image:
             self.assertEqual(image.read(), psp_image())
 
-    def test_the_window_opens_and_ends(self):
+    def test_the_window_opens_and_closes(self):
         process = subprocess.Popen(["wine", os.path.join(self.folder, "quorn_vantrel.exe")], cwd=self.folder)
         found = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", "quorn_vantrel_v5.0"],
                                capture_output=True, text=True, timeout=60)

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Checks the dialog templates of a resource script: what a person sees too late and a compiler never.
+"""Checks the dialog templates of a resource script for faults that the compiler does not report.
 
     lint_dialogs.py SCRIPT.rc IDS.h SOURCE...
 
-Faults: an id used twice, a control without a name, a control off the grid, outside its dialog, without an area, or over
-another one. The sources are searched for the tooltips that name buttons without a text.
+Faults: a duplicate or undefined id; a control without a label; a control off the grid, outside its dialog, with an empty
+area, or overlapping another one. Tooltips in the sources count as labels of buttons without text.
 """
 import re
 import sys
@@ -15,7 +15,7 @@ TEXT_KINDS = {"LTEXT", "CTEXT", "RTEXT", "GROUPBOX", "PUSHBUTTON", "DEFPUSHBUTTO
               "AUTORADIOBUTTON", "RADIOBUTTON", "ICON"}
 FIELD_KINDS = {"EDITTEXT", "COMBOBOX", "LISTBOX"}
 NAMING_KINDS = {"GROUPBOX", "LTEXT"}
-LINE_OF_A_LIST = 12  # a closed drop-down list is this high, whatever its template says
+LINE_OF_A_LIST = 12  # the height of a closed drop-down list, regardless of its template
 
 
 class Control:
@@ -47,13 +47,13 @@ def parse_control(line):
     match = re.match(r'([A-Z]+)\s+(?:("(?:[^"]|"")*"|\w+)\s*,\s*)?(-?\w+)\s*,\s*(\d+)\s*,\s*(\d+)\s*,\s*(\d+)\s*,\s*(\d+)'
                      r'\s*(?:,\s*(.*))?$', line)
     if not match or match[1] not in TEXT_KINDS | FIELD_KINDS:
-        raise ValueError(f"not understood: {line}")
+        raise ValueError(f"unknown statement: {line}")
     text = (match[2] or "").strip('"')
     return Control(match[1], text, match[3], [int(match[i]) for i in range(4, 8)], match[8] or "")
 
 
 def parse_dialogs(script):
-    """(name, width, height, controls) of every dialog of the script."""
+    """(name, width, height, controls) of every dialog in the script."""
     script = re.sub(r"//[^\n]*|/\*.*?\*/", "", script, flags=re.S)
     dialogs = []
     for match in re.finditer(r"^(\w+)\s+DIALOG(?:EX)?\s+(\d+)\s*,\s*(\d+)\s*,\s*(\d+)\s*,\s*(\d+)(.*?)^BEGIN\n(.*?)^END",
@@ -75,9 +75,9 @@ def id_faults(controls, ids):
             continue
         value = {"IDOK": 1, "IDCANCEL": 2}.get(control.name, ids.get(control.name))
         if value is None:
-            yield f"{control}: its id is not defined"
+            yield f"{control}: undefined id"
         elif value in seen:
-            yield f"{control}: has the id of {seen[value]}"
+            yield f"{control}: same id as {seen[value]}"
         else:
             seen[value] = control
 
@@ -87,10 +87,10 @@ def name_faults(controls, sources):
         if control.text or not control.is_visible() or control.kind == "ICON":
             continue
         if control.kind in ("PUSHBUTTON", "DEFPUSHBUTTON"):
-            if not re.search(r"\b" + re.escape(control.name) + r',\s*L"[^"]', sources):
-                yield f"{control}: a button without a text needs a tooltip"
+            if not re.search(r"\{" + re.escape(control.name) + r',[^}]*\bL"[^"]', sources):
+                yield f"{control}: a button without text needs a tooltip"
         elif before is None or before.kind not in NAMING_KINDS or not before.text:
-            yield f"{control}: nothing right before it names it"
+            yield f"{control}: no label precedes it"
 
 
 def place_faults(controls, width, height):
@@ -99,7 +99,7 @@ def place_faults(controls, width, height):
         if any(side % GRID for side in sides):
             yield f"{control}: off the grid of {GRID} units: {', '.join(map(str, sides))}"
         if control.width == 0 or control.height == 0:
-            yield f"{control}: has no area"
+            yield f"{control}: empty area"
         if control.x + control.width > width or control.y + control.height > height:
             yield f"{control}: outside the dialog"
 
@@ -111,7 +111,7 @@ def overlap_faults(controls):
             framed = (first.kind == "GROUPBOX" and first.covers(second)
                       or second.kind == "GROUPBOX" and second.covers(first))
             if first.meets(second) and not framed:
-                yield f"{first}: lies over {second}"
+                yield f"{first}: overlaps {second}"
 
 
 def lint(script, header, sources):

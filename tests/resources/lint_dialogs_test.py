@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
-"""The lint itself: it passes a sound dialog, and finds each kind of fault when one is put into it."""
+"""Tests of lint_dialogs.py: a correct dialog has no faults, and each kind of fault is found."""
 import unittest
 
 import lint_dialogs
 
 HEADER = "#define IDC_A 1\n#define IDC_B 2\n#define IDC_C 3\n#define IDC_SAME 3\n"
-SOUND = '''
+CORRECT = '''
 IDD_X DIALOGEX 0, 0, 100, 60
 STYLE WS_POPUP
 BEGIN
-    // a group and what it holds
+    // a group and its content
     GROUPBOX "Folder", -1, 4, 4, 60, 28
     EDITTEXT IDC_A, 8, 16, 48, 12, ES_READONLY |
         WS_DISABLED
@@ -22,8 +22,8 @@ SOURCES = '{IDC_B, L"Open"},'
 
 
 def faults(old="", new="", sources=SOURCES):
-    assert old in SOUND
-    return lint_dialogs.lint(SOUND.replace(old, new, 1), HEADER + "#define IDC_D 4\n", sources)[0]
+    assert old in CORRECT
+    return lint_dialogs.lint(CORRECT.replace(old, new, 1), HEADER + "#define IDC_D 4\n", sources)[0]
 
 
 class LintTest(unittest.TestCase):
@@ -31,23 +31,23 @@ class LintTest(unittest.TestCase):
         self.assertEqual(len(found), 1, found)
         self.assertIn(words, found[0])
 
-    def test_sound_dialog(self):
+    def test_correct_dialog(self):
         self.assertEqual(faults(), [])
 
     def test_counts_controls(self):
-        self.assertEqual(lint_dialogs.lint(SOUND, HEADER + "#define IDC_D 4\n", SOURCES)[1], 5)
+        self.assertEqual(lint_dialogs.lint(CORRECT, HEADER + "#define IDC_D 4\n", SOURCES)[1], 5)
 
     def test_duplicate_id(self):
-        self.expect(faults('"go", IDC_C', '"go", IDC_B'), "has the id of")
+        self.expect(faults('"go", IDC_C', '"go", IDC_B'), "same id as")
 
     def test_unknown_id(self):
-        self.expect(faults('"go", IDC_C', '"go", IDC_Q'), "not defined")
+        self.expect(faults('"go", IDC_C', '"go", IDC_Q'), "undefined id")
 
     def test_button_without_tooltip(self):
         self.expect(faults(sources=""), "needs a tooltip")
 
     def test_field_without_label(self):
-        self.expect(faults('GROUPBOX "Folder"', 'PUSHBUTTON "Folder"')[:1], "nothing right before it names it")
+        self.expect(faults('GROUPBOX "Folder"', 'PUSHBUTTON "Folder"')[:1], "no label precedes it")
 
     def test_off_grid(self):
         self.expect(faults("68, 28, 28, 20", "68, 28, 26, 20"), "off the grid")
@@ -56,13 +56,13 @@ class LintTest(unittest.TestCase):
         self.expect(faults("68, 28, 28, 20", "68, 28, 36, 20"), "outside the dialog")
 
     def test_overlap(self):
-        self.expect(faults("68, 28, 28, 20", "68, 20, 28, 20"), "lies over")
+        self.expect(faults("68, 28, 28, 20", "68, 20, 28, 20"), "overlaps")
 
-    def test_group_that_does_not_hold_its_content(self):
-        self.expect(faults("8, 16, 48, 12", "8, 24, 48, 12"), "lies over")
+    def test_content_outside_its_group(self):
+        self.expect(faults("8, 16, 48, 12", "8, 24, 48, 12"), "overlaps")
 
     def test_no_area(self):
-        self.expect(faults("68, 28, 28, 20", "68, 28, 28, 0"), "no area")
+        self.expect(faults("68, 28, 28, 20", "68, 28, 28, 0"), "empty area")
 
     def test_unknown_statement(self):
         with self.assertRaises(ValueError):

@@ -17,7 +17,7 @@ constexpr std::uint32_t kCdTablesSector = 18;
 constexpr std::uint32_t kDvdTablesSector = 257;
 constexpr std::uint32_t kAnchorSector = 256;
 constexpr std::uint32_t kUdfSequenceSector = 32;
-constexpr std::size_t kUdfMarkOffset = 389;  // the identifier of the sequence's first descriptor
+constexpr std::size_t kUdfMarkOffset = 389;  // implementation identifier of the first descriptor
 constexpr std::uint8_t kFlagDirectory = 2;
 
 std::uint32_t SectorsOf(std::size_t bytes) {
@@ -52,13 +52,13 @@ struct SNode {
     }
 };
 
-/// One mastering run: the sectors are assigned first, then everything is written into place.
+/// Masters one image: assigns all sectors first, then writes everything to its place.
 class CImageBuilder {
 public:
     explicit CImageBuilder(const SImageDescription& description) : m_description(description) {}
 
     SBuiltImage Build() {
-        PlantTree();
+        BuildTree();
         NumberDirectories();
         AssignSectors();
         WriteDescriptors();
@@ -68,7 +68,7 @@ public:
             WriteUdf();
         }
         WriteFiles();
-        Report();
+        DescribeImage();
         return std::move(m_image);
     }
 
@@ -88,7 +88,7 @@ private:
         return *node;
     }
 
-    void PlantTree() {
+    void BuildTree() {
         for (const std::string& folder : m_description.folders) {
             FolderOfPath(folder);
         }
@@ -174,7 +174,8 @@ private:
         return records;
     }
 
-    /// Calls place(offset in the directory, record) for each record; none crosses a sector. The size in bytes.
+    /// Calls place(offset in the directory, record) for each record, none of which crosses a sector. Returns the size
+    /// in bytes.
     template <class TPlace>
     std::uint32_t LayOutRecords(const SNode& node, TPlace place) const {
         std::size_t offset = 0;
@@ -354,7 +355,7 @@ private:
         }
     }
 
-    // --- the UDF side (ECMA-167): tags, anchors and file entries, enough for whoever looks for tags ----------------
+    // --- UDF (ECMA-167): tags, anchors and file entries, as far as readers of tags need them -----------------------
 
     static std::uint16_t CrcOf(const std::uint8_t* bytes, std::size_t count) {
         std::uint16_t crc = 0;
@@ -367,7 +368,7 @@ private:
         return crc;
     }
 
-    /// Puts the descriptor tag (ECMA-167 3/7.2) over a descriptor whose `length` bytes stand at the sector.
+    /// Writes the descriptor tag (ECMA-167 3/7.2) of a descriptor of `length` bytes at the sector.
     void WriteTag(std::uint32_t sector, std::uint16_t identifier, std::size_t length) {
         Bytes& bytes = m_image.bytes;
         const std::size_t at = std::size_t{sector} * kImageSector;
@@ -398,7 +399,7 @@ private:
 
     void WriteFileEntry(std::uint32_t sector, std::uint32_t unique) {
         const std::size_t at = std::size_t{sector} * kImageSector;
-        m_image.bytes[at + 16 + 11] = 5;  // a file of bytes
+        m_image.bytes[at + 16 + 11] = 5;  // file type: file
         Write64(m_image.bytes, at + 160, unique);
         Write32(m_image.bytes, at + 172, 8);
         WriteTag(sector, 261, 184);
@@ -430,7 +431,7 @@ private:
         }
     }
 
-    // --- files and the report -------------------------------------------------------------------------------------
+    // --- files and description ------------------------------------------------------------------------------------
 
     void WriteFiles() {
         for (std::size_t i = 0; i < m_description.files.size(); ++i) {
@@ -441,7 +442,7 @@ private:
         }
     }
 
-    void Report() {
+    void DescribeImage() {
         for (const std::size_t index : m_order) {
             const SImageFile& file = m_description.files[index];
             std::string path = "\\" + file.path;
@@ -482,7 +483,7 @@ const SBuiltFile& SBuiltImage::File(std::string_view path) const {
             return file;
         }
     }
-    ADD_FAILURE() << "the image holds no " << path;
+    ADD_FAILURE() << "the image has no file " << path;
     throw std::out_of_range(std::string(path));
 }
 

@@ -8,7 +8,7 @@ namespace vantrel::test {
 
 namespace {
 
-/// The user "nobody" of every Debian.
+/// The user "nobody" on Debian.
 constexpr uid_t kOrdinaryUser = 65534;
 
 }  // namespace

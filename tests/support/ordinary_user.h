@@ -1,4 +1,4 @@
-// A stretch of a test without the rights of the superuser, whom no permission stops.
+// Part of a test without superuser rights, so that file permissions apply.
 #pragma once
 
 #include <sys/types.h>
@@ -7,7 +7,7 @@
 
 namespace vantrel::test {
 
-/// While it lives, files are opened as an ordinary user would open them. The folder is opened to that user.
+/// While it exists, the process accesses files as an ordinary user, who gets access to the folder.
 class CAsOrdinaryUser {
 public:
     explicit CAsOrdinaryUser(const CTestFolder& folder);

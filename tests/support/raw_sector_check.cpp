@@ -7,8 +7,8 @@ namespace vantrel::test {
 
 namespace {
 
-/// The remainder of the message, bit by bit as it is sent (least significant bit of each byte first), times x^32, by
-/// (x^16 + x^15 + x^2 + 1)(x^16 + x^2 + x + 1); first the coefficient of x^31.
+/// The remainder of the message times x^32 divided by (x^16 + x^15 + x^2 + 1)(x^16 + x^2 + x + 1). Bits are in the
+/// order of transmission, the least significant bit of each byte first; element i is the coefficient of x^i.
 std::array<bool, 32> EdcRemainder(std::span<const std::uint8_t> message) {
     std::array<bool, 33> polynomial = {};
     for (const int a : {16, 15, 2, 0}) {
@@ -52,7 +52,7 @@ unsigned Product(unsigned a, unsigned b) {
     return product;
 }
 
-/// Whether the code word, taken as a polynomial with its last symbol as constant term, is zero at 1 and at alpha = 2.
+/// Whether the code word, as a polynomial whose constant term is the last symbol, has the zeros 1 and alpha = 2.
 bool IsCodeWord(const std::vector<unsigned>& symbols) {
     unsigned atOne = 0;
     unsigned atAlpha = 0;
@@ -63,7 +63,7 @@ bool IsCodeWord(const std::vector<unsigned>& symbols) {
     return atOne == 0 && atAlpha == 0;
 }
 
-/// Bytes 12 to 2351 as words, whose byte `half` is looked at (ECMA-130, annex A).
+/// Byte `half` (0 or 1) of each word in bytes 12 to 2351 (ECMA-130, annex A).
 class CWords {
 public:
     CWords(std::span<const std::uint8_t> sector, bool headerIsZero, std::size_t half)
@@ -123,7 +123,7 @@ std::string FaultOfContent(std::span<const std::uint8_t> sector) {
     if (sector[15] == 1) {
         for (std::size_t i = 2068; i < 2076; ++i) {
             if (sector[i] != 0) {
-                return "the zeros behind the EDC";
+                return "zeros after the EDC";
             }
         }
         return IsEdcRight(sector.first(2064), sector.subspan(2064, 4)) ? "" : "EDC";
@@ -158,7 +158,7 @@ std::string FaultOfRawSector(std::span<const std::uint8_t> sector, std::uint32_t
 
 std::string FaultOfRawImage(std::span<const std::uint8_t> image) {
     if (image.size() % 2352 != 0) {
-        return "the image is not whole sectors";
+        return "the image has an incomplete sector";
     }
     for (std::uint32_t number = 0; number < image.size() / 2352; ++number) {
         const std::string fault = FaultOfRawSector(image.subspan(std::size_t{number} * 2352, 2352), number);

@@ -11,7 +11,7 @@
 
 namespace vantrel::test {
 
-/// Calls are recorded as lines:
+/// Records each call as a line:
 ///   begin iso2iml
 ///   pane FILE text | pane BYTES text | pane STATUS text | pane PERCENT text
 ///   total 150 | done 7 | yield
@@ -30,14 +30,14 @@ public:
 
     /// Every call so far, in order.
     const std::vector<std::string>& Calls() const { return m_calls; }
-    /// The calls that begin with a word or words, in order: CallsOf("pane PERCENT").
+    /// The calls that begin with a text, in order, for example CallsOf("pane PERCENT").
     std::vector<std::string> CallsOf(std::string_view beginning) const;
     /// The current text of a pane.
     std::string PaneText(EPane pane) const { return m_panes[static_cast<std::size_t>(pane)]; }
 
     /// Whether Complete continues; false stands for a sound list without a selection.
     bool m_completes = true;
-    /// Called at every Yield with the number of the call, from 1, so that a test can look or interfere there.
+    /// Called at every Yield with its number, starting at 1, so that a test can check or change things.
     std::function<void(int)> m_onYield;
 
 private:
@@ -48,7 +48,7 @@ private:
     int m_yields = 0;
 };
 
-/// The text of a call of Begin: "begin iso2iml".
+/// The line for a call of Begin, for example "begin iso2iml".
 std::string BeginOf(EConversion conversion);
 
 /// Runs a conversion that is expected to fail, and returns the text of the failure; "did not fail" if it succeeds.

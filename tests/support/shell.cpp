@@ -8,7 +8,7 @@ namespace vantrel::test {
 
 namespace {
 
-/// The word as a POSIX shell reads it literally.
+/// The word in quotes for a POSIX shell.
 std::string Quoted(const std::string& word) {
     std::string quoted = "'";
     for (const char c : word) {

@@ -1,4 +1,4 @@
-// Running other people's programs from a test.
+// Running third-party programs in a test.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace vantrel::test {
 
-/// Runs a program with its arguments, each taken literally, and gives its exit status; −1 when it could not run or was
-/// ended by a signal. Its standard output and error output are appended to `output` when that is given.
+/// Runs a program with literal arguments and returns its exit status; −1 if it cannot be started or is ended by a
+/// signal. Appends its standard output and error output to `output` if that is not null.
 int RunProgram(const std::vector<std::string>& words, std::string* output = nullptr);
 
 }  // namespace vantrel::test

@@ -17,7 +17,7 @@ namespace vantrel::test {
 
 namespace {
 
-/// A UTF-8 path for the streams of the standard library, which on Windows take narrow paths for another encoding.
+/// A UTF-8 path for standard streams, which expect another encoding in narrow paths on Windows.
 std::filesystem::path StreamPath(const std::string& path) {
 #ifdef _WIN32
     return WideOf(path);
@@ -48,14 +48,17 @@ std::vector<std::string> CTestFolder::Names() const {
 }
 
 Bytes ReadWhole(const std::string& path) {
-    std::ifstream file(StreamPath(path), std::ios::binary);
-    EXPECT_TRUE(file.is_open()) << path;
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::string text = ReadText(path);
+    return {text.begin(), text.end()};
 }
 
 std::string ReadText(const std::string& path) {
-    const Bytes bytes = ReadWhole(path);
-    return {bytes.begin(), bytes.end()};
+    std::ifstream file(StreamPath(path), std::ios::binary | std::ios::ate);
+    EXPECT_TRUE(file.is_open()) << path;
+    std::string text(file.is_open() ? static_cast<std::size_t>(file.tellg()) : 0U, '\0');
+    file.seekg(0);
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    return text;
 }
 
 void WriteWhole(const std::string& path, const Bytes& content) {

@@ -1,4 +1,4 @@
-// What stands behind the watched calls of every system: which folder is watched, which call fails, what was called.
+// The state of watched calls on every system: the folder, the call that fails, and the calls so far.
 #pragma once
 
 #include <cstdint>
@@ -13,10 +13,10 @@
 
 namespace vantrel::test {
 
-/// What the system knows an open file or folder by.
+/// The system's handle of an open file or folder.
 using Handle = std::intptr_t;
 
-/// What is being watched, and what is to fail. Calls come from any thread.
+/// The calls about one folder and the one that fails. Thread-safe.
 class CWatch {
 public:
     CWatch(std::string_view folder, const SFault& fault, const SSystem& system)
@@ -24,22 +24,22 @@ public:
 
     const SSystem& System() const { return m_system; }
 
-    /// The part of a path below the folder; nothing for paths that lie elsewhere.
+    /// The part of a path below the folder; no value for other paths.
     std::optional<std::string> Below(std::string_view path) const;
 
-    /// Takes note of a call; whether it is the one to fail.
+    /// Records a call. Returns whether it must fail.
     bool Note(const SCall& call);
 
-    /// Takes note of a file that was opened by `path`, unless it lies elsewhere.
+    /// Records that a file was opened, if it is below the folder.
     void Keep(Handle handle, std::string_view path, bool written);
-    /// The call of a kind that concerns an open file; nothing for files that are not watched.
+    /// The description of a call on an open file; no value for files that are not watched.
     std::optional<SCall> CallOn(Handle handle, ECall kind);
     void Drop(Handle handle);
 
     std::vector<SCall> Calls() const;
     bool HasFailed() const;
     std::size_t OpenCount() const;
-    /// Whether it is the turn of an interruption; every other transfer is one.
+    /// Whether the next transfer is interrupted: alternately true and false.
     bool TakesInterruption();
 
 private:
@@ -54,10 +54,10 @@ private:
     bool m_isInterrupted = false;
 };
 
-/// The one watch there is, because calls of the system have no place for another argument.
+/// The only watch; system calls have no parameter for it.
 extern std::optional<CWatch> g_watch;
 
-/// Takes note of the call about a path, or about an open file; whether it is the one to fail.
+/// Records a call on a path or an open file. Returns whether it must fail.
 bool IsToFailAt(std::string_view path, ECall kind, bool written = false);
 bool IsToFailOn(Handle handle, ECall kind);
 

@@ -1,6 +1,6 @@
-// The system calls of the file layer, watched and made to fail. A program that links vantrel_watched_calls has the
-// linker put these calls in place of the system's own, so that the real file layer runs, unchanged, on a system on
-// which anything can go wrong. Calls about other folders than the watched one pass through.
+// Records the system calls of the file layer and makes one of them fail. In programs that link vantrel_watched_calls,
+// the linker redirects the system calls to wrappers, so the file layer itself is tested unchanged. Calls outside the
+// watched folder pass through.
 #pragma once
 
 #include <compare>
@@ -15,7 +15,7 @@ enum class ECall {
     Open,
     Close,
     Read,
-    ReadEnd,  ///< A read behind the last byte, which only tells that it was the last.
+    ReadEnd,  ///< A read after the last byte, which returns 0 bytes.
     Write,
     Copy,  ///< From another file into this one.
     Seek,
@@ -29,8 +29,7 @@ enum class ECall {
     List
 };
 
-/// One call: what was asked, and of which file, by its path below the watched folder. The random part of a temporary
-/// name is left out.
+/// A call and the path of its file below the watched folder, without the random part of temporary names.
 struct SCall {
     ECall kind = ECall::Open;
     std::string file;
@@ -42,30 +41,30 @@ struct SCall {
 /// "read game.iso", "close game.cso (written)"
 std::string TextOf(const SCall& call);
 
-/// Which call is to fail: the `number`-th (from 1) of those equal to `call`.
+/// The call that fails: the `number`-th (from 1) of those equal to `call`.
 struct SFault {
     SCall call;
-    std::size_t number = 0;  ///< 0: none fails.
+    std::size_t number = 0;  ///< 0: no call fails.
 };
 
-/// What a call fails for: whatever needs room for want of it, everything else because of the device.
+/// The cause of a failure: NoSpace for calls that need space on the disk, Device for all others.
 enum class EFailure { Device, NoSpace };
 
-/// What LastFileError says of it.
+/// The text of LastFileError for this cause.
 std::string SystemText(EFailure failure);
 
-/// A system on which some things are not to be had. What they fail with is what such systems answer.
+/// What the simulated system supports. Unsupported calls fail with the error codes of real systems.
 struct SSystem {
     bool renamesWithoutReplacing = true;  ///< POSIX: renameat2 with RENAME_NOREPLACE
     bool linksFiles = true;
-    bool transfersWhole = true;  ///< Otherwise reads and writes are interrupted, or move one half of what was asked.
+    bool transfersWhole = true;  ///< If not, transfers are interrupted or move half of the requested bytes.
 };
 
-/// Watches the calls about one folder and what is below it, of all threads, for the time of its life. One at a time.
+/// Watches the calls of all threads on one folder and everything below it. Only one object may exist at a time.
 class CWatchedCalls {
 public:
-    /// `folder` ends in the separator. A failing write leaves the first half of its bytes in the file; a failing close
-    /// closes.
+    /// `folder` ends in a separator. A failing write writes the first half of its bytes; a failing close closes the
+    /// file.
     explicit CWatchedCalls(std::string_view folder, const SFault& fault = {}, const SSystem& system = {});
     CWatchedCalls(const CWatchedCalls&) = delete;
     CWatchedCalls& operator=(const CWatchedCalls&) = delete;
@@ -73,9 +72,9 @@ public:
 
     /// All calls so far.
     std::vector<SCall> Calls() const;
-    /// Whether the fault has come to pass.
+    /// Whether the fault has occurred.
     bool HasFailed() const;
-    /// Number of files and folders that were opened and not closed.
+    /// Number of files and folders that are open.
     std::size_t OpenCount() const;
 };
 

@@ -12,7 +12,7 @@
 #include "files/native_file.h"
 #include "tests/support/watch.h"
 
-// The names are the linker's: "--wrap=read" sends calls of read to __wrap_read, and those of __real_read to the system.
+// The linker defines the names: "--wrap=read" redirects read to __wrap_read, and __real_read to the system's read.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,cert-dcl50-cpp)
 extern "C" {
 int __real_open64(const char* path, int flags, mode_t mode);
@@ -49,21 +49,21 @@ int CodeOf(EFailure failure) {
     return failure == EFailure::NoSpace ? ENOSPC : EIO;
 }
 
-/// Whether the call about a path is the one to fail; errno is set then.
+/// Whether the call on a path must fail; sets errno then.
 bool FailsAt(const char* path, ECall kind, EFailure failure = EFailure::Device, bool written = false) {
     const bool fails = IsToFailAt(path, kind, written);
     errno = fails ? CodeOf(failure) : errno;
     return fails;
 }
 
-/// The same for an open file.
+/// Whether the call on an open file must fail; sets errno then.
 bool FailsOn(Handle handle, ECall kind, EFailure failure = EFailure::Device) {
     const bool fails = IsToFailOn(handle, kind);
     errno = fails ? CodeOf(failure) : errno;
     return fails;
 }
 
-/// How much of a transfer comes about at once; nothing when it is interrupted.
+/// How many bytes of a transfer to move; no value if it is interrupted.
 std::optional<std::size_t> TransferOf(int descriptor, std::size_t count) {
     if (!g_watch || g_watch->System().transfersWhole || !g_watch->CallOn(descriptor, ECall::Read)) {
         return count;

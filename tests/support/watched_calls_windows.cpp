@@ -1,7 +1,7 @@
-// The watched calls of Windows. Programs call the system through pointers that the loader fills in, like
-// __imp_ReadFile;
-// "--wrap=__imp_ReadFile" makes the file layer use the pointer __wrap___imp_ReadFile, and __real___imp_ReadFile is the
-// loader's.
+// The watched calls of Windows. Programs call the system through pointers such as __imp_ReadFile, which the loader
+// sets.
+// "--wrap=__imp_ReadFile" makes the file layer use the pointer __wrap___imp_ReadFile; __real___imp_ReadFile is the
+// loader's pointer.
 #include <windows.h>
 
 #include "files/native_file.h"
@@ -41,7 +41,7 @@ void SetLastErrorTo(EFailure failure) {
     ::SetLastError(failure == EFailure::NoSpace ? ERROR_DISK_FULL : ERROR_IO_DEVICE);
 }
 
-/// Whether the call about a path is the one to fail; the last error is set then.
+/// Whether the call on a path must fail; sets the last error then.
 bool FailsAt(const wchar_t* path, ECall kind, EFailure failure = EFailure::Device, bool written = false) {
     const bool fails = IsToFailAt(Utf8Of(path), kind, written);
     if (fails) {
@@ -50,7 +50,7 @@ bool FailsAt(const wchar_t* path, ECall kind, EFailure failure = EFailure::Devic
     return fails;
 }
 
-/// The same for an open file.
+/// Whether the call on an open file must fail; sets the last error then.
 bool FailsOn(HANDLE file, ECall kind, EFailure failure = EFailure::Device) {
     const bool fails = IsToFailOn(HandleOf(file), kind);
     if (fails) {
@@ -59,7 +59,7 @@ bool FailsOn(HANDLE file, ECall kind, EFailure failure = EFailure::Device) {
     return fails;
 }
 
-/// How much of a transfer comes about at once.
+/// How many bytes of a transfer to move.
 DWORD TransferOf(HANDLE file, DWORD count) {
     const bool whole =
         !g_watch || g_watch->System().transfersWhole || !g_watch->CallOn(HandleOf(file), ECall::Read).has_value();
@@ -69,7 +69,7 @@ DWORD TransferOf(HANDLE file, DWORD count) {
 HANDLE WINAPI WatchedCreateFile(LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
                                 DWORD disposition, DWORD attributes, HANDLE pattern) {
     const bool written = (access & GENERIC_WRITE) != 0;
-    // Who asks for no access wants to know which file it is.
+    // Without access rights, the call only examines the file.
     if (FailsAt(path, access == 0 ? ECall::Look : ECall::Open, EFailure::Device, written)) {
         return INVALID_HANDLE_VALUE;
     }

@@ -1,4 +1,4 @@
-// A zlib stream that is reset from block to block: the same bytes and the same faults as with a new stream each.
+// A stream that is reset for each block: the same bytes and the same faults as a new stream for each block.
 #include "compress/block_stream.h"
 
 #include <gtest/gtest.h>
@@ -17,8 +17,7 @@ struct SResult {
     SStreamOutcome outcome;
 };
 
-template <typename Direction>
-SResult Through(CBlockStream<Direction>& stream, const Bytes& input, std::size_t room) {
+SResult ResultOf(CBlockStream& stream, const Bytes& input, std::size_t room) {
     SResult result;
     result.output.resize(room);
     result.outcome = stream.Run(input, result.output);
@@ -26,15 +25,14 @@ SResult Through(CBlockStream<Direction>& stream, const Bytes& input, std::size_t
     return result;
 }
 
-void ExpectSame(const SResult& kept, const SResult& fresh) {
-    EXPECT_EQ(kept.output, fresh.output);
-    EXPECT_EQ(kept.outcome.failed, fresh.outcome.failed);
-    EXPECT_EQ(kept.outcome.failedStep, fresh.outcome.failedStep);
-    EXPECT_EQ(kept.outcome.result, fresh.outcome.result);
-    EXPECT_STREQ(kept.outcome.message, fresh.outcome.message);
+void ExpectSame(const SResult& reused, const SResult& fresh) {
+    EXPECT_EQ(reused.output, fresh.output);
+    EXPECT_EQ(reused.outcome.failedStep, fresh.outcome.failedStep);
+    EXPECT_EQ(reused.outcome.result, fresh.outcome.result);
+    EXPECT_STREQ(reused.outcome.message, fresh.outcome.message);
 }
 
-/// Blocks of all kinds and lengths, one after the other.
+/// Blocks of all kinds and lengths.
 std::vector<Bytes> Blocks() {
     std::vector<Bytes> blocks;
     for (std::uint64_t i = 0; i < 60; ++i) {
@@ -46,73 +44,73 @@ std::vector<Bytes> Blocks() {
     return blocks;
 }
 
-TEST(BlockStream, AResetStreamDeflatesToTheSameBytes) {
+TEST(BlockStream, DeflatesToTheSameBytesAfterAReset) {
     for (const EStreamForm form : {EStreamForm::Raw, EStreamForm::Zlib}) {
         for (int level = 1; level <= 9; ++level) {
-            CBlockDeflater kept({form, level}, EStreamUse::Kept);
-            CBlockDeflater fresh({form, level}, EStreamUse::Fresh);
+            CBlockStream reused({form, level}, EStreamUse::Reused);
+            CBlockStream fresh({form, level}, EStreamUse::Fresh);
             for (const Bytes& block : Blocks()) {
-                const SResult result = Through(kept, block, kRoom);
-                EXPECT_FALSE(result.outcome.failed);
-                ExpectSame(result, Through(fresh, block, kRoom));
+                const SResult result = ResultOf(reused, block, kRoom);
+                EXPECT_FALSE(result.outcome.failedStep);
+                ExpectSame(result, ResultOf(fresh, block, kRoom));
             }
         }
     }
 }
 
-TEST(BlockStream, TheBytesAreThoseOfTheOneCallRoutine) {
+TEST(BlockStream, DeflatesToTheBytesOfTheOneCallRoutine) {
     for (int level = 1; level <= 9; ++level) {
-        CBlockDeflater kept({EStreamForm::Zlib, level}, EStreamUse::Kept);
+        CBlockStream reused({EStreamForm::Zlib, level}, EStreamUse::Reused);
         for (const Bytes& block : Blocks()) {
             Bytes expected(kRoom);
             uLongf length = kRoom;
             ASSERT_EQ(compress2(expected.data(), &length, block.data(), static_cast<uLong>(block.size()), level), Z_OK);
             expected.resize(length);
-            EXPECT_EQ(Through(kept, block, kRoom).output, expected);
+            EXPECT_EQ(ResultOf(reused, block, kRoom).output, expected);
         }
     }
 }
 
-TEST(BlockStream, ABlockWithoutRoomFailsAndTheNextOneIsAsEver) {
+TEST(BlockStream, RecoversAfterABlockThatDoesNotFitTheOutput) {
     const Bytes noise = test::RandomBytes(8192, 1);
-    CBlockDeflater kept({EStreamForm::Raw, 9}, EStreamUse::Kept);
-    CBlockDeflater fresh({EStreamForm::Raw, 9}, EStreamUse::Fresh);
+    CBlockStream reused({EStreamForm::Raw, 9}, EStreamUse::Reused);
+    CBlockStream fresh({EStreamForm::Raw, 9}, EStreamUse::Fresh);
     for (const std::size_t room : {kRoom, std::size_t{100}, kRoom, std::size_t{1}, kRoom}) {
-        const SResult result = Through(kept, noise, room);
+        const SResult result = ResultOf(reused, noise, room);
         EXPECT_EQ(result.outcome.FailedIn(EStreamStep::Work), room != kRoom);
-        ExpectSame(result, Through(fresh, noise, room));
+        ExpectSame(result, ResultOf(fresh, noise, room));
     }
 }
 
-TEST(BlockStream, AResetStreamInflatesTheSameAlsoAfterDamage) {
+TEST(BlockStream, InflatesToTheSameBytesAfterAResetEvenAfterDamage) {
     for (const EStreamForm form : {EStreamForm::Raw, EStreamForm::Zlib}) {
-        CBlockDeflater deflater({form, 9}, EStreamUse::Kept);
-        CBlockInflater kept({form}, EStreamUse::Kept);
-        CBlockInflater fresh({form}, EStreamUse::Fresh);
+        CBlockStream deflater({form, 9}, EStreamUse::Reused);
+        CBlockStream reused({form, std::nullopt}, EStreamUse::Reused);
+        CBlockStream fresh({form, std::nullopt}, EStreamUse::Fresh);
         std::size_t failed = 0;
         for (const Bytes& block : Blocks()) {
-            const Bytes whole = Through(deflater, block, kRoom).output;
-            for (std::size_t spoilt = 0; spoilt < whole.size(); spoilt += whole.size() / 7 + 1) {
-                ExpectSame(Through(kept, whole, block.size()), Through(fresh, whole, block.size()));
-                EXPECT_EQ(Through(kept, whole, block.size()).output, block);
+            const Bytes whole = ResultOf(deflater, block, kRoom).output;
+            for (std::size_t damaged = 0; damaged < whole.size(); damaged += whole.size() / 7 + 1) {
+                ExpectSame(ResultOf(reused, whole, block.size()), ResultOf(fresh, whole, block.size()));
+                EXPECT_EQ(ResultOf(reused, whole, block.size()).output, block);
                 Bytes bad = whole;
-                bad[spoilt] ^= 0x55;
-                const SResult result = Through(kept, bad, block.size());
-                failed += result.outcome.failed ? 1U : 0U;
-                ExpectSame(result, Through(fresh, bad, block.size()));
-                const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(spoilt));
-                ExpectSame(Through(kept, cut, block.size()), Through(fresh, cut, block.size()));
+                bad[damaged] ^= 0x55;
+                const SResult result = ResultOf(reused, bad, block.size());
+                failed += result.outcome.failedStep ? 1U : 0U;
+                ExpectSame(result, ResultOf(fresh, bad, block.size()));
+                const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(damaged));
+                ExpectSame(ResultOf(reused, cut, block.size()), ResultOf(fresh, cut, block.size()));
             }
         }
         EXPECT_GT(failed, 50U);
     }
 }
 
-TEST(BlockStream, AStreamThatCannotBeginSaysSo) {
-    for (const EStreamUse use : {EStreamUse::Fresh, EStreamUse::Kept}) {
-        CBlockDeflater deflater({EStreamForm::Raw, 10}, use);
+TEST(BlockStream, ReportsAStreamThatCannotBegin) {
+    for (const EStreamUse use : {EStreamUse::Fresh, EStreamUse::Reused}) {
+        CBlockStream deflater({EStreamForm::Raw, 10}, use);
         for (int i = 0; i < 2; ++i) {
-            const SStreamOutcome outcome = Through(deflater, Bytes(10, 1), kRoom).outcome;
+            const SStreamOutcome outcome = ResultOf(deflater, Bytes(10, 1), kRoom).outcome;
             EXPECT_TRUE(outcome.FailedIn(EStreamStep::Begin));
             EXPECT_EQ(outcome.result, Z_STREAM_ERROR);
             EXPECT_STREQ(outcome.message, "error");

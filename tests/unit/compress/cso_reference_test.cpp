@@ -1,4 +1,4 @@
-// CSO against a second implementation: the same bytes at every level and length, and each reads what the other wrote.
+// CSO against a second implementation: the same bytes for every level and length, and each reads the other's files.
 #include <gtest/gtest.h>
 
 #include "compress/cso.h"
@@ -14,7 +14,7 @@ using test::CTestFolder;
 
 constexpr const char* kReference = VANTREL_SOURCE_DIR "/tests/oracle/cso_reference.py";
 
-/// An image of blocks that compress well, badly and not at all, in turn.
+/// An image whose blocks compress well, not at all and to almost nothing, in turn.
 Bytes MixedImage(std::size_t length) {
     Bytes image;
     for (std::uint64_t i = 0; image.size() < length; ++i) {
@@ -38,8 +38,7 @@ void CompareBoth(const Bytes& image, int level) {
     SCOPED_TRACE(std::to_string(image.size()) + " bytes at level " + std::to_string(level));
     const CTestFolder folder;
     test::CRecordingOperation operation;
-    operation.m_level = level;
-    IsoToCso(test::RequestFor(folder, image), operation);
+    IsoToCso(test::WithLevel(test::CompressionOf(folder, image, ".cso"), level), operation);
     Reference({"compress", std::to_string(level), folder / "game.iso", folder / "reference.cso"});
     EXPECT_EQ(test::ReadWhole(folder / "game.cso"), test::ReadWhole(folder / "reference.cso"));
 
@@ -47,7 +46,7 @@ void CompareBoth(const Bytes& image, int level) {
     Reference({"expand", folder / "game.cso", folder / "reference.iso"});
     EXPECT_EQ(test::ReadWhole(folder / "reference.iso"), whole);
     if (!image.empty()) {
-        CsoToIso(WindowExpansion(folder.Path(), "reference.cso"), operation);
+        CsoToIso(test::WithLevel(WindowExpansion(folder.Path(), "reference.cso")), operation);
         EXPECT_EQ(test::ReadWhole(folder / "new-reference.iso"), whole);
     }
 }

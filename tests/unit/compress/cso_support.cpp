@@ -24,10 +24,15 @@ Bytes WithPspMark(Bytes bytes) {
     return bytes;
 }
 
-SCompressionRequest RequestFor(const CTestFolder& folder, const Bytes& image) {
+SCompressionRequest WithLevel(SCompressionRequest request, int level) {
+    request.level = level;
+    return request;
+}
+
+SCompressionRequest CompressionOf(const CTestFolder& folder, const Bytes& image, const char* extension) {
     WriteWhole(folder / "game.mark.iso", WithPspMark({}));
     WriteWhole(folder / "game.iso", image);
-    return WindowCompression(folder.Path(), "game.mark.iso", ".cso");
+    return WithLevel(WindowCompression(folder.Path(), "game.mark.iso", extension));
 }
 
 Bytes SHandMadeCso::Encode() const {
@@ -82,7 +87,7 @@ SHandMadeCso CsoOf(const std::vector<Bytes>& blocks, std::uint8_t align) {
 
 SCompressionRequest ExpansionOf(const CTestFolder& folder, const Bytes& content) {
     WriteWhole(folder / "game.cso", content);
-    return WindowExpansion(folder.Path(), "game.cso");
+    return WithLevel(WindowExpansion(folder.Path(), "game.cso"));
 }
 
 }  // namespace vantrel::test

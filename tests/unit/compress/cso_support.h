@@ -1,4 +1,4 @@
-// What the tests of the CSO conversions share: small images of PSP titles and hand-made containers.
+// Shared by the tests of the CSO and DAX conversions: small images of PSP titles, requests, and hand-made CSO files.
 #pragma once
 
 #include <string>
@@ -9,13 +9,16 @@
 
 namespace vantrel::test {
 
-/// `bytes` with the mark of a PSP title, lengthened with zeros where they are too short to carry it.
+/// `bytes` with the mark of a PSP title, extended with zeros if they are too short for it.
 Bytes WithPspMark(Bytes bytes);
 
-/// A conversion of an image of any length: the mark is examined in a second file.
-SCompressionRequest RequestFor(const CTestFolder& folder, const Bytes& image);
+/// `request` with a level, which is 9 if nothing else is given.
+SCompressionRequest WithLevel(SCompressionRequest request, int level = 9);
 
-/// A container put together by hand. Blocks are given as stored.
+/// The window's compression of an image of any length into "game" + `extension`: the mark is in a second file.
+SCompressionRequest CompressionOf(const CTestFolder& folder, const Bytes& image, const char* extension);
+
+/// A hand-made CSO file. `data` holds the stored blocks.
 struct SHandMadeCso {
     std::string magic = "CISO";
     std::uint64_t totalBytes = 0;
@@ -30,10 +33,10 @@ struct SHandMadeCso {
 /// A raw deflate stream of `bytes`.
 Bytes RawDeflate(const Bytes& bytes);
 
-/// A container of the given blocks, compressed, one after the other, aligned to 1 << `align`.
+/// A CSO file of the given blocks, deflated, in order, aligned to 1 << `align`.
 SHandMadeCso CsoOf(const std::vector<Bytes>& blocks, std::uint8_t align);
 
-/// Expands `content` in the window's manner; the output's bytes are in "new-game.iso" of the folder afterwards.
+/// The window's expansion of the CSO file `content` into "new-game.iso".
 SCompressionRequest ExpansionOf(const CTestFolder& folder, const Bytes& content);
 
 }  // namespace vantrel::test

@@ -1,4 +1,4 @@
-// Expanding CSO: order of calls, texts, other people's containers, hostile containers.
+// cso2iso: order of calls, texts, CSO files of other programs, hostile CSO files.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ using testing::ElementsAre;
 
 constexpr std::uint32_t kPlain = 0x80000000U;
 
-/// The text with which expanding the content fails.
+/// The text of the failure, without the folder.
 std::string FailureOfExpanding(const Bytes& content) {
     const CTestFolder folder;
     const SCompressionRequest request = test::ExpansionOf(folder, content);
@@ -37,25 +37,23 @@ Bytes Expanded(const Bytes& content) {
     return test::ReadWhole(folder / "new-game.iso");
 }
 
-TEST(CsoToIso, CallsComeInOrder) {
+TEST(CsoToIso, MakesItsCallsInOrder) {
     const CTestFolder folder;
     const SHandMadeCso cso = test::CsoOf({Bytes(2048, 1), Bytes(2048, 2)}, 0);
     CRecordingOperation operation;
     CsoToIso(test::ExpansionOf(folder, cso.Encode()), operation);
     EXPECT_THAT(operation.Calls(),
-                ElementsAre("pane STATUS DeCompression CSO2ISO, please Wait", "disable 1001", "disable 1005",
-                            "disable 1012", "disable 1021", "disable 1", "disable 1032", "disable 1029", "disable 1030",
-                            "disable 1033", "disable 1034", "ask level", "disable 1031", "pane BYTES 2 Blocks",
-                            "pane FILE new-game.iso", "progress 2 fill 189", "pump", "pump",   //
-                            "pump", "pane PERCENT 0%", "pane BYTES 0 block", "pump", "step",   //
-                            "pump", "pane PERCENT 50%", "pane BYTES 1 block", "pump", "step",  //
-                            "pane PERCENT 100%", "pane BYTES 2 block", "pump",                 //
-                            "pane FILE " + (folder / "new-game.iso"), "pane PERCENT 100%",     //
-                            "pane STATUS ciso decompress cso2iso Done !",                      //
+                ElementsAre("pane STATUS DeCompression CSO2ISO, please Wait", "begin cso2iso", "pane BYTES 2 Blocks",
+                            "pane FILE new-game.iso", "total 2", "yield", "yield",                    //
+                            "yield", "pane PERCENT 0%", "pane BYTES 0 block", "yield", "done 1",      //
+                            "yield", "pane PERCENT 50%", "pane BYTES 1 block", "yield", "done 2",     //
+                            "pane PERCENT 100%", "pane BYTES 2 block", "yield",                       //
+                            "done 2", "pane FILE " + (folder / "new-game.iso"), "pane PERCENT 100%",  //
+                            "pane STATUS ciso decompress cso2iso Done !",                             //
                             "complete ciso decompress cso2iso Done !", "pane BYTES 4096 bytes", "completed"));
 }
 
-TEST(CsoToIso, UpdatesComeFromTheFirstBlockOn) {
+TEST(CsoToIso, ShowsTextsFromTheFirstBlockOn) {
     const CTestFolder folder;
     CRecordingOperation operation;
     CsoToIso(test::ExpansionOf(folder, test::CsoOf(std::vector<Bytes>(250, Bytes(2048, 1)), 0).Encode()), operation);
@@ -66,16 +64,17 @@ TEST(CsoToIso, UpdatesComeFromTheFirstBlockOn) {
     EXPECT_EQ(percents[percents.size() - 2], "pane PERCENT 125%");
 }
 
-TEST(CsoToIso, WithoutALevelNothingHappens) {
+TEST(CsoToIso, WithoutALevelEndsSilently) {
     const CTestFolder folder;
+    SCompressionRequest request = test::ExpansionOf(folder, {});
+    request.level.reset();
     CRecordingOperation operation;
-    operation.m_level.reset();
-    CsoToIso(test::ExpansionOf(folder, {}), operation);
-    EXPECT_EQ(operation.Calls().back(), "ask level");
+    CsoToIso(request, operation);
+    EXPECT_EQ(operation.Calls().back(), "begin cso2iso");
     EXPECT_THAT(folder.Names(), ElementsAre("game.cso"));
 }
 
-TEST(CsoToIso, TheRemainderIsNotProduced) {
+TEST(CsoToIso, LeavesOutAPartialLastBlock) {
     SHandMadeCso cso = test::CsoOf({Bytes(2048, 7), Bytes(2048, 8)}, 0);
     cso.totalBytes += 2047;
     Bytes expected(4096, 7);
@@ -83,7 +82,7 @@ TEST(CsoToIso, TheRemainderIsNotProduced) {
     EXPECT_EQ(Expanded(cso.Encode()), expected);
 }
 
-TEST(CsoToIso, AlignedContainersAreRead) {
+TEST(CsoToIso, ReadsAlignedBlocks) {
     const Bytes first = test::TextLikeBytes(2048, 1);
     const Bytes second = test::TextLikeBytes(2048, 2);
     Bytes expected = first;
@@ -94,13 +93,13 @@ TEST(CsoToIso, AlignedContainersAreRead) {
     }
 }
 
-TEST(CsoToIso, OtherBlockSizesAreRead) {
+TEST(CsoToIso, ReadsOtherBlockSizes) {
     SHandMadeCso cso = test::CsoOf({test::TextLikeBytes(8192, 1)}, 0);
     cso.blockSize = 8192;
     EXPECT_EQ(Expanded(cso.Encode()), test::TextLikeBytes(8192, 1));
 }
 
-TEST(CsoToIso, APlainBlockIsABlockWhateverTheNextEntrySays) {
+TEST(CsoToIso, ReadsAPlainBlockWhateverTheNextEntryIs) {
     SHandMadeCso cso;
     cso.totalBytes = 2048;
     cso.data = test::RandomBytes(2048, 4);
@@ -110,15 +109,15 @@ TEST(CsoToIso, APlainBlockIsABlockWhateverTheNextEntrySays) {
     EXPECT_EQ(Expanded(cso.Encode()), cso.data);
 }
 
-TEST(CsoToIso, MissingFilesAreNamedByTheOutput) {
+TEST(CsoToIso, NamesTheOutputIfTheInputIsMissing) {
     const CTestFolder folder;
     CRecordingOperation operation;
-    EXPECT_EQ(FailureOf([&] { CsoToIso(WindowExpansion(folder.Path(), "no.cso"), operation); }),
+    EXPECT_EQ(FailureOf([&] { CsoToIso(test::WithLevel(WindowExpansion(folder.Path(), "no.cso")), operation); }),
               "Code 11010e - Error Opening " + (folder / "new-no.iso"));
     EXPECT_TRUE(folder.Names().empty());
 }
 
-TEST(CsoToIso, AnOutputThatCannotBeCreatedIsNamed) {
+TEST(CsoToIso, NamesAnOutputThatCannotBeCreated) {
     const CTestFolder folder;
     SCompressionRequest request = test::ExpansionOf(folder, test::CsoOf({Bytes(2048, 1)}, 0).Encode());
     request.outputPath = folder / "no folder/x.iso";
@@ -126,7 +125,7 @@ TEST(CsoToIso, AnOutputThatCannotBeCreatedIsNamed) {
     EXPECT_EQ(FailureOf([&] { CsoToIso(request, operation); }), "Code 11010g - Error create " + request.outputPath);
 }
 
-TEST(CsoToIso, BadHeadersAreRefused) {
+TEST(CsoToIso, RefusesBadHeaders) {
     EXPECT_EQ(FailureOfExpanding(Bytes(23, 'C')), "Code 11010e - Error Opening new-game.iso");
     EXPECT_EQ(FailureOfExpanding({}), "Code 11010e - Error Opening new-game.iso");
     const std::string format = "Code 11011 - ciso file format error new-game.iso";
@@ -141,7 +140,7 @@ TEST(CsoToIso, BadHeadersAreRefused) {
     EXPECT_EQ(FailureOfExpanding(cso.Encode()), format);
 }
 
-TEST(CsoToIso, AnIndexLargerThanTheFileIsRefusedBeforeItTakesMemory) {
+TEST(CsoToIso, RefusesAnIndexLargerThanTheFileBeforeAllocation) {
     SHandMadeCso cso = test::CsoOf({Bytes(2048, 1)}, 0);
     for (const std::uint64_t total : {std::uint64_t{1} << 30, std::uint64_t{1} << 62, ~std::uint64_t{0}}) {
         cso.totalBytes = total;
@@ -154,14 +153,14 @@ TEST(CsoToIso, AnIndexLargerThanTheFileIsRefusedBeforeItTakesMemory) {
     EXPECT_EQ(FailureOfExpanding(cut), "Code 1105-file read error game.cso\n");
 }
 
-TEST(CsoToIso, AHugeBlockSizeIsRefusedBeforeItTakesMemory) {
+TEST(CsoToIso, RefusesAHugeBlockSizeBeforeAllocation) {
     SHandMadeCso cso = test::CsoOf({Bytes(2048, 1)}, 0);
     cso.blockSize = 0xFFFFFFFFU;
     cso.totalBytes = 0xFFFFFFFFU;
     EXPECT_EQ(FailureOfExpanding(cso.Encode()), "Code 1104-Can't allocate memory game.cso\n");
 }
 
-TEST(CsoToIso, AnIndexThatPointsAnywhereIsRefused) {
+TEST(CsoToIso, RefusesIndexEntriesOutsideTheFile) {
     const std::string text = "Code 1107-block 0 : read error\n";
     SHandMadeCso cso = test::CsoOf({Bytes(2048, 1), Bytes(2048, 2)}, 0);
     const std::vector<std::uint32_t> good = cso.index;
@@ -177,7 +176,7 @@ TEST(CsoToIso, AnIndexThatPointsAnywhereIsRefused) {
     EXPECT_EQ(with({0x00800000, 0x00800001, good[2]}), text) << "beyond 2 GiB";
 }
 
-TEST(CsoToIso, ShiftsOfAnySizeAreHarmless) {
+TEST(CsoToIso, RefusesShiftsOfAnySize) {
     SHandMadeCso cso = test::CsoOf({Bytes(2048, 1)}, 0);
     for (const int align : {31, 32, 63, 64, 255}) {
         cso.align = static_cast<std::uint8_t>(align);
@@ -185,7 +184,7 @@ TEST(CsoToIso, ShiftsOfAnySizeAreHarmless) {
     }
 }
 
-TEST(CsoToIso, BlocksOfTheWrongSizeAreRefused) {
+TEST(CsoToIso, RefusesBlocksOfTheWrongSize) {
     EXPECT_EQ(FailureOfExpanding([] {
                   SHandMadeCso cso = test::CsoOf({Bytes(2000, 1)}, 0);
                   cso.totalBytes = 2048;
@@ -200,7 +199,7 @@ TEST(CsoToIso, BlocksOfTheWrongSizeAreRefused) {
               "Code 1108-inflate : error\n");
 }
 
-TEST(CsoToIso, DamagedStreamsAreRefusedWithWhatZlibSays) {
+TEST(CsoToIso, RefusesDamagedStreamsWithZlibsMessage) {
     SHandMadeCso cso = test::CsoOf({Bytes(2048, 1)}, 0);
     cso.data[0] = 0xFF;
     EXPECT_EQ(FailureOfExpanding(cso.Encode()), "Code 1108-inflate : invalid block type\n");
@@ -209,7 +208,7 @@ TEST(CsoToIso, DamagedStreamsAreRefusedWithWhatZlibSays) {
     EXPECT_EQ(FailureOfExpanding(empty.Encode()), "Code 1108-inflate : error\n");
 }
 
-TEST(CsoToIso, AFileCutAnywhereIsRefused) {
+TEST(CsoToIso, RefusesATruncatedFile) {
     const Bytes whole = test::CsoOf({test::TextLikeBytes(2048, 1), test::TextLikeBytes(2048, 2)}, 0).Encode();
     for (std::size_t length = 0; length < whole.size(); ++length) {
         EXPECT_NE(FailureOfExpanding(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length))),
@@ -219,7 +218,7 @@ TEST(CsoToIso, AFileCutAnywhereIsRefused) {
 }
 
 #ifdef __linux__
-TEST(CsoToIso, AFullDiskIsReportedAtTheBlock) {
+TEST(CsoToIso, ReportsAFullDiskWithTheBlock) {
     const CTestFolder folder;
     SCompressionRequest request = test::ExpansionOf(folder, test::CsoOf({Bytes(2048, 1)}, 0).Encode());
     request.outputPath = "/dev/full";

@@ -1,4 +1,4 @@
-// DAX against a second implementation: the same bytes at every level and length, and each reads what the other wrote.
+// DAX against a second implementation: the same bytes for every level and length, and each reads the other's files.
 #include <gtest/gtest.h>
 
 #include "compress/dax.h"
@@ -15,7 +15,7 @@ using test::CTestFolder;
 constexpr const char* kReference = VANTREL_SOURCE_DIR "/tests/oracle/dax_reference.py";
 constexpr std::size_t kFrame = 8192;
 
-/// An image of frames that compress well, badly and not at all, in turn.
+/// An image whose frames compress not at all, well and to almost nothing, in turn.
 Bytes MixedImage(std::size_t length) {
     Bytes image;
     for (std::uint64_t i = 0; image.size() < length; ++i) {
@@ -38,11 +38,8 @@ void Reference(const std::vector<std::string>& arguments) {
 void CompareBoth(const Bytes& image, int level) {
     SCOPED_TRACE(std::to_string(image.size()) + " bytes at level " + std::to_string(level));
     const CTestFolder folder;
-    test::WriteWhole(folder / "game.mark.iso", test::WithPspMark({}));
-    test::WriteWhole(folder / "game.iso", image);
     test::CRecordingOperation operation;
-    operation.m_level = level;
-    IsoToDax(WindowCompression(folder.Path(), "game.mark.iso", ".dax"), operation);
+    IsoToDax(test::WithLevel(test::CompressionOf(folder, image, ".dax"), level), operation);
     Reference({"compress", std::to_string(level), folder / "game.iso", folder / "reference.dax"});
     EXPECT_EQ(test::ReadWhole(folder / "game.dax"), test::ReadWhole(folder / "reference.dax"));
 

@@ -1,4 +1,4 @@
-// DAX in both directions: order of calls, texts, bytes of the container, hand-made and hostile containers.
+// iso2dax and dax2iso: order of calls, texts, bytes of the DAX file, hand-made and hostile DAX files.
 #include "compress/dax.h"
 
 #include <gmock/gmock.h>
@@ -20,9 +20,7 @@ using testing::ElementsAre;
 constexpr std::size_t kFrame = 8192;
 
 SCompressionRequest CompressionOf(const CTestFolder& folder, const Bytes& image) {
-    test::WriteWhole(folder / "game.mark.iso", test::WithPspMark({}));
-    test::WriteWhole(folder / "game.iso", image);
-    return WindowCompression(folder.Path(), "game.mark.iso", ".dax");
+    return test::CompressionOf(folder, image, ".dax");
 }
 
 Bytes Joined(const std::vector<Bytes>& parts) {
@@ -41,7 +39,7 @@ Bytes Zlib(const Bytes& bytes) {
     return stored;
 }
 
-/// A container put together by hand; positions and lengths follow from the frames unless a test changes them.
+/// A hand-made DAX file. Positions and lengths follow from the frames unless a test changes them.
 struct SHandMadeDax {
     std::uint32_t magic = 0x00584144U;
     std::uint32_t imageSize = 0;
@@ -96,7 +94,7 @@ std::string FailureOfExpanding(const Bytes& content) {
     return FailureOf([&] { DaxToIso(ExpansionRequest(folder, content), operation); });
 }
 
-TEST(IsoToDax, CallsComeInOrder) {
+TEST(IsoToDax, MakesItsCallsInOrder) {
     const CTestFolder folder;
     CRecordingOperation operation;
     IsoToDax(CompressionOf(folder, Bytes(2 * kFrame, 0)), operation);
@@ -104,18 +102,16 @@ TEST(IsoToDax, CallsComeInOrder) {
     const std::string size = std::to_string(test::ReadWhole(output).size());
     EXPECT_THAT(
         operation.Calls(),
-        ElementsAre("pane STATUS Compression ISO2DAX, please Wait", "disable 1001", "disable 1005", "disable 1012",
-                    "disable 1021", "disable 1", "disable 1032", "disable 1029", "disable 1030", "disable 1033",
-                    "disable 1034", "ask level", "disable 1031", "pane BYTES 2 Frames", "pane FILE game.iso",
-                    "progress 2 fill 189",                  //
-                    "pane PERCENT 50%", "step", "pump",     //
-                    "pane PERCENT 100%", "step", "pump",    //
-                    "step", "pump", "pane FILE " + output,  // the read that finds the end steps as well
-                    "pane PERCENT 100%", "pane STATUS Compression iso2dax Done !",
+        ElementsAre("pane STATUS Compression ISO2DAX, please Wait", "begin iso2dax", "pane BYTES 2 Frames",
+                    "pane FILE game.iso", "total 2",         //
+                    "pane PERCENT 50%", "done 1", "yield",   //
+                    "pane PERCENT 100%", "done 2", "yield",  //
+                    "done 2", "yield",                       // for the read that finds the end
+                    "done 2", "pane FILE " + output, "pane PERCENT 100%", "pane STATUS Compression iso2dax Done !",
                     "complete Compression iso2dax Done !", "pane BYTES " + size + " bytes", "completed"));
 }
 
-TEST(IsoToDax, HeaderAndTablesAreExact) {
+TEST(IsoToDax, WritesHeaderAndTables) {
     const CTestFolder folder;
     CRecordingOperation operation;
     IsoToDax(CompressionOf(folder, Joined({test::RandomBytes(kFrame, 1), Bytes(100, 7)})), operation);
@@ -125,40 +121,44 @@ TEST(IsoToDax, HeaderAndTablesAreExact) {
     EXPECT_EQ(Bytes(dax.begin() + 8, dax.begin() + 32), Bytes(24, 0));
     EXPECT_EQ(test::Read32(dax, 32), 32U + 2 * 6U);
     const auto first = static_cast<std::uint32_t>(dax[40] | dax[41] << 8);
-    EXPECT_GT(first, kFrame) << "a frame that does not shrink is a stream all the same";
+    EXPECT_GT(first, kFrame) << "a frame that does not shrink is still deflated";
     EXPECT_EQ(test::Read32(dax, 36), 44 + first);
     EXPECT_EQ(dax.size(), 44 + first + static_cast<std::size_t>(dax[42] | dax[43] << 8));
 }
 
-TEST(IsoToDax, ThePercentageCountsWholeFramesOnly) {
+TEST(IsoToDax, CountsOnlyWholeFramesInThePercentage) {
     const CTestFolder folder;
     CRecordingOperation operation;
     IsoToDax(CompressionOf(folder, Bytes(2 * kFrame + 1, 0)), operation);
     EXPECT_THAT(operation.CallsOf("pane PERCENT"),
                 ElementsAre("pane PERCENT 50%", "pane PERCENT 100%", "pane PERCENT 150%", "pane PERCENT 100%"));
-    EXPECT_THAT(operation.CallsOf("progress"), ElementsAre("progress 2 fill 189"));
-    EXPECT_EQ(operation.CallsOf("step").size(), 3U);
+    EXPECT_THAT(operation.CallsOf("total"), ElementsAre("total 2"));
+    EXPECT_THAT(operation.CallsOf("done"), ElementsAre("done 1", "done 2", "done 2", "done 2"))
+        << "never above the total";
+    EXPECT_EQ(operation.CallsOf("yield").size(), 3U);
     EXPECT_THAT(operation.CallsOf("pane BYTES 2 Frames"), testing::SizeIs(1));
 }
 
-TEST(IsoToDax, AnImageShorterThanAFrameIsWholeAtOnce) {
+TEST(IsoToDax, ShowsAnImageShorterThanAFrameAsComplete) {
     const CTestFolder folder;
     CRecordingOperation operation;
     IsoToDax(CompressionOf(folder, Bytes(100, 1)), operation);
     EXPECT_THAT(operation.CallsOf("pane PERCENT"), ElementsAre("pane PERCENT 100%", "pane PERCENT 100%"));
-    EXPECT_THAT(operation.CallsOf("progress"), ElementsAre("progress 0 fill 189"));
+    EXPECT_THAT(operation.CallsOf("total"), ElementsAre("total 0"));
+    EXPECT_THAT(operation.CallsOf("done"), ElementsAre("done 0", "done 0"));
 }
 
-TEST(IsoToDax, WithoutALevelTheOutputStaysEmpty) {
+TEST(IsoToDax, WithoutALevelLeavesAnEmptyOutput) {
     const CTestFolder folder;
+    SCompressionRequest request = CompressionOf(folder, Bytes(kFrame, 0));
+    request.level.reset();
     CRecordingOperation operation;
-    operation.m_level.reset();
-    IsoToDax(CompressionOf(folder, Bytes(kFrame, 0)), operation);
-    EXPECT_EQ(operation.Calls().back(), "ask level");
+    IsoToDax(request, operation);
+    EXPECT_EQ(operation.Calls().back(), "begin iso2dax");
     EXPECT_EQ(test::ReadWhole(folder / "game.dax"), Bytes{});
 }
 
-TEST(IsoToDax, FailuresHaveTheirTexts) {
+TEST(IsoToDax, NamesFilesThatCannotBeUsed) {
     const CTestFolder folder;
     CRecordingOperation operation;
     EXPECT_EQ(FailureOf([&] { IsoToDax(WindowCompression(folder.Path(), "a.iso", ".dax"), operation); }),
@@ -175,7 +175,7 @@ TEST(IsoToDax, FailuresHaveTheirTexts) {
               "Code 903o-Cannot create output file " + (folder / "no folder/game.dax") + "\n");
 }
 
-TEST(IsoToDax, ImagesOfFourGibibytesAreRefused) {
+TEST(IsoToDax, RefusesFourGibibytesAndMore) {
     const CTestFolder folder;
     const SCompressionRequest request = CompressionOf(folder, {});
     for (const std::int64_t length : {(std::int64_t{1} << 32) - 1, std::int64_t{1} << 32, std::int64_t{1} << 33}) {
@@ -189,31 +189,32 @@ TEST(IsoToDax, ImagesOfFourGibibytesAreRefused) {
     EXPECT_EQ(test::ReadWhole(folder / "game.dax"), Bytes{});
 }
 
-TEST(IsoToDax, AnImageThatGrowsIsRefused) {
+TEST(IsoToDax, RefusesAnImageThatGrows) {
     const CTestFolder folder;
     const SCompressionRequest request = CompressionOf(folder, Bytes(100 * kFrame, 1));
     CRecordingOperation operation;
-    operation.m_onPump = [&](int pump) {
-        if (pump == 1) {
+    operation.m_onYield = [&](int yield) {
+        if (yield == 1) {
             test::WriteWhole(folder / "game.iso", Bytes(200 * kFrame, 1));
         }
     };
     EXPECT_EQ(FailureOf([&] { IsoToDax(request, operation); }), "Error getting file size.\n");
 }
 
-TEST(IsoToDax, AnImageThatShrinksEndsEarlyInPlaceOnly) {
-    for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitReplace}) {
+TEST(IsoToDax, RefusesAnImageThatShrinksIfStrict) {
+    for (const bool strict : {false, true}) {
         const CTestFolder folder;
         SCompressionRequest request = CompressionOf(folder, Bytes(100 * kFrame, 1));
-        request.manner = manner;
+        request.manner = EOutputManner::CommitReplace;
+        request.strict = strict;
         CRecordingOperation operation;
-        operation.m_onPump = [&](int pump) {
-            if (pump == 1) {
+        operation.m_onYield = [&](int yield) {
+            if (yield == 1) {
                 test::WriteWhole(folder / "game.iso", Bytes(5, 1));
             }
         };
         const std::string text = FailureOf([&] { IsoToDax(request, operation); });
-        if (manner == EOutputManner::InPlace) {
+        if (!strict) {
             EXPECT_EQ(text, "did not fail");
             const Bytes dax = test::ReadWhole(folder / "game.dax");
             EXPECT_EQ(test::Read32(dax, 32 + 4 * 99), 0U) << "frames that were not read have no entry";
@@ -225,7 +226,7 @@ TEST(IsoToDax, AnImageThatShrinksEndsEarlyInPlaceOnly) {
 }
 
 #ifdef __linux__
-TEST(IsoToDax, AFullDiskIsReported) {
+TEST(IsoToDax, ReportsAFullDisk) {
     const CTestFolder folder;
     SCompressionRequest request = CompressionOf(folder, test::RandomBytes(kFrame, 3));
     request.outputPath = "/dev/full";
@@ -234,25 +235,23 @@ TEST(IsoToDax, AFullDiskIsReported) {
 }
 #endif
 
-TEST(DaxToIso, CallsComeInOrder) {
+TEST(DaxToIso, MakesItsCallsInOrder) {
     const CTestFolder folder;
     const Bytes first(kFrame, 1);
     const Bytes second(100, 2);
     CRecordingOperation operation;
     DaxToIso(ExpansionRequest(folder, SHandMadeDax({first, second}).Encode()), operation);
-    EXPECT_THAT(
-        operation.Calls(),
-        ElementsAre("pane STATUS Decompressing DAX2ISO, please Wait", "disable 1001", "disable 1005", "disable 1012",
-                    "disable 1021", "disable 1", "disable 1032", "disable 1029", "disable 1030", "disable 1033",
-                    "disable 1034", "pane BYTES 2 Frames", "pane FILE game.iso", "progress 2 fill 189",
-                    "pane PERCENT 0%", "pane PERCENT 50%",  // nothing is pumped between the frames
-                    "step", "pump", "pane FILE " + (folder / "new-game.iso"), "pane PERCENT 100%",
-                    "pane STATUS Decompression dax2iso Done !", "complete Decompression dax2iso Done !",
-                    "pane BYTES 8292 bytes", "completed"));
+    EXPECT_THAT(operation.Calls(),
+                ElementsAre("pane STATUS Decompressing DAX2ISO, please Wait", "begin dax2iso", "pane BYTES 2 Frames",
+                            "pane FILE game.iso", "total 2",        //
+                            "pane PERCENT 0%", "pane PERCENT 50%",  // no yield between the frames
+                            "done 1", "yield", "done 2", "pane FILE " + (folder / "new-game.iso"), "pane PERCENT 100%",
+                            "pane STATUS Decompression dax2iso Done !", "complete Decompression dax2iso Done !",
+                            "pane BYTES 8292 bytes", "completed"));
     EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), Joined({first, second}));
 }
 
-TEST(DaxToIso, TheInputIsTheBaseNameWithItsOwnExtension) {
+TEST(DaxToIso, ReadsTheBaseNameWithItsOwnExtension) {
     const CTestFolder folder;
     test::WriteWhole(folder / "GAME.DAX", SHandMadeDax({Bytes(10, 1)}).Encode());
     CRecordingOperation operation;
@@ -260,7 +259,7 @@ TEST(DaxToIso, TheInputIsTheBaseNameWithItsOwnExtension) {
     EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), Bytes(10, 1));
 }
 
-TEST(DaxToIso, TheTwoOpeningTextsNameEachOthersFile) {
+TEST(DaxToIso, NamesTheOtherFileInEachOpeningText) {
     const CTestFolder folder;
     CRecordingOperation operation;
     EXPECT_EQ(FailureOf([&] { DaxToIso(WindowDaxExpansion(folder.Path(), "a.dax"), operation); }),
@@ -271,7 +270,7 @@ TEST(DaxToIso, TheTwoOpeningTextsNameEachOthersFile) {
               "Code 1003o-Cannot create output file " + (folder / "game.dax") + "\n");
 }
 
-TEST(DaxToIso, OtherFilesAreRefused) {
+TEST(DaxToIso, RefusesOtherFiles) {
     EXPECT_EQ(FailureOfExpanding({}), "Input is not a valid DAX file.\n");
     const Bytes whole = SHandMadeDax({}).Encode();
     EXPECT_EQ(FailureOfExpanding(Bytes(whole.begin(), whole.end() - 1)), "Input is not a valid DAX file.\n");
@@ -280,11 +279,16 @@ TEST(DaxToIso, OtherFilesAreRefused) {
     EXPECT_EQ(FailureOfExpanding(other.Encode()), "Input is not a valid DAX file.\n");
 }
 
-TEST(DaxToIso, AnEmptyImageIsWritten) {
-    EXPECT_EQ(Expanded(SHandMadeDax({}).Encode()), Bytes{});
+TEST(DaxToIso, WritesAnEmptyImage) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    DaxToIso(ExpansionRequest(folder, SHandMadeDax({}).Encode()), operation);
+    EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), Bytes{});
+    EXPECT_THAT(operation.CallsOf("done"), ElementsAre("done 0", "done 0"));
+    EXPECT_EQ(operation.CallsOf("yield").size(), 1U);
 }
 
-TEST(DaxToIso, TablesBeyondTheFileAreRefused) {
+TEST(DaxToIso, RefusesTablesLargerThanTheFile) {
     SHandMadeDax dax({Bytes(kFrame, 1)});
     dax.imageSize = 0xFFFFFFFFU;
     EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Corrupted input file.\n");
@@ -293,7 +297,7 @@ TEST(DaxToIso, TablesBeyondTheFileAreRefused) {
     EXPECT_EQ(FailureOfExpanding(Bytes(whole.begin(), whole.begin() + 37)), "Corrupted input file.\n");
 }
 
-TEST(DaxToIso, FramesBeyondTheFileOrTheBufferAreRefused) {
+TEST(DaxToIso, RefusesFramesOutsideTheFileOrLargerThanTheBuffer) {
     SHandMadeDax dax({Bytes(kFrame, 1)});
     dax.positions[0] = 0xFFFFFFF0U;
     EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Input seems to be corrupted.\n");
@@ -306,7 +310,7 @@ TEST(DaxToIso, FramesBeyondTheFileOrTheBufferAreRefused) {
     EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Input seems to be corrupted.\n");
 }
 
-TEST(DaxToIso, BrokenStreamsAreRefused) {
+TEST(DaxToIso, RefusesDamagedStreams) {
     SHandMadeDax dax({Bytes(kFrame, 1)});
     dax.data.back() ^= 1;  // the check value
     EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Error while decompressing (corrupt input?)\n");
@@ -318,7 +322,7 @@ TEST(DaxToIso, BrokenStreamsAreRefused) {
     EXPECT_EQ(FailureOfExpanding(dax.Encode()), "Error while decompressing (corrupt input?)\n");
 }
 
-TEST(DaxToIso, FramesMayLieAnywhere) {
+TEST(DaxToIso, ReadsFramesInAnyOrder) {
     SHandMadeDax dax({Bytes(kFrame, 1), Bytes(kFrame, 2), Bytes(kFrame, 3)});
     std::swap(dax.positions[0], dax.positions[2]);
     std::swap(dax.lengths[0], dax.lengths[2]);
@@ -327,13 +331,13 @@ TEST(DaxToIso, FramesMayLieAnywhere) {
     EXPECT_EQ(Expanded(dax.Encode()), Joined({Bytes(2 * kFrame, 3), Bytes(kFrame, 1)}));
 }
 
-TEST(DaxToIso, TheLengthIsTheSumOfTheFrames) {
+TEST(DaxToIso, WritesTheSumOfTheFrameLengths) {
     SHandMadeDax dax({Bytes(10, 1), Bytes(20, 2)});
     dax.imageSize = 2 * kFrame;
     EXPECT_EQ(Expanded(dax.Encode()), Joined({Bytes(10, 1), Bytes(20, 2)}));
 }
 
-TEST(DaxToIso, ACompletionThatIsLeftEarlyReportsNothing) {
+TEST(DaxToIso, ReportsNothingIfTheCompletionIsLeftEarly) {
     const CTestFolder folder;
     CRecordingOperation operation;
     operation.m_completes = false;
@@ -342,7 +346,7 @@ TEST(DaxToIso, ACompletionThatIsLeftEarlyReportsNothing) {
     EXPECT_EQ(test::ReadWhole(folder / "new-game.iso"), Bytes(10, 1));
 }
 
-TEST(DaxToIso, TheTransactionalMannerLeavesNothingAfterAFailure) {
+TEST(DaxToIso, LeavesNothingAfterATransactionalFailure) {
     const CTestFolder folder;
     SHandMadeDax dax({Bytes(kFrame, 1), Bytes(kFrame, 2)});
     dax.data.back() ^= 1;
@@ -351,11 +355,20 @@ TEST(DaxToIso, TheTransactionalMannerLeavesNothingAfterAFailure) {
     CRecordingOperation operation;
     EXPECT_EQ(FailureOf([&] { DaxToIso(request, operation); }), "Error while decompressing (corrupt input?)\n");
     EXPECT_THAT(folder.Names(), ElementsAre("game.dax"));
-    EXPECT_EQ(operation.CallsOf("step").size(), 1U) << "a terminal's line moves with the frames";
+}
+
+TEST(DaxToIso, AStrictRunReportsEveryFrame) {
+    const CTestFolder folder;
+    SCompressionRequest request = ExpansionRequest(folder, SHandMadeDax({Bytes(kFrame, 1), Bytes(5, 2)}).Encode());
+    request.strict = true;
+    CRecordingOperation operation;
+    DaxToIso(request, operation);
+    EXPECT_THAT(operation.CallsOf("done"), ElementsAre("done 1", "done 2", "done 2"));
+    EXPECT_EQ(operation.CallsOf("yield").size(), 2U);
 }
 
 #ifdef __linux__
-TEST(DaxToIso, AFullDiskIsReported) {
+TEST(DaxToIso, ReportsAFullDisk) {
     const CTestFolder folder;
     SCompressionRequest request = ExpansionRequest(folder, SHandMadeDax({Bytes(10, 1)}).Encode());
     request.outputPath = "/dev/full";

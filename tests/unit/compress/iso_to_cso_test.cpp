@@ -1,4 +1,4 @@
-// Compressing into CSO: order of calls, texts, bytes of the container, refusals.
+// iso2cso: order of calls, texts, bytes of the CSO file, refusals.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -21,30 +21,33 @@ Bytes Join(const Bytes& first, const Bytes& second) {
     return both;
 }
 
-TEST(IsoToCso, CallsComeInOrder) {
+SCompressionRequest WindowRequest(const std::string& folder, const std::string& fileName) {
+    return test::WithLevel(WindowCompression(folder, fileName, ".cso"));
+}
+
+TEST(IsoToCso, MakesItsCallsInOrder) {
     const CTestFolder folder;
-    const SCompressionRequest request = test::RequestFor(folder, Bytes(2 * 2048, 0));
+    const SCompressionRequest request = test::CompressionOf(folder, Bytes(2 * 2048, 0), ".cso");
     CRecordingOperation operation;
     IsoToCso(request, operation);
     const std::string output = folder / "game.cso";
     const std::string size = std::to_string(test::ReadWhole(output).size());
-    EXPECT_THAT(
-        operation.Calls(),
-        ElementsAre("pane STATUS Compression ISO2CSO, please Wait", "disable 1001", "disable 1005", "disable 1012",
-                    "disable 1021", "disable 1029", "disable 1030", "disable 1", "disable 1032", "disable 1033",
-                    "disable 1034", "ask level", "disable 1031", "pane BYTES 2 Frames", "pane FILE game.cso",
-                    "progress 2 fill 189",                                             //
-                    "pane PERCENT 0%", "pane BYTES 0 block", "pump", "step", "pump",   //
-                    "pane PERCENT 50%", "pane BYTES 1 block", "pump", "step", "pump",  //
-                    "pane PERCENT 100%", "pane BYTES 2 block", "pane FILE " + output,  //
-                    "pane PERCENT 100%", "pane STATUS Compression iso2cso Done !",     //
-                    "complete Compression iso2cso Done !", "pane BYTES " + size + " bytes", "completed"));
+    EXPECT_THAT(operation.Calls(),
+                ElementsAre("pane STATUS Compression ISO2CSO, please Wait", "begin iso2cso", "pane BYTES 2 Frames",
+                            "pane FILE game.cso", "total 2",                                       //
+                            "pane PERCENT 0%", "pane BYTES 0 block", "yield", "done 1", "yield",   //
+                            "pane PERCENT 50%", "pane BYTES 1 block", "yield", "done 2", "yield",  //
+                            "pane PERCENT 100%", "pane BYTES 2 block",                             //
+                            "done 2", "pane FILE " + output,                                       //
+                            "pane PERCENT 100%", "pane STATUS Compression iso2cso Done !",         //
+                            "complete Compression iso2cso Done !", "pane BYTES " + size + " bytes", "completed"));
 }
 
-TEST(IsoToCso, HeaderAndIndexAreExact) {
+TEST(IsoToCso, WritesHeaderAndIndex) {
     const CTestFolder folder;
     const Bytes noise = test::RandomBytes(2048, 5);
-    const SCompressionRequest request = test::RequestFor(folder, Join(Bytes(2048, 0), Join(noise, Bytes(100, 1))));
+    const SCompressionRequest request =
+        test::CompressionOf(folder, Join(Bytes(2048, 0), Join(noise, Bytes(100, 1))), ".cso");
     CRecordingOperation operation;
     IsoToCso(request, operation);
     const Bytes cso = test::ReadWhole(folder / "game.cso");
@@ -66,25 +69,25 @@ TEST(IsoToCso, HeaderAndIndexAreExact) {
 std::vector<std::string> PercentsFor(std::size_t blocks) {
     const CTestFolder folder;
     CRecordingOperation operation;
-    IsoToCso(test::RequestFor(folder, Bytes(blocks * 2048, 0)), operation);
+    IsoToCso(test::CompressionOf(folder, Bytes(blocks * 2048, 0), ".cso"), operation);
     return operation.CallsOf("pane PERCENT");
 }
 
-TEST(IsoToCso, PercentageIsShownEveryHundredth) {
+TEST(IsoToCso, ShowsThePercentageEveryHundredthOfTheBlocks) {
     const CTestFolder folder;
     CRecordingOperation operation;
-    IsoToCso(test::RequestFor(folder, Bytes(250 * 2048, 0)), operation);
+    IsoToCso(test::CompressionOf(folder, Bytes(250 * 2048, 0), ".cso"), operation);
     const std::vector<std::string> shown = operation.CallsOf("pane BYTES");
     EXPECT_EQ(shown[1], "pane BYTES 1 block") << "first at block S - 1";
     EXPECT_EQ(shown[2], "pane BYTES 3 block");
     const std::vector<std::string> percents = operation.CallsOf("pane PERCENT");
     EXPECT_EQ(percents[percents.size() - 2], "pane PERCENT 125%") << "250 blocks are shown as 125 of 100";
     EXPECT_EQ(percents.back(), "pane PERCENT 100%");
-    EXPECT_EQ(operation.CallsOf("step").size(), 250U);
-    EXPECT_EQ(operation.CallsOf("pump").size(), 250U + 125U);
+    EXPECT_EQ(operation.CallsOf("done").size(), 250U + 1U);
+    EXPECT_EQ(operation.CallsOf("yield").size(), 250U + 125U);
 }
 
-TEST(IsoToCso, PercentageOfFewBlocksIsTheirShare) {
+TEST(IsoToCso, ShowsThePercentageAtEveryBlockIfThereAreFew) {
     EXPECT_THAT(PercentsFor(3), ElementsAre("pane PERCENT 0%", "pane PERCENT 33%", "pane PERCENT 66%",
                                             "pane PERCENT 100%", "pane PERCENT 100%"));
     EXPECT_EQ(PercentsFor(99)[50], "pane PERCENT 50%");
@@ -92,59 +95,59 @@ TEST(IsoToCso, PercentageOfFewBlocksIsTheirShare) {
     EXPECT_THAT(PercentsFor(0), ElementsAre("pane PERCENT 100%", "pane PERCENT 100%"));
 }
 
-TEST(IsoToCso, WithoutALevelNothingHappens) {
+TEST(IsoToCso, WithoutALevelEndsSilently) {
     const CTestFolder folder;
-    const SCompressionRequest request = test::RequestFor(folder, Bytes(2048, 0));
+    SCompressionRequest request = test::CompressionOf(folder, Bytes(2048, 0), ".cso");
+    request.level.reset();
     CRecordingOperation operation;
-    operation.m_level.reset();
     IsoToCso(request, operation);
-    EXPECT_EQ(operation.Calls().back(), "ask level");
+    EXPECT_EQ(operation.Calls().back(), "begin iso2cso");
     EXPECT_THAT(folder.Names(), ElementsAre("game.iso", "game.mark.iso"));
 }
 
-TEST(IsoToCso, OtherImagesAreRefusedBeforeAnythingIsCreated) {
+TEST(IsoToCso, RefusesOtherImagesBeforeItCreatesAnything) {
     const CTestFolder folder;
     test::WriteWhole(folder / "a.b.iso", Bytes(40'000, 'P'));
     CRecordingOperation operation;
-    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowCompression(folder.Path(), "a.b.iso", ".cso"), operation); }),
+    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowRequest(folder.Path(), "a.b.iso"), operation); }),
               "Code 50 PSP - invalid PSP iso  file header  a.iso");
     test::WriteWhole(folder / "short.iso", Bytes(10, 'P'));
-    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowCompression(folder.Path(), "short.iso", ".cso"), operation); }),
+    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowRequest(folder.Path(), "short.iso"), operation); }),
               "Code 50 PSP - invalid PSP iso  file header  short.iso");
     EXPECT_THAT(folder.Names(), ElementsAre("a.b.iso", "short.iso"));
 }
 
-TEST(IsoToCso, MissingFilesAreNamed) {
+TEST(IsoToCso, NamesMissingFiles) {
     const CTestFolder folder;
     CRecordingOperation operation;
-    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowCompression(folder.Path(), "a.iso", ".cso"), operation); }),
+    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowRequest(folder.Path(), "a.iso"), operation); }),
               "Code 1001e - Error Opening " + (folder / "a.iso"));
     test::WriteWhole(folder / "a.b.iso", test::WithPspMark({}));
-    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowCompression(folder.Path(), "a.b.iso", ".cso"), operation); }),
+    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowRequest(folder.Path(), "a.b.iso"), operation); }),
               "Code 10010e - Error Opening " + (folder / "a.iso"));
 }
 
-TEST(IsoToCso, TheImageIsFoundInAnyCase) {
+TEST(IsoToCso, FindsTheImageWithoutRegardToCase) {
     const CTestFolder folder;
     test::WriteWhole(folder / "a.b.iso", test::WithPspMark({}));
     test::WriteWhole(folder / "A.ISO", Bytes(2048, 0));
     CRecordingOperation operation;
-    IsoToCso(WindowCompression(folder.Path(), "a.b.iso", ".cso"), operation);
+    IsoToCso(WindowRequest(folder.Path(), "a.b.iso"), operation);
     EXPECT_EQ(test::Read64(test::ReadWhole(folder / "a.cso"), 8), 2048U);
 }
 
-TEST(IsoToCso, LongNamesAreCut) {
+TEST(IsoToCso, TruncatesLongNames) {
     const CTestFolder folder;
     const std::string thirty = "abcdefghijklmnopqrstuvwxyz0123";
     test::WriteWhole(folder / (thirty + "45.iso"), test::WithPspMark({}));
     CRecordingOperation operation;
-    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowCompression(folder.Path(), thirty + "45.iso", ".cso"), operation); }),
+    EXPECT_EQ(FailureOf([&] { IsoToCso(WindowRequest(folder.Path(), thirty + "45.iso"), operation); }),
               "Code 10010e - Error Opening " + (folder / (thirty + ".iso")));
 }
 
-TEST(IsoToCso, TwoGibibytesAndMoreAreRefused) {
+TEST(IsoToCso, RefusesTwoGibibytesAndMore) {
     const CTestFolder folder;
-    const SCompressionRequest request = test::RequestFor(folder, {});
+    const SCompressionRequest request = test::CompressionOf(folder, {}, ".cso");
     CNativeFile file;
     for (const std::int64_t length : {std::int64_t{1} << 31, (std::int64_t{1} << 32) + 2048}) {
         ASSERT_TRUE(file.Open(folder / "game.iso", EOpenMode::ReadWrite, ESharing::Anyone));
@@ -157,21 +160,21 @@ TEST(IsoToCso, TwoGibibytesAndMoreAreRefused) {
     EXPECT_EQ(FileKindOf(folder / "game.cso"), EFileKind::Missing);
 }
 
-TEST(IsoToCso, AnOutputThatCannotBeCreatedIsNamed) {
+TEST(IsoToCso, NamesAnOutputThatCannotBeCreated) {
     const CTestFolder folder;
-    SCompressionRequest request = test::RequestFor(folder, Bytes(2048, 0));
+    SCompressionRequest request = test::CompressionOf(folder, Bytes(2048, 0), ".cso");
     request.outputPath = folder / "no folder/game.cso";
     CRecordingOperation operation;
     EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }),
               "Code 10010g - Error create " + (folder / "no folder/game.cso"));
 }
 
-TEST(IsoToCso, AnImageThatShrinksIsReported) {
+TEST(IsoToCso, ReportsAnImageThatShrinks) {
     const CTestFolder folder;
-    const SCompressionRequest request = test::RequestFor(folder, Bytes(std::size_t{1} << 20, 0));
+    const SCompressionRequest request = test::CompressionOf(folder, Bytes(std::size_t{1} << 20, 0), ".cso");
     CRecordingOperation operation;
-    operation.m_onPump = [&](int pump) {
-        if (pump == 1) {
+    operation.m_onYield = [&](int yield) {
+        if (yield == 1) {
             test::WriteWhole(folder / "game.iso", Bytes(5000, 0));
         }
     };
@@ -182,13 +185,13 @@ TEST(IsoToCso, AnImageThatShrinksIsReported) {
         << "its index is zero";
 }
 
-TEST(IsoToCso, TheTransactionalMannerLeavesNothingAfterAFailure) {
+TEST(IsoToCso, LeavesNothingAfterATransactionalFailure) {
     const CTestFolder folder;
-    SCompressionRequest request = test::RequestFor(folder, Bytes(std::size_t{1} << 20, 0));
+    SCompressionRequest request = test::CompressionOf(folder, Bytes(std::size_t{1} << 20, 0), ".cso");
     request.manner = EOutputManner::CommitNew;
     CRecordingOperation operation;
-    operation.m_onPump = [&](int pump) {
-        if (pump == 1) {
+    operation.m_onYield = [&](int yield) {
+        if (yield == 1) {
             test::WriteWhole(folder / "game.iso", Bytes(5000, 0));
         }
     };
@@ -196,18 +199,18 @@ TEST(IsoToCso, TheTransactionalMannerLeavesNothingAfterAFailure) {
     EXPECT_THAT(folder.Names(), ElementsAre("game.iso", "game.mark.iso"));
 }
 
-TEST(IsoToCso, ACompletionThatIsLeftEarlyReportsNothing) {
+TEST(IsoToCso, ReportsNothingIfTheCompletionIsLeftEarly) {
     const CTestFolder folder;
     CRecordingOperation operation;
     operation.m_completes = false;
-    IsoToCso(test::RequestFor(folder, Bytes(2048, 0)), operation);
+    IsoToCso(test::CompressionOf(folder, Bytes(2048, 0), ".cso"), operation);
     EXPECT_EQ(operation.Calls().back(), "complete Compression iso2cso Done !");
 }
 
 #ifdef __linux__
-TEST(IsoToCso, AFullDiskIsReportedAtTheBlock) {
+TEST(IsoToCso, ReportsAFullDiskWithTheBlock) {
     const CTestFolder folder;
-    SCompressionRequest request = test::RequestFor(folder, test::RandomBytes(2048 * 4, 3));
+    SCompressionRequest request = test::CompressionOf(folder, test::RandomBytes(2048 * 4, 3), ".cso");
     request.outputPath = "/dev/full";
     CRecordingOperation operation;
     EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }), "Code 1009-block 0 : Write error\n");

@@ -1,10 +1,10 @@
-// Compressing and expanding on several threads: the same bytes, texts and calls as on one, and nothing left behind.
+// Compressing and expanding on several threads: the same bytes, texts and calls as on one, and no files left behind.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "compress/cso.h"
 #include "compress/dax.h"
-#include "compress/sharing.h"
+#include "compress/work_plan.h"
 #include "pipeline/ordered_pipeline.h"
 #include "tests/support/recording_operation.h"
 #include "tests/unit/compress/cso_support.h"
@@ -22,7 +22,7 @@ constexpr std::size_t kBlock = 2048;
 constexpr std::size_t kFrame = 8192;
 constexpr std::uint32_t kWorkerCounts[] = {0, 1, 2, 3, 5, 8};
 
-/// One of the two containers, with all that differs between them.
+/// A container format with its conversions.
 struct SForm {
     const char* extension;
     std::size_t block;
@@ -43,19 +43,19 @@ protected:
     SCompressionRequest Compression(const Bytes& image) const {
         test::WriteWhole(m_folder / "mark.iso", test::WithPspMark({}));
         test::WriteWhole(m_folder / "game.iso", image);
-        SCompressionRequest request = DirectConversion(m_folder / "game.iso", m_folder / "window", {}, 0);
+        SCompressionRequest request = WindowRequest("game.iso");
         request.chosenPath = m_folder / "mark.iso";
         return request;
     }
 
     SCompressionRequest Expansion(const Bytes& container) const {
         test::WriteWhole(m_folder / "container", container);
-        return DirectConversion(m_folder / "container", m_folder / "window", {}, 0);
+        return WindowRequest("container");
     }
 
-    /// What the conversion writes in place.
-    Bytes InPlace(void (*conversion)(const SCompressionRequest&, COperation&), const SCompressionRequest& request,
-                  CRecordingOperation& operation) const {
+    /// Runs the conversion and returns what it writes.
+    static Bytes Output(void (*conversion)(const SCompressionRequest&, COperation&), const SCompressionRequest& request,
+                        CRecordingOperation& operation) {
         conversion(request, operation);
         return test::ReadWhole(request.outputPath);
     }
@@ -63,19 +63,28 @@ protected:
     static SCompressionRequest Shared(SCompressionRequest request, std::uint32_t workers) {
         request.outputPath += "-shared";
         request.manner = EOutputManner::CommitReplace;
+        request.strict = true;
         request.workers = workers;
         return request;
     }
 
     Bytes Compressed(const Bytes& image) const {
         CRecordingOperation operation;
-        return InPlace(GetParam().compress, Compression(image), operation);
+        return Output(GetParam().compress, Compression(image), operation);
     }
 
     CTestFolder m_folder;
+
+private:
+    SCompressionRequest WindowRequest(const char* input) const {
+        SCompressionRequest request =
+            DirectConversion(m_folder / input, m_folder / "window", EOutputManner::InPlace, 0, 9);
+        request.strict = false;
+        return request;
+    }
 };
 
-/// Blocks that compress well, badly and not at all.
+/// Pieces that compress well, not at all and to almost nothing, in turn.
 Bytes MixedImage(std::size_t length) {
     Bytes image;
     for (std::uint64_t i = 0; image.size() < length; ++i) {
@@ -88,21 +97,20 @@ Bytes MixedImage(std::size_t length) {
     return image;
 }
 
-TEST_P(Jobs, WriteTheSameBytesAsTheWindowWithTheSameCalls) {
+TEST_P(Jobs, CompressToTheBytesOfTheWindowWithTheSameCalls) {
     for (const std::size_t blocks : {0, 1, 15, 16, 17, 63, 64, 65, 99, 100, 101, 250}) {
         for (const std::size_t more : {std::size_t{0}, GetParam().block - 1}) {
-            const SCompressionRequest request = Compression(MixedImage(blocks * GetParam().block + more));
+            SCompressionRequest request = Compression(MixedImage(blocks * GetParam().block + more));
+            request.level = static_cast<int>(blocks % 9 + 1);
             CRecordingOperation window;
-            window.m_level = static_cast<int>(blocks % 9 + 1);
-            const Bytes expected = InPlace(GetParam().compress, request, window);
+            const Bytes expected = Output(GetParam().compress, request, window);
             for (const std::uint32_t workers : kWorkerCounts) {
                 CRecordingOperation operation;
-                operation.m_level = window.m_level;
                 GetParam().compress(Shared(request, workers), operation);
                 ASSERT_EQ(test::ReadWhole(m_folder / "window-shared"), expected)
                     << blocks << " blocks and " << more << " bytes, " << workers << " workers";
-                EXPECT_EQ(operation.CallsOf("step"), window.CallsOf("step"));
-                EXPECT_EQ(operation.CallsOf("pump"), window.CallsOf("pump"));
+                EXPECT_EQ(operation.CallsOf("done"), window.CallsOf("done"));
+                EXPECT_EQ(operation.CallsOf("yield"), window.CallsOf("yield"));
                 EXPECT_EQ(operation.CallsOf("pane PERCENT"), window.CallsOf("pane PERCENT"));
             }
         }
@@ -113,24 +121,27 @@ TEST_P(Jobs, ExpandToTheSameBytes) {
     for (const std::size_t blocks : {1, 2, 15, 16, 17, 63, 64, 65, 99, 100, 101, 250}) {
         const SCompressionRequest request = Expansion(Compressed(MixedImage(blocks * GetParam().block + 77)));
         CRecordingOperation window;
-        const Bytes expected = InPlace(GetParam().expand, request, window);
+        const Bytes expected = Output(GetParam().expand, request, window);
+        CRecordingOperation alone;
+        GetParam().expand(Shared(request, 0), alone);
         for (const std::uint32_t workers : kWorkerCounts) {
             CRecordingOperation operation;
             GetParam().expand(Shared(request, workers), operation);
             ASSERT_EQ(test::ReadWhole(m_folder / "window-shared"), expected) << blocks << " blocks, " << workers;
-            EXPECT_EQ(operation.CallsOf("pump"), window.CallsOf("pump"));
+            EXPECT_EQ(operation.CallsOf("done"), alone.CallsOf("done"));
+            EXPECT_EQ(operation.CallsOf("yield"), alone.CallsOf("yield"));
             EXPECT_EQ(operation.CallsOf("pane PERCENT"), window.CallsOf("pane PERCENT"));
         }
     }
 }
 
-TEST_P(Jobs, TheFirstDamagedBlockDecides) {
+TEST_P(Jobs, ReportTheFirstDamagedBlock) {
     const Bytes good = Compressed(MixedImage(300 * GetParam().block));
     std::size_t damaged = 0;
     for (std::size_t at = good.size() / 2; at < good.size(); at += good.size() / 10) {
         Bytes bad = good;
         for (std::size_t i = at; i < good.size(); ++i) {
-            bad[i] = static_cast<std::uint8_t>(i);  // everything from here on; each block is wrong in its own way
+            bad[i] = static_cast<std::uint8_t>(i);  // up to the end; each block is damaged differently
         }
         const SCompressionRequest request = Expansion(bad);
         CRecordingOperation window;
@@ -147,7 +158,7 @@ TEST_P(Jobs, TheFirstDamagedBlockDecides) {
     EXPECT_THAT(m_folder.Names(), ElementsAre("container", "game.iso", "mark.iso", "window"));
 }
 
-TEST_P(Jobs, AFileThatIsCutFailsAtTheSameBlock) {
+TEST_P(Jobs, ReportTheSameBlockOfATruncatedFile) {
     Bytes cut = Compressed(MixedImage(300 * GetParam().block));
     cut.resize(cut.size() * 2 / 3);
     const SCompressionRequest request = Expansion(cut);
@@ -161,14 +172,14 @@ TEST_P(Jobs, AFileThatIsCutFailsAtTheSameBlock) {
     EXPECT_EQ(FileKindOf(m_folder / "window-shared"), EFileKind::Missing);
 }
 
-/// Another length for the image, once its length has been taken and before it is read.
+/// Replaces the image after its length was taken and before it is read.
 class CResizingOperation : public CRecordingOperation {
 public:
     CResizingOperation(std::string path, Bytes image) : m_path(std::move(path)), m_image(std::move(image)) {}
 
-    void StartProgress(std::int32_t range, EProgressFill fill) override {
+    void SetTotal(std::int64_t units) override {
         test::WriteWhole(m_path, m_image);
-        CRecordingOperation::StartProgress(range, fill);
+        CRecordingOperation::SetTotal(units);
     }
 
 private:
@@ -176,7 +187,7 @@ private:
     Bytes m_image;
 };
 
-TEST_P(Jobs, AnImageThatShrinksFailsAtTheSameBlock) {
+TEST_P(Jobs, ReportTheSameBlockOfAnImageThatShrinks) {
     const Bytes image = MixedImage(300 * GetParam().block);
     const Bytes shorter(image.begin(), image.begin() + static_cast<std::ptrdiff_t>(150 * GetParam().block + 5));
     std::vector<std::string> texts;
@@ -184,7 +195,7 @@ TEST_P(Jobs, AnImageThatShrinksFailsAtTheSameBlock) {
         const SCompressionRequest request = Shared(Compression(image), workers);
         CResizingOperation operation(m_folder / "game.iso", shorter);
         texts.push_back(FailureOf([&] { GetParam().compress(request, operation); }));
-        EXPECT_EQ(operation.CallsOf("step").size(), 151U) << workers;
+        EXPECT_EQ(operation.CallsOf("done").size(), 151U) << workers;
         EXPECT_THAT(m_folder.Names(), ElementsAre("game.iso", "mark.iso"));
     }
     const std::string expected = GetParam().block == kBlock ? "Code 1007-block 150 : read error\n"
@@ -192,25 +203,22 @@ TEST_P(Jobs, AnImageThatShrinksFailsAtTheSameBlock) {
     EXPECT_THAT(texts, testing::Each(expected));
 }
 
-TEST_P(Jobs, AnInterruptEndsAllThreadsAndLeavesNothing) {
+TEST_P(Jobs, EndAllThreadsAfterAnInterruptAndLeaveNothing) {
     const SCompressionRequest compression = Compression(MixedImage(1500 * GetParam().block));
     const SCompressionRequest expansion = Expansion(Compressed(MixedImage(1500 * GetParam().block)));
-    const auto interrupt = [](int pump) {
-        if (pump == 700) {
+    const auto interrupt = [](int yield) {
+        if (yield == 700) {
             throw std::runtime_error("interrupted");
         }
     };
     test::WriteWhole(m_folder / "window", {});
     for (const std::uint32_t workers : kWorkerCounts) {
         CRecordingOperation operation;
-        operation.m_onPump = interrupt;
+        operation.m_onYield = interrupt;
         EXPECT_THROW(GetParam().compress(Shared(compression, workers), operation), std::runtime_error);
-        if (GetParam().block == kBlock) {
-            // Expanding frames steps between them and pumps at the end only.
-            CRecordingOperation other;
-            other.m_onPump = interrupt;
-            EXPECT_THROW(GetParam().expand(Shared(expansion, workers), other), std::runtime_error);
-        }
+        CRecordingOperation other;
+        other.m_onYield = interrupt;
+        EXPECT_THROW(GetParam().expand(Shared(expansion, workers), other), std::runtime_error);
         EXPECT_THAT(m_folder.Names(), ElementsAre("container", "game.iso", "mark.iso", "window"));
     }
 }
@@ -218,7 +226,7 @@ TEST_P(Jobs, AnInterruptEndsAllThreadsAndLeavesNothing) {
 INSTANTIATE_TEST_SUITE_P(Forms, Jobs, testing::Values(kCso, kDax),
                          [](const auto& form) { return std::string(form.param.extension + 1); });
 
-TEST(JobsOfCso, EveryFaultOfABlockIsToldAsOnOneThread) {
+TEST(JobsOfCso, ReportEveryFaultOfABlockAsOneThreadDoes) {
     std::vector<Bytes> blocks;
     for (std::uint64_t i = 0; i < 200; ++i) {
         blocks.push_back(test::TextLikeBytes(i == 150 ? 2000 : kBlock, i));
@@ -232,7 +240,7 @@ TEST(JobsOfCso, EveryFaultOfABlockIsToldAsOnOneThread) {
         for (const std::uint32_t workers : kWorkerCounts) {
             CRecordingOperation operation;
             texts.push_back(FailureOf([&] {
-                CsoToIso(DirectConversion(folder / "game.cso", folder / "x.iso", EOutputManner::CommitNew, workers),
+                CsoToIso(DirectConversion(folder / "game.cso", folder / "x.iso", EOutputManner::CommitNew, workers, 9),
                          operation);
             }));
         }
@@ -246,7 +254,7 @@ TEST(JobsOfCso, EveryFaultOfABlockIsToldAsOnOneThread) {
     EXPECT_THAT(failures(), testing::Each("Code 1107-block 129 : read error\n"));
 }
 
-TEST(JobsOfCso, LargeBlocksAreExpanded) {
+TEST(JobsOfCso, ExpandLargeBlocks) {
     constexpr std::uint32_t kLargest = 1U << 20U;
     const CTestFolder folder;
     std::vector<Bytes> blocks;
@@ -259,11 +267,11 @@ TEST(JobsOfCso, LargeBlocksAreExpanded) {
     cso.blockSize = kLargest;
     test::WriteWhole(folder / "game.cso", cso.Encode());
     CRecordingOperation operation;
-    CsoToIso(DirectConversion(folder / "game.cso", folder / "x.iso", EOutputManner::CommitNew, 64), operation);
+    CsoToIso(DirectConversion(folder / "game.cso", folder / "x.iso", EOutputManner::CommitNew, 64, 9), operation);
     EXPECT_EQ(test::ReadWhole(folder / "x.iso"), image);
 }
 
-TEST(JobsOfDax, AnImageThatGrowsIsRefusedByAll) {
+TEST(JobsOfDax, RefuseAnImageThatGrows) {
     const CTestFolder folder;
     for (const std::size_t frames : {15, 16, 17, 100}) {
         for (const std::uint32_t workers : kWorkerCounts) {
@@ -271,7 +279,7 @@ TEST(JobsOfDax, AnImageThatGrowsIsRefusedByAll) {
             CResizingOperation operation(folder / "game.iso", Bytes(frames * kFrame + 1, 1));
             EXPECT_EQ(FailureOf([&] {
                           IsoToDax(DirectConversion(folder / "game.iso", folder / "game.dax", EOutputManner::CommitNew,
-                                                    workers),
+                                                    workers, 9),
                                    operation);
                       }),
                       "Error getting file size.\n");
@@ -280,25 +288,30 @@ TEST(JobsOfDax, AnImageThatGrowsIsRefusedByAll) {
     }
 }
 
-TEST(Sharing, TakesBoundedMemoryForAnyNumberOfJobsAndSizeOfBlocks) {
+TEST(WorkPlan, BoundsTheMemoryForAnyNumberOfWorkersAndBlockSize) {
     constexpr std::uint64_t kStream = 268U << 10U;
+    constexpr std::uint64_t kBlocks = 1U << 20U;
     for (const std::uint32_t block : {1U, 512U, 2048U, 8192U, 65536U, 1U << 20U}) {
         const SBlockSizes sizes = {block, 2 * block};
-        for (const std::uint32_t jobs : {1U, 2U, 64U, 256U}) {
-            SCompressionRequest request;
-            EXPECT_EQ(SharingOf(request, sizes).workers, 0U) << "in place";
-            EXPECT_EQ(SharingOf(request, sizes).blocksPerPiece, 1U) << "in place";
-            request.manner = EOutputManner::CommitNew;
-            request.workers = jobs;
-            const SSharing sharing = SharingOf(request, sizes);
-            EXPECT_GE(sharing.workers, std::min(jobs, 7U)) << block;
-            EXPECT_LE(sharing.workers, jobs);
-            EXPECT_LE(PlacesFor(sharing.workers) * sharing.blocksPerPiece * std::uint64_t{3} * block +
-                          sharing.workers * kStream,
+        for (const std::uint32_t workers : {1U, 2U, 64U, 256U}) {
+            const SWorkPlan plan = PlanWork(workers, sizes, kBlocks);
+            EXPECT_GE(plan.workers, std::min(workers, 7U)) << block;
+            EXPECT_LE(plan.workers, workers);
+            EXPECT_EQ(plan.SlotCount(), SlotsFor(plan.workers));
+            EXPECT_LE(plan.SlotCount() * plan.blocksPerSlot * std::uint64_t{3} * block + plan.workers * kStream,
                       50U << 20U)
-                << block << " bytes a block, " << jobs << " jobs";
+                << "block size " << block << ", " << workers << " workers";
         }
     }
+}
+
+TEST(WorkPlan, WithoutWorkersTakesBlockByBlockWithAFreshStream) {
+    const SWorkPlan plan = PlanWork(0, {2048, 4096}, 1000);
+    EXPECT_EQ(plan.workers, 0U);
+    EXPECT_EQ(plan.blocksPerSlot, 1U);
+    EXPECT_EQ(plan.SlotCount(), 1U);
+    EXPECT_EQ(plan.streams, EStreamUse::Fresh);
+    EXPECT_EQ(PlanWork(1, {2048, 4096}, 1000).streams, EStreamUse::Reused);
 }
 
 }  // namespace

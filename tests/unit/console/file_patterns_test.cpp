@@ -1,4 +1,4 @@
-// Patterns among the files of a command.
+// Wildcard patterns among the files of a command.
 #include "console/file_patterns.h"
 
 #include <gmock/gmock.h>

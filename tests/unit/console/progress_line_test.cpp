@@ -16,11 +16,11 @@ TEST(ProgressLine, Sizes) {
     EXPECT_EQ(SizeText(4.7e9), "4.70 GB");
 }
 
-TEST(ProgressLine, PercentBytesRateAndRest) {
+TEST(ProgressLine, PercentBytesRateAndRemainingTime) {
     EXPECT_EQ(ProgressText("game.iso", 0.25, 40'000'000, 2.0), "game.iso   25%  10.0 MB  5.00 MB/s  0:06 left");
     EXPECT_EQ(ProgressText("game.iso", 0.5, 40'000'000, 4000), "game.iso   50%  20.0 MB  5.00 kB/s  1:06:40 left");
     EXPECT_EQ(ProgressText("game.iso", 0.0, 40'000'000, 2.0), "game.iso    0%  0 bytes") << "no rate without progress";
-    EXPECT_EQ(ProgressText("game.iso", 1.0, 1000, 0.1), "game.iso  100%  1.00 kB") << "no rate from a moment";
+    EXPECT_EQ(ProgressText("game.iso", 1.0, 1000, 0.1), "game.iso  100%  1.00 kB") << "too early for a rate";
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Fails, and names them, when the file layer makes calls of the system that the fault tests do not watch.
+# Fails, and names the calls, if the file layer makes system calls that the fault tests do not watch.
 #
 #   all_calls_are_watched.sh NM ARCHIVE_OF_THE_ROOM WATCHED_CALL...
 set -eu
 nm=$1 archive=$2
 shift 2
-# What does not touch a file: C++, the runtimes of compiler and sanitizers, memory, texts, waiting, errors.
+# Calls that do not access files: C++, the runtimes of compiler and sanitizers, memory, strings, waiting, errors.
 harmless='_[^_].*|__[^i].*|mem.*|str.*|wmem.*|wcslen|abort|getcwd|nanosleep'
 harmless+='|__imp_(GetLastError|SetLastError|FormatMessageW|GetCurrentDirectoryW|SetConsoleOutputCP|_errno)'
 called=$("$nm" --undefined-only --format=just-symbols "$archive" | grep -v ':$' | sort -u | grep -Evx "$harmless")

@@ -22,7 +22,7 @@ CCapturedOutput::~CCapturedOutput() {
 
 std::string CCapturedOutput::Text() const {
     std::fflush(nullptr);
-    // The place in the file is shared with the two outputs, which go on at its end.
+    // Both outputs share the file position and must continue at the end.
     std::rewind(m_file);
     std::string text;
     char buffer[4096];

@@ -1,4 +1,4 @@
-// What the console program prints, caught in the process of a test.
+// Captures what the console program prints within the process of a test.
 #pragma once
 
 #include <cstdio>
@@ -6,7 +6,7 @@
 
 namespace vantrel::test {
 
-/// Leads standard output and error output of this process into one temporary file while it lives.
+/// While it exists, redirects standard output and error output of this process to a temporary file.
 class CCapturedOutput {
 public:
     CCapturedOutput();
@@ -14,7 +14,7 @@ public:
     CCapturedOutput& operator=(const CCapturedOutput&) = delete;
     ~CCapturedOutput();
 
-    /// What was printed so far.
+    /// The output so far.
     std::string Text() const;
 
 private:

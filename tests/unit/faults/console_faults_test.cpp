@@ -1,5 +1,5 @@
-// The console program on a system on which any call may fail: it says so, ends with status 1, and the folder is as it
-// was. Where nothing is lost by a failing call, everything is as without it.
+// The console program while system calls fail: it prints a message, returns status 1 and leaves the folder unchanged.
+// If a failing call loses nothing, the result is the same as without the fault.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -18,7 +18,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// Runs the program in `folder`: words that begin with "@" are files in it.
+/// Runs the program. Words that begin with "@" are files in `folder`.
 int RunIn(const CTestFolder& folder, const Words& words, std::string& printed) {
     Words whole;
     for (const std::string& word : words) {
@@ -35,7 +35,7 @@ void RunOrFail(const CTestFolder& folder, const Words& words) {
     ASSERT_EQ(RunIn(folder, words, printed), 0) << printed;
 }
 
-/// What a command makes of the image, in place of it.
+/// Replaces the image by the output of a command.
 void Become(const CTestFolder& folder, const Words& words) {
     RunOrFail(folder, words);
     RemoveFile(folder / "game.iso");
@@ -79,14 +79,14 @@ private:
 
     void CheckFaultyRun(const SFault& fault) {
         if (m_status == 0) {
-            EXPECT_TRUE(MayPass(fault.call)) << "unnoticed";
-            EXPECT_TRUE(StateOf(m_folder) == m_after) << "not what a whole run makes: " << Names();
-            // What cannot be looked at is told to be missing, or of unknown length.
+            EXPECT_TRUE(MayPass(fault.call)) << "the failure was not noticed";
+            EXPECT_TRUE(StateOf(m_folder) == m_after) << "differs from a run without a fault: " << Names();
+            // A file that cannot be examined may be reported as missing or of unknown length.
             EXPECT_TRUE(m_printed == m_printedWhole || fault.call.kind == ECall::Look) << m_printed;
         } else {
             EXPECT_EQ(m_status, 1);
             EXPECT_NE(m_printed, "");
-            EXPECT_TRUE(StateOf(m_folder) == m_before) << m_printed << "not as before: " << Names();
+            EXPECT_TRUE(StateOf(m_folder) == m_before) << m_printed << "the folder has changed: " << Names();
         }
     }
 
@@ -98,8 +98,8 @@ private:
         return names;
     }
 
-    /// Calls that a run may do without: closing of what was not changed, looking for its end or whether something is
-    /// there, copying within the system, a removal that is tried a second time, with the list of what to remove.
+    /// Calls whose failure may be harmless: closing an unchanged file, reading at its end, examining a path, copying
+    /// within the system, and a removal that is retried, with the list of the files to remove.
     bool MayPass(const SCall& call) const {
         switch (call.kind) {
             case ECall::Close:
@@ -130,7 +130,6 @@ TEST_P(ConsoleFaults, LeaveNothingBehind) {
     Sweep({});
 }
 
-/// A conversion with one output, a new one and one in place of an older one.
 void WriteOlder(const CTestFolder& folder, std::initializer_list<const char*> names) {
     for (const char* name : names) {
         WriteText(folder / name, "older");
@@ -231,7 +230,7 @@ std::vector<SCase> Postgap() {
     };
 }
 
-/// Every form for each of the commands that look into files.
+/// Every inspecting command with every format.
 std::vector<SCase> Inspecting() {
     const auto become = [](const std::function<void(const CTestFolder&)>& write, const char* command) {
         return [write, command](const CTestFolder& folder) {
@@ -285,17 +284,17 @@ INSTANTIATE_TEST_SUITE_P(Rebuilding, ConsoleFaults, testing::ValuesIn(Rebuilding
 INSTANTIATE_TEST_SUITE_P(Postgap, ConsoleFaults, testing::ValuesIn(Postgap()), NameOf);
 INSTANTIATE_TEST_SUITE_P(Inspecting, ConsoleFaults, testing::ValuesIn(Inspecting()), NameOf);
 
-/// The commit of one output and of two, where the system cannot do all that it should.
-class ConsoleFaultsOnPoorSystems : public ConsoleFaults {};
+/// Commits of one and of two outputs on systems with fewer features.
+class ConsoleFaultsOnLimitedSystems : public ConsoleFaults {};
 
-TEST_P(ConsoleFaultsOnPoorSystems, LeaveNothingBehind) {
+TEST_P(ConsoleFaultsOnLimitedSystems, LeaveNothingBehind) {
     GetParam().prepare(m_folder);
     SSystem system;
     system.renamesWithoutReplacing = false;
     Sweep(system);
 }
 
-TEST_P(ConsoleFaultsOnPoorSystems, LeaveNothingBehindWithoutLinks) {
+TEST_P(ConsoleFaultsOnLimitedSystems, LeaveNothingBehindWithoutLinks) {
     GetParam().prepare(m_folder);
     SSystem system;
     system.renamesWithoutReplacing = false;
@@ -303,9 +302,9 @@ TEST_P(ConsoleFaultsOnPoorSystems, LeaveNothingBehindWithoutLinks) {
     Sweep(system);
 }
 
-INSTANTIATE_TEST_SUITE_P(Raw, ConsoleFaultsOnPoorSystems, testing::ValuesIn(Raw()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Raw, ConsoleFaultsOnLimitedSystems, testing::ValuesIn(Raw()), NameOf);
 
-/// Interrupted and partial transfers are no failures.
+/// Interrupted and partial transfers are not failures.
 class InterruptedTransfers : public ConsoleFaults {};
 
 TEST_P(InterruptedTransfers, ChangeNothing) {

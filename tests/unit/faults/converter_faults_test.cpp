@@ -1,5 +1,5 @@
-// The raw-sector converter on a system on which any call may fail: it says so and ends with a status of its own. It
-// writes in place, so that what it wrote so far stays.
+// The raw-sector converter while system calls fail: it prints a message and returns its failure status. It writes in
+// place, so incomplete outputs stay.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -11,12 +11,12 @@
 namespace vantrel::test {
 namespace {
 
-TEST(ConverterFaults, AreTold) {
+TEST(ConverterFaults, AreReported) {
     const CTestFolder folder;
     WriteCdWithoutPostgap(folder);
     const std::string image = ReadText(folder / "game.iso");
     EConverterExit status = EConverterExit::Usage;
-    std::string told;
+    std::string message;
     std::string whole;
     SweepFaults(
         folder, {},
@@ -24,7 +24,7 @@ TEST(ConverterFaults, AreTold) {
             std::ostringstream progress;
             std::ostringstream errors;
             status = RunConverter({folder / "game.iso", folder / "game.bin", "/mode2", "/postgap"}, progress, errors);
-            told = errors.str();
+            message = errors.str();
         },
         [&](const SFault& fault) {
             EXPECT_EQ(ReadText(folder / "game.iso"), image);
@@ -34,11 +34,11 @@ TEST(ConverterFaults, AreTold) {
             const bool isHarmless = fault.call.kind == ECall::ReadEnd || fault.call.kind == ECall::Look ||
                                     (fault.call.kind == ECall::Close && !fault.call.written);
             if (fault.number == 0 || (isHarmless && status == EConverterExit::Done)) {
-                EXPECT_EQ(status, EConverterExit::Done) << told;
+                EXPECT_EQ(status, EConverterExit::Done) << message;
                 EXPECT_TRUE(ReadText(folder / "game.bin") == whole);
             } else {
                 EXPECT_EQ(status, EConverterExit::Failed);
-                EXPECT_TRUE(told.starts_with("tmpfile: ")) << told;
+                EXPECT_TRUE(message.starts_with("tmpfile: ")) << message;
             }
         });
 }

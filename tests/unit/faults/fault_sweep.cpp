@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A layout tells when it was made, which differs from run to run.
+/// A layout contains its date, which differs between runs.
 std::string WithoutDate(std::string layout) {
     static constexpr std::string_view kKey = "\nDATE=";
     static constexpr std::string_view kDate = "yyyy/MM/dd-hh:mm:ss";
@@ -35,12 +35,12 @@ void Restore(const CTestFolder& folder, const FolderState& state) {
     }
 }
 
-/// One run; the calls that it made.
+/// Calls `run` with a fault. Returns the system calls that it makes.
 std::vector<SCall> Watched(const CTestFolder& folder, const SFault& fault, const SSystem& system,
                            const std::function<void()>& run) {
     const CWatchedCalls watch(folder.Path(), fault, system);
     run();
-    EXPECT_EQ(watch.OpenCount(), 0U) << "files stay open";
+    EXPECT_EQ(watch.OpenCount(), 0U) << "a file is still open";
     EXPECT_EQ(watch.HasFailed(), fault.number != 0) << "the call was not made";
     return watch.Calls();
 }

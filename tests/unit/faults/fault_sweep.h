@@ -1,5 +1,4 @@
-// A conversion run again and again, each time with another one of its system calls failing. The folder that it works in
-// is put back in between.
+// Repeats a conversion, each time with a different system call failing, and restores its folder before each run.
 #pragma once
 
 #include <functional>
@@ -11,14 +10,14 @@
 
 namespace vantrel::test {
 
-/// Everything in a folder: contents by path, folders with a closing '/'. The date and time in a layout are left out.
+/// The contents of a folder by path; paths of folders end in '/'. The date in a layout is replaced by a fixed text.
 using FolderState = std::map<std::string, std::string>;
 
 FolderState StateOf(const CTestFolder& folder);
 
-/// Calls `run` once with no call failing, then for each of the calls that it made once with that one failing, and
-/// `check` after every run, the first time with the fault number 0. Before each run the folder holds what it held in
-/// the beginning. Expects that every fault comes to pass and that no file stays open. Gives the number of faults.
+/// Calls `run` once without a fault, and once with each of its system calls failing. Calls `check` after every run,
+/// first with fault number 0. Restores the folder before each run. Expects that every fault occurs and that no file
+/// stays open. Returns the number of faults.
 std::size_t SweepFaults(const CTestFolder& folder, const SSystem& system, const std::function<void()>& run,
                         const std::function<void(const SFault& fault)>& check);
 

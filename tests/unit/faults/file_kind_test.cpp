@@ -1,4 +1,4 @@
-// What is said of paths that cannot be looked at: nothing is taken to be free, or another file, on a guess.
+// Paths that cannot be examined: they count neither as missing nor as a different file.
 #include <gtest/gtest.h>
 
 #include "files/native_file.h"
@@ -8,20 +8,20 @@
 namespace vantrel::test {
 namespace {
 
-class FailingLooks : public testing::Test {
+class FailingLook : public testing::Test {
 protected:
-    FailingLooks() {
+    FailingLook() {
         WriteText(m_folder / "a", "1");
         WriteText(m_folder / "b", "2");
     }
 
-    /// The first look at a file fails.
+    /// The fault of the first call that examines a file.
     SFault LookAt(const char* name) const { return {{ECall::Look, name, false}, 1}; }
 
     CTestFolder m_folder;
 };
 
-TEST_F(FailingLooks, SayNothingOfTheKind) {
+TEST_F(FailingLook, LeavesTheKindUnknown) {
     EXPECT_EQ(FileKindOf(m_folder / "a"), EFileKind::File);
     EXPECT_EQ(FileKindOf(m_folder / "c"), EFileKind::Missing);
     const CWatchedCalls watch(m_folder.Path(), LookAt("a"));
@@ -29,19 +29,19 @@ TEST_F(FailingLooks, SayNothingOfTheKind) {
     EXPECT_TRUE(watch.HasFailed());
 }
 
-TEST_F(FailingLooks, SayNothingOfTheLength) {
+TEST_F(FailingLook, LeavesTheLengthUnknown) {
     EXPECT_EQ(FileSizeOf(m_folder / "a"), 1);
     const CWatchedCalls watch(m_folder.Path(), LookAt("a"));
     EXPECT_EQ(FileSizeOf(m_folder / "a"), -1);
     EXPECT_TRUE(watch.HasFailed());
 }
 
-TEST_F(FailingLooks, MayHideThatTwoPathsLeadToOneFile) {
+TEST_F(FailingLook, MakesTwoPathsCountAsOneFile) {
     EXPECT_TRUE(IsSameFile(m_folder / "a", m_folder / "a"));
     EXPECT_FALSE(IsSameFile(m_folder / "a", m_folder / "b"));
     EXPECT_FALSE(IsSameFile(m_folder / "a", m_folder / "c"));
     for (const char* name : {"a", "b"}) {
-        // On Windows a look is an opening and a question, either of which may fail.
+        // On Windows, examining a file takes several calls.
         std::size_t looks = 0;
         {
             const CWatchedCalls watch(m_folder.Path());
@@ -59,7 +59,7 @@ TEST_F(FailingLooks, MayHideThatTwoPathsLeadToOneFile) {
     }
 }
 
-TEST_F(FailingLooks, LeaveTheLastErrorAsItWas) {
+TEST_F(FailingLook, DoesNotChangeTheLastError) {
     const std::string before = SystemText(EFailure::NoSpace);
     const CWatchedCalls watch(m_folder.Path(), LookAt("a"));
     FileKindOf(m_folder / "a");

@@ -1,4 +1,4 @@
-// The images that conversions are run on while their calls fail: as small as they may be and still take every way.
+// Images for fault injection: as small as possible, but large enough for every code path.
 #pragma once
 
 #include "tests/support/image_builder.h"
@@ -6,14 +6,14 @@
 
 namespace vantrel::test {
 
-/// "game.iso" of a PSP title, larger than the buffers of the file layer, so that it takes several reads.
+/// Writes "game.iso" of a PSP title, which is larger than the buffers of the file layer.
 void WriteUmd(const CTestFolder& folder);
 
-/// "game.iso" of a PlayStation 2 CD with two files and a hole that is not empty.
+/// Writes "game.iso" of a PlayStation 2 CD with two files and a hole that is not zeros.
 void WriteCd(const CTestFolder& folder);
 void WriteCdWithoutPostgap(const CTestFolder& folder);
 
-/// "game.iso" of a PlayStation 2 DVD, the same.
+/// Writes "game.iso" of a PlayStation 2 DVD with the same files.
 void WriteDvd(const CTestFolder& folder);
 
 }  // namespace vantrel::test

@@ -1,5 +1,5 @@
-// The conversions as the window runs them, on a system on which any call may fail: which text ends the conversion for
-// which call, and which failures it passes over.
+// The conversions as the window runs them while system calls fail: the text that ends the conversion for each call, and
+// the failures without effect. window_answers.txt has the expected texts.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,12 +11,13 @@
 #include <string_view>
 #include <vector>
 
+#include "app/converter/converter_conversion.h"
 #include "compress/cso.h"
 #include "compress/dax.h"
 #include "files/native_file.h"
 #include "iml/export/export.h"
-#include "iso/postgap.h"
 #include "iml/rebuild/rebuild.h"
+#include "iso/postgap.h"
 #include "raw/bin_to_iso.h"
 #include "raw/iso_to_bin.h"
 #include "tests/support/layout_builder.h"
@@ -27,10 +28,10 @@
 namespace vantrel::test {
 namespace {
 
-/// Instead of a text: the conversion completes.
+/// In place of a text: the conversion completes.
 constexpr const char* kGoesOn = "goes on";
 
-/// Every call with what the conversion says when it fails, in the order of the calls.
+/// The texts of the failing conversion for each call, in the order of the calls.
 using Answers = std::map<std::string, std::vector<std::string>>;
 
 struct SWindowCase {
@@ -49,7 +50,7 @@ void Replace(std::string& text, const std::string& from, const std::string& to) 
     }
 }
 
-/// The folder becomes "@", numbers of blocks "#", a line break "\n", and what the system says the same everywhere.
+/// Replaces the folder by "@", block numbers by "#", a final line break by "\n", and system texts by neutral ones.
 std::string Simplified(std::string text, const CTestFolder& folder) {
     Replace(text, folder.Path(), "@");
     Replace(text, SystemText(EFailure::Device), "(device error)");
@@ -65,7 +66,7 @@ std::string Simplified(std::string text, const CTestFolder& folder) {
     return text;
 }
 
-/// The text with which a conversion fails.
+/// The text that ends the conversion.
 std::string AnswerOf(const SWindowCase& tested, const CTestFolder& folder) {
     CRecordingOperation operation;
     try {
@@ -74,11 +75,11 @@ std::string AnswerOf(const SWindowCase& tested, const CTestFolder& folder) {
         return Simplified(failure.what(), folder);
     }
     const bool ended = !operation.CallsOf("completed").empty() || !operation.CallsOf("notify").empty();
-    return ended ? kGoesOn : "ends without a word";
+    return ended ? kGoesOn : "ends without a message";
 }
 
-/// The answers as the file of known ones has them: a call, and behind it, indented, what is said; the calls without an
-/// effect at the end.
+/// The answers in the format of window_answers.txt: each call followed by its indented texts; the calls without effect
+/// at the end.
 std::string TextOf(const Answers& answers) {
     std::string text;
     std::string withoutEffect;
@@ -95,8 +96,8 @@ std::string TextOf(const Answers& answers) {
     return text + kGoesOn + "\n" + withoutEffect;
 }
 
-/// The part of window_answers.txt that belongs to a conversion, as far as it is for this system.
-std::string KnownAnswers(const std::string& name) {
+/// The part of window_answers.txt for a conversion on this system.
+std::string ExpectedAnswers(const std::string& name) {
     std::string all = ReadText(VANTREL_SOURCE_DIR "/tests/unit/faults/window_answers.txt");
 #ifdef _WIN32
     all = std::regex_replace(all, std::regex("\nposix:[^\n]*"), "");
@@ -114,7 +115,7 @@ std::string KnownAnswers(const std::string& name) {
 
 class WindowFaults : public testing::TestWithParam<SWindowCase> {};
 
-TEST_P(WindowFaults, AreAnsweredAsKnown) {
+TEST_P(WindowFaults, EndWithTheExpectedTexts) {
     const CTestFolder folder;
     GetParam().prepare(folder);
     std::string answer;
@@ -132,10 +133,10 @@ TEST_P(WindowFaults, AreAnsweredAsKnown) {
             }
         });
     RecordProperty("faults", static_cast<int>(faults));
-    EXPECT_EQ(TextOf(answers), KnownAnswers(GetParam().name));
+    EXPECT_EQ(TextOf(answers), ExpectedAnswers(GetParam().name));
 }
 
-/// Stands for the system's processes: the converter has always finished.
+/// A runner whose converter has always finished.
 class CNoConverter : public CConverterRunner {
 public:
     void PlaceConverter(const std::string& /*folder*/) override {}
@@ -145,7 +146,7 @@ public:
     void RemoveConverter(const std::string& /*folder*/) override {}
 };
 
-/// What another conversion makes of "game.iso", in place of it.
+/// Replaces "game.iso" by the output of a conversion.
 template <typename Conversion>
 void Become(const CTestFolder& folder, Conversion convert) {
     CRecordingOperation operation;
@@ -153,27 +154,30 @@ void Become(const CTestFolder& folder, Conversion convert) {
     RemoveFile(folder / "game.iso");
 }
 
+SCompressionRequest Compression(const CTestFolder& folder, const char* extension) {
+    SCompressionRequest request = WindowCompression(folder.Path(), "game.iso", extension);
+    request.level = 9;
+    return request;
+}
+
 void WriteCso(const CTestFolder& folder) {
     WriteUmd(folder);
-    Become(folder,
-           [&](COperation& operation) { IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation); });
+    Become(folder, [&](COperation& operation) { IsoToCso(Compression(folder, ".cso"), operation); });
 }
 
 void WriteDax(const CTestFolder& folder) {
     WriteUmd(folder);
-    Become(folder,
-           [&](COperation& operation) { IsoToDax(WindowCompression(folder.Path(), "game.iso", ".dax"), operation); });
+    Become(folder, [&](COperation& operation) { IsoToDax(Compression(folder, ".dax"), operation); });
 }
 
 void WriteBin(const CTestFolder& folder) {
     WriteCd(folder);
     Become(folder, [&](COperation& operation) {
-        IsoToBinDirectly({folder / "game.iso", folder / "game.bin", folder / "game.cue", EOutputManner::CommitNew},
-                         operation);
+        IsoToBin({folder / "game.iso", folder / "game.bin", folder / "game.cue", EOutputManner::CommitNew}, operation);
     });
 }
 
-/// A layout with its leading structures and two files, which it names by their whole paths.
+/// Writes a layout with leading structures and two files, whose paths are absolute.
 void WriteLayout(const CTestFolder& folder, ELayoutMedia media) {
     SLayoutDescription layout;
     layout.media = media;
@@ -191,23 +195,21 @@ void Export(const CTestFolder& folder, COperation& operation) {
 }
 
 void Rebuild(const CTestFolder& folder, COperation& operation) {
-    Vantrel(WindowRebuild(folder.Path(), "game.iml"), operation);
+    RebuildImage(WindowRebuild(folder.Path(), "game.iml"), operation);
 }
 
 std::vector<SWindowCase> Cases() {
     return {
         {"Iso2Cso", WriteUmd,
-         [](const CTestFolder& folder, COperation& operation) {
-             IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation);
-         }},
+         [](const CTestFolder& folder, COperation& operation) { IsoToCso(Compression(folder, ".cso"), operation); }},
         {"Cso2Iso", WriteCso,
          [](const CTestFolder& folder, COperation& operation) {
-             CsoToIso(WindowExpansion(folder.Path(), "game.cso"), operation);
+             SCompressionRequest request = WindowExpansion(folder.Path(), "game.cso");
+             request.level = 9;
+             CsoToIso(request, operation);
          }},
         {"Iso2Dax", WriteUmd,
-         [](const CTestFolder& folder, COperation& operation) {
-             IsoToDax(WindowCompression(folder.Path(), "game.iso", ".dax"), operation);
-         }},
+         [](const CTestFolder& folder, COperation& operation) { IsoToDax(Compression(folder, ".dax"), operation); }},
         {"Dax2Iso", WriteDax,
          [](const CTestFolder& folder, COperation& operation) {
              DaxToIso(WindowDaxExpansion(folder.Path(), "game.dax"), operation);
@@ -215,7 +217,7 @@ std::vector<SWindowCase> Cases() {
         {"Iso2Bin", WriteCd,
          [](const CTestFolder& folder, COperation& operation) {
              CNoConverter converter;
-             IsoToBin({folder.Path(), "game.iso"}, converter, operation);
+             IsoToBinByConverter(folder.Path(), "game.iso", converter, operation);
          }},
         {"Bin2Iso", WriteBin,
          [](const CTestFolder& folder, COperation& operation) {
@@ -226,12 +228,10 @@ std::vector<SWindowCase> Cases() {
         {"VantrelCd", [](const CTestFolder& folder) { WriteLayout(folder, ELayoutMedia::Cd); }, Rebuild},
         {"VantrelDvd", [](const CTestFolder& folder) { WriteLayout(folder, ELayoutMedia::Dvd); }, Rebuild},
         {"CheckPostgap", WriteCdWithoutPostgap,
-         [](const CTestFolder& folder, COperation& operation) {
-             CheckPostgap({folder / "game.iso", EUpdateManner::InPlace}, operation);
-         }},
+         [](const CTestFolder& folder, COperation& operation) { CheckPostgap({folder / "game.iso"}, operation); }},
         {"AddSelectivePostgap", WriteUmd,
          [](const CTestFolder& folder, COperation& operation) {
-             AddSelectivePostgap({folder / "game.iso", EUpdateManner::InPlace}, operation);
+             AddSelectivePostgap({.imagePath = folder / "game.iso", .sectors = 3}, operation);
          }},
     };
 }

@@ -1,10 +1,10 @@
-// Outputs that appear together or not at all.
+// All outputs appear, or none.
 #include "files/commit_together.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
+#include <map>
 
 #include "tests/support/test_folder.h"
 
@@ -12,7 +12,15 @@ namespace vantrel {
 namespace {
 
 using test::CTestFolder;
-using testing::ElementsAre;
+
+/// Expects exactly these files in a folder. Folders have the content "".
+void ExpectFiles(const CTestFolder& folder, const std::map<std::string, std::string>& expected) {
+    std::map<std::string, std::string> files;
+    for (const std::string& name : folder.Names()) {
+        files[name] = FileKindOf(folder / name) == EFileKind::File ? test::ReadText(folder / name) : "";
+    }
+    EXPECT_EQ(files, expected);
+}
 
 /// Two outputs, written and not yet committed.
 class CPair {
@@ -24,10 +32,10 @@ public:
 
     bool Commit() {
         const std::array<COutputFile*, 2> outputs = {&m_first, &m_second};
-        return CommitTogether(outputs, m_failure);
+        return CommitTogether(outputs, m_problem);
     }
 
-    const std::string& Failure() const { return m_failure; }
+    const std::string& Problem() const { return m_problem; }
 
 private:
     static void Open(COutputFile& output, const std::string& path, EOutputManner manner) {
@@ -37,7 +45,7 @@ private:
 
     COutputFile m_first;
     COutputFile m_second;
-    std::string m_failure;
+    std::string m_problem;
 };
 
 TEST(CommitTogether, BothAppear) {
@@ -46,58 +54,51 @@ TEST(CommitTogether, BothAppear) {
         const CTestFolder folder;
         CPair pair(folder / "a", folder / "b", manner);
         EXPECT_TRUE(pair.Commit());
-        EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
-        EXPECT_EQ(test::ReadText(folder / "a"), "new");
-        EXPECT_EQ(test::ReadText(folder / "b"), "new");
+        ExpectFiles(folder, {{"a", "new"}, {"b", "new"}});
     }
 }
 
-TEST(CommitTogether, OlderFilesAreReplacedAndNotKept) {
+TEST(CommitTogether, OlderFilesAreReplaced) {
     const CTestFolder folder;
     test::WriteText(folder / "a", "older a");
     test::WriteText(folder / "b", "older b");
     CPair pair(folder / "a", folder / "b", EOutputManner::CommitReplace);
     EXPECT_TRUE(pair.Commit());
-    EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
-    EXPECT_EQ(test::ReadText(folder / "a"), "new");
-    EXPECT_EQ(test::ReadText(folder / "b"), "new");
+    ExpectFiles(folder, {{"a", "new"}, {"b", "new"}});
 }
 
-TEST(CommitTogether, TheFirstIsUndoneWhenTheSecondFails) {
+TEST(CommitTogether, FirstIsUndoneIfTheSecondFails) {
     const CTestFolder folder;
     CPair pair(folder / "a", folder / "b", EOutputManner::CommitNew);
-    test::WriteText(folder / "b", "came meanwhile");
+    test::WriteText(folder / "b", "appeared meanwhile");
     EXPECT_FALSE(pair.Commit());
-    EXPECT_NE(pair.Failure().find(folder / "b"), std::string::npos) << pair.Failure();
-    EXPECT_THAT(folder.Names(), ElementsAre("b"));
-    EXPECT_EQ(test::ReadText(folder / "b"), "came meanwhile");
+    EXPECT_NE(pair.Problem().find(folder / "b"), std::string::npos) << pair.Problem();
+    ExpectFiles(folder, {{"b", "appeared meanwhile"}});
 }
 
-TEST(CommitTogether, AnOlderFirstComesBackWhenTheSecondFails) {
+TEST(CommitTogether, OlderFirstIsRestoredIfTheSecondFails) {
     const CTestFolder folder;
     test::WriteText(folder / "a", "older a");
     CPair pair(folder / "a", folder / "b", EOutputManner::CommitReplace);
     ASSERT_TRUE(MakeFolder(folder / "b"));
     EXPECT_FALSE(pair.Commit());
-    EXPECT_NE(pair.Failure().find(folder / "b"), std::string::npos) << pair.Failure();
-    EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
-    EXPECT_EQ(test::ReadText(folder / "a"), "older a");
+    EXPECT_NE(pair.Problem().find(folder / "b"), std::string::npos) << pair.Problem();
+    ExpectFiles(folder, {{"a", "older a"}, {"b", ""}});
 }
 
-TEST(CommitTogether, NothingChangesWhenTheFirstFails) {
+TEST(CommitTogether, NothingChangesIfTheFirstFails) {
     const CTestFolder folder;
     test::WriteText(folder / "b", "older b");
     CPair pair(folder / "a", folder / "b", EOutputManner::CommitReplace);
     ASSERT_TRUE(MakeFolder(folder / "a"));
     EXPECT_FALSE(pair.Commit());
-    EXPECT_THAT(folder.Names(), ElementsAre("a", "b"));
-    EXPECT_EQ(test::ReadText(folder / "b"), "older b");
+    ExpectFiles(folder, {{"a", ""}, {"b", "older b"}});
 }
 
-TEST(CommitTogether, WithoutACommitNothingIsLeft) {
+TEST(CommitTogether, NothingRemainsWithoutCommit) {
     const CTestFolder folder;
     { const CPair pair(folder / "a", folder / "b", EOutputManner::CommitNew); }
-    EXPECT_THAT(folder.Names(), testing::IsEmpty());
+    ExpectFiles(folder, {});
 }
 
 }  // namespace

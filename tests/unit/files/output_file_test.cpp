@@ -24,7 +24,7 @@ TEST(OutputFile, InPlaceKeepsWhatWasWritten) {
     EXPECT_EQ(test::ReadWhole(folder / "a.bin"), (Bytes{1, 2, 3}));
 }
 
-TEST(OutputFile, TransactionalAppearsOnlyWithCommit) {
+TEST(OutputFile, TransactionalAppearsOnlyAfterCommit) {
     const test::CTestFolder folder;
     COutputFile output;
     ASSERT_TRUE(output.Open(folder / "a.bin", EOutputManner::CommitNew));
@@ -40,7 +40,7 @@ TEST(OutputFile, TransactionalAppearsOnlyWithCommit) {
     EXPECT_EQ(test::ReadWhole(folder / "a.bin"), expected);
 }
 
-TEST(OutputFile, AbandonedLeavesTheOlderFile) {
+TEST(OutputFile, AbandonedKeepsTheOlderFile) {
     const test::CTestFolder folder;
     test::WriteText(folder / "a.bin", "older");
     {
@@ -56,11 +56,11 @@ TEST(OutputFile, CommitNewNeverReplaces) {
     const test::CTestFolder folder;
     COutputFile output;
     ASSERT_TRUE(output.Open(folder / "a.bin", EOutputManner::CommitNew));
-    test::WriteText(folder / "a.bin", "came meanwhile");
+    test::WriteText(folder / "a.bin", "appeared meanwhile");
     EXPECT_FALSE(output.Commit());
-    EXPECT_NE(output.FailureText().find(folder / "a.bin"), std::string::npos);
+    EXPECT_NE(output.Problem().find(folder / "a.bin"), std::string::npos);
     EXPECT_EQ(folder.Names(), std::vector<std::string>{"a.bin"});
-    EXPECT_EQ(test::ReadText(folder / "a.bin"), "came meanwhile");
+    EXPECT_EQ(test::ReadText(folder / "a.bin"), "appeared meanwhile");
 }
 
 TEST(OutputFile, CommitReplaceReplaces) {
@@ -73,7 +73,7 @@ TEST(OutputFile, CommitReplaceReplaces) {
     EXPECT_EQ(test::ReadWhole(folder / "a.bin"), Bytes(5000, 0));
 }
 
-TEST(OutputFile, ZerosReadBackWhereverTheyWereWritten) {
+TEST(OutputFile, ZerosReadBackAtAnyPosition) {
     for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitReplace}) {
         for (const std::size_t run : {1U, 2048U, 65'535U, 65'536U, 1'000'000U}) {
             const test::CTestFolder folder;
@@ -110,7 +110,7 @@ TEST(OutputFile, ZerosReadBackWhereverTheyWereWritten) {
     }
 }
 
-TEST(OutputFile, ReopensWithoutEmptying) {
+TEST(OutputFile, ReopensWithoutTruncating) {
     for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
         const test::CTestFolder folder;
         COutputFile output;
@@ -125,7 +125,7 @@ TEST(OutputFile, ReopensWithoutEmptying) {
     }
 }
 
-TEST(OutputFile, InPlaceCannotReopenWhatIsGone) {
+TEST(OutputFile, InPlaceFailsToReopenARemovedFile) {
     const test::CTestFolder folder;
     COutputFile output;
     ASSERT_TRUE(output.Open(folder / "a.bin", EOutputManner::InPlace));
@@ -133,7 +133,7 @@ TEST(OutputFile, InPlaceCannotReopenWhatIsGone) {
     EXPECT_FALSE(output.Reopen());
 }
 
-/// A source whose bytes stand in no file.
+/// A source without a file.
 class CMemorySource : public CByteSource {
 public:
     explicit CMemorySource(Bytes bytes) : m_bytes(std::move(bytes)) {}
@@ -149,7 +149,7 @@ private:
     Bytes m_bytes;
 };
 
-TEST(OutputFile, CopiesJoinWhatIsWrittenAroundThem) {
+TEST(OutputFile, CopiesCombineWithWritesAndZeros) {
     const Bytes content = test::RandomBytes(900'000, 1);
     for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
         for (const bool fromFile : {false, true}) {
@@ -182,14 +182,14 @@ TEST(OutputFile, CopiesJoinWhatIsWrittenAroundThem) {
                 EXPECT_FALSE(output.HasFailed());
                 EXPECT_EQ(test::ReadWhole(folder / "a.bin"), expected) << length;
                 Bytes piece(10);
-                EXPECT_EQ(file.ReadAt(40, piece), 10U) << "a copy leaves reading as it was";
+                EXPECT_EQ(file.ReadAt(40, piece), 10U) << "reading works after a copy";
                 EXPECT_TRUE(std::equal(piece.begin(), piece.end(), content.begin() + 40));
             }
         }
     }
 }
 
-TEST(OutputFile, ACopyEndsWithItsSource) {
+TEST(OutputFile, CopyEndsAtTheEndOfItsSource) {
     const test::CTestFolder folder;
     const Bytes content = test::RandomBytes(100'000, 1);
     test::WriteWhole(folder / "source", content);
@@ -206,7 +206,7 @@ TEST(OutputFile, ACopyEndsWithItsSource) {
 }
 
 #ifdef __linux__
-TEST(OutputFile, ACopyThatFindsNoRoomIsAFailedWrite) {
+TEST(OutputFile, CopyToAFullDiskIsAFailedWrite) {
     const test::CTestFolder folder;
     test::WriteWhole(folder / "source", Bytes(200'000, 1));
     CInputFile source;
@@ -219,7 +219,7 @@ TEST(OutputFile, ACopyThatFindsNoRoomIsAFailedWrite) {
     Bytes buffer(200'000);
     EXPECT_EQ(output.Copy(source, 0, buffer), 200'000U) << "the source supplied everything";
     EXPECT_TRUE(output.HasFailed());
-    EXPECT_NE(output.FailureText().find("/dev/full"), std::string::npos);
+    EXPECT_NE(output.Problem().find("/dev/full"), std::string::npos);
 }
 #endif
 
@@ -242,7 +242,7 @@ TEST(InputFile, ReadsByPositionAndInOrder) {
     EXPECT_FALSE(input.HasFailed());
 }
 
-TEST(InputFile, ReadsThroughTheBufferAndPastItAreTheSame) {
+TEST(InputFile, BufferedAndDirectReadsAreEqual) {
     const test::CTestFolder folder;
     const Bytes content = test::RandomBytes(700'000, 1);
     test::WriteWhole(folder / "a.bin", content);
@@ -266,7 +266,7 @@ TEST(InputFile, ReadsThroughTheBufferAndPastItAreTheSame) {
     EXPECT_FALSE(input.HasFailed());
 }
 
-TEST(InputFile, AFolderIsNoFile) {
+TEST(InputFile, RefusesAFolder) {
     const test::CTestFolder folder;
     CInputFile input;
     EXPECT_FALSE(input.Open(folder.Path()));

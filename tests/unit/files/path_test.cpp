@@ -1,4 +1,4 @@
-// Names: splitting, base names, and finding a file by a folded name.
+// Splitting of paths, base names, and letter case of file names.
 #include "files/path.h"
 
 #include <gtest/gtest.h>
@@ -30,11 +30,11 @@ TEST(Path, BaseNameEndsAtTheFirstDotAndAfterThirtyBytes) {
     EXPECT_EQ(BaseNameOf("12345678901234567890123456789\xC3\xA9.iso"), "12345678901234567890123456789");
 }
 
-TEST(LetterCase, FoldsLettersOfAsciiOnly) {
+TEST(LetterCase, FoldsOnlyAsciiLetters) {
     EXPECT_EQ(LowerAscii("@AZ[`az{ \xC3\x84"), "@az[`az{ \xC3\x84");
 }
 
-TEST(Path, FindsAFileByAFoldedName) {
+TEST(Path, FindsAFileInAnotherLetterCase) {
     const test::CTestFolder folder;
     test::WriteText(folder / "GAME.ISO", "upper");
     EXPECT_EQ(ResolveFileCase(folder / "game.iso"), folder / "GAME.ISO");

@@ -1,4 +1,4 @@
-// Changing a file where it stands, with and without the way back.
+// Changing a file in place, with and without undo.
 #include "files/update_file.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ class UpdateFile : public testing::Test {
 protected:
     UpdateFile() { test::WriteWhole(m_path, m_before); }
 
-    /// Overwrites twice at the same place, across the end, and appends.
+    /// Overwrites the same bytes twice, writes across the end, and appends.
     static void Change(CUpdateFile& file) {
         EXPECT_TRUE(file.Seek(2) && file.Write(Bytes{21, 22, 23}));
         EXPECT_TRUE(file.Seek(1) && file.Write(Bytes{31, 32}));
@@ -55,7 +55,7 @@ TEST_F(UpdateFile, CommittedChangeStays) {
     EXPECT_EQ(test::ReadWhole(m_path), m_after);
 }
 
-TEST_F(UpdateFile, ReopenBeginsAtTheStartAndKeepsTheWayBack) {
+TEST_F(UpdateFile, ReopenContinuesAtTheStartAndKeepsUndo) {
     for (const EUpdateManner manner : {EUpdateManner::UndoUnlessCommitted, EUpdateManner::InPlace}) {
         {
             CUpdateFile file;
@@ -89,12 +89,12 @@ TEST_F(UpdateFile, ReadOnlyRefusesToWrite) {
     CUpdateFile file;
     ASSERT_TRUE(file.Open(m_path, EUpdateManner::ReadOnly));
     EXPECT_FALSE(file.Write(Bytes{1}));
-    EXPECT_NE(file.FailureText().find(m_path), std::string::npos);
+    EXPECT_NE(file.Problem().find(m_path), std::string::npos);
     EXPECT_FALSE(file.Commit());
     EXPECT_EQ(test::ReadWhole(m_path), m_before);
 }
 
-TEST_F(UpdateFile, MissingFileIsNotMade) {
+TEST_F(UpdateFile, MissingFileIsNotCreated) {
     CUpdateFile file;
     EXPECT_FALSE(file.Open(m_folder / "b.bin", EUpdateManner::UndoUnlessCommitted));
     EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"a.bin"});

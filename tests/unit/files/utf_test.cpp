@@ -1,4 +1,4 @@
-// UTF-8 and UTF-16: every text comes back, valid or not.
+// UTF-8 and UTF-16: every text survives the conversion, valid or not.
 #include "files/utf.h"
 
 #include <gtest/gtest.h>
@@ -14,14 +14,14 @@ TEST(Utf, KnownCodePoints) {
     EXPECT_EQ(static_cast<unsigned>(pair[1]), 0xDE00U);
 }
 
-TEST(Utf, InvalidBytesSurvive) {
+TEST(Utf, InvalidBytesRoundTrip) {
     for (const char* text :
          {"\xFF\xFE", "\x80", "\xC0\x80", "\xED\xA0\x80", "\xF5\x80\x80\x80", "caf\xE9.iso", "\xE2\x82"}) {
         EXPECT_EQ(Utf8Of(WideOf(text)), text);
     }
 }
 
-TEST(Utf, EveryCodePointComesBack) {
+TEST(Utf, CodePointsOfEveryLengthRoundTrip) {
     for (const char* text :
          {"", "\x7F", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
         EXPECT_EQ(Utf8Of(WideOf(text)), text);

@@ -1,4 +1,4 @@
-// Faults put together into ranges.
+// Faults are combined into ranges.
 #include "image/inspect/fault_ranges.h"
 
 #include <gmock/gmock.h>
@@ -7,7 +7,7 @@
 namespace vantrel {
 namespace {
 
-TEST(FaultRanges, NeighboursWithOneTextAreOneRange) {
+TEST(FaultRanges, NeighboursWithTheSameTextFormOneRange) {
     CFaultRanges faults("sector");
     for (const unsigned number : {3U, 4U, 5U, 7U, 9U}) {
         faults.Add(number, "wrong EDC");
@@ -15,6 +15,8 @@ TEST(FaultRanges, NeighboursWithOneTextAreOneRange) {
     faults.Add(10, "wrong sync field");
     EXPECT_THAT(faults.Lines(), testing::ElementsAre("sectors 3 to 5: wrong EDC", "sector 7: wrong EDC",
                                                      "sector 9: wrong EDC", "sector 10: wrong sync field"));
+    EXPECT_FALSE(faults.IsEmpty());
+    EXPECT_TRUE(CFaultRanges("block").IsEmpty());
     EXPECT_TRUE(CFaultRanges("block").Lines().empty());
 }
 

@@ -1,4 +1,4 @@
-// Forms told from content.
+// Forms are determined from content.
 #include "image/form.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@ EForm FormOfBytes(std::string_view content) {
     return FormOf(file);
 }
 
-TEST(Form, IsToldFromContent) {
+TEST(Form, IsDeterminedFromContent) {
     using namespace std::string_view_literals;
     EXPECT_EQ(FormOfBytes("CISO...."), EForm::Cso);
     EXPECT_EQ(FormOfBytes("DAX\0...."sv), EForm::Dax);

@@ -1,12 +1,13 @@
-// The image in files of every form: the same bytes at every position.
+// Every form of the same image has the same bytes at every position.
 #include "image/image_source.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "compress/cso.h"
 #include "compress/dax.h"
+#include "files/refused.h"
 #include "tests/support/image_builder.h"
-#include "tests/support/recording_operation.h"
 
 namespace vantrel {
 namespace {
@@ -21,14 +22,18 @@ Bytes BuiltUmd() {
     return test::BuildImage(description).bytes;
 }
 
-/// Reads pieces that begin and end anywhere and compares them with the image.
+SCompressionRequest Compression(const CTestFolder& folder, const char* output) {
+    return DirectConversion(folder / "game.iso", folder / output, EOutputManner::CommitNew, 0, 9);
+}
+
+/// Compares ranges that start and end at arbitrary positions with the image.
 void ExpectSameBytes(CImageSource& source, const Bytes& image) {
     ASSERT_EQ(source.Size(), static_cast<std::int64_t>(image.size()));
     const std::size_t last = image.size();
-    const std::pair<std::size_t, std::size_t> pieces[] = {
+    const std::pair<std::size_t, std::size_t> ranges[] = {
         {0, 1},         {0, last}, {2047, 2},           {2048, 2048},  {1, 9000}, {8191, 8193},
         {last - 1, 10}, {last, 5}, {last - 5000, 5000}, {32768, 2048}, {5, 0}};
-    for (const auto& [position, length] : pieces) {
+    for (const auto& [position, length] : ranges) {
         Bytes buffer(length);
         const std::size_t expected = std::min(length, last - position);
         EXPECT_EQ(source.ReadAt(static_cast<std::int64_t>(position), buffer), expected) << position;
@@ -41,7 +46,7 @@ void ExpectSameBytes(CImageSource& source, const Bytes& image) {
     EXPECT_EQ(source.Fault(), "");
 }
 
-/// Raw sectors in turn of Mode 1 and of Mode 2 Form 1, without check values, which reading does not look at.
+/// Writes raw sectors of alternating Mode 2 Form 1 and Mode 1, without EDC and parity, which reading ignores.
 void WriteRaw(const std::string& path, const Bytes& image) {
     Bytes raw;
     for (std::size_t sector = 0; sector * 2048 < image.size(); ++sector) {
@@ -55,62 +60,58 @@ void WriteRaw(const std::string& path, const Bytes& image) {
     test::WriteWhole(path, raw);
 }
 
-TEST(ImageSource, EveryFormHoldsTheSame) {
+TEST(ImageSource, EveryFormContainsTheSameImage) {
     const CTestFolder folder;
     const Bytes image = BuiltUmd();
     test::WriteWhole(folder / "game.iso", image);
-    test::CRecordingOperation operation;
-    IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation);
-    IsoToDax(WindowCompression(folder.Path(), "game.iso", ".dax"), operation);
+    COperation operation;
+    IsoToCso(Compression(folder, "game.cso"), operation);
+    IsoToDax(Compression(folder, "game.dax"), operation);
     WriteRaw(folder / "game.bin", image);
     for (const auto& [name, form] : {std::pair{"game.iso", EForm::Iso}, std::pair{"game.cso", EForm::Cso},
                                      std::pair{"game.dax", EForm::Dax}, std::pair{"game.bin", EForm::Bin}}) {
         SCOPED_TRACE(name);
-        std::string problem;
-        const auto source = OpenImage(folder / name, problem);
-        ASSERT_TRUE(source) << problem;
+        const auto source = OpenImage(folder / name);
         EXPECT_EQ(source->Form(), form);
         ExpectSameBytes(*source, image);
     }
 }
 
-TEST(ImageSource, ADamagedBlockIsNamedAndTheOthersAreRead) {
+TEST(ImageSource, ADamagedBlockEndsAReadAndOthersRemainReadable) {
     const CTestFolder folder;
     test::WriteWhole(folder / "game.iso", BuiltUmd());
-    test::CRecordingOperation operation;
-    IsoToCso(WindowCompression(folder.Path(), "game.iso", ".cso"), operation);
+    COperation operation;
+    IsoToCso(Compression(folder, "game.cso"), operation);
     Bytes cso = test::ReadWhole(folder / "game.cso");
     const std::uint32_t third = test::Read32(cso, 24 + 3 * 4) & 0x7FFFFFFFU;
     cso[third] = 0xFF;
     test::WriteWhole(folder / "game.cso", cso);
-    std::string problem;
-    const auto source = OpenImage(folder / "game.cso", problem);
-    ASSERT_TRUE(source) << problem;
+    const auto source = OpenImage(folder / "game.cso");
     Bytes buffer(5 * 2048);
     EXPECT_EQ(source->ReadAt(0, buffer), 3U * 2048U);
     EXPECT_EQ(source->Fault(), "its stream is damaged");
     EXPECT_STREQ(source->BlockNoun(), "block");
     EXPECT_EQ(source->BlockSize(), 2048U);
     EXPECT_EQ(source->ReadAt(4 * 2048, buffer), buffer.size());
+    EXPECT_THAT([&] { RefuseDamaged(*source, "game.cso"); },
+                testing::ThrowsMessage<CRefused>("game.cso: damaged block: its stream is damaged"));
 }
 
-std::string ProblemWith(const std::string& content) {
+void ExpectRefusal(const std::string& content, const std::string& cause) {
     const CTestFolder folder;
-    test::WriteText(folder / "file", content);
-    std::string problem;
-    EXPECT_FALSE(OpenImage(folder / "file", problem));
-    return problem;
+    const std::string path = folder / "file";
+    test::WriteText(path, content);
+    EXPECT_THAT([&] { OpenImage(path); }, testing::ThrowsMessage<CRefused>(path + ": " + cause));
 }
 
-TEST(ImageSource, WhatHoldsNoImageIsRefusedInWords) {
-    EXPECT_EQ(ProblemWith("CISO"), "the file is too short for a header");
-    EXPECT_EQ(ProblemWith("CISO" + std::string(20, '\0')), "the header is not one of a CSO file");
-    EXPECT_EQ(ProblemWith("CISO" + std::string(20, '\1')), "the index does not fit the file");
-    EXPECT_EQ(ProblemWith("hello"), "not a disc image that is known here");
-    EXPECT_EQ(ProblemWith("[SYS]"), "holds no image by itself, being of the form IML");
-    std::string problem;
-    EXPECT_FALSE(OpenImage("/nowhere/at all", problem));
-    EXPECT_EQ(problem, "No such file or directory");
+TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
+    ExpectRefusal("CISO", "the file is too short for a header");
+    ExpectRefusal("CISO" + std::string(20, '\0'), "the header is not one of a CSO file");
+    ExpectRefusal("CISO" + std::string(20, '\1'), "the index does not fit the file");
+    ExpectRefusal("hello", "not a known kind of disc image");
+    ExpectRefusal("[SYS]", "the form IML does not contain an image");
+    EXPECT_THAT([] { OpenImage("/nowhere/at all"); },
+                testing::ThrowsMessage<CRefused>("/nowhere/at all: No such file or directory"));
 }
 
 }  // namespace

@@ -1,0 +1,69 @@
+#include "compress/block_stream.h"
+
+namespace vantrel {
+
+CBlockStream::~CBlockStream() {
+    if (m_isOpen) {
+        End();
+    }
+}
+
+SStreamOutcome CBlockStream::Run(std::span<const std::uint8_t> input, std::span<std::uint8_t> output) {
+    SStreamOutcome outcome;
+    if (!Check(EStreamStep::Begin, Begin(), Z_OK, outcome)) {
+        return outcome;
+    }
+    m_stream.next_in = const_cast<Bytef*>(input.data());
+    m_stream.avail_in = static_cast<uInt>(input.size());
+    m_stream.next_out = output.data();
+    m_stream.avail_out = static_cast<uInt>(output.size());
+    Check(EStreamStep::Work, Work(), Z_STREAM_END, outcome);
+    outcome.produced = output.size() - m_stream.avail_out;
+    if (m_use == EStreamUse::Fresh) {
+        Check(EStreamStep::End, End(), Z_OK, outcome);
+    }
+    return outcome;
+}
+
+int CBlockStream::Begin() {
+    if (m_isOpen) {
+        return Reset();
+    }
+    m_stream = {};
+    const int result = Init();
+    m_isOpen = result == Z_OK;
+    return result;
+}
+
+int CBlockStream::Init() {
+    constexpr int kMemoryLevel = 8;
+    const int windowBits = static_cast<int>(m_settings.form);
+    return Deflates()
+               ? deflateInit2(&m_stream, *m_settings.level, Z_DEFLATED, windowBits, kMemoryLevel, Z_DEFAULT_STRATEGY)
+               : inflateInit2(&m_stream, windowBits);
+}
+
+int CBlockStream::Reset() {
+    return Deflates() ? deflateReset(&m_stream) : inflateReset(&m_stream);
+}
+
+int CBlockStream::Work() {
+    return Deflates() ? deflate(&m_stream, Z_FINISH) : inflate(&m_stream, Z_FULL_FLUSH);
+}
+
+int CBlockStream::End() {
+    m_isOpen = false;
+    return Deflates() ? deflateEnd(&m_stream) : inflateEnd(&m_stream);
+}
+
+/// Records the first failure of a block. Returns false if this step failed.
+bool CBlockStream::Check(EStreamStep step, int result, int wanted, SStreamOutcome& outcome) const {
+    if (result != wanted && !outcome.failedStep) {
+        outcome.failedStep = step;
+        outcome.result = result;
+        outcome.message = m_stream.msg != nullptr ? m_stream.msg : "error";
+    }
+    return result == wanted;
+}
+
+}  // namespace vantrel

@@ -1,0 +1,195 @@
+#include "console/conversion_run.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <set>
+
+#include "console/console_operation.h"
+#include "files/native_file.h"
+#include "files/path.h"
+#include "files/refused.h"
+#include "operation/text.h"
+
+namespace vantrel {
+
+namespace {
+
+/// The results of one command.
+struct STally {
+    int converted = 0;
+    int failed = 0;
+    int skipped = 0;
+    std::int64_t bytesIn = 0;
+    std::int64_t bytesOut = 0;
+};
+
+/// Length of a file for the summary; 0 if it is unknown.
+std::int64_t SizeOf(const std::string& path) {
+    return std::max<std::int64_t>(FileSizeOf(path), 0);
+}
+
+/// "12345 bytes"
+std::string LengthText(const std::string& path) {
+    const std::int64_t size = FileSizeOf(path);
+    return size >= 0 ? BytesText(size) : "length unknown";
+}
+
+/// A text of a conversion without the blanks and line breaks at its end.
+std::string OneLine(std::string text) {
+    while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) {
+        text.pop_back();
+    }
+    return text;
+}
+
+class CConversionRun {
+public:
+    CConversionRun(const CConversionCommand& command, const SConversionOptions& options)
+        : m_command(command), m_options(options) {}
+
+    EExit Run() {
+        for (const std::string& input : m_options.files) {
+            if (m_tally.failed > 0 && !m_options.keepGoing) {
+                ++m_tally.skipped;
+            } else {
+                RunOne(input);
+            }
+        }
+        if (m_options.files.size() > 1 && !m_options.quiet) {
+            PrintSummary();
+        }
+        return m_tally.failed > 0 ? EExit::Failed : EExit::Done;
+    }
+
+private:
+    void RunOne(const std::string& input) {
+        SConversionJob job;
+        job.input = input;
+        try {
+            job.output = OutputOf(input);
+            job.manner = m_options.force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
+            RefuseOverwriting(job);
+            Convert(job);
+            ++m_tally.converted;
+        } catch (const CRefused& refusal) {
+            PrintFailure(refusal.what());
+        } catch (const CConversionFailed& failure) {
+            PrintFailure(OneLine(failure.what()) + CauseOf(job));
+        }
+    }
+
+    void Convert(const SConversionJob& job) {
+        const std::int64_t size = SizeOf(job.input);
+        CProgressLine progress(!m_options.quiet && IsTerminal(), FileNameOf(job.input), size);
+        CConsoleOperation operation(progress);
+        m_command.Convert(job, operation);
+        progress.Clear();
+        m_tally.bytesIn += size;
+        m_tally.bytesOut += SizeOf(job.output);
+        m_written.insert(job.output);
+        if (!m_options.quiet) {
+            PrintResult(job, operation);
+        }
+    }
+
+    std::string OutputOf(const std::string& input) const {
+        const std::string name = m_command.OutputName(FileNameOf(input));
+        if (name.empty()) {
+            return input;
+        }
+        if (!m_options.output.empty()) {
+            return m_options.output;
+        }
+        const std::string& folder = m_options.outputFolder;
+        return (folder.empty() ? FolderOf(input) : WithSeparator(folder)) + name;
+    }
+
+    bool IsInPlace(const SConversionJob& job) const { return m_command.OutputName(FileNameOf(job.input)).empty(); }
+
+    void RefuseOverwriting(const SConversionJob& job) const {
+        if (IsInPlace(job)) {
+            return;
+        }
+        std::vector<std::string> outputs = m_command.Companions(job.output);
+        outputs.insert(outputs.begin(), job.output);
+        for (const std::string& output : outputs) {
+            const EFileKind kind = FileKindOf(output);
+            if (kind == EFileKind::Missing) {
+                continue;
+            }
+            if (IsSameFile(job.input, output)) {
+                throw CRefused(job.input + ": the output would be the input itself");
+            }
+            if (kind != EFileKind::File) {
+                throw CRefused(output + " exists and is not a file");
+            }
+            if (m_written.contains(output)) {
+                throw CRefused(job.input + ": " + output + " was just written for another file");
+            }
+            if (!m_options.force) {
+                throw CRefused(output + " exists already; -f replaces it");
+            }
+        }
+    }
+
+    /// Why a conversion failed, as far as the files themselves show it: " (cause)" or nothing.
+    std::string CauseOf(const SConversionJob& job) const {
+        CNativeFile input;
+        if (FileKindOf(job.input) == EFileKind::Folder) {
+            return " (" + job.input + " is a folder)";
+        }
+        if (!input.Open(job.input, IsInPlace(job) ? EOpenMode::ReadWrite : EOpenMode::Read, ESharing::Anyone)) {
+            return " (" + job.input + ": " + LastFileError() + ")";
+        }
+        if (IsInPlace(job)) {
+            return "";
+        }
+        const std::string folder = FolderOf(job.output);
+        if (!folder.empty() && FileKindOf(folder) != EFileKind::Folder) {
+            return " (there is no folder " + folder + ")";
+        }
+        COutputFile probe;
+        if (!probe.Open(job.output, EOutputManner::CommitNew)) {
+            return " (" + job.output + ": " + LastFileError() + ")";
+        }
+        return "";
+    }
+
+    void PrintFailure(const std::string& text) {
+        ++m_tally.failed;
+        std::fprintf(stderr, "vantrel %s: %s\n", m_command.Name().c_str(), text.c_str());
+    }
+
+    void PrintResult(const SConversionJob& job, const CConsoleOperation& operation) const {
+        if (!operation.Notice().empty()) {
+            std::printf("%s\n", OneLine(operation.Notice()).c_str());
+        }
+        if (!operation.DoneText().empty()) {
+            std::printf("%s -> %s: %s (%s)\n", job.input.c_str(), job.output.c_str(), operation.DoneText().c_str(),
+                        LengthText(job.output).c_str());
+        }
+        std::fflush(stdout);
+    }
+
+    void PrintSummary() const {
+        const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
+        std::fprintf(stderr, "%d converted, %d failed, %d skipped; %lld bytes in, %lld bytes out, %.1f seconds\n",
+                     m_tally.converted, m_tally.failed, m_tally.skipped, static_cast<long long>(m_tally.bytesIn),
+                     static_cast<long long>(m_tally.bytesOut), seconds);
+    }
+
+    const CConversionCommand& m_command;
+    const SConversionOptions& m_options;
+    STally m_tally;
+    std::set<std::string> m_written;
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
+}  // namespace
+
+EExit RunConversions(const CConversionCommand& command, const SConversionOptions& options) {
+    return CConversionRun(command, options).Run();
+}
+
+}  // namespace vantrel

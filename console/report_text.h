@@ -1,0 +1,16 @@
+// A report as text: for people, or as JSON.
+#pragma once
+
+#include <string>
+
+#include "image/inspect/report.h"
+
+namespace vantrel {
+
+/// "name: value" in a line for each member; members of members are indented below their name.
+std::string PlainText(const CReport& report);
+
+/// JSON, indented by two blanks, with a line break at the end. Bytes that are not UTF-8 become U+FFFD.
+std::string JsonText(const CReport& report);
+
+}  // namespace vantrel

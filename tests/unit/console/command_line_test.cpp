@@ -1,0 +1,64 @@
+// The command line: which words run a command, and what the others answer.
+#include "console/command_line.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace vantrel {
+namespace {
+
+using testing::HasSubstr;
+
+/// The error message for wrong usage; "correct" if there is none.
+std::string UsageError(const std::vector<std::string>& words) {
+    std::ostringstream out;
+    std::ostringstream errors;
+    const SCommandLine read = ReadCommandLine(words, out, errors);
+    EXPECT_EQ(read.status.has_value(), !read.action);
+    EXPECT_EQ(out.str(), "");
+    if (!read.status) {
+        return "correct" + errors.str();
+    }
+    EXPECT_EQ(*read.status, EExit::Usage);
+    return errors.str();
+}
+
+TEST(CommandLine, CorrectWordsRunACommand) {
+    EXPECT_EQ(UsageError({"iso2cso", "a.iso", "b.iso", "-l", "1", "-j4", "--output-dir", "/tmp", "-fqk"}), "correct");
+    EXPECT_EQ(UsageError({"iso2iml", "a.iso", "--extract"}), "correct") << "an optional value";
+    EXPECT_EQ(UsageError({"iso2iml", "a.iso", "--extract=files"}), "correct");
+    EXPECT_EQ(UsageError({"add-postgap", "--count", "9", "a.iso"}), "correct");
+    EXPECT_EQ(UsageError({"extract", "a.iso", "A.TXT", "DIR", "-C", "out"}), "correct");
+    EXPECT_EQ(UsageError({"verify", "--json", "a.cso", "--against", "a.iso"}), "correct");
+}
+
+TEST(CommandLine, WrongUsageIsExplained) {
+    EXPECT_THAT(UsageError({}), HasSubstr("A subcommand is required"));
+    EXPECT_THAT(UsageError({"iso2cso"}), HasSubstr("FILE is required"));
+    EXPECT_THAT(UsageError({"iso2cso", "a.iso", "-l", "10"}), HasSubstr("--level: Value 10 not in range 1 to 9"));
+    EXPECT_THAT(UsageError({"iso2cso", "a.iso", "-j", "0"}), HasSubstr("--jobs: Value 0 not in range 1 to 256"));
+    EXPECT_THAT(UsageError({"iso2cso", "a.iso", "-o", "x", "--output-dir", "y"}), HasSubstr("excludes"));
+    EXPECT_THAT(UsageError({"iso2cso", "a.iso", "b.iso", "-o", "x"}),
+                HasSubstr("--output: names one file, but there are 2 inputs"));
+    EXPECT_THAT(UsageError({"add-postgap", "a.iso"}), HasSubstr("--count is required"));
+    EXPECT_THAT(UsageError({"iso2iml", "a.iso", "--extract=" + std::string(VANTREL_SOURCE_DIR "/CMakeLists.txt")}),
+                HasSubstr("is a file; give FILE before --extract"));
+    EXPECT_THAT(UsageError({"check-postgap", "a.iso", "-o", "b.iso"}), HasSubstr("-o")) << "works in place";
+}
+
+TEST(CommandLine, HelpAndVersionGoToStandardOutput) {
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"--help"}, {"--version"}, {"iso2cso", "--help"}}) {
+        std::ostringstream out;
+        std::ostringstream errors;
+        const SCommandLine read = ReadCommandLine(words, out, errors);
+        EXPECT_EQ(read.status, EExit::Done);
+        EXPECT_NE(out.str(), "");
+        EXPECT_EQ(errors.str(), "");
+    }
+}
+
+}  // namespace
+}  // namespace vantrel

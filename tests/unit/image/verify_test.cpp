@@ -1,0 +1,85 @@
+// Verification and comparison of images, as their runner sees them.
+#include "image/inspect/verify.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "files/refused.h"
+#include "tests/support/image_builder.h"
+#include "tests/support/recording_operation.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+using test::CRecordingOperation;
+using test::CTestFolder;
+using testing::ElementsAre;
+
+constexpr std::size_t kChunk = 1U << 20U;
+
+/// An image of two chunks and a part of a third.
+Bytes LargeImage() {
+    test::SImageDescription description;
+    description.files = {{"A.BIN", test::RandomBytes(2 * kChunk, 1)}};
+    return test::BuildImage(description).bytes;
+}
+
+TEST(Verify, ReportsBytesDoneAndYieldsForEveryChunk) {
+    const CTestFolder folder;
+    const Bytes image = LargeImage();
+    test::WriteWhole(folder / "game.iso", image);
+    CRecordingOperation operation;
+    const CReport report = VerifyFile(folder / "game.iso", operation);
+    EXPECT_EQ(report["ok"], true);
+    EXPECT_EQ(report["image"]["bytes"], image.size());
+    const std::string total = std::to_string(image.size());
+    EXPECT_THAT(operation.Calls(), ElementsAre("total " + total, "yield", "done 1048576", "yield", "done 2097152",
+                                               "yield", "done " + total));
+}
+
+TEST(Verify, AnInterruptEndsIt) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "game.iso", LargeImage());
+    CRecordingOperation operation;
+    operation.m_onYield = [](int yield) {
+        if (yield == 2) {
+            throw CRefused("interrupted");
+        }
+    };
+    EXPECT_THAT([&] { VerifyFile(folder / "game.iso", operation); }, testing::ThrowsMessage<CRefused>("interrupted"));
+    EXPECT_THAT(operation.CallsOf("done"), ElementsAre("done 1048576"));
+}
+
+TEST(Verify, ComparesByteForByte) {
+    const CTestFolder folder;
+    Bytes image = LargeImage();
+    test::WriteWhole(folder / "game.iso", image);
+    image[kChunk + 5] ^= 1;
+    test::WriteWhole(folder / "other.iso", image);
+    CRecordingOperation operation;
+    EXPECT_EQ(CompareImages(folder / "game.iso", folder / "game.iso", operation)["difference"], nullptr);
+    EXPECT_THAT(operation.CallsOf("done"),
+                ElementsAre("done 1048576", "done 2097152", "done " + std::to_string(image.size())));
+    const CReport report = CompareImages(folder / "game.iso", folder / "other.iso", operation);
+    EXPECT_EQ(report["ok"], false);
+    EXPECT_EQ(report["difference"],
+              (CReport{{"byte", kChunk + 5}, {"bytes", image.size()}, {"bytes_against", image.size()}}));
+}
+
+TEST(Verify, AnImageThatBeginsLikeTheOtherDiffersAtItsEnd) {
+    const CTestFolder folder;
+    Bytes image = LargeImage();
+    test::WriteWhole(folder / "game.iso", image);
+    image.resize(image.size() - 2048);
+    test::WriteWhole(folder / "short.iso", image);
+    CRecordingOperation operation;
+    for (const auto& [file, other] : {std::pair{"game.iso", "short.iso"}, std::pair{"short.iso", "game.iso"}}) {
+        const CReport report = CompareImages(folder / file, folder / other, operation);
+        EXPECT_EQ(report["ok"], false);
+        EXPECT_EQ(report["difference"]["byte"], image.size());
+    }
+}
+
+}  // namespace
+}  // namespace vantrel
