@@ -61,7 +61,7 @@ private:
         const SExtent extent = {record.extentLocation.Value(), record.dataLength.Value()};
         file.flags = record.flags;
         file.extents.push_back(extent);
-        file.inside = file.inside && extent.sector * kSectorSize + extent.size <= m_image.Size();
+        file.inside = file.inside && extent.End() <= m_image.Size();
         m_continues = (record.flags & kFileFlagContinued) != 0;
     }
 

@@ -11,14 +11,9 @@
 #include <vector>
 
 #include "files/byte_source.h"
+#include "iso/extent.h"
 
 namespace vantrel {
-
-/// One extent of a file.
-struct SExtent {
-    std::uint32_t sector = 0;  ///< first sector
-    std::uint32_t size = 0;    ///< bytes
-};
 
 struct SContentFile {
     std::string path;              ///< folders and name, without version

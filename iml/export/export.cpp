@@ -95,7 +95,7 @@ private:
         std::vector<SExtractedFile> files;
         for (const SWalkedFile& file : m_walked.files) {
             if (file.HasName()) {
-                files.push_back({file.start * kSectorSize, file.size, file.path});
+                files.push_back({{{file.start, file.size}}, file.path});
             }
         }
         return files;
