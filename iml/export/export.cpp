@@ -51,8 +51,9 @@ public:
         }
     }
 
-    void WriteLayout() {
+    void WriteLayout(std::function<void(const SChecksum&)> beforeCommit = [](const SChecksum&) {}) {
         SLayoutRequest layout;
+        layout.beforeCommit = std::move(beforeCommit);
         layout.layoutPath = m_request.layoutPath;
         layout.folderText = m_request.folderText;
         layout.leadingSource = ResolveFileCase(m_request.imagePath);
@@ -67,8 +68,7 @@ public:
         extraction.Check();
         CheckSectors();
         extraction.Write();
-        WriteGaps(extraction);
-        WriteLayout();
+        WriteLayout([&](const SChecksum& layout) { WriteGaps(layout, extraction); });
         extraction.Keep();
     }
 
@@ -118,7 +118,7 @@ private:
     }
 
     /// Stores the areas outside of the leading structures and the files, so that an exact rebuild can restore them.
-    void WriteGaps(CExtraction& extraction) {
+    void WriteGaps(const SChecksum& layout, CExtraction& extraction) {
         std::vector<SImageArea> covered = {{0, m_walked.headerSectors * kSectorSize}};
         for (const SWalkedFile& file : m_walked.files) {
             if (file.HasName()) {
@@ -131,7 +131,8 @@ private:
         if (!output.Open(path, m_request.manner)) {
             m_operation.Fail(CreationProblem(path));
         }
-        const bool complete = WriteGapFile(m_image, areas, output);
+        const SGapOrigin origin = {ChecksumOf(m_image, [this] { m_operation.Yield(); }), layout};
+        const bool complete = WriteGapFile(m_image, origin, areas, output) && origin.image.length == m_imageLength;
         m_image.FailIfUnread();
         if (!complete) {
             m_operation.Fail(Format("Cannot read all of %s", m_request.imagePath.c_str()));

@@ -173,6 +173,7 @@ void CLayoutWriter::WriteLayout() {
     text.Write("[/LOC]\n\n");
     text.Flush();
     m_layout.FinishOrFail();
+    m_request.beforeCommit(text.Sum());
 }
 
 void CLayoutWriter::WriteHead(CTextOutput& text, std::int32_t entries) {

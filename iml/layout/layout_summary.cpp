@@ -59,9 +59,16 @@ bool SLayoutFile::Fits() const {
 }
 
 std::string FindLeadingStructures(const std::string& layoutPath) {
-    const std::string byBase = ResolveFileCase(FolderOf(layoutPath) + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
-    const std::string byName = ResolveFileCase(LeadingPathOf(layoutPath));
-    return FileKindOf(byBase) == EFileKind::Missing && FileKindOf(byName) != EFileKind::Missing ? byName : byBase;
+    const std::string folder = FolderOf(layoutPath);
+    const std::string byBase = ResolveFileCase(folder + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
+    const std::string named = LeadingNameIn(layoutPath);
+    for (const std::string& path : {named.empty() ? byBase : ResolveFileCase(folder + named), byBase,
+                                    ResolveFileCase(LeadingPathOf(layoutPath))}) {
+        if (FileKindOf(path) != EFileKind::Missing) {
+            return path;
+        }
+    }
+    return byBase;
 }
 
 SLayoutSummary SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder) {
