@@ -94,9 +94,7 @@ private:
     std::vector<SExtractedFile> ExtractedFiles() const {
         std::vector<SExtractedFile> files;
         for (const SWalkedFile& file : m_walked.files) {
-            if (file.HasName()) {
-                files.push_back({{{file.start, file.size}}, file.path});
-            }
+            files.push_back({{{file.start, file.size}}, file.path});
         }
         return files;
     }
@@ -109,7 +107,7 @@ private:
                        m_request.imagePath.c_str(), m_walked.volumeSectors));
         }
         for (const SWalkedFile& file : m_walked.files) {
-            if (file.HasName() && file.start >= kSectorLimit) {
+            if (file.start >= kSectorLimit) {
                 m_operation.Fail(
                     Format("\"%s\" cannot be exported: it is recorded at sector %u, which exists on no disc",
                            file.path.c_str(), file.start));
@@ -121,9 +119,7 @@ private:
     void WriteGaps(const SChecksum& layout, CExtraction& extraction) {
         std::vector<SImageArea> covered = {{0, m_walked.headerSectors * kSectorSize}};
         for (const SWalkedFile& file : m_walked.files) {
-            if (file.HasName()) {
-                covered.push_back({file.start * kSectorSize, file.size});
-            }
+            covered.push_back({file.start * kSectorSize, file.size});
         }
         const std::vector<SImageArea> areas = AreasWithData(m_image, UncoveredAreas(covered, m_imageLength));
         const std::string path = GapPathOf(m_request.layoutPath);

@@ -16,7 +16,7 @@ namespace vantrel {
 namespace {
 
 std::string ListedName(std::string_view recorded) {
-    return PrintableName(std::string(recorded.substr(0, recorded.find(kVersionSeparator))));
+    return LineName(std::string(recorded.substr(0, recorded.find(kVersionSeparator))));
 }
 
 class CWalk {

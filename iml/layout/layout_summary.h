@@ -9,7 +9,7 @@ namespace vantrel {
 
 struct SLayoutFile {
     std::string path;        ///< as in the layout
-    std::int32_t first = 0;  ///< sectors of its range, both inclusive
+    std::int32_t first = 0;  ///< its sectors, both inclusive: by the directory records, or else by the layout
     std::int32_t last = 0;
     bool found = false;     ///< whether the file exists
     std::int64_t size = 0;  ///< its length in bytes, if it exists

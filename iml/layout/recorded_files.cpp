@@ -22,7 +22,7 @@ bool FitsRange(const SContentFile& file, std::uint32_t first, std::uint32_t last
 CRecordedFiles::CRecordedFiles(CByteSource& leading)
     : m_contents(ReadTree(leading, ReadPrimaryVolume(leading).rootRecord.extentLocation.Value(), kSeparator, [] {})) {
     for (const SContentFile& file : m_contents.files) {
-        m_byPath.emplace(PrintableName(file.path), &file);
+        m_byPath.emplace(LineName(file.path), &file);
         if (file.Size() > 0) {
             m_bySector.emplace(file.Sector(), &file);
         }

@@ -175,6 +175,9 @@ TEST_F(ExportFilesTest, SkipsNamesThatEndInASeparator) {
     Rename("\\ABCDEFGH", "A\\..\\..\\");
     Export();
     EXPECT_EQ(m_out.Names(), (std::vector<std::string>{"game.gaps", "game.iml", "game.ims"}));
+    EXPECT_EQ(m_operation.CallsOf("notify"),
+              std::vector<std::string>{"notify 1 files are not in the layout, which cannot represent them: A\\..\\..\\ "
+                                       "(without a name)"});
 }
 
 TEST_F(ExportRefusalTest, FilesThatClash) {

@@ -50,6 +50,34 @@ TEST_F(RebuildCd, EverySizeInEveryPosition) {
     }
 }
 
+/// An export names the ".ims" file like the layout, the rebuild like its base name.
+TEST_F(RebuildCd, TheLeadingFileThatTheLayoutNames) {
+    Add(20, 20, "A.BIN", test::RandomBytes(100, 1));
+    WriteLayout();
+    const std::string text = test::ReadText(m_folder / "game.iml");
+    std::string named = text;
+    named.replace(named.find("game.ims"), 8, "slus_200.62.ims");
+    test::WriteText(m_folder / "slus_200.62.iml", named);
+    test::WriteWhole(m_folder / "slus_200.62.ims", m_leading);
+    const SRebuildRequest request = WindowRebuild(m_folder.Path(), "slus_200.62.iml");
+    EXPECT_EQ(request.leadingPath, m_folder / "slus_200.62.ims");
+    EXPECT_EQ(request.outputPath, m_folder / "slus_200.iso");
+    RebuildImage(request, m_operation);
+    RebuildImage(InPlace(), m_operation);
+    EXPECT_EQ(test::ReadWhole(m_folder / "slus_200.iso"), test::ReadWhole(m_folder / "game.iso"));
+    // The base name's file comes first.
+    test::WriteWhole(m_folder / "slus_200.ims", m_leading);
+    EXPECT_EQ(WindowRebuild(m_folder.Path(), "slus_200.62.iml").leadingPath, m_folder / "slus_200.ims");
+    // A name with folders, and one that does not exist, are not followed.
+    RemoveFile(m_folder / "slus_200.ims");
+    for (const char* other : {"..\\..\\slus_200.62.ims", "slus_999.ims"}) {
+        named = text;
+        named.replace(named.find("game.ims"), 8, other);
+        test::WriteText(m_folder / "slus_200.62.iml", named);
+        EXPECT_EQ(WindowRebuild(m_folder.Path(), "slus_200.62.iml").leadingPath, m_folder / "slus_200.ims");
+    }
+}
+
 TEST_F(RebuildCd, ShortFileLeavesTheNextAtItsSector) {
     Add(18, 22, "SHORT", test::RandomBytes(100, 1));
     Add(23, 23, "NEXT", test::RandomBytes(50, 2));
