@@ -224,7 +224,7 @@ std::vector<SCase> Postgap() {
     return {
         {"CheckPostgap", WriteCdWithoutPostgap, {"check-postgap", "@game.iso"}},
         {"CheckPostgapComplete", WriteCd, {"check-postgap", "@game.iso"}},
-        {"CheckPostgapDryRun", WriteCdWithoutPostgap, {"check-postgap", "--dry-run", "@game.iso"}},
+        {"CheckPostgapDryRun", WriteCd, {"check-postgap", "--dry-run", "@game.iso"}},
         {"AddPostgapUmd", WriteUmd, {"add-postgap", "--count", "3", "@game.iso"}},
         {"AddPostgapCd", WriteCdWithoutPostgap, {"add-postgap", "--count", "3", "@game.iso"}},
     };

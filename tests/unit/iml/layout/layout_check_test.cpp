@@ -61,28 +61,28 @@ TEST_F(LayoutCheck, LineFeedAlone) {
     EXPECT_EQ(ProblemOf(LayoutText(m_layout)), "line 1: ends with LF alone; the lines of a layout end with CR LF");
     m_layout.lineEnd = "\r\n";
     EXPECT_EQ(ProblemOf(Changed("A.BIN\"\r\n", "A.BIN\"\n")),
-              "line 25: ends with LF alone; the lines of a layout end with CR LF");
+              "line 27: ends with LF alone; the lines of a layout end with CR LF");
 }
 
 TEST_F(LayoutCheck, TextBehindTheClosingQuote) {
-    EXPECT_EQ(ProblemOf(Changed("A.BIN\"", "A.BIN\"  ")), "line 25: text behind the closing quote");
+    EXPECT_EQ(ProblemOf(Changed("A.BIN\"", "A.BIN\"  ")), "line 27: text behind the closing quote");
 }
 
 TEST_F(LayoutCheck, BrokenEntries) {
-    EXPECT_EQ(ProblemOf(Changed("A.BIN\"", "A.BIN")), "line 25: no closing quote");
-    EXPECT_EQ(ProblemOf(Changed("A.BIN\"", "\"")), "line 25: no path");
-    EXPECT_EQ(ProblemOf(Changed("18       19 ", "18 19 ")),
-              "line 25: no entry: the path has to start with a quote in column 28");
-    EXPECT_EQ(ProblemOf(Changed("A.BIN", std::string(5000, 'A'))), "line 25: longer than any line of a layout");
+    EXPECT_EQ(ProblemOf(Changed("A.BIN\"", "A.BIN")), "line 27: no closing quote");
+    EXPECT_EQ(ProblemOf(Changed("A.BIN\"", "\"")), "line 27: no path");
+    EXPECT_EQ(ProblemOf(Changed("18       19       2.1", "18 19 2.1")),
+              "line 27: no entry: the path has to start with a quote in column 28");
+    EXPECT_EQ(ProblemOf(Changed("A.BIN", std::string(5000, 'A'))), "line 27: longer than any line of a layout");
 }
 
 TEST_F(LayoutCheck, EntriesThatDisagreeWithTheirNumber) {
     m_layout.count = "4";
-    EXPECT_EQ(ProblemOf(LayoutText(m_layout)), "line 22: the number of entries is 4, but there are 3");
+    EXPECT_EQ(ProblemOf(LayoutText(m_layout)), "line 24: the number of entries is 4, but there are 3");
     m_layout.count = "2";
-    EXPECT_EQ(ProblemOf(LayoutText(m_layout)), "line 22: the number of entries is 2, but there are 3");
+    EXPECT_EQ(ProblemOf(LayoutText(m_layout)), "line 24: the number of entries is 2, but there are 3");
     m_layout.count = "";
-    EXPECT_EQ(ProblemOf(LayoutText(m_layout)), "line 22: the number of entries is 0, but there are 3");
+    EXPECT_EQ(ProblemOf(LayoutText(m_layout)), "line 24: the number of entries is 0, but there are 3");
 }
 
 }  // namespace

@@ -315,10 +315,10 @@ TEST_F(RebuildCd, CountBeyondTheFileIsRefused) {
     for (const char* count : {"100000", "2147483647"}) {
         m_layout.count = count;
         WriteLayout();
-        const std::string expected =
-            "The number of entries in the layout " + (m_folder / "game.iml") + " is larger than the file";
-        EXPECT_EQ(Failure(InPlace()), expected);
-        EXPECT_EQ(Failure(Strict()), expected);
+        EXPECT_EQ(Failure(InPlace()),
+                  "The number of entries in the layout " + (m_folder / "game.iml") + " is larger than the file");
+        EXPECT_EQ(Failure(Strict()),
+                  (m_folder / "game.iml") + ", line 24: the number of entries is " + count + ", but there are 2");
     }
 }
 
@@ -504,8 +504,10 @@ TEST_F(RebuildCd, StrictRebuildRefusesWhatTheWindowAccepts) {
     m_prefix = "";
     Add(18, 18, "A", test::RandomBytes(3, 1));
     const std::string iml = m_folder / "game.iml";
+    // A layout that starts in another way has no check of its lines before.
     const auto failure = [&] {
         WriteLayout();
+        test::WriteText(iml, test::ReadText(iml).replace(0, 5, "[sys]"));
         return Failure(Strict());
     };
     m_layout.count = "3";
@@ -525,7 +527,7 @@ TEST_F(RebuildCd, StrictRebuildRefusesWhatTheWindowAccepts) {
     };
     // Two lines behind a count line that comes too early, as in a damaged track table, there is no entry.
     EXPECT_EQ(replaced("[LOC]\r\n", "[LOC]\r\n# the number of entries: 2\r\n"),
-              "The layout " + iml + " has no entry of its leading structures");
+              iml + ", line 26: no entry: the path has to start with a quote in column 28");
     EXPECT_EQ(replaced("0        17 ", "0        -1 "),
               "The layout " + iml + " has no entry of its leading structures");
     WriteLayout();
