@@ -154,6 +154,7 @@ std::optional<CReport> ReportOnContainer(const std::string& path, EForm form) {
         case EForm::Bin:
             return ReportOnBin(path);
         case EForm::Iso:
+        case EForm::Zso:
         case EForm::Iml:
         case EForm::Cue:
         case EForm::Unknown:

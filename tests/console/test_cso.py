@@ -134,6 +134,30 @@ class CsoCommands(ConsoleTest):
             self.assertEqual((result.status, result.out, result.err),
                              (1, "", "vantrel %s: %s: %s\n" % (command, name, text)))
 
+    def test_other_forms_are_refused_by_name(self):
+        zso = cso_reference.compress(9, psp_image(), magic=b"ZISO")
+        iso = bytearray(psp_image())
+        iso[32769:32774] = b"CD001"
+        for name, content, form in (("a.cso", zso, "a ZSO file"), ("b.cso", iso, "an ISO file"),
+                                    ("c.cso", b"DAX\0" + bytes(60), "a DAX file")):
+            self.write(name, content)
+            result = self.run_here("cso2iso", name)
+            self.assertEqual((result.status, result.out, result.err), (
+                1, "", "vantrel cso2iso: %s is not a CSO file: it is %s\n" % (name, form)))
+        self.write("d.iso", cso_reference.compress(9, psp_image()))
+        self.assertEqual(self.run_here("iso2cso", "d.iso").err,
+                         "vantrel iso2cso: d.iso is not an ISO file: it is a CSO file\n")
+        self.assertEqual(self.run_here("dax2iso", "a.cso").err,
+                         "vantrel dax2iso: a.cso is not a DAX file: it is a ZSO file\n")
+        for command in "info", "verify", "list", "extract":
+            result = self.run_here(command, "a.cso")
+            self.assertEqual((result.status, result.out, result.err),
+                             (1, "", "vantrel %s: a.cso: the form ZSO is not supported\n" % command))
+        self.write("e.cso", b"no form at all, but long enough for a header")
+        self.assertEqual(self.run_here("cso2iso", "e.cso").err,
+                         "vantrel cso2iso: Code 11011 - ciso file format error new-e.iso\n")
+        self.assertEqual(self.names(), ["a.cso", "b.cso", "c.cso", "d.iso", "e.cso"])
+
     def test_version_0_is_read(self):
         self.write("game.cso", cso_reference.compress(9, psp_image(), version=0))
         self.assert_done(self.run_here("cso2iso", "game.cso"))
