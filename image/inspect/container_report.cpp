@@ -83,7 +83,8 @@ std::vector<std::string> DaxOddities(const CDaxReader& dax, std::int64_t fileSiz
     std::vector<std::string> oddities;
     const DaxHeader& header = dax.Header();
     bool inOrder = true;
-    std::uint64_t end = DaxHeader::kSize + std::uint64_t{dax.FrameCount()} * (kDaxPositionSize + kDaxLengthSize);
+    std::uint64_t end = DaxHeader::kSize + std::uint64_t{dax.FrameCount()} * (kDaxPositionSize + kDaxLengthSize) +
+                        std::uint64_t{dax.AreaCount()} * kDaxAreaSize;
     for (std::uint32_t frame = 0; frame < dax.FrameCount(); ++frame) {
         inOrder = inOrder && dax.Position(frame) == end;
         end = std::uint64_t{dax.Position(frame)} + dax.Length(frame);
@@ -101,13 +102,19 @@ std::vector<std::string> DaxOddities(const CDaxReader& dax, std::int64_t fileSiz
 }
 
 CReport ReportOnDax(const std::string& path) {
-    CDaxReader dax;
+    CDaxReader dax(true);
     if (!dax.Open(path) || dax.ReadHeader() != EDaxFault::None || dax.ReadTables() != EDaxFault::None) {
         RefuseUnreadable(path);
     }
     const std::int64_t fileSize = SizeOrRefuse(path);
+    std::uint32_t plain = 0;
+    for (std::uint32_t frame = 0; frame < dax.FrameCount(); ++frame) {
+        plain += dax.IsPlain(frame) ? 1 : 0;
+    }
     return {{"image_size", dax.Header().image_size},
+            {"version", dax.Header().version},
             {"frames", dax.FrameCount()},
+            {"plain_frames", plain},
             {"ratio_percent", RatioPercent(fileSize, dax.Header().image_size)},
             {"oddities", DaxOddities(dax, fileSize)}};
 }

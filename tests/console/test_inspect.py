@@ -9,6 +9,7 @@ import zlib
 
 from support import ConsoleTest, IS_WINDOWS
 import cso_reference
+import dax_reference
 
 SECTOR = 2048
 RAW = 2352
@@ -74,8 +75,12 @@ class Inspect(ConsoleTest):
                           "align": 0, "blocks": len(self.image) // 2048, "oddities": []})
         self.assertGreaterEqual(cso["plain_blocks"], 3, "B.BIN and C.BIN are random data")
         dax = self.report("info", "psp.dax")[1]["container"]
-        self.assertEqual((dax["image_size"], dax["frames"], dax["oddities"]),
-                         (len(self.image), -(-len(self.image) // 8192), []))
+        frames = -(-len(self.image) // 8192)
+        self.assertEqual((dax["image_size"], dax["version"], dax["frames"], dax["plain_frames"], dax["oddities"]),
+                         (len(self.image), 0, frames, 0, []))
+        self.write("plain.dax", dax_reference.compress(9, self.psp, version=1, areas=((1, 2), (5, 1))))
+        dax = self.report("info", "plain.dax")[1]["container"]
+        self.assertEqual((dax["version"], dax["frames"], dax["plain_frames"], dax["oddities"]), (1, frames, 3, []))
         raw = self.report("info", "game.bin")[1]["container"]
         sectors = len(self.image) // SECTOR
         self.assertEqual(raw, {"sectors": sectors, "first_address": "00:02:00", "mode_1": 0, "mode_2_form_1": sectors,
