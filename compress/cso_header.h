@@ -37,9 +37,6 @@ struct CsoHeader {
 /// Set in the index entry of a block that is stored plain.
 inline constexpr std::uint32_t kCsoPlainBlock = 0x80000000U;
 
-/// The largest file position that an index entry can hold beside that bit.
-inline constexpr std::int64_t kCsoLargestPosition = 0x7FFFFFFF;
-
 /// Sizes of blocks. The buffer for a stored block is larger than any deflated block. The compressor fills a partial
 /// last block with zeros.
 constexpr SBlockSizes CsoBlockSizes(std::uint32_t blockSize) {

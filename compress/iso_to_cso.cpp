@@ -100,6 +100,10 @@ private:
 
     /// Sets an index entry to the current position of the output.
     void SetEntry(std::int32_t number, std::uint32_t flags) {
+        if (m_request.strict && m_output.Position() > m_request.largestCso) {
+            m_operation.Fail(Format("%s: the CSO file would exceed 2 GiB, which its index cannot address\n",
+                                    m_request.imagePath.c_str()));
+        }
         m_index.Set(static_cast<std::uint64_t>(number), static_cast<std::uint32_t>(m_output.Position()) | flags);
     }
 

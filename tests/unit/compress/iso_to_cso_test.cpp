@@ -160,6 +160,29 @@ TEST(IsoToCso, RefusesTwoGibibytesAndMore) {
     EXPECT_EQ(FileKindOf(folder / "game.cso"), EFileKind::Missing);
 }
 
+TEST(IsoToCso, RefusesAnOutputThatItsIndexCannotAddressIfStrict) {
+    const CTestFolder folder;
+    const Bytes image = test::RandomBytes(2048 * 40, 3);
+    test::WriteWhole(folder / "game.iso", test::WithPspMark(image));
+    test::WriteWhole(folder / "game.cso", Bytes(10, 'o'));
+    SCompressionRequest request =
+        DirectConversion(folder / "game.iso", folder / "game.cso", EOutputManner::CommitReplace, 2, 9);
+    const std::int64_t end = 24 + 4 * 41 + 2048 * 40;
+    request.largestCso = end - 1;
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }),
+              (folder / "game.iso") + ": the CSO file would exceed 2 GiB, which its index cannot address\n");
+    EXPECT_EQ(test::ReadWhole(folder / "game.cso"), Bytes(10, 'o'));
+    EXPECT_THAT(folder.Names(), ElementsAre("game.cso", "game.iso"));
+    request.strict = false;
+    IsoToCso(request, operation);
+    request.strict = true;
+    request.largestCso = end;
+    IsoToCso(request, operation);
+    EXPECT_EQ(test::ReadWhole(folder / "game.cso").size(), static_cast<std::size_t>(end));
+    EXPECT_EQ(SCompressionRequest().largestCso, 0x7FFFFFFF) << "bit 31 marks plain blocks";
+}
+
 TEST(IsoToCso, NamesAnOutputThatCannotBeCreated) {
     const CTestFolder folder;
     SCompressionRequest request = test::CompressionOf(folder, Bytes(2048, 0), ".cso");
