@@ -66,6 +66,29 @@ TEST(IsoToCso, WritesHeaderAndIndex) {
     EXPECT_TRUE(std::equal(noise.begin(), noise.end(), cso.begin() + start));
 }
 
+/// A block of random bytes, then zeros, whose raw deflate stream has 2048 bytes.
+Bytes BlockThatDeflatesToItsSize() {
+    for (std::uint64_t seed = 0;; ++seed) {
+        for (std::size_t noise = 2048; noise > 1900; --noise) {
+            Bytes block = test::RandomBytes(noise, seed);
+            block.resize(2048);
+            if (test::RawDeflate(block).size() == 2048) {
+                return block;
+            }
+        }
+    }
+}
+
+TEST(IsoToCso, StoresABlockPlainThatDeflatesToItsSize) {
+    const CTestFolder folder;
+    const Bytes block = BlockThatDeflatesToItsSize();
+    CRecordingOperation operation;
+    IsoToCso(test::CompressionOf(folder, block, ".cso"), operation);
+    const Bytes cso = test::ReadWhole(folder / "game.cso");
+    EXPECT_EQ(test::Read32(cso, 24), 0x80000000U + 32);
+    EXPECT_EQ(Bytes(cso.begin() + 32, cso.end()), block);
+}
+
 std::vector<std::string> PercentsFor(std::size_t blocks) {
     const CTestFolder folder;
     CRecordingOperation operation;
