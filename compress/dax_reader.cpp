@@ -35,7 +35,8 @@ EDaxFault CDaxReader::ReadTables() {
     return fault == EDaxFault::None && AreaCount() != 0 ? ReadAreas() : fault;
 }
 
-/// Reads the list of plain areas, which must lie in the image and not overlap.
+/// Reads the list of plain areas. They must lie in the image, and together name no more frames than it has, so that
+/// marking them takes no longer than the image.
 EDaxFault CDaxReader::ReadAreas() {
     CNumberTable<std::uint32_t> areas;
     if (AreaCount() > FrameCount()) {

@@ -81,7 +81,7 @@ class CsoCommands(ConsoleTest):
                 image = (psp_image(sectors) if sectors else b"") + bytes(range(1, 251)) * 8
                 image = image[:sectors * 2048 + more]
                 for tail in "rest", "padded":
-                    for align in 0, 3, 12:
+                    for align in 0, 3, 13:
                         with self.subTest(size=size, length=len(image), tail=tail, align=align):
                             self.write("game.cso", cso_reference.compress(6, image, tail, size, align))
                             self.write("game.iso", image)
