@@ -18,7 +18,7 @@ namespace {
 class CDaxExpansion {
 public:
     CDaxExpansion(const SCompressionRequest& request, COperation& operation)
-        : m_request(request), m_operation(operation) {}
+        : m_request(request), m_operation(operation), m_dax(request.strict) {}
 
     void Run() {
         OpenFiles();
@@ -49,7 +49,7 @@ private:
         Check(slots.empty() ? EDaxFault::Memory : EDaxFault::None);
         CBlockPipeline frames(plan, std::move(slots), m_dax, EStreamForm::Zlib);
         for (std::uint32_t number = 0; number < count; ++number) {
-            WriteFrame(frames.Next());
+            WriteFrame(number, frames.Next());
             ShowPercent(m_operation, number, count);
             if (m_request.strict) {
                 m_operation.SetDone(number + 1);
@@ -62,19 +62,21 @@ private:
         }
     }
 
-    void WriteFrame(const SBlock& frame) {
-        Check(CDaxReader::FaultOf(frame));
-        if (!m_output.Write(frame.content)) {
+    void WriteFrame(std::uint32_t number, const SBlock& frame) {
+        Check(m_dax.FaultOf(number, frame), number, frame.content.size());
+        if (!m_output.Write(m_dax.ContentOf(number, frame))) {
             FailWriting();
         }
     }
 
-    void Check(EDaxFault fault) {
+    void Check(EDaxFault fault, std::uint32_t frame = 0, std::size_t size = 0) {
         switch (fault) {
             case EDaxFault::None:
                 return;
             case EDaxFault::Header:
                 m_operation.Fail("Input is not a valid DAX file.\n");
+            case EDaxFault::Unsupported:
+                m_operation.Fail(m_dax.Problem() + "\n");
             case EDaxFault::Tables:
                 m_operation.Fail("Corrupted input file.\n");
             case EDaxFault::Memory:
@@ -83,6 +85,9 @@ private:
                 m_operation.Fail("Input seems to be corrupted.\n");
             case EDaxFault::Inflate:
                 m_operation.Fail("Error while decompressing (corrupt input?)\n");
+            case EDaxFault::Short:
+                m_operation.Fail(Format("%s: frame %u has %zu bytes instead of %zu\n", m_request.imagePath.c_str(),
+                                        frame, size, m_dax.Header().ContentSize(frame)));
         }
     }
 

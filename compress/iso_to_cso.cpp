@@ -33,7 +33,7 @@ class CCsoWriter {
 public:
     CCsoWriter(const SCompressionRequest& request, COperation& operation) : m_request(request), m_operation(operation) {
         m_header.total_bytes = ImageLength(request, operation);
-        m_blockCount = static_cast<std::int32_t>(m_header.BlockCount());
+        m_blockCount = static_cast<std::int32_t>(request.strict ? m_header.BlockCount() : m_header.WholeBlockCount());
     }
 
     void Run(int level) {
@@ -51,10 +51,10 @@ public:
 
 private:
     void CompressBlocks(int level) {
-        const SBlockSizes sizes = {m_header.block_size, kCsoStoredRoom * m_header.block_size};
-        const SWorkPlan plan = PlanWork(m_request.workers, sizes, m_header.BlockCount());
+        const auto count = static_cast<std::uint64_t>(m_blockCount);
+        const SWorkPlan plan = PlanWork(m_request.workers, CsoBlockSizes(m_header.block_size), count);
         std::vector<CBlockSlot> slots = AllocateSlots(plan);
-        if (!m_index.Allocate(m_header.BlockCount() + 1) || slots.empty()) {
+        if (!m_index.Allocate(count + 1) || slots.empty()) {
             m_operation.Fail(Format("Code 1004-Can't allocate memory %s\n", m_request.imagePath.c_str()));
         }
         Write(m_header.Encode(), 0);
@@ -76,7 +76,7 @@ private:
         if (outcome.FailedIn(EStreamStep::Begin)) {
             m_operation.Fail(Format("Code 1005-deflateInit%s\n", outcome.message));
         }
-        if (block.content.size() != m_header.block_size) {
+        if (block.content.size() - block.padding != m_header.ContentSize(static_cast<std::uint64_t>(number))) {
             m_operation.Fail(Format("Code 1007-block %d : read error\n", number));
         }
         if (outcome.FailedIn(EStreamStep::Work)) {
@@ -100,6 +100,10 @@ private:
 
     /// Sets an index entry to the current position of the output.
     void SetEntry(std::int32_t number, std::uint32_t flags) {
+        if (m_request.strict && m_output.Position() > m_request.largestCso) {
+            m_operation.Fail(Format("%s: the CSO file would exceed 2 GiB, which its index cannot address\n",
+                                    m_request.imagePath.c_str()));
+        }
         m_index.Set(static_cast<std::uint64_t>(number), static_cast<std::uint32_t>(m_output.Position()) | flags);
     }
 

@@ -7,7 +7,10 @@
 #include "console/commands.h"
 #include "console/conversion_command.h"
 #include "console/option_set.h"
+#include "files/input_file.h"
 #include "files/path.h"
+#include "files/refused.h"
+#include "image/form.h"
 
 namespace vantrel {
 
@@ -27,15 +30,32 @@ std::string Examples(const std::string& name, const std::string& extension, EDir
                : "Examples:\n" + command + " game" + extension + "\n" + command + " -o game.iso game" + extension;
 }
 
+/// "a CSO file"
+std::string FileOf(EForm form) {
+    const std::string name = NameOf(form);
+    return (name.front() == 'I' ? "an " : "a ") + name + " file";
+}
+
+/// Refuses a file that holds another form. The conversion itself reports files that are of no known form or cannot be
+/// opened.
+void RefuseOtherForms(const std::string& path, EForm form) {
+    CInputFile file;
+    const EForm found = file.Open(path) ? FormOf(file) : EForm::Unknown;
+    if (found != form && found != EForm::Unknown) {
+        throw CRefused(path + " is not " + FileOf(form) + ": it is " + FileOf(found));
+    }
+}
+
 /// A conversion into a compressed form or out of it.
 class CCompressCommand : public CConversionCommand {
 public:
-    /// `extension` is that of the compressed form.
-    CCompressCommand(const char* name, const char* summary, const char* extension, EDirection direction,
+    /// `extension` is that of the compressed form, `input` the form of the files to convert.
+    CCompressCommand(const char* name, const char* summary, const char* extension, EDirection direction, EForm input,
                      Conversion conversion)
         : CConversionCommand({name, summary, Examples(name, extension, direction)}),
           m_extension(extension),
           m_direction(direction),
+          m_input(input),
           m_conversion(conversion) {}
 
     void Declare(COptionSet& options) override {
@@ -53,6 +73,7 @@ public:
     }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
+        RefuseOtherForms(job.input, m_input);
         const auto workers = static_cast<std::uint32_t>(m_workers);
         m_conversion(DirectConversion(job.input, job.output, job.manner, workers, m_level), operation);
     }
@@ -60,6 +81,7 @@ public:
 private:
     const char* m_extension;
     EDirection m_direction;
+    EForm m_input;
     Conversion m_conversion;
     int m_level = kDefaultLevel;
     int m_workers = static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, unsigned{kMaxWorkers}));
@@ -71,10 +93,10 @@ void AddCompressCommands(Commands& commands) {
     const auto add = [&commands](auto... arguments) {
         commands.push_back(std::make_unique<CCompressCommand>(arguments...));
     };
-    add("iso2cso", "Compress a PSP image into a CSO file", ".cso", EDirection::Compress, IsoToCso);
-    add("cso2iso", "Expand a CSO file into an image", ".cso", EDirection::Expand, CsoToIso);
-    add("iso2dax", "Compress a PSP image into a DAX file", ".dax", EDirection::Compress, IsoToDax);
-    add("dax2iso", "Expand a DAX file into an image", ".dax", EDirection::Expand, DaxToIso);
+    add("iso2cso", "Compress a PSP image into a CSO file", ".cso", EDirection::Compress, EForm::Iso, IsoToCso);
+    add("cso2iso", "Expand a CSO file into an image", ".cso", EDirection::Expand, EForm::Cso, CsoToIso);
+    add("iso2dax", "Compress a PSP image into a DAX file", ".dax", EDirection::Compress, EForm::Iso, IsoToDax);
+    add("dax2iso", "Expand a DAX file into an image", ".dax", EDirection::Expand, EForm::Dax, DaxToIso);
 }
 
 }  // namespace vantrel

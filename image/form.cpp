@@ -31,6 +31,9 @@ EForm FormOf(CByteSource& file) {
     if (HasBytes(file, 0, "CISO"sv)) {
         return EForm::Cso;
     }
+    if (HasBytes(file, 0, "ZISO"sv)) {
+        return EForm::Zso;
+    }
     if (HasBytes(file, 0, "DAX\0"sv)) {
         return EForm::Dax;
     }
@@ -64,6 +67,8 @@ const char* NameOf(EForm form) {
             return "ISO";
         case EForm::Cso:
             return "CSO";
+        case EForm::Zso:
+            return "ZSO";
         case EForm::Dax:
             return "DAX";
         case EForm::Bin:

@@ -16,6 +16,8 @@ std::unique_ptr<CImageSource> OpenImage(const std::string& path) {
             return OpenDaxImage(path);
         case EForm::Bin:
             return OpenBinImage(path);
+        case EForm::Zso:
+            throw CRefused(path + ": the form ZSO is not supported");
         case EForm::Iml:
         case EForm::Cue:
             throw CRefused(path + ": the form " + NameOf(form) + " does not contain an image");

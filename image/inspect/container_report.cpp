@@ -34,6 +34,12 @@ std::int64_t SizeOrRefuse(const std::string& path) {
     return size;
 }
 
+void OpenCso(CCsoReader& cso, const std::string& path) {
+    if (!cso.Open(path) || cso.ReadHeader() != ECsoFault::None || cso.ReadIndex() != ECsoFault::None) {
+        RefuseUnreadable(path);
+    }
+}
+
 std::vector<std::string> CsoOddities(const CCsoReader& cso, std::int64_t fileSize) {
     const CsoHeader& header = cso.Header();
     std::vector<std::string> oddities;
@@ -44,20 +50,18 @@ std::vector<std::string> CsoOddities(const CCsoReader& cso, std::int64_t fileSiz
     };
     addIf(header.header_size != 0 && header.header_size != kUsualHeaderSize, "the header size is neither 0 nor 24");
     addIf(header.block_size != kUsualBlockSize, "blocks are not 2048 bytes");
-    addIf(header.version > 1, "the version is above 1");
     addIf(header.align != 0, "positions are shifted");
     addIf(header.reserved[0] != 0 || header.reserved[1] != 0, "reserved bytes are not zero");
-    addIf(header.total_bytes % header.block_size != 0, "the image's partial last block is not stored");
-    const std::uint64_t end = std::uint64_t{cso.Entry(cso.BlockCount()) & ~kCsoPlainBlock} << (header.align & 31U);
+    addIf(header.total_bytes % kUsualBlockSize != 0, "the image is not a whole number of sectors");
+    addIf(cso.MissingBytes() != 0, "the image's partial last block is not stored");
+    const std::uint64_t end = std::uint64_t{cso.Entry(cso.BlockCount()) & ~kCsoPlainBlock} << header.align;
     addIf(end != static_cast<std::uint64_t>(fileSize), "the index does not end at the end of the file");
     return oddities;
 }
 
 CReport ReportOnCso(const std::string& path) {
-    CCsoReader cso;
-    if (!cso.Open(path) || cso.ReadHeader() != ECsoFault::None || cso.ReadIndex() != ECsoFault::None) {
-        RefuseUnreadable(path);
-    }
+    CCsoReader cso(true);
+    OpenCso(cso, path);
     const std::int64_t fileSize = SizeOrRefuse(path);
     std::uint64_t plain = 0;
     for (std::uint64_t block = 0; block < cso.BlockCount(); ++block) {
@@ -79,7 +83,8 @@ std::vector<std::string> DaxOddities(const CDaxReader& dax, std::int64_t fileSiz
     std::vector<std::string> oddities;
     const DaxHeader& header = dax.Header();
     bool inOrder = true;
-    std::uint64_t end = DaxHeader::kSize + std::uint64_t{dax.FrameCount()} * (kDaxPositionSize + kDaxLengthSize);
+    std::uint64_t end = DaxHeader::kSize + std::uint64_t{dax.FrameCount()} * (kDaxPositionSize + kDaxLengthSize) +
+                        std::uint64_t{dax.AreaCount()} * kDaxAreaSize;
     for (std::uint32_t frame = 0; frame < dax.FrameCount(); ++frame) {
         inOrder = inOrder && dax.Position(frame) == end;
         end = std::uint64_t{dax.Position(frame)} + dax.Length(frame);
@@ -97,13 +102,19 @@ std::vector<std::string> DaxOddities(const CDaxReader& dax, std::int64_t fileSiz
 }
 
 CReport ReportOnDax(const std::string& path) {
-    CDaxReader dax;
+    CDaxReader dax(true);
     if (!dax.Open(path) || dax.ReadHeader() != EDaxFault::None || dax.ReadTables() != EDaxFault::None) {
         RefuseUnreadable(path);
     }
     const std::int64_t fileSize = SizeOrRefuse(path);
+    std::uint32_t plain = 0;
+    for (std::uint32_t frame = 0; frame < dax.FrameCount(); ++frame) {
+        plain += dax.IsPlain(frame) ? 1 : 0;
+    }
     return {{"image_size", dax.Header().image_size},
+            {"version", dax.Header().version},
             {"frames", dax.FrameCount()},
+            {"plain_frames", plain},
             {"ratio_percent", RatioPercent(fileSize, dax.Header().image_size)},
             {"oddities", DaxOddities(dax, fileSize)}};
 }
@@ -150,6 +161,7 @@ std::optional<CReport> ReportOnContainer(const std::string& path, EForm form) {
         case EForm::Bin:
             return ReportOnBin(path);
         case EForm::Iso:
+        case EForm::Zso:
         case EForm::Iml:
         case EForm::Cue:
         case EForm::Unknown:
@@ -162,16 +174,13 @@ std::vector<std::string> ContainerProblems(const std::string& path, EForm form) 
     if (form != EForm::Cso) {
         return {};
     }
-    CCsoReader cso;
-    if (!cso.Open(path) || cso.ReadHeader() != ECsoFault::None) {
-        RefuseUnreadable(path);
-    }
-    const std::uint64_t left = cso.Header().total_bytes % cso.Header().block_size;
-    if (left == 0) {
+    CCsoReader cso(true);
+    OpenCso(cso, path);
+    if (cso.MissingBytes() == 0) {
         return {};
     }
     return {Format("the last %llu bytes of the image are no whole block and are not stored",
-                   static_cast<unsigned long long>(left))};
+                   static_cast<unsigned long long>(cso.MissingBytes()))};
 }
 
 }  // namespace vantrel

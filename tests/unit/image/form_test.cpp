@@ -21,6 +21,7 @@ EForm FormOfBytes(std::string_view content) {
 TEST(Form, IsDeterminedFromContent) {
     using namespace std::string_view_literals;
     EXPECT_EQ(FormOfBytes("CISO...."), EForm::Cso);
+    EXPECT_EQ(FormOfBytes("ZISO...."), EForm::Zso);
     EXPECT_EQ(FormOfBytes("DAX\0...."sv), EForm::Dax);
     EXPECT_EQ(FormOfBytes("DAX 1...."), EForm::Unknown);
     EXPECT_EQ(FormOfBytes("\0\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\0..."sv), EForm::Bin);
@@ -31,6 +32,7 @@ TEST(Form, IsDeterminedFromContent) {
     const test::SBuiltImage image = test::BuildImage({});
     EXPECT_EQ(FormOfBytes({reinterpret_cast<const char*>(image.bytes.data()), image.bytes.size()}), EForm::Iso);
     EXPECT_STREQ(NameOf(EForm::Cso), "CSO");
+    EXPECT_STREQ(NameOf(EForm::Zso), "ZSO");
 }
 
 }  // namespace

@@ -107,7 +107,10 @@ void ExpectRefusal(const std::string& content, const std::string& cause) {
 TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
     ExpectRefusal("CISO", "the file is too short for a header");
     ExpectRefusal("CISO" + std::string(20, '\0'), "the header is not one of a CSO file");
-    ExpectRefusal("CISO" + std::string(20, '\1'), "the index does not fit the file");
+    ExpectRefusal("CISO" + std::string(12, '\1') + std::string("\0\x08\0\0\1\0\0\0", 8),
+                  "the index does not fit the file");
+    ExpectRefusal("CISO" + std::string(20, '\1'),
+                  "CSO block size 16843009 is not supported: it is not a power of two from 2048 to 1048576");
     ExpectRefusal("hello", "not a known kind of disc image");
     ExpectRefusal("[SYS]", "the form IML does not contain an image");
     EXPECT_THAT([] { OpenImage("/nowhere/at all"); },
