@@ -15,9 +15,9 @@ std::unique_ptr<CImageSource> OpenImage(const std::string& path) {
         case EForm::Dax:
             return OpenDaxImage(path);
         case EForm::Bin:
-            return OpenBinImage(path);
-        case EForm::Iml:
         case EForm::Cue:
+            return OpenRawImage(path, form);
+        case EForm::Iml:
             throw CRefused(path + ": the form " + NameOf(form) + " does not contain an image");
         case EForm::Unknown:
             break;
