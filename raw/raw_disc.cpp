@@ -110,8 +110,10 @@ SRawDisc DiscOfSheet(const std::string& text, const std::string& path) {
     if (data == disc.tracks.end()) {
         throw CRefused(path + ": the sheet has audio tracks only");
     }
-    if (CInputFile file; data->sectors < 0 && !file.Open(data->path)) {
-        throw CRefused(data->path + ": " + LastFileError());
+    if (data->sectors < 0) {
+        CInputFile file;
+        const bool isOpen = file.Open(data->path);
+        throw CRefused(data->path + ": " + (isOpen ? "cannot determine the length of the file" : LastFileError()));
     }
     disc.dataTrack = static_cast<std::size_t>(data - disc.tracks.begin());
     return disc;

@@ -70,13 +70,18 @@ std::size_t SectorSizeOf(ETrackMode mode) {
     return mode == ETrackMode::Mode2WithoutSync ? kRawSectorSize - kHeaderEnd : kRawSectorSize;
 }
 
-void RequireDataSectors(const STrack& track, CByteSource& file) {
+void RequireDataSectors(const STrack& track, CInputFile& file) {
     Sector sector = {};
     const auto stored = std::span(sector).first(SectorSizeOf(track.mode));
-    if (file.ReadAt(track.position, stored) != stored.size()) {
+    const bool isComplete = file.ReadAt(track.position, stored) == stored.size();
+    const bool hasSubchannels = stored.size() == kRawSectorSize && HasSubchannels(file, track.position);
+    if (file.HasFailed()) {
+        throw CRefused(file.Problem());
+    }
+    if (!isComplete) {
         throw CRefused(Format("%s: there is no whole sector of %zu bytes", track.path.c_str(), stored.size()));
     }
-    if (stored.size() == kRawSectorSize && HasSubchannels(file, track.position)) {
+    if (hasSubchannels) {
         throw CRefused(track.path +
                        ": its sectors are stored with their subchannels, 2448 bytes each; only sectors of "
                        "2352 bytes can be read");

@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "files/byte_source.h"
+#include "files/input_file.h"
 #include "raw/sector_check.h"
 
 namespace vantrel {
@@ -39,9 +39,9 @@ const char* NameOf(ETrackMode mode);
 /// Bytes that are stored of each sector.
 std::size_t SectorSizeOf(ETrackMode mode);
 
-/// Throws CRefused unless the first sector of a data track is one. Names sectors that are stored with their
-/// subchannels, 2448 bytes each.
-void RequireDataSectors(const STrack& track, CByteSource& file);
+/// Throws CRefused unless the first sector of a data track is one and can be read. Names sectors that are stored with
+/// their subchannels, 2448 bytes each.
+void RequireDataSectors(const STrack& track, CInputFile& file);
 
 // Each takes a sector of a data track as stored, SectorSizeOf(mode) bytes.
 

@@ -6,6 +6,7 @@
 
 #include "files/checked_file.h"
 #include "files/native_file.h"
+#include "files/refused.h"
 #include "operation/progress.h"
 #include "operation/text.h"
 #include "pipeline/ordered_pipeline.h"
@@ -108,6 +109,18 @@ std::vector<std::string> ProblemsOf(const STrack& track, const CFaultRanges& fau
     return problems;
 }
 
+/// Reads what the input contains, and opens the file of its data track.
+SRawDisc OpenDataTrack(const std::string& path, CCheckedInput& file, COperation& operation) {
+    try {
+        SRawDisc disc = ReadRawDisc(path);
+        file.OpenOrFail(disc.DataTrack().path, "Code 2011 - Error Opening %s");
+        RequireDataSectors(disc.DataTrack(), file);
+        return disc;
+    } catch (const CRefused& refused) {
+        operation.Fail(refused.what());
+    }
+}
+
 void RefuseOverwriting(const SRawDisc& disc, const std::string& output, COperation& operation) {
     for (const std::string& path : disc.Files()) {
         if (FileKindOf(output) != EFileKind::Missing && FileKindOf(path) != EFileKind::Missing &&
@@ -137,14 +150,11 @@ std::vector<std::string> TracksLeftOut(const SRawDisc& disc) {
 }  // namespace
 
 void ConvertDataTrack(const SBinToIsoRequest& request, COperation& operation) {
-    const SRawDisc disc = ReadRawDisc(request.inputPath);
-    const STrack& track = disc.DataTrack();
-    RefuseOverwriting(disc, request.outputPath, operation);
     CCheckedInput file(operation);
     CCheckedOutput output(operation);
-    file.OpenOrFail(track.path, "Code 2011 - Error Opening %s");
-    RequireDataSectors(track, file);
-    file.FailIfUnread();
+    const SRawDisc disc = OpenDataTrack(request.inputPath, file, operation);
+    const STrack& track = disc.DataTrack();
+    RefuseOverwriting(disc, request.outputPath, operation);
     output.OpenOrFail(request.outputPath, request.manner, "Code 2021 - Error Opening %s");
     CFaultRanges faults("sector");
     if (!CopyUserData(file, track, output, faults, operation)) {
