@@ -54,6 +54,17 @@ TEST(RawDisc, TracksOfOneFileEndAtTheNextIndex) {
     EXPECT_THAT(disc.Files(), ElementsAre(folder / "game.bin"));
 }
 
+TEST(RawDisc, OnlyAFirstTrackWithoutGapsStartsTheDisc) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "game.bin", Bytes(100 * 2352));
+    const auto startsDisc = [&](const std::string& lines) {
+        return DiscOf(folder, "FILE game.bin BINARY\nTRACK 01 MODE1/2352\n" + lines).DataTrack().startsDisc;
+    };
+    EXPECT_TRUE(startsDisc("INDEX 01 00:00:00\n"));
+    EXPECT_FALSE(startsDisc("PREGAP 00:02:00\nINDEX 01 00:00:00\n"));
+    EXPECT_FALSE(startsDisc("INDEX 00 00:00:00\nINDEX 01 00:00:05\n"));
+}
+
 TEST(RawDisc, SectorsOfAFileMayHaveDifferentSizes) {
     const CTestFolder folder;
     test::WriteWhole(folder / "game.bin", Bytes(10 * 2048 + 20 * 2352 + 5 * 2336 + 1));
