@@ -22,7 +22,7 @@ struct SLayoutRequest {
     /// The side files of the window, of which the copies of header and path table are deleted at the end.
     std::optional<SWalkFilePaths> sideFiles = std::nullopt;
     EOutputManner manner = EOutputManner::InPlace;
-    std::function<SLocalTime()> clock = LocalTimeNow;
+    std::function<SLayoutTime()> clock = LayoutTimeNow;
 };
 
 /// The folder that the path field puts before every path: its text without drive, and without the part behind the last
