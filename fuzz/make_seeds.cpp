@@ -123,7 +123,7 @@ void MakeRebuildSeed(const SNamedImage& image, std::uint8_t flags) {
     request.imagePath = folder / "game.iso";
     request.layoutPath = folder / "game.iml";
     request.extractionFolder = folder.Path();
-    request.clock = [] { return SLocalTime(); };
+    request.clock = [] { return LayoutTimeOf({}); };
     ExportImage(request, operation);
     CPartWriter seed;
     seed.Byte(flags)

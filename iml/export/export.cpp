@@ -150,7 +150,7 @@ std::string LayoutPathOf(const std::string& folder, const std::string& fileName)
 }
 
 bool IsoToIml(const std::string& folder, const std::string& fileName, const ChooseImlPath& chooseImlPath,
-              COperation& operation, const std::function<SLocalTime()>& clock) {
+              COperation& operation, const std::function<SLayoutTime()>& clock) {
     const SWalkFilePaths sideFiles = WindowWalkFiles(folder, fileName);
     const SWalkedImage walked = WalkIsoImage({folder + fileName, sideFiles}, operation);
     const std::optional<SChosenLayout> chosen = chooseImlPath();

@@ -177,13 +177,13 @@ void CLayoutWriter::WriteLayout() {
 }
 
 void CLayoutWriter::WriteHead(CTextOutput& text, std::int32_t entries) {
-    const SLocalTime now = m_request.clock();
+    const SLayoutTime now = m_request.clock();
     const std::string noName = Quoted(std::string(32, ' '));
     text.Write("[SYS]\nVERSION=1.00\n");
     text.Write(m_variant.mediaLines);
-    text.Write("DISCVERSION=1.00\nDATE=" + DateText(now) + '-' + TimeText(now) + "\n[/SYS]\n\n");
+    text.Write("DISCVERSION=1.00\nDATE=" + now.date + '-' + now.time + "\n[/SYS]\n\n");
     text.Write("[CUE]\nDISCNAME=" + noName + "\nPRODUCER=" + noName + "\nCOPYRIGHT=" + noName + '\n');
-    text.Write("CREATIONDATE=" + PlainDateText(now) + '\n');
+    text.Write("CREATIONDATE=" + now.plainDate + '\n');
     text.Write(m_variant.typeLines);
     text.Write(m_variant.trackTable);
     text.Write("[/CUE]\n\n[LOC]\n");

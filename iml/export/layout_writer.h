@@ -23,7 +23,7 @@ struct SLayoutRequest {
     /// The side files of the window, of which the copies of header and path table are deleted at the end.
     std::optional<SWalkFilePaths> sideFiles = std::nullopt;
     EOutputManner manner = EOutputManner::InPlace;
-    std::function<SLocalTime()> clock = LocalTimeNow;
+    std::function<SLayoutTime()> clock = LayoutTimeNow;
     /// Called with the checksum of the finished layout, before it gets its name.
     std::function<void(const SChecksum& layout)> beforeCommit = [](const SChecksum&) {};
 };

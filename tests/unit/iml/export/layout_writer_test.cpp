@@ -28,7 +28,7 @@ class LayoutWriterTest : public testing::Test {
 protected:
     LayoutWriterTest() {
         m_layout.layoutPath = m_folder / "out.iml";
-        m_layout.clock = [] { return SLocalTime{2004, 3, 9, 17, 6, 7}; };
+        m_layout.clock = [] { return LayoutTimeOf({2004, 3, 9, 17, 6, 7}); };
         m_sideFiles = WindowWalkFiles(m_folder.Path(), "game.iso");
         m_layout.sideFiles = m_sideFiles;
         m_layout.leadingSource = m_sideFiles.headerCopy;
