@@ -48,6 +48,8 @@ public:
     std::uint32_t Position(std::uint32_t frame) const { return m_positions.Get(frame); }
     std::uint16_t Length(std::uint32_t frame) const { return m_lengths.Get(frame); }
     std::int64_t FileSize() const { return m_file.Size(); }
+    /// The first read error as a text with the path and the cause; empty if there was none.
+    const std::string& Problem() const { return m_file.Problem(); }
 
 private:
     template <typename Number>

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "console/console_operation.h"
+#include "console/messages.h"
 #include "files/native_file.h"
 #include "files/path.h"
 #include "files/refused.h"
@@ -33,14 +34,6 @@ std::int64_t SizeOf(const std::string& path) {
 std::string LengthText(const std::string& path) {
     const std::int64_t size = FileSizeOf(path);
     return size >= 0 ? BytesText(size) : "length unknown";
-}
-
-/// A text of a conversion without the blanks and line breaks at its end.
-std::string OneLine(std::string text) {
-    while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) {
-        text.pop_back();
-    }
-    return text;
 }
 
 class CConversionRun {
@@ -73,9 +66,9 @@ private:
             Convert(job);
             ++m_tally.converted;
         } catch (const CRefused& refusal) {
-            PrintFailure(refusal.what());
+            PrintFailure(input, refusal.what());
         } catch (const CConversionFailed& failure) {
-            PrintFailure(OneLine(failure.what()) + CauseOf(job));
+            PrintFailure(input, FailureText(failure));
         }
     }
 
@@ -133,37 +126,14 @@ private:
         }
     }
 
-    /// Why a conversion failed, as far as the files themselves show it: " (cause)" or nothing.
-    std::string CauseOf(const SConversionJob& job) const {
-        CNativeFile input;
-        if (FileKindOf(job.input) == EFileKind::Folder) {
-            return " (" + job.input + " is a folder)";
-        }
-        if (!input.Open(job.input, IsInPlace(job) ? EOpenMode::ReadWrite : EOpenMode::Read, ESharing::Anyone)) {
-            return " (" + job.input + ": " + LastFileError() + ")";
-        }
-        if (IsInPlace(job)) {
-            return "";
-        }
-        const std::string folder = FolderOf(job.output);
-        if (!folder.empty() && FileKindOf(folder) != EFileKind::Folder) {
-            return " (there is no folder " + folder + ")";
-        }
-        COutputFile probe;
-        if (!probe.Open(job.output, EOutputManner::CommitNew)) {
-            return " (" + job.output + ": " + LastFileError() + ")";
-        }
-        return "";
-    }
-
-    void PrintFailure(const std::string& text) {
+    void PrintFailure(const std::string& input, const std::string& text) {
         ++m_tally.failed;
-        std::fprintf(stderr, "vantrel %s: %s\n", m_command.Name().c_str(), text.c_str());
+        PrintError(m_command.Name(), input, text);
     }
 
     void PrintResult(const SConversionJob& job, const CConsoleOperation& operation) const {
-        if (!operation.Notice().empty()) {
-            std::printf("%s\n", OneLine(operation.Notice()).c_str());
+        for (const std::string& notice : operation.Notices()) {
+            std::printf("%s\n", OneLine(notice).c_str());
         }
         if (!operation.DoneText().empty()) {
             std::printf("%s -> %s: %s (%s)\n", job.input.c_str(), job.output.c_str(), operation.DoneText().c_str(),

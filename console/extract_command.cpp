@@ -4,6 +4,7 @@
 
 #include "console/commands.h"
 #include "console/console_operation.h"
+#include "console/messages.h"
 #include "console/option_set.h"
 #include "files/letter_case.h"
 #include "files/path.h"
@@ -65,10 +66,12 @@ public:
                 std::printf("%s: %zu files extracted\n", m_file.c_str(), count);
             }
             return EExit::Done;
-        } catch (const std::runtime_error& failure) {
-            std::fprintf(stderr, "vantrel extract: %s\n", failure.what());
-            return EExit::Failed;
+        } catch (const CConversionFailed& failure) {
+            PrintError(Name(), m_file, FailureText(failure));
+        } catch (const CRefused& refusal) {
+            PrintError(Name(), m_file, refusal.what());
         }
+        return EExit::Failed;
     }
 
 private:

@@ -4,6 +4,7 @@
 #include "console/commands.h"
 #include "console/console_operation.h"
 #include "console/interrupt.h"
+#include "console/messages.h"
 #include "console/option_set.h"
 #include "console/report_text.h"
 #include "files/native_file.h"
@@ -41,7 +42,7 @@ public:
                 std::fflush(stdout);
             } catch (const CRefused& refusal) {
                 status = EExit::Failed;
-                std::fprintf(stderr, "vantrel %s: %s\n", Name().c_str(), refusal.what());
+                PrintError(Name(), file, refusal.what());
             }
         }
         return status;

@@ -185,7 +185,9 @@ std::size_t CNativeFile::CopyFrom([[maybe_unused]] CNativeFile& source, [[maybe_
 }
 
 bool CNativeFile::Seek(std::int64_t position) {
-    return ::lseek(Descriptor(m_handle), position, SEEK_SET) == position && position >= 0;  // -1 means failure
+    const off_t reached = ::lseek(Descriptor(m_handle), position, SEEK_SET);
+    // Some devices stay at position 0 without an error.
+    return reached >= 0 && (reached == position || FailWith(ESPIPE));
 }
 
 std::int64_t CNativeFile::Size() const {

@@ -72,13 +72,13 @@ class CsoCommands(ConsoleTest):
         for jobs in 1, 2, 5:
             result = self.run_here("cso2iso", "-j", jobs, "game.cso")
             self.assertEqual((result.status, result.out), (1, ""))
-            self.assertEqual(result.err, "vantrel cso2iso: Code 1108-inflate : invalid block type\n")
+            self.assertEqual(result.err, "vantrel cso2iso: game.cso: Code 1108-inflate : invalid block type\n")
         cso[24 + 4 * 500:28 + 4 * 500] = (0x7FFFFFF0).to_bytes(4, "little")
         self.write("game.cso", cso[:-5000])
         before = self.state()
         for jobs in 1, 2, 5:
             result = self.run_here("cso2iso", "-j", jobs, "game.cso")
-            self.assertEqual((result.status, result.err), (1, "vantrel cso2iso: Code 1107-block 500 : read error\n"))
+            self.assertEqual((result.status, result.err), (1, "vantrel cso2iso: game.cso: Code 1107-block 500 : read error\n"))
         self.assertEqual(self.state(), before)
 
     def test_an_existing_output_is_refused_without_force(self):
@@ -86,7 +86,7 @@ class CsoCommands(ConsoleTest):
         self.write("game.cso", b"older")
         result = self.run_here("iso2cso", "game.iso")
         self.assertEqual((result.status, result.out), (1, ""))
-        self.assertEqual(result.err, "vantrel iso2cso: game.cso exists already; -f replaces it\n")
+        self.assertEqual(result.err, "vantrel iso2cso: game.iso: game.cso exists already; -f replaces it\n")
         self.assertEqual(self.read("game.cso"), b"older")
         self.assert_done(self.run_here("iso2cso", "--force", "game.iso"))
         self.assertEqual(self.read("game.cso")[:4], b"CISO")
@@ -97,7 +97,7 @@ class CsoCommands(ConsoleTest):
         before = self.state()
         result = self.run_here("cso2iso", "-f", "game.cso")
         self.assertEqual(result.status, 1)
-        self.assertEqual(result.err, "vantrel cso2iso: Code 11011 - ciso file format error new-game.iso\n")
+        self.assertEqual(result.err, "vantrel cso2iso: game.cso: Code 11011 - ciso file format error new-game.iso\n")
         self.assertEqual(self.state(), before)
 
     def test_the_input_is_never_the_output(self):
@@ -120,7 +120,7 @@ class CsoCommands(ConsoleTest):
         result = self.run_here("iso2cso", "other.iso")
         self.assertEqual(result.status, 1)
         self.assertEqual(result.err,
-                         "vantrel iso2cso: Code 50 PSP - invalid PSP iso  file header  other.iso\n")
+                         "vantrel iso2cso: other.iso: Code 50 PSP - invalid PSP iso  file header  other.iso\n")
         result = self.run_here("iso2cso", "missing.iso")
         self.assertEqual(result.status, 1)
         self.assertIn("Code 1001e - Error Opening missing.iso (missing.iso: ", result.err)

@@ -57,7 +57,7 @@ class DaxCommands(ConsoleTest):
             before = self.state()
             for jobs in 1, 2, 5:
                 result = self.run_here("dax2iso", "-j", jobs, "game.dax")
-                self.assertEqual((result.status, result.out, result.err), (1, "", "vantrel dax2iso: %s\n" % text))
+                self.assertEqual((result.status, result.out, result.err), (1, "", "vantrel dax2iso: game.dax: %s\n" % text))
             self.assertEqual(self.state(), before)
 
     def test_a_damaged_file_keeps_the_older_output(self):
@@ -70,19 +70,19 @@ class DaxCommands(ConsoleTest):
         before = self.state()
         result = self.run_here("dax2iso", "-f", "game.dax")
         self.assertEqual(result.status, 1)
-        self.assertEqual(result.err, "vantrel dax2iso: Error while decompressing (corrupt input?)\n")
+        self.assertEqual(result.err, "vantrel dax2iso: game.dax: Error while decompressing (corrupt input?)\n")
         self.assertEqual(self.state(), before)
         self.write("game.dax", dax[:len(dax) // 2])
         before = self.state()
         result = self.run_here("dax2iso", "-f", "game.dax")
-        self.assertEqual((result.status, result.err), (1, "vantrel dax2iso: Input seems to be corrupted.\n"))
+        self.assertEqual((result.status, result.err), (1, "vantrel dax2iso: game.dax: Input seems to be corrupted.\n"))
         self.assertEqual(self.state(), before)
 
     def test_messages_of_the_conversion(self):
         self.write("other.iso", bytes(40000))
         result = self.run_here("iso2dax", "other.iso")
         self.assertEqual((result.status, result.err), (
-            1, "vantrel iso2dax: Code 50 PSP - invalid PSP iso  file header  other.iso\n"))
+            1, "vantrel iso2dax: other.iso: Code 50 PSP - invalid PSP iso  file header  other.iso\n"))
         result = self.run_here("iso2dax", "missing.iso")
         self.assertEqual(result.status, 1)
         self.assertIn("Code 9101e - Error Opening missing.iso", result.err)

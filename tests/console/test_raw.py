@@ -56,7 +56,7 @@ class RawCommands(ConsoleTest):
         self.write("game.cue", b"older")
         result = self.run_here("iso2bin", "game.iso")
         self.assertEqual((result.status, result.err),
-                         (1, "vantrel iso2bin: game.cue exists already; -f replaces it\n"))
+                         (1, "vantrel iso2bin: game.iso: game.cue exists already; -f replaces it\n"))
         self.assertEqual(self.names(), ["game.cue", "game.iso"])
         self.assert_done(self.run_here("iso2bin", "-f", "game.iso"))
         self.assertEqual(self.read("game.cue"), SHEET % b"game.bin")
@@ -79,7 +79,7 @@ class RawCommands(ConsoleTest):
         self.assertEqual(result.status, 1)
         self.assertIn("Code 103- Error Opening missing.iso", result.err)
         result = self.run_here("bin2iso", "game.bin")
-        self.assertEqual((result.status, result.err), (1, "vantrel bin2iso: Error bin image => MODE 2 only !\n"))
+        self.assertEqual((result.status, result.err), (1, "vantrel bin2iso: game.bin: Error bin image => MODE 2 only !\n"))
         result = self.run_here("bin2iso", "missing.bin")
         self.assertEqual(result.status, 1)
         self.assertIn("Code 2011 - Error Opening missing.bin", result.err)
@@ -123,7 +123,7 @@ class RawCommands(ConsoleTest):
         self.write('a"b.iso', cd_image())
         result = self.run_here("iso2bin", 'a"b.iso')
         self.assertEqual((result.status, result.err),
-                         (1, 'vantrel iso2bin: A CUE sheet cannot name the file a"b.bin\n'))
+                         (1, 'vantrel iso2bin: a"b.iso: A CUE sheet cannot name the file a"b.bin\n'))
         self.assertEqual(self.names(), ['a"b.iso'])
 
     def test_wrong_usage(self):
