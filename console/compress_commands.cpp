@@ -48,8 +48,7 @@ public:
     }
 
     std::string OutputName(const std::string& inputName) const override {
-        const std::string base = BaseNameOf(inputName);
-        return m_direction == EDirection::Compress ? base + m_extension : "new-" + base + ".iso";
+        return WithExtension(inputName, m_direction == EDirection::Compress ? m_extension : ".iso");
     }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {

@@ -8,6 +8,7 @@
 #include "console/console_operation.h"
 #include "console/messages.h"
 #include "files/native_file.h"
+#include "files/new_folders.h"
 #include "files/path.h"
 #include "files/refused.h"
 #include "operation/text.h"
@@ -42,6 +43,10 @@ public:
         : m_command(command), m_options(options) {}
 
     EExit Run() {
+        if (!m_newFolders.Make(m_options.outputFolder)) {
+            PrintError(m_command.Name(), m_options.outputFolder, m_newFolders.Problem());
+            return EExit::Failed;
+        }
         for (const std::string& input : m_options.files) {
             if (m_tally.failed > 0 && !m_options.keepGoing) {
                 ++m_tally.skipped;
@@ -152,6 +157,7 @@ private:
     const CConversionCommand& m_command;
     const SConversionOptions& m_options;
     STally m_tally;
+    CNewFolders m_newFolders;
     std::set<std::string> m_written;
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };

@@ -17,7 +17,7 @@ public:
                               "Examples:\n  vantrel iso2bin game.iso\n  vantrel iso2bin -o /discs/game.bin game.iso"}) {
     }
 
-    std::string OutputName(const std::string& inputName) const override { return SplitPath(inputName).name + ".bin"; }
+    std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".bin"); }
     std::vector<std::string> Companions(const std::string& output) const override { return {CuePathOf(output)}; }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
@@ -31,9 +31,7 @@ public:
         : CConversionCommand({"bin2iso", "Extract the plain image from a raw Mode 2 image",
                               "Examples:\n  vantrel bin2iso game.bin\n  vantrel bin2iso -o game.iso game.bin"}) {}
 
-    std::string OutputName(const std::string& inputName) const override {
-        return "new-" + BaseNameOf(inputName) + ".iso";
-    }
+    std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".iso"); }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
         BinToIso({job.input, job.output, job.manner, true}, operation);

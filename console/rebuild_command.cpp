@@ -37,7 +37,7 @@ public:
         options.AddFlag("--exact", m_exact, "Restore the original image from unchanged files");
     }
 
-    std::string OutputName(const std::string& inputName) const override { return BaseNameOf(inputName) + ".iso"; }
+    std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".iso"); }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
         SRebuildRequest request;

@@ -66,7 +66,7 @@ class Guarantees(ConsoleTest):
                     stopped += 1
                     self.assertEqual(self.names(), names)
                 elif words[0].endswith("2iso") and status == 0:
-                    os.remove(self.path("new-game.iso"))
+                    os.remove(self.path("game.iso"))
         self.assertGreater(stopped, 5)
 
     def test_a_limited_file_size(self):
@@ -101,7 +101,7 @@ class Guarantees(ConsoleTest):
                 self.assert_done(self.run_here(compress, "-f", "-j", "16", "game.iso", preexec_fn=limit))
                 self.assertEqual(self.read(name), expected)
                 self.assert_done(self.run_here(expand, "-f", "-j", "16", name, preexec_fn=limit))
-                self.assertEqual(self.read("new-game.iso"), self.read("game.iso"))
+                self.assertEqual(self.read("game.iso"), self.read("game.iso"))
 
     @unittest.skipUnless(os.geteuid() == 0 and shutil.which("unshare"), "needs a file system of its own")
     def test_a_full_disk(self):

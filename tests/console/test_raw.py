@@ -28,10 +28,11 @@ class RawCommands(ConsoleTest):
         self.assertEqual(result.out, "my.Game.iso -> my.Game.bin: Conversion iso2bin Done ! (%d bytes)\n" % (40 * 2352))
         self.assertEqual(self.names(), ["my.Game.bin", "my.Game.cue", "my.Game.iso"])
         self.assertEqual(self.read("my.Game.cue"), SHEET % b"my.Game.bin")
-        result = self.run_here("bin2iso", "my.Game.bin")
+        self.write("my.Game.iso", b"older")
+        result = self.run_here("bin2iso", "-f", "my.Game.bin")
         self.assert_done(result)
-        self.assertEqual(result.out, "my.Game.bin -> new-my.iso: Conversion bin2iso Done ! (%d bytes)\n" % (40 * 2048))
-        self.assertEqual(self.read("new-my.iso"), cd_image())
+        self.assertEqual(result.out, "my.Game.bin -> my.Game.iso: Conversion bin2iso Done ! (%d bytes)\n" % (40 * 2048))
+        self.assertEqual(self.read("my.Game.iso"), cd_image())
 
     def test_a_postgap_where_the_volume_has_another_length(self):
         for volume in 39, 41:
@@ -39,7 +40,7 @@ class RawCommands(ConsoleTest):
             self.assert_done(self.run_here("iso2bin", "-f", "game.iso"))
             self.assertEqual(len(self.read("game.bin")), 190 * 2352)
             self.assert_done(self.run_here("bin2iso", "-f", "game.bin"))
-            self.assertEqual(self.read("new-game.iso"), cd_image(40, volume) + bytes(150 * 2048))
+            self.assertEqual(self.read("game.iso"), cd_image(40, volume) + bytes(150 * 2048))
 
     def test_the_sheet_is_written_beside_the_raw_image(self):
         self.write("game.iso", cd_image())
@@ -66,8 +67,8 @@ class RawCommands(ConsoleTest):
         self.write("game.cue", b"older too")
         spoilt = bytearray(cd_image())
         spoilt[33342] = 0
-        for content, text in ((b"", "Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
-                              (spoilt, "Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
+        for content, text in ((b"", "game.iso: Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
+                              (spoilt, "game.iso: Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
                               (cd_image() + b"x",
                                "game.iso is not whole sectors of 2048 bytes: 1 bytes are left over")):
             self.write("game.iso", content)
@@ -78,7 +79,7 @@ class RawCommands(ConsoleTest):
         result = self.run_here("iso2bin", "missing.iso")
         self.assertEqual(result.status, 1)
         self.assertIn("Code 103- Error Opening missing.iso", result.err)
-        result = self.run_here("bin2iso", "game.bin")
+        result = self.run_here("bin2iso", "-f", "game.bin")
         self.assertEqual((result.status, result.err), (1, "vantrel bin2iso: game.bin: Error bin image => MODE 2 only !\n"))
         result = self.run_here("bin2iso", "missing.bin")
         self.assertEqual(result.status, 1)
@@ -89,10 +90,10 @@ class RawCommands(ConsoleTest):
         self.write("game.iso", cd_image())
         self.assert_done(self.run_here("iso2bin", "game.iso"))
         self.write("game.bin", self.read("game.bin") + bytes(100))
-        result = self.run_here("bin2iso", "game.bin")
+        result = self.run_here("bin2iso", "-f", "game.bin")
         self.assert_done(result)
         self.assertIn("game.bin: the last 100 bytes are no whole sector and were left out\n", result.out)
-        self.assertEqual(self.read("new-game.iso"), cd_image())
+        self.assertEqual(self.read("game.iso"), cd_image())
 
     @unittest.skipIf(IS_WINDOWS, "signals and limits of POSIX")
     def test_no_partial_output_is_kept(self):
