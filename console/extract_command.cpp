@@ -38,7 +38,7 @@ std::string Normalized(std::string path) {
 SExtractedFile ExtractedFile(const SContentFile& file) {
     std::string path = file.path;
     std::replace(path.begin(), path.end(), '/', '\\');
-    return {file.sector * kSectorSize, file.size, std::move(path)};
+    return {file.extents, std::move(path)};
 }
 
 class CExtractCommand : public CCommand {

@@ -62,7 +62,7 @@ void Extract(const Bytes& image) {
     for (const SContentFile& found : ReadContents(file).files) {
         std::string path = found.path;
         std::replace(path.begin(), path.end(), '/', '\\');
-        files.push_back({found.sector * kSectorSize, found.size, path});
+        files.push_back({found.extents, path});
     }
     const SExtractionRequest request = {kImage, std::string(kFolder) + "files/", EOutputManner::CommitNew, {}, {}};
     CSilentOperation operation;
@@ -75,9 +75,11 @@ void Extract(const Bytes& image) {
     for (const SExtractedFile& extracted : files) {
         std::string path = extracted.path;
         std::replace(path.begin(), path.end(), '\\', '/');
-        Expect(!completed ||
-                   std::equal(image.begin() + extracted.position, image.begin() + extracted.position + extracted.size,
-                              ContentOf(request.folder + path).begin()),
+        Bytes expected;
+        for (const SExtent& extent : completed ? extracted.extents : std::vector<SExtent>()) {
+            expected.insert(expected.end(), image.begin() + extent.Position(), image.begin() + extent.End());
+        }
+        Expect(!completed || ContentOf(request.folder + path) == expected,
                "an extracted file has the bytes of the image");
     }
 }

@@ -49,7 +49,8 @@ void CExtraction::CheckNames() {
                 m_operation.Fail(Format("\"%s\" cannot be extracted: it %s", file.path.c_str(), problem.c_str()));
             }
         }
-        if (file.size > 0 && file.position + file.size > imageSize) {
+        if (std::any_of(file.extents.begin(), file.extents.end(),
+                        [imageSize](const SExtent& extent) { return extent.size > 0 && extent.End() > imageSize; })) {
             m_operation.Fail(Format("\"%s\" cannot be extracted: the image ends before it does", file.path.c_str()));
         }
     }
@@ -140,17 +141,23 @@ void CExtraction::WriteFile(const SExtractedFile& listed) {
     if (!output.Open(target, m_request.manner)) {
         m_operation.Fail(CreationProblem(target));
     }
-    for (std::int64_t done = 0; done < listed.size;) {
-        const auto left = static_cast<std::size_t>(listed.size - done);
+    for (const SExtent& extent : listed.extents) {
+        CopyExtent(extent, listed.path, output);
+    }
+    Commit(output);
+}
+
+void CExtraction::CopyExtent(const SExtent& extent, const std::string& path, CCheckedOutput& output) {
+    for (std::int64_t done = 0; done < extent.size;) {
+        const auto left = static_cast<std::size_t>(extent.size - done);
         const auto piece = std::span(m_buffer).first(std::min(left, kBufferSize));
-        if (output.Copy(m_image, listed.position + done, piece) != piece.size()) {
-            m_operation.Fail(Format("Cannot read \"%s\" from %s", listed.path.c_str(), m_request.imagePath.c_str()));
+        if (output.Copy(m_image, extent.Position() + done, piece) != piece.size()) {
+            m_operation.Fail(Format("Cannot read \"%s\" from %s", path.c_str(), m_request.imagePath.c_str()));
         }
         output.FailIfUnwritten();
         done += static_cast<std::int64_t>(piece.size());
         m_operation.Yield();
     }
-    Commit(output);
 }
 
 void CExtraction::Commit(COutputFile& output) {

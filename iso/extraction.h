@@ -10,15 +10,15 @@
 #include "files/checked_file.h"
 #include "files/commit_together.h"
 #include "files/new_folders.h"
+#include "iso/extent.h"
 #include "operation/operation.h"
 
 namespace vantrel {
 
 /// One file of an image.
 struct SExtractedFile {
-    std::int64_t position;  ///< in the image
-    std::int64_t size;      ///< bytes
-    std::string path;       ///< folders and name, separated by '\\'
+    std::vector<SExtent> extents;  ///< in the order of the content
+    std::string path;              ///< folders and name, separated by '\\'
 };
 
 struct SExtractionRequest {
@@ -56,6 +56,7 @@ private:
     void MakeFolders(const std::string& listedPath);
     void MakeFolderOrFail(const std::string& path);
     void WriteFile(const SExtractedFile& file);
+    void CopyExtent(const SExtent& extent, const std::string& path, CCheckedOutput& output);
 
     const SExtractionRequest& m_request;
     CByteSource& m_image;

@@ -45,7 +45,7 @@ CReport ReportOnContents(const std::string& path) {
     const std::unique_ptr<CImageSource> image = OpenImage(path);
     CReport::List files;
     for (const SContentFile& file : ReadContents(*image).files) {
-        files.push_back({{"sector", file.sector}, {"bytes", file.size}, {"path", file.path}});
+        files.push_back({{"sector", file.Sector()}, {"bytes", file.Size()}, {"path", file.path}});
     }
     RefuseDamaged(*image, path);
     return {{"file", path}, {"form", NameOf(image->Form())}, {"files", std::move(files)}};

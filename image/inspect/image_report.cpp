@@ -63,7 +63,7 @@ CReport ReportOnImage(CByteSource& image) {
             {"volume_sectors", volumeSectors},
             {"postgap", PostgapState(kind, sectors, volumeSectors)},
             {"files", contents.files.size()},
-            {"folders", contents.folders}};
+            {"folders", contents.folders.size()}};
 }
 
 std::vector<std::string> ImageProblems(CByteSource& image) {
@@ -81,8 +81,8 @@ std::vector<std::string> ImageProblems(CByteSource& image) {
     }
     for (const SContentFile& file : ReadContents(image).files) {
         if (!file.inside) {
-            problems.push_back(
-                Format("%s (sector %u, %u bytes) lies outside the image", file.path.c_str(), file.sector, file.size));
+            problems.push_back(Format("%s (sector %u, %lld bytes) lies outside the image", file.path.c_str(),
+                                      file.Sector(), static_cast<long long>(file.Size())));
         }
     }
     return problems;

@@ -32,6 +32,9 @@ public:
 
     /// Shows notices about everything that the layout cannot represent.
     void NotifyLimits() {
+        for (const std::string& notice : m_walked.notices) {
+            m_operation.Notify(notice);
+        }
         if (KindByApplication(m_walked.mediaId, m_walked.mediaSub) == ImageKind::Unknown) {
             m_operation.Notify("The image is of no known medium; the layout names none and cannot be rebuilt");
         }
@@ -92,7 +95,7 @@ private:
         std::vector<SExtractedFile> files;
         for (const SWalkedFile& file : m_walked.files) {
             if (file.HasName()) {
-                files.push_back({file.start * kSectorSize, file.size, file.path});
+                files.push_back({{{file.start, file.size}}, file.path});
             }
         }
         return files;

@@ -11,7 +11,7 @@ namespace vantrel {
 
 struct SWalkedFile {
     std::uint32_t start;  ///< first sector
-    std::uint32_t size;   ///< bytes
+    std::int64_t size;    ///< bytes
     std::string path;     ///< "DIR\NAME", without version
 
     /// Number of sectors that the file occupies; 0 for an empty file.

@@ -260,7 +260,8 @@ TEST_F(ExportFilesTest, AVolumeAsLargeAsAnyDisc) {
 
 TEST_F(ExportRefusalTest, DirectoriesBeyondTheImage) {
     SetFiles({{"A.BIN", Bytes(1, 1)}, {"DIR/B.BIN", Bytes(1, 1)}});
-    Write32(m_image.bytes, m_image.directories[1].pathTableOffset + 2, 100000);
+    // The record of DIR in the root, behind ".", ".." and A.BIN.
+    Write32(m_image.bytes, m_image.File("\\A.BIN").recordOffset + 40 + 2, 100000);
     SaveImage();
     m_request.extractionFolder.reset();
     ExpectRefusal("before its directory at sector 100000");
