@@ -12,7 +12,7 @@ class Export(ConsoleTest):
         source = self.path("src-" + name)
         os.mkdir(source)
         for file, content in files.items():
-            self.write("src-%s/%s" % (name, file.upper()), content.encode())
+            self.write("src-%s/%s.BIN" % (name, file.upper()), content.encode())
         subprocess.run(["genisoimage", "-quiet", "-sysid", "PSP GAME", "-A", "PSP GAME", "-o", self.path(name), source],
                        check=True, stderr=subprocess.DEVNULL)
         image = bytearray(self.read(name))
@@ -25,8 +25,8 @@ class Export(ConsoleTest):
         two = self.master("two.iso", game="second")
         self.assert_done_in_batch(self.run_here("iso2iml", "one.v1.iso", "two.iso", "--extract", "files"))
         self.assertEqual(sorted(os.listdir(self.path("files"))), ["one.v1", "two"])
-        self.assertEqual(self.read("files/one.v1/GAME"), b"first")
-        self.assertEqual(self.read("files/two/GAME"), b"second")
+        self.assertEqual(self.read("files/one.v1/GAME.BIN"), b"first")
+        self.assertEqual(self.read("files/two/GAME.BIN"), b"second")
         for name, image in ("one.v1", one), ("two", two):
             self.assert_done(self.run_here("iml2iso", "--exact", "--files", os.path.join("files", name),
                                            "-o", "again", "-f", name + ".iml"))
@@ -40,7 +40,7 @@ class Export(ConsoleTest):
         images = {"one": self.master("one.iso", game="first"), "two": self.master("two.iso", game="second")}
         self.assert_done_in_batch(self.run_here("iso2iml", "--output-dir", "out", "one.iso", "two.iso", "--extract"))
         for name, image in images.items():
-            self.assertIn(b'"%s\\GAME"' % name.encode(), self.read("out/%s.iml" % name))
+            self.assertIn(b'"%s\\GAME.BIN"' % name.encode(), self.read("out/%s.iml" % name))
             self.assert_done(self.run_here("iml2iso", "--exact", os.path.join("out", name + ".iml")))
             self.assertEqual(self.read("out/%s.iso" % name), image)
 
@@ -55,7 +55,7 @@ class Export(ConsoleTest):
     def test_one_image_needs_no_folder_of_its_own(self):
         self.master("game.iso", game="first")
         self.assert_done(self.run_here("iso2iml", "game.iso", "--extract", os.path.join("new", "files")))
-        self.assertEqual(os.listdir(self.path("new/files")), ["GAME"])
+        self.assertEqual(os.listdir(self.path("new/files")), ["GAME.BIN"])
 
     def test_a_stale_rest_of_an_earlier_export_is_refused(self):
         self.master("game.iso", game="first")
@@ -73,8 +73,8 @@ class Export(ConsoleTest):
     def test_a_path_ends_with_a_separator_of_its_own_kind(self):
         self.master("game.iso", game="first")
         own = "\\" if IS_WINDOWS else "/"
-        for path, text in (("C:\\Game_Folder", "\\Game_Folder\\GAME"), ("C:\\Game\\", "\\Game\\GAME"),
-                           ("/games/game/", "/games/game/GAME"), ("/games/game", "/games/game%sGAME" % own)):
+        for path, text in (("C:\\Game_Folder", "\\Game_Folder\\GAME.BIN"), ("C:\\Game\\", "\\Game\\GAME.BIN"),
+                           ("/games/game/", "/games/game/GAME.BIN"), ("/games/game", "/games/game%sGAME.BIN" % own)):
             self.assert_done(self.run_here("iso2iml", "-f", "game.iso", "--path", path))
             self.assertIn(b'"%s"' % text.encode(), self.read("game.iml"))
 

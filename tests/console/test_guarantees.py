@@ -52,7 +52,8 @@ class Guarantees(ConsoleTest):
         names = self.names()
         stopped = 0
         for words in (["iso2cso", "-f", "game.iso"], ["iso2dax", "-f", "game.iso"],
-                      ["cso2iso", "game.cso"], ["dax2iso", "game.dax"]):
+                      ["cso2iso", "-o", "new.iso", "game.cso"],
+                      ["dax2iso", "-o", "new.iso", "game.dax"]):
             for jobs in "1", "2", "5":
                 process = subprocess.Popen(COMMAND + words + ["-j", jobs], cwd=self.folder, stdout=subprocess.DEVNULL,
                                            stderr=subprocess.DEVNULL)
@@ -66,7 +67,7 @@ class Guarantees(ConsoleTest):
                     stopped += 1
                     self.assertEqual(self.names(), names)
                 elif words[0].endswith("2iso") and status == 0:
-                    os.remove(self.path("game.iso"))
+                    os.remove(self.path("new.iso"))
         self.assertGreater(stopped, 5)
 
     def test_a_limited_file_size(self):
@@ -100,8 +101,8 @@ class Guarantees(ConsoleTest):
             for limit in without, few:
                 self.assert_done(self.run_here(compress, "-f", "-j", "16", "game.iso", preexec_fn=limit))
                 self.assertEqual(self.read(name), expected)
-                self.assert_done(self.run_here(expand, "-f", "-j", "16", name, preexec_fn=limit))
-                self.assertEqual(self.read("game.iso"), self.read("game.iso"))
+                self.assert_done(self.run_here(expand, "-f", "-j", "16", "-o", "new.iso", name, preexec_fn=limit))
+                self.assertEqual(self.read("new.iso"), self.read("game.iso"))
 
     @unittest.skipUnless(os.geteuid() == 0 and shutil.which("unshare"), "needs a file system of its own")
     def test_a_full_disk(self):

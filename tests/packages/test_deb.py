@@ -49,8 +49,8 @@ class DebianPackage(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             with open(os.path.join(folder, "game.iso"), "wb") as image:
                 image.write(psp_image())
-            for command, name in (("iso2cso", "game.iso"), ("cso2iso", "game.cso")):
-                subprocess.run([program, command, "-q", name], check=True, cwd=folder)
+            for words in ["iso2cso", "game.iso"], ["cso2iso", "-o", "new-game.iso", "game.cso"]:
+                subprocess.run([program, *words, "-q"], check=True, cwd=folder)
             with open(os.path.join(folder, "new-game.iso"), "rb") as image:
                 self.assertEqual(image.read(), psp_image())
 
