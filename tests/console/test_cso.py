@@ -211,9 +211,25 @@ class CsoCommands(ConsoleTest):
             self.assertEqual((result.status, result.out), (2, ""), (words, result))
             self.assertNotEqual(result.err, "", words)
 
+    def test_misspelt_words_get_a_suggestion(self):
+        for words, text in ((["ios2cso", "x"], "vantrel: unknown command ios2cso; did you mean iso2cso?"),
+                            (["iso2cso", "--forse", "x"],
+                             "vantrel iso2cso: unknown option --forse; did you mean --force?"),
+                            (["game.iso"], "vantrel: unknown command game.iso\n")):
+            result = self.run_here(*words)
+            self.assertEqual((result.status, result.out), (2, ""), (words, result))
+            self.assertIn(text, result.err)
+
+    def test_without_words_the_help_is_shown(self):
+        result = self.run_here()
+        self.assertEqual((result.status, result.out), (2, ""))
+        self.assertEqual(result.err, self.run_here("--help").out)
+
     def test_help_and_version(self):
         result = self.run_here("--version")
         self.assertEqual((result.status, result.out), (0, "vantrel 5.0.0\n"))
+        self.assertEqual(self.run_here("-V").out, result.out)
+        self.assertEqual(self.run_here("help", "iso2cso").out, self.run_here("iso2cso", "--help").out)
         for words in (["--help"], ["iso2cso", "--help"], ["cso2iso", "-h"]):
             result = self.run_here(*words)
             self.assertEqual((result.status, result.err), (0, ""))

@@ -70,7 +70,7 @@ def check_foreign_image(vantrel):
             file.write(bytes_of)
     run("vcdimager", "-q", "-t", "vcd2", "-c", "video.cue", "-b", "video.bin", "--add-file=data.bin,DATA.BIN", "film.mpg")
     raw = read("video.bin")
-    run(vantrel, "bin2iso", "-q", "video.bin")
+    run(vantrel, "bin2iso", "-q", "-o", "new-video.iso", "video.bin")
     same("user data of vcdimager's raw image", read("new-video.iso"),
          b"".join(raw[start + 24:start + 24 + 2048] for start in range(0, len(raw), 2352)))
     run("7z", "x", "-y", "-oout", "new-video.iso", "DATA.BIN")
@@ -97,7 +97,7 @@ def main():
         run("chdman", "createcd", "-i", "game.cue", "-o", "game.chd")
         run("chdman", "extractcd", "-i", "game.chd", "-o", "back.cue", "-ob", "back.bin")
         same("chdman's raw image and ours", read("back.bin"), read("game.bin"))
-        run(vantrel, "bin2iso", "-q", "back.bin")
+        run(vantrel, "bin2iso", "-q", "-o", "new-back.iso", "back.bin")
         same("our image of chdman's raw image", read("new-back.iso"), image)
 
         # With this compression, chdman removes the error correction bytes and computes them again.
