@@ -1,5 +1,6 @@
 // The commands that only look at files: info, verify and list.
 #include <cstdio>
+#include <optional>
 
 #include "console/commands.h"
 #include "console/console_operation.h"
@@ -25,7 +26,7 @@ public:
 
     void Declare(COptionSet& options) override {
         options.AddFiles(m_files, "The files to look at");
-        options.AddFlag("--json", m_json, "Report as JSON, one object for each file");
+        options.AddFlag("--json", m_json, "Report as JSON, one object in a line for each file");
     }
 
     EExit Run() final {
@@ -42,6 +43,9 @@ public:
                 std::fflush(stdout);
             } catch (const CRefused& refusal) {
                 status = EExit::Failed;
+                if (m_json) {
+                    std::fputs(JsonText({{"file", file}, {"error", refusal.what()}}).c_str(), stdout);
+                }
                 PrintError(Name(), file, refusal.what());
             }
         }
@@ -80,16 +84,28 @@ public:
     void Declare(COptionSet& options) override {
         CInspectCommand::Declare(options);
         options.AddText("--against", m_against, "Compare with the image in this file instead, whatever its form");
+        options.AddText("--dat", m_datPath, "Look the image up in this disc database, an XML file of Logiqx");
+        options.Exclude("--dat", "--against");
     }
 
 private:
     CReport Inspect(const std::string& file) const override {
         CProgressLine progress(IsTerminal(), FileNameOf(file), FileSizeOf(file));
         CConsoleOperation operation(progress);
-        return m_against.empty() ? VerifyFile(file, operation) : CompareImages(file, m_against, operation);
+        return m_against.empty() ? VerifyFile(file, operation, Dat()) : CompareImages(file, m_against, operation);
+    }
+
+    /// The database, which is read with the first file; null if there is none.
+    const CDatFile* Dat() const {
+        if (!m_datPath.empty() && !m_dat) {
+            m_dat.emplace(m_datPath);
+        }
+        return m_dat ? &*m_dat : nullptr;
     }
 
     std::string m_against;
+    std::string m_datPath;
+    mutable std::optional<CDatFile> m_dat;
 };
 
 class CListCommand : public CInspectCommand {

@@ -4,6 +4,8 @@
 #include <optional>
 #include <vector>
 
+#include "files/input_file.h"
+#include "files/refused.h"
 #include "image/image_source.h"
 #include "image/inspect/container_report.h"
 #include "image/inspect/digest.h"
@@ -24,7 +26,7 @@ constexpr std::size_t kComparedSize = 1U << 20U;
 /// What reading a whole image has found out.
 struct SReading {
     std::vector<std::string> problems;
-    std::optional<CReport> sums;  ///< Nullopt if parts of the image are unreadable.
+    std::optional<SSums> sums;  ///< Nullopt if parts of the image are unreadable.
 };
 
 void Append(std::vector<std::string>& list, const std::vector<std::string>& lines) {
@@ -67,25 +69,67 @@ SReading ReadWhole(const std::string& path, CImageSource& image, COperation& ope
     Append(reading.problems, ContainerProblems(path, image.Form()));
     Append(reading.problems, unreadable.Lines());
     if (unreadable.IsEmpty()) {
-        reading.sums = {
-            {"bytes", image.Size()}, {"crc32", digest.Crc32()}, {"md5", digest.Md5()}, {"sha1", digest.Sha1()}};
+        reading.sums = {image.Size(), digest.Crc32(), digest.Md5(), digest.Sha1()};
     }
     return reading;
 }
 
-CReport VerifyImage(const std::string& path, COperation& operation) {
+/// The sums of a file as it is.
+SSums SumsOfFile(const std::string& path, COperation& operation) {
+    CInputFile file;
+    if (!file.Open(path)) {
+        throw CRefused(path + ": " + LastFileError());
+    }
+    operation.SetTotal(file.Size());
+    CImageDigest digest;
+    std::vector<std::uint8_t> bytes(kComparedSize);
+    std::int64_t done = 0;
+    while (const std::size_t count = file.Read(bytes)) {
+        operation.Yield();
+        digest.UpdateMd5(std::span(bytes).first(count));
+        digest.UpdateOthers(std::span(bytes).first(count));
+        done += static_cast<std::int64_t>(count);
+        operation.SetDone(done);
+    }
+    if (file.HasFailed()) {
+        throw CRefused(file.Problem());
+    }
+    return {done, digest.Crc32(), digest.Md5(), digest.Sha1()};
+}
+
+/// Looks an image up in a database; raw images are listed there as whole files.
+CReport LookUp(const CDatFile& dat, const std::string& path, EForm form, SReading& reading, COperation& operation) {
+    const SDatEntry* entry = nullptr;
+    if (reading.sums) {
+        entry = dat.Find(form == EForm::Bin ? SumsOfFile(path, operation) : *reading.sums);
+    }
+    if (entry == nullptr) {
+        reading.problems.push_back("no entry of " + dat.Path() + " has this size and these checksums");
+        return {{"file", dat.Path()}, {"status", "unknown"}};
+    }
+    return {{"file", dat.Path()}, {"status", "verified"}, {"game", entry->game}, {"name", entry->file}};
+}
+
+CReport VerifyImage(const std::string& path, const CDatFile* dat, COperation& operation) {
     const std::unique_ptr<CImageSource> image = OpenImage(path);
     SReading reading = ReadWhole(path, *image, operation);
     Append(reading.problems, ImageProblems(*image));
     if (reading.problems.empty()) {
         RefuseDamaged(*image, path);
     }
+    std::optional<CReport> found;
+    if (dat != nullptr) {
+        found = LookUp(*dat, path, image->Form(), reading, operation);
+    }
     CReport report = {{"file", path},
                       {"form", NameOf(image->Form())},
                       {"ok", reading.problems.empty()},
                       {"problems", reading.problems}};
-    if (reading.sums) {
-        report.Add("image", std::move(*reading.sums));
+    if (const auto& sums = reading.sums) {
+        report.Add("image", {{"bytes", sums->bytes}, {"crc32", sums->crc32}, {"md5", sums->md5}, {"sha1", sums->sha1}});
+    }
+    if (found) {
+        report.Add("dat", *std::move(found));
     }
     return report;
 }
@@ -112,8 +156,14 @@ std::int64_t FirstDifference(CImageSource& image, CImageSource& other, COperatio
 
 }  // namespace
 
-CReport VerifyFile(const std::string& path, COperation& operation) {
-    return FormOfFile(path) == EForm::Iml ? VerifyLayout(path) : VerifyImage(path, operation);
+CReport VerifyFile(const std::string& path, COperation& operation, const CDatFile* dat) {
+    if (FormOfFile(path) != EForm::Iml) {
+        return VerifyImage(path, dat, operation);
+    }
+    if (dat != nullptr) {
+        throw CRefused(path + ": a layout has no checksums to look up");
+    }
+    return VerifyLayout(path);
 }
 
 CReport CompareImages(const std::string& path, const std::string& other, COperation& operation) {

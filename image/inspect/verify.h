@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "image/inspect/dat_file.h"
 #include "image/inspect/report.h"
 #include "operation/operation.h"
 
@@ -12,8 +13,9 @@ namespace vantrel {
 // nothing that it can read.
 
 /// Verifies an image or a layout. Members: "file", "form", "ok", "problems" (texts), and, for a completely readable
-/// image, "image" with "bytes", "crc32", "md5" and "sha1".
-CReport VerifyFile(const std::string& path, COperation& operation);
+/// image, "image" with "bytes", "crc32", "md5" and "sha1". With a database also "dat" with "file", "status" ("verified"
+/// or "unknown") and, if verified, "game" and "name"; an unknown image is a problem.
+CReport VerifyFile(const std::string& path, COperation& operation, const CDatFile* dat = nullptr);
 
 /// Compares the images in two files. Members: "file", "form", "against", "ok", and "difference", which is null or has
 /// "byte" (the first position that differs), "bytes" and "bytes_against".
