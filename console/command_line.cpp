@@ -6,13 +6,14 @@
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <sstream>
 
 #include "console/commands.h"
 #include "console/interrupt.h"
+#include "console/messages.h"
 #include "console/option_set.h"
 #include "console/suggestion.h"
 #include "files/native_console.h"
-#include "files/native_file.h"
 
 namespace vantrel {
 
@@ -168,16 +169,6 @@ private:
     CCommand* m_called = nullptr;
 };
 
-/// The status to end with. Results that could not be written are a failure, whatever else succeeded.
-EExit WithResultsWritten(EExit status) {
-    std::cout.flush();
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good()) {
-        return status;
-    }
-    std::fprintf(stderr, "vantrel: cannot write the results: %s\n", LastFileError().c_str());
-    return EExit::Failed;
-}
-
 }  // namespace
 
 SCommandLine ReadCommandLine(std::vector<std::string> words, std::ostream& out, std::ostream& errors) {
@@ -190,17 +181,18 @@ SCommandLine ReadCommandLine(std::vector<std::string> words, std::ostream& out, 
 }
 
 int RunCommandLine(std::vector<std::string> words) {
-    const SCommandLine read = ReadCommandLine(std::move(words), std::cout, std::cerr);
-    if (read.status) {
-        return static_cast<int>(WithResultsWritten(*read.status));
-    }
     UseUtf8Console();
     CatchInterrupts();
     try {
-        return static_cast<int>(WithResultsWritten(read.action()));
+        std::ostringstream out;
+        const SCommandLine read = ReadCommandLine(std::move(words), out, std::cerr);
+        PrintResults(out.str());
+        return static_cast<int>(read.status ? *read.status : read.action());
     } catch (const CInterrupted& interruption) {
         std::fputs("vantrel: interrupted; nothing unfinished was kept\n", stderr);
         return interruption.ExitStatus();
+    } catch (const CResultsLost& loss) {
+        return loss.Report();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vantrel: %s\n", error.what());
         return static_cast<int>(EExit::Failed);

@@ -25,6 +25,9 @@ void CConversionCommand::DeclareOutput(COptionSet& options) {
 }
 
 std::string CConversionCommand::UsageProblem() const {
+    if (m_options.output == "-") {
+        return "--output: results cannot go to standard output, because files are renamed when they are complete";
+    }
     if (m_options.output.empty() || m_options.files.size() == 1) {
         return {};
     }

@@ -79,7 +79,7 @@ private:
 
     void Convert(const SConversionJob& job) {
         const std::int64_t size = SizeOf(job.input);
-        CProgressLine progress(!m_options.quiet && IsTerminal(), FileNameOf(job.input), size);
+        CProgressLine progress(!m_options.quiet && CanDrawProgress(), FileNameOf(job.input), size);
         CConsoleOperation operation(progress);
         m_command.Convert(job, operation);
         progress.Clear();
@@ -138,13 +138,13 @@ private:
 
     void PrintResult(const SConversionJob& job, const CConsoleOperation& operation) const {
         for (const std::string& notice : operation.Notices()) {
-            std::printf("%s\n", OneLine(notice).c_str());
+            PrintResults(Shown(OneLine(notice), EStream::Output) + '\n');
         }
         if (!operation.DoneText().empty()) {
-            std::printf("%s -> %s: %s (%s)\n", job.input.c_str(), job.output.c_str(), operation.DoneText().c_str(),
-                        LengthText(job.output).c_str());
+            const std::string result =
+                job.input + " -> " + job.output + ": " + operation.DoneText() + " (" + LengthText(job.output) + ")";
+            PrintResults(Shown(result, EStream::Output) + '\n');
         }
-        std::fflush(stdout);
     }
 
     void PrintSummary() const {

@@ -39,12 +39,11 @@ public:
                 if (ok && !ok->As<bool>()) {
                     status = EExit::Failed;
                 }
-                std::fputs((m_json ? JsonText(report) : Text(report)).c_str(), stdout);
-                std::fflush(stdout);
+                PrintResults(m_json ? JsonText(report) : Text(report));
             } catch (const CRefused& refusal) {
                 status = EExit::Failed;
                 if (m_json) {
-                    std::fputs(JsonText({{"file", file}, {"error", refusal.what()}}).c_str(), stdout);
+                    PrintResults(JsonText({{"file", file}, {"error", refusal.what()}}));
                 }
                 PrintError(Name(), file, refusal.what());
             }
@@ -57,7 +56,7 @@ private:
     /// to report.
     virtual CReport Inspect(const std::string& file) const = 0;
     /// The report for people.
-    virtual std::string Text(const CReport& report) const { return PlainText(report); }
+    virtual std::string Text(const CReport& report) const { return PlainText(report, IsTerminal(EStream::Output)); }
 
     std::vector<std::string> m_files;
     bool m_json = false;
@@ -90,7 +89,7 @@ public:
 
 private:
     CReport Inspect(const std::string& file) const override {
-        CProgressLine progress(IsTerminal(), FileNameOf(file), FileSizeOf(file));
+        CProgressLine progress(CanDrawProgress(), FileNameOf(file), FileSizeOf(file));
         CConsoleOperation operation(progress);
         return m_against.empty() ? VerifyFile(file, operation, Dat()) : CompareImages(file, m_against, operation);
     }
@@ -122,7 +121,7 @@ private:
         for (const CReport& file : report["files"].As<CReport::List>()) {
             text += Format("%8lld %10lld %s\n", static_cast<long long>(file["sector"].As<std::int64_t>()),
                            static_cast<long long>(file["bytes"].As<std::int64_t>()),
-                           file["path"].As<std::string>().c_str());
+                           Shown(file["path"].As<std::string>(), EStream::Output).c_str());
         }
         return text;
     }

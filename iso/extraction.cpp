@@ -145,6 +145,9 @@ void CExtraction::WriteFile(const SExtractedFile& listed) {
         CopyExtent(extent, listed.path, output);
     }
     Commit(output);
+    if (listed.date) {
+        SetFileDate(target, *listed.date);
+    }
 }
 
 void CExtraction::CopyExtent(const SExtent& extent, const std::string& path, CCheckedOutput& output) {

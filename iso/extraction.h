@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,8 +18,9 @@ namespace vantrel {
 
 /// One file of an image.
 struct SExtractedFile {
-    std::vector<SExtent> extents;  ///< in the order of the content
-    std::string path;              ///< folders and name, separated by '\\'
+    std::vector<SExtent> extents;                     ///< in the order of the content
+    std::string path;                                 ///< folders and name, separated by '\\'
+    std::optional<std::int64_t> date = std::nullopt;  ///< for the file, in seconds since 1970 (UTC)
 };
 
 struct SExtractionRequest {

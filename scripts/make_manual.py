@@ -109,7 +109,7 @@ def bash(commands):
         names = " ".join(name for option in command.options for name in option.names)
         out.append('        %s) options="%s" ;;' % (command.name, names))
     out += ["    esac", '    if [[ $word == -* ]]; then', '        COMPREPLY=($(compgen -W "$options" -- "$word"))',
-            "    else", "        compopt -o filenames", '        COMPREPLY=($(compgen -f -- "$word"))', "    fi", "}",
+            "    else", "        compopt -o filenames", '        mapfile -t COMPREPLY < <(compgen -f -- "$word")', "    fi", "}",
             "complete -F _vantrel vantrel"]
     return "\n".join(out) + "\n"
 

@@ -91,6 +91,13 @@ class CsoCommands(ConsoleTest):
             self.assertEqual((result.status, result.err), (1, "vantrel cso2iso: game.cso: Code 1107-block 500 : read error\n"))
         self.assertEqual(self.state(), before)
 
+    def test_standard_output_is_no_output(self):
+        self.write("game.iso", psp_image())
+        result = self.run_here("iso2cso", "-o", "-", "game.iso")
+        self.assertEqual((result.status, result.out), (2, ""))
+        self.assertIn("--output: results cannot go to standard output", result.err)
+        self.assertEqual(self.names(), ["game.iso"])
+
     def test_an_existing_output_is_refused_without_force(self):
         self.write("game.iso", psp_image())
         self.write("game.cso", b"older")

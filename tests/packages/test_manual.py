@@ -60,13 +60,16 @@ class Manual(unittest.TestCase):
         done = subprocess.run(["bash", "-c", script, "bash", os.path.join(self.folder, "vantrel.bash"), *words],
                               capture_output=True, text=True, cwd=self.folder)
         self.assertEqual(done.stderr, "")
-        return done.stdout.split()
+        return done.stdout.splitlines()
 
     def test_bash_completes(self):
         self.assertEqual(self.bash_completes("vantrel", "iso2c"), ["iso2cso"])
         self.assertIn("--level", self.bash_completes("vantrel", "iso2cso", "--"))
         self.assertNotIn("--level", self.bash_completes("vantrel", "verify", "--"))
         self.assertEqual(self.bash_completes("vantrel", "verify", "vantrel.f"), ["vantrel.fish"])
+        with open(os.path.join(self.folder, "a game (Disc 1).iso"), "w"):
+            pass
+        self.assertEqual(self.bash_completes("vantrel", "verify", "a game"), ["a game (Disc 1).iso"])
 
     def test_zsh_and_fish_accept_theirs(self):
         subprocess.run(["zsh", "-n", os.path.join(self.folder, "_vantrel")], check=True)
