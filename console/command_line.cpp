@@ -13,6 +13,7 @@
 #include "console/messages.h"
 #include "console/option_set.h"
 #include "console/suggestion.h"
+#include "console/wrapping.h"
 #include "files/native_console.h"
 
 namespace vantrel {
@@ -29,9 +30,25 @@ public:
     CHelpFormatter() { column_width(kHelpColumnWidth); }
 
     std::string make_usage(const CLI::App* app, std::string /*name*/) const override {
-        const bool isProgram = app->get_parent() == nullptr;
-        return isProgram ? "Usage: vantrel COMMAND [options] FILE...\n       vantrel COMMAND --help\n"
-                         : "Usage: vantrel " + app->get_name() + " [options] FILE...\n";
+        if (app->get_parent() == nullptr) {
+            return "Usage: vantrel COMMAND [options] FILE...\n       vantrel help COMMAND\n";
+        }
+        std::string words;
+        std::string positionals;
+        for (const CLI::Option* option : app->get_options()) {
+            const bool isRequired = option->get_required();
+            const std::string word = option->get_name() + make_option_opts(option);
+            if (option->get_positional()) {
+                positionals += isRequired ? " " + word : " [" + word + "]";
+            } else if (isRequired) {
+                words += " " + word;
+            }
+        }
+        return "Usage: vantrel " + app->get_name() + " [options]" + words + positionals + "\n";
+    }
+
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+        return Wrapped(CLI::Formatter::make_help(app, std::move(name), mode), kHelpColumnWidth);
     }
 
     /// "-l,--level N" instead of the library's type names.

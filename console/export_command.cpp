@@ -21,10 +21,9 @@ constexpr const char* kNotes =
     "  vantrel iso2iml game.iso -o /layouts/game.iml --path /games/game/\n"
     "  vantrel iso2iml game.iso -o work/game.iml --extract\n"
     "\n"
-    "Writes game.iml, the layout, and game.ims, the image's leading structures. With\n"
-    "--extract also every file that the layout lists, and game.gaps with the rest of the\n"
-    "image; \"vantrel iml2iso\" can then rebuild the image. With several images, the files\n"
-    "of each are in a folder of its name.";
+    "Writes game.iml, the layout, and game.ims, the image's leading structures. With --extract also every file that "
+    "the layout lists, and game.gaps with the rest of the image; \"vantrel iml2iso\" can then rebuild the image. With "
+    "several images, the files of each are in a folder of its name.";
 
 std::string WithBackslash(const std::string& folder) {
     return folder + '\\';

@@ -60,7 +60,7 @@ class CExtractCommand : public CCommand {
 public:
     CExtractCommand()
         : CCommand({"extract", "Extract files from an image",
-                    "PATH names a file or a folder of the image, in upper or lower case; * and ? stand\n"
+                    "PATH names a file or a folder of the image, in upper or lower case; * and ? stand "
                     "for any characters and for one. A failed extraction leaves nothing behind.\n"
                     "Examples:\n  vantrel extract game.cso -C game\n"
                     "  vantrel extract game.iso SYSTEM.CNF PSP_GAME/SYSDIR\n"

@@ -19,6 +19,8 @@ namespace vantrel {
 
 namespace {
 
+constexpr const char* kFilesText = "Folder in which the relative paths of a layout start";
+
 /// A command that prints a report on each of its files.
 class CInspectCommand : public CCommand {
 public:
@@ -68,8 +70,15 @@ public:
         : CInspectCommand({"info", "Identify a file by its content",
                            "Examples:\n  vantrel info game.cso\n  vantrel info --json *.iso | jq .image.kind"}) {}
 
+    void Declare(COptionSet& options) override {
+        CInspectCommand::Declare(options);
+        options.AddText("--files", m_filesFolder, kFilesText);
+    }
+
 private:
-    CReport Inspect(const std::string& file) const override { return ReportOnFile(file); }
+    CReport Inspect(const std::string& file) const override { return ReportOnFile(file, m_filesFolder); }
+
+    std::string m_filesFolder;
 };
 
 class CVerifyCommand : public CInspectCommand {
@@ -85,13 +94,15 @@ public:
         options.AddText("--against", m_against, "Compare with the image in this file instead, whatever its form");
         options.AddText("--dat", m_datPath, "Look the image up in this disc database, an XML file of Logiqx");
         options.Exclude("--dat", "--against");
+        options.AddText("--files", m_filesFolder, kFilesText);
     }
 
 private:
     CReport Inspect(const std::string& file) const override {
         CProgressLine progress(CanDrawProgress(), FileNameOf(file), FileSizeOf(file));
         CConsoleOperation operation(progress);
-        return m_against.empty() ? VerifyFile(file, operation, Dat()) : CompareImages(file, m_against, operation);
+        return m_against.empty() ? VerifyFile(file, operation, {Dat(), m_filesFolder})
+                                 : CompareImages(file, m_against, operation);
     }
 
     /// The database, which is read with the first file; null if there is none.
@@ -104,6 +115,7 @@ private:
 
     std::string m_against;
     std::string m_datPath;
+    std::string m_filesFolder;
     mutable std::optional<CDatFile> m_dat;
 };
 

@@ -38,7 +38,8 @@ std::vector<char> ReadText(const std::string& path) {
 bool IsTooDeep(std::string_view text) {
     constexpr int kDeepest = 1000;
     int depth = 0;
-    for (std::size_t i = text.find('<'); i != std::string_view::npos && i + 1 < text.size(); i = text.find('<', i + 1)) {
+    for (std::size_t i = text.find('<'); i != std::string_view::npos && i + 1 < text.size();
+         i = text.find('<', i + 1)) {
         if (text[i + 1] == '/') {
             --depth;
         } else if (text[i + 1] != '?' && text[i + 1] != '!') {

@@ -156,14 +156,14 @@ std::int64_t FirstDifference(CImageSource& image, CImageSource& other, COperatio
 
 }  // namespace
 
-CReport VerifyFile(const std::string& path, COperation& operation, const CDatFile* dat) {
+CReport VerifyFile(const std::string& path, COperation& operation, const SVerifyOptions& options) {
     if (FormOfFile(path) != EForm::Iml) {
-        return VerifyImage(path, dat, operation);
+        return VerifyImage(path, options.dat, operation);
     }
-    if (dat != nullptr) {
+    if (options.dat != nullptr) {
         throw CRefused(path + ": a layout has no checksums to look up");
     }
-    return VerifyLayout(path);
+    return VerifyLayout(path, options.filesFolder);
 }
 
 CReport CompareImages(const std::string& path, const std::string& other, COperation& operation) {

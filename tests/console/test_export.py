@@ -44,6 +44,14 @@ class Export(ConsoleTest):
             self.assert_done(self.run_here("iml2iso", "--exact", os.path.join("out", name + ".iml")))
             self.assertEqual(self.read("out/%s.iso" % name), image)
 
+    def test_layouts_are_verified_with_files_of_another_folder(self):
+        self.master("game.iso", game="first")
+        self.assert_done(self.run_here("iso2iml", "game.iso", "--extract", "files"))
+        self.assertEqual(self.run_here("verify", "game.iml").status, 1)
+        self.assertIn("GAME.BIN is missing", self.run_here("verify", "game.iml").out)
+        self.assert_done(self.run_here("verify", "--files", "files", "game.iml"))
+        self.assertIn("missing: none\n", self.run_here("info", "game.iml", "--files", "files").out)
+
     def test_images_of_the_same_name_are_not_mixed(self):
         for folder in "a", "b":
             os.mkdir(self.path(folder))
