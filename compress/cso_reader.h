@@ -63,6 +63,8 @@ public:
     std::uint32_t Entry(std::uint64_t block) const { return m_index.Get(block); }
     bool IsPlain(std::uint64_t block) const { return (Entry(block) & kCsoPlainBlock) != 0; }
     std::int64_t FileSize() const { return m_file.Size(); }
+    /// The first read error as a text with the path and the cause; empty if there was none.
+    const std::string& Problem() const { return m_file.Problem(); }
 
 private:
     std::uint64_t Shifted(std::uint32_t value) const;

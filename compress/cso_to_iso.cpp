@@ -41,7 +41,8 @@ private:
         // The first handle only tests whether the file exists; its text deliberately names the output.
         m_existence.OpenOrFail(m_request.chosenPath, "Code 11010e - Error Opening %s", m_request.outputPath);
         if (!m_cso.Open(m_request.chosenPath)) {
-            m_operation.Fail(Format("Code 11010f - Error Opening %s", m_request.chosenPath.c_str()));
+            const std::string cause = OpeningProblem(m_request.chosenPath);
+            m_operation.Fail(Format("Code 11010f - Error Opening %s", m_request.chosenPath.c_str()), cause);
         }
         m_output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 11010g - Error create %s");
     }
@@ -74,14 +75,20 @@ private:
         const auto index = static_cast<std::uint64_t>(number);
         Check(m_cso.FaultOf(index, block), number, block);
         if (!m_output.Write(m_cso.ContentOf(index, block))) {
-            m_operation.Fail(Format("Code 1110-block %d : Write error\n", number));
+            m_operation.Fail(Format("Code 1110-block %d : Write error\n", number), m_output.Problem());
         }
     }
 
     void Check(ECsoFault fault, std::int32_t number = 0, const SBlock& block = {}) {
         if (fault != ECsoFault::None) {
-            m_operation.Fail(FailureTextOf(fault, number, block));
+            m_operation.Fail(FailureTextOf(fault, number, block), CauseOf(fault));
         }
+    }
+
+    std::string CauseOf(ECsoFault fault) const {
+        return fault == ECsoFault::ShortHeader && m_cso.Problem().empty()
+                   ? m_request.chosenPath + ": the file is shorter than a CSO header"
+                   : m_cso.Problem();
     }
 
     /// Header faults deliberately name the output.

@@ -63,6 +63,8 @@ public:
     /// Plain areas in the file: 0 unless the reader is strict and the version has them.
     std::uint32_t AreaCount() const;
     std::int64_t FileSize() const { return m_file.Size(); }
+    /// The first read error as a text with the path and the cause; empty if there was none.
+    const std::string& Problem() const { return m_file.Problem(); }
 
 private:
     template <typename Number>

@@ -36,7 +36,8 @@ private:
     void OpenFiles() {
         // Each text deliberately names the other file.
         if (!m_dax.Open(m_request.imagePath)) {
-            m_operation.Fail(Format("Code 1003- Cannot open input file %s\n", m_request.outputPath.c_str()));
+            const std::string cause = OpeningProblem(m_request.imagePath);
+            m_operation.Fail(Format("Code 1003- Cannot open input file %s\n", m_request.outputPath.c_str()), cause);
         }
         m_output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 1003o-Cannot create output file %s\n",
                             m_request.imagePath, ESharing::Nobody);
@@ -74,15 +75,15 @@ private:
             case EDaxFault::None:
                 return;
             case EDaxFault::Header:
-                m_operation.Fail("Input is not a valid DAX file.\n");
+                m_operation.Fail("Input is not a valid DAX file.\n", m_dax.Problem());
             case EDaxFault::Unsupported:
                 m_operation.Fail(m_dax.Problem() + "\n");
             case EDaxFault::Tables:
-                m_operation.Fail("Corrupted input file.\n");
+                m_operation.Fail("Corrupted input file.\n", m_dax.Problem());
             case EDaxFault::Memory:
                 m_operation.Fail("Not enough memory for the frame tables!\n");
             case EDaxFault::Read:
-                m_operation.Fail("Input seems to be corrupted.\n");
+                m_operation.Fail("Input seems to be corrupted.\n", m_dax.Problem());
             case EDaxFault::Inflate:
                 m_operation.Fail("Error while decompressing (corrupt input?)\n");
             case EDaxFault::Short:
@@ -91,7 +92,7 @@ private:
         }
     }
 
-    [[noreturn]] void FailWriting() { m_operation.Fail("I/O error writing to output file.\n"); }
+    [[noreturn]] void FailWriting() { m_operation.Fail("I/O error writing to output file.\n", m_output.Problem()); }
 
     /// The window closes both files within the completion, and leaves them open if it leaves the completion early.
     void Finish() {

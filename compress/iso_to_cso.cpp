@@ -23,7 +23,7 @@ std::uint64_t ImageLength(const SCompressionRequest& request, COperation& operat
     image.OpenOrFail(request.imagePath, "Code 10010e - Error Opening %s");
     const std::int64_t length = image.Size();
     if (length < 0 || length > std::numeric_limits<std::int32_t>::max()) {
-        operation.Fail(Format("Code 1003-Can't get file siz %s\n", request.imagePath.c_str()));
+        operation.Fail(Format("Code 1003-Can't get file siz %s\n", request.imagePath.c_str()), image.Problem());
     }
     return static_cast<std::uint64_t>(length);
 }
@@ -77,7 +77,7 @@ private:
             m_operation.Fail(Format("Code 1005-deflateInit%s\n", outcome.message));
         }
         if (block.content.size() - block.padding != m_header.ContentSize(static_cast<std::uint64_t>(number))) {
-            m_operation.Fail(Format("Code 1007-block %d : read error\n", number));
+            m_operation.Fail(Format("Code 1007-block %d : read error\n", number), m_image.Problem());
         }
         if (outcome.FailedIn(EStreamStep::Work)) {
             m_operation.Fail(Format("Code 1008-block %d:deflate : %s[%d]\n", number, outcome.message, outcome.result));
@@ -114,7 +114,7 @@ private:
     }
 
     [[noreturn]] void FailWriting(std::int32_t number) {
-        m_operation.Fail(Format("Code 1009-block %d : Write error\n", number));
+        m_operation.Fail(Format("Code 1009-block %d : Write error\n", number), m_output.Problem());
     }
 
     const SCompressionRequest& m_request;

@@ -61,15 +61,14 @@ public:
     void Declare(COptionSet& options) override {
         DeclareFiles(options);
         // Expansions accept a level too, so that a script can use one set of options for both directions.
-        options.AddNumber("-l,--level", m_level, 1, 9, "Compression level, 1 (fast) to 9 (small)");
+        options.AddNumber("-l,--level", m_level, 1, 9, "Compression level, 1 (fast) to 9 (small), by default 9");
         options.AddNumber("-j,--jobs", m_workers, 1, kMaxWorkers,
                           "Threads to use, by default one for each core; the output is the same for any number");
         DeclareOutput(options);
     }
 
     std::string OutputName(const std::string& inputName) const override {
-        const std::string base = BaseNameOf(inputName);
-        return m_direction == EDirection::Compress ? base + m_extension : "new-" + base + ".iso";
+        return WithExtension(inputName, m_direction == EDirection::Compress ? m_extension : ".iso");
     }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {

@@ -18,7 +18,7 @@ public:
                               "Examples:\n  vantrel iso2bin game.iso\n  vantrel iso2bin -o /discs/game.bin game.iso"}) {
     }
 
-    std::string OutputName(const std::string& inputName) const override { return SplitPath(inputName).name + ".bin"; }
+    std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".bin"); }
     std::vector<std::string> Companions(const std::string& output) const override { return {CuePathOf(output)}; }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
@@ -43,9 +43,7 @@ public:
         options.AddFlag("--ignore-errors", m_ignoreErrors, "Convert damaged sectors, too; the exit status is still 1");
     }
 
-    std::string OutputName(const std::string& inputName) const override {
-        return "new-" + BaseNameOf(inputName) + ".iso";
-    }
+    std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".iso"); }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
         BinToIso({job.input, job.output, job.manner, true, m_ignoreErrors}, operation);

@@ -15,7 +15,7 @@ namespace vantrel {
 enum class EOutputManner {
     InPlace,        ///< Creates or truncates the target and writes it unbuffered.
     CommitNew,      ///< Writes a temporary file beside the target. Commit renames it, or fails if the target exists.
-    CommitReplace,  ///< The same, but Commit replaces an existing target.
+    CommitReplace,  ///< The same, but Commit replaces an existing target, whose permissions stay; follows links.
 };
 
 class COutputFile {
@@ -65,7 +65,7 @@ public:
     /// Whether writing, seeking or committing has failed since Open.
     bool HasFailed() const { return !m_problem.empty(); }
     EOutputManner Manner() const { return m_manner; }
-    /// The path of the target, not of the temporary file.
+    /// The path of the target, not of the temporary file. If a link is replaced, the path of the file behind it.
     const std::string& TargetPath() const { return m_targetPath; }
     /// The first failure as a text with the target and the cause; empty if there was none.
     const std::string& Problem() const { return m_problem; }

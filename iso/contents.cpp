@@ -6,6 +6,7 @@
 
 #include "iso/directory_reader.h"
 #include "iso/iso9660.h"
+#include "iso/recording_date.h"
 #include "iso/volume.h"
 
 namespace vantrel {
@@ -52,7 +53,7 @@ private:
             return;
         }
         if (!m_continues || m_contents.files.back().path != path) {
-            m_contents.files.push_back({path, 0, {}, true});
+            m_contents.files.push_back({path, 0, {}, true, SecondsOf(entry.record.recordingDate)});
         }
         AddExtent(m_contents.files.back(), entry.record);
     }

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,10 +17,11 @@
 namespace vantrel {
 
 struct SContentFile {
-    std::string path;              ///< folders and name, without version
-    std::uint8_t flags = 0;        ///< of the last record (ECMA-119 9.1.6)
-    std::vector<SExtent> extents;  ///< in the order of the content; at least one
-    bool inside = true;            ///< whether the image holds all of its bytes
+    std::string path;                  ///< folders and name, without version
+    std::uint8_t flags = 0;            ///< of the last record (ECMA-119 9.1.6)
+    std::vector<SExtent> extents;      ///< in the order of the content; at least one
+    bool inside = true;                ///< whether the image holds all of its bytes
+    std::optional<std::int64_t> date;  ///< of the recording, in seconds since 1970 (UTC)
 
     std::uint32_t Sector() const { return extents.front().sector; }
     std::int64_t Size() const;

@@ -13,9 +13,13 @@ namespace {
 
 constexpr std::size_t kBufferSize = 1U << 20U;
 
-/// `folder` if it exists, else its parent.
+/// `folder` if it exists, else the nearest folder above it that does.
 std::string ExistingFolder(const std::string& folder) {
-    return FileKindOf(folder) == EFileKind::Folder ? folder : FolderOf(folder.substr(0, folder.size() - 1));
+    std::string existing = folder;
+    while (!existing.empty() && FileKindOf(existing) != EFileKind::Folder) {
+        existing = FolderOf(existing.substr(0, existing.size() - 1));
+    }
+    return existing;
 }
 
 }  // namespace
@@ -25,11 +29,9 @@ CExtraction::CExtraction(const SExtractionRequest& request, CByteSource& image, 
     : m_request(request), m_image(image), m_files(std::move(files)), m_operation(operation), m_buffer(kBufferSize) {}
 
 CExtraction::~CExtraction() {
-    if (m_kept) {
-        return;
+    if (!m_kept) {
+        m_commits.Undo();
     }
-    m_commits.Undo();  // first, because only empty folders can be removed
-    std::for_each(m_newFolders.rbegin(), m_newFolders.rend(), RemoveFolder);
 }
 
 void CExtraction::Check() {
@@ -108,14 +110,10 @@ void CExtraction::Keep() {
     m_kept = true;
 }
 
-void CExtraction::MakeTrackedFolder(const std::string& path) {
-    if (FileKindOf(path) == EFileKind::Folder) {
-        return;
+void CExtraction::MakeFolderOrFail(const std::string& path) {
+    if (!m_newFolders.Make(path)) {
+        m_operation.Fail(m_newFolders.Problem());
     }
-    if (!MakeFolder(path)) {
-        m_operation.Fail(Format("Cannot create the folder %s: %s", path.c_str(), LastFileError().c_str()));
-    }
-    m_newFolders.push_back(path);
 }
 
 void CExtraction::MakeFolders(const std::string& listedPath) {
@@ -123,16 +121,12 @@ void CExtraction::MakeFolders(const std::string& listedPath) {
     if (folder == m_lastFolder) {
         return;
     }
-    for (std::size_t end = folder.find('\\'); end != std::string::npos; end = folder.find('\\', end + 1)) {
-        MakeTrackedFolder(TargetOf(folder.substr(0, end)));
-    }
+    MakeFolderOrFail(TargetOf(folder));
     m_lastFolder = folder;
 }
 
 void CExtraction::Write() {
-    if (!m_request.folder.empty()) {
-        MakeTrackedFolder(m_request.folder);
-    }
+    MakeFolderOrFail(m_request.folder);
     CProgress progress(m_operation, static_cast<std::int64_t>(m_files.size()));
     for (const SExtractedFile& file : m_files) {
         MakeFolders(file.path);
@@ -151,6 +145,9 @@ void CExtraction::WriteFile(const SExtractedFile& listed) {
         CopyExtent(extent, listed.path, output);
     }
     Commit(output);
+    if (listed.date) {
+        SetFileDate(target, *listed.date);
+    }
 }
 
 void CExtraction::CopyExtent(const SExtent& extent, const std::string& path, CCheckedOutput& output) {

@@ -22,14 +22,14 @@ std::int64_t SizeOrRefuse(const std::string& path) {
 
 }  // namespace
 
-CReport ReportOnFile(const std::string& path) {
+CReport ReportOnFile(const std::string& path, const std::string& filesFolder) {
     const EForm form = FormOfFile(path);
     CReport report;
     report.Add("file", path);
     report.Add("form", NameOf(form));
     report.Add("file_bytes", SizeOrRefuse(path));
     if (form == EForm::Iml) {
-        report.Add("layout", ReportOnLayout(path));
+        report.Add("layout", ReportOnLayout(path, filesFolder));
         return report;
     }
     const std::unique_ptr<CImageSource> image = OpenImage(path);

@@ -28,8 +28,17 @@ constexpr std::size_t kComparedSize = 1U << 20U;
 /// What reading a whole image has found out.
 struct SReading {
     std::vector<std::string> problems;
-    std::optional<CReport> sums;  ///< Nullopt if parts of the image are unreadable.
+    std::optional<SSums> sums;  ///< Nullopt if parts of the image are unreadable.
 };
+
+struct SFileSums {
+    std::string path;
+    std::optional<SSums> sums;  ///< Nullopt if the file cannot be read.
+};
+
+CReport ReportOn(const SSums& sums) {
+    return {{"bytes", sums.bytes}, {"crc32", sums.crc32}, {"md5", sums.md5}, {"sha1", sums.sha1}};
+}
 
 void Append(std::vector<std::string>& list, const std::vector<std::string>& lines) {
     list.insert(list.end(), lines.begin(), lines.end());
@@ -77,8 +86,7 @@ public:
         Append(reading.problems, source.Problems());
         Append(reading.problems, unreadable.Lines());
         if (unreadable.IsEmpty()) {
-            reading.sums = {
-                {"bytes", bytes}, {"crc32", digest.Crc32()}, {"md5", digest.Md5()}, {"sha1", digest.Sha1()}};
+            reading.sums = {bytes, digest.Crc32(), digest.Md5(), digest.Sha1()};
         }
         return reading;
     }
@@ -97,7 +105,7 @@ std::int64_t TotalSize(const std::vector<std::string>& files) {
 }
 
 /// The sums of a file as a whole; nullopt, and a problem more, if it cannot be read.
-std::optional<CReport> SumsOfFile(const std::string& path, CWholeReader& reader, std::vector<std::string>& problems) {
+std::optional<SSums> SumsOfFile(const std::string& path, CWholeReader& reader, std::vector<std::string>& problems) {
     try {
         const std::unique_ptr<CImageSource> file = OpenPlainImage(path);
         SReading reading = reader.Read(*ChunksOf(path, *file), file->BlockNoun());
@@ -111,13 +119,12 @@ std::optional<CReport> SumsOfFile(const std::string& path, CWholeReader& reader,
 }
 
 /// One object for each file: its path and its sums.
-CReport::List SumsOfFiles(const std::vector<std::string>& files, CWholeReader& reader,
-                          std::vector<std::string>& problems) {
+CReport::List ReportOn(const std::vector<SFileSums>& files) {
     CReport::List list;
-    for (const std::string& path : files) {
-        CReport entry = {{"file", path}};
-        if (const std::optional<CReport> sums = SumsOfFile(path, reader, problems)) {
-            for (const auto& [name, value] : sums->As<CReport::Object>()) {
+    for (const SFileSums& file : files) {
+        CReport entry = {{"file", file.path}};
+        if (file.sums) {
+            for (const auto& [name, value] : ReportOn(*file.sums).As<CReport::Object>()) {
                 entry.Add(name, value);
             }
         }
@@ -140,16 +147,37 @@ SRawDisc RawDiscOf(const std::string& path, EForm form) {
     return form == EForm::Bin || form == EForm::Cue ? ReadRawDisc(path) : SRawDisc();
 }
 
-CReport VerifyImage(const std::string& path, COperation& operation) {
+/// Looks up an image, or the files of a raw one, which databases list instead. Every file must be known.
+CReport LookUp(const CDatFile& dat, const std::vector<SFileSums>& files, std::vector<std::string>& problems) {
+    const SDatEntry* first = nullptr;
+    for (const SFileSums& file : files) {
+        const SDatEntry* const entry = file.sums ? dat.Find(*file.sums) : nullptr;
+        if (entry == nullptr) {
+            problems.push_back("no entry of " + dat.Path() + " has the size and the checksums of " + file.path);
+            return {{"file", dat.Path()}, {"status", "unknown"}};
+        }
+        first = first == nullptr ? entry : first;
+    }
+    return {{"file", dat.Path()}, {"status", "verified"}, {"game", first->game}, {"name", first->file}};
+}
+
+CReport VerifyImage(const std::string& path, const CDatFile* dat, COperation& operation) {
     const std::unique_ptr<CImageSource> image = OpenImage(path);
     const SRawDisc disc = RawDiscOf(path, image->Form());
     CWholeReader reader(operation, image->Size() + TotalSize(disc.Files()));
     SReading reading = reader.Read(*ChunksOf(path, *image), image->BlockNoun());
     Append(reading.problems, ContainerProblems(path, image->Form()));
     Append(reading.problems, ImageProblems(*image));
-    CReport::List files = SumsOfFiles(disc.Files(), reader, reading.problems);
+    std::vector<SFileSums> files;
+    for (const std::string& file : disc.Files()) {
+        files.push_back({file, SumsOfFile(file, reader, reading.problems)});
+    }
     if (reading.problems.empty()) {
         RefuseDamaged(*image, path);
+    }
+    std::optional<CReport> found;
+    if (dat != nullptr) {
+        found = LookUp(*dat, files.empty() ? std::vector<SFileSums>{{path, reading.sums}} : files, reading.problems);
     }
     CReport report = {{"file", path},
                       {"form", NameOf(image->Form())},
@@ -159,12 +187,15 @@ CReport VerifyImage(const std::string& path, COperation& operation) {
         report.Add("tracks", CheckedTracks(disc));
     }
     if (reading.sums) {
-        report.Add("image", std::move(*reading.sums));
+        report.Add("image", ReportOn(*reading.sums));
     }
     if (disc.hasSheet) {
-        report.Add("bins", std::move(files));
+        report.Add("bins", ReportOn(files));
     } else if (!files.empty()) {
-        report.Add("bin", std::move(files[0]));
+        report.Add("bin", std::move(ReportOn(files)[0]));
+    }
+    if (found) {
+        report.Add("dat", *std::move(found));
     }
     return report;
 }
@@ -191,8 +222,14 @@ std::int64_t FirstDifference(CImageSource& image, CImageSource& other, COperatio
 
 }  // namespace
 
-CReport VerifyFile(const std::string& path, COperation& operation) {
-    return FormOfFile(path) == EForm::Iml ? VerifyLayout(path) : VerifyImage(path, operation);
+CReport VerifyFile(const std::string& path, COperation& operation, const SVerifyOptions& options) {
+    if (FormOfFile(path) != EForm::Iml) {
+        return VerifyImage(path, options.dat, operation);
+    }
+    if (options.dat != nullptr) {
+        throw CRefused(path + ": a layout has no checksums to look up");
+    }
+    return VerifyLayout(path, options.filesFolder);
 }
 
 CReport CompareImages(const std::string& path, const std::string& other, COperation& operation) {

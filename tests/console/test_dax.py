@@ -15,11 +15,12 @@ class DaxCommands(ConsoleTest):
         self.assert_done(result)
         size = len(self.read("Game.dax"))
         self.assertEqual(result.out, "Game.iso -> Game.dax: Compression iso2dax Done ! (%d bytes)\n" % size)
-        result = self.run_here("dax2iso", "Game.dax")
+        self.write("Game.iso", b"older")
+        result = self.run_here("dax2iso", "-f", "Game.dax")
         self.assert_done(result)
         self.assertEqual(result.out,
-                         "Game.dax -> new-Game.iso: Decompression dax2iso Done ! (%d bytes)\n" % len(image))
-        self.assertEqual(self.read("new-Game.iso"), image)
+                         "Game.dax -> Game.iso: Decompression dax2iso Done ! (%d bytes)\n" % len(image))
+        self.assertEqual(self.read("Game.iso"), image)
 
     def test_levels(self):
         self.write("game.iso", psp_image())
@@ -40,7 +41,7 @@ class DaxCommands(ConsoleTest):
             self.assert_done(self.run_here("iso2dax", "-f", "-j", jobs, "game.iso"))
             self.assertEqual(self.read("game.dax"), default, jobs)
             self.assert_done(self.run_here("dax2iso", "-f", "-j", jobs, "game.dax"))
-            self.assertEqual(self.read("new-game.iso"), image, jobs)
+            self.assertEqual(self.read("game.iso"), image, jobs)
         self.assertEqual(self.run_here("dax2iso", "-j", "0", "game.dax").status, 2)
 
     def test_a_damaged_frame_is_the_same_failure_for_any_number_of_threads(self):
@@ -59,8 +60,8 @@ class DaxCommands(ConsoleTest):
             self.write("game.dax", content)
             before = self.state()
             for jobs in 1, 2, 5:
-                result = self.run_here("dax2iso", "-j", jobs, "game.dax")
-                self.assertEqual((result.status, result.out, result.err), (1, "", "vantrel dax2iso: %s\n" % text))
+                result = self.run_here("dax2iso", "-f", "-j", jobs, "game.dax")
+                self.assertEqual((result.status, result.out, result.err), (1, "", "vantrel dax2iso: game.dax: %s\n" % text))
             self.assertEqual(self.state(), before)
 
     def expand(self, dax):
@@ -147,16 +148,16 @@ class DaxCommands(ConsoleTest):
         dax = bytearray(self.read("game.dax"))
         dax[-1] ^= 1
         self.write("game.dax", dax)
-        self.write("new-game.iso", b"older")
+        self.write("game.iso", b"older")
         before = self.state()
         result = self.run_here("dax2iso", "-f", "game.dax")
         self.assertEqual(result.status, 1)
-        self.assertEqual(result.err, "vantrel dax2iso: Error while decompressing (corrupt input?)\n")
+        self.assertEqual(result.err, "vantrel dax2iso: game.dax: Error while decompressing (corrupt input?)\n")
         self.assertEqual(self.state(), before)
         self.write("game.dax", dax[:len(dax) // 2])
         before = self.state()
         result = self.run_here("dax2iso", "-f", "game.dax")
-        self.assertEqual((result.status, result.err), (1, "vantrel dax2iso: Input seems to be corrupted.\n"))
+        self.assertEqual((result.status, result.err), (1, "vantrel dax2iso: game.dax: Input seems to be corrupted.\n"))
         self.assertEqual(self.state(), before)
 
     def test_a_truncated_image_is_converted_with_a_notice(self):
@@ -178,13 +179,13 @@ class DaxCommands(ConsoleTest):
         self.write("other.iso", bytes(40000))
         result = self.run_here("iso2dax", "other.iso")
         self.assertEqual((result.status, result.err), (
-            1, "vantrel iso2dax: Code 50 PSP - invalid PSP iso  file header  other.iso\n"))
+            1, "vantrel iso2dax: other.iso: Code 50 PSP - invalid PSP iso  file header  other.iso\n"))
         result = self.run_here("iso2dax", "missing.iso")
         self.assertEqual(result.status, 1)
         self.assertIn("Code 9101e - Error Opening missing.iso", result.err)
         result = self.run_here("dax2iso", "missing.dax")
         self.assertEqual(result.status, 1)
-        self.assertIn("Code 1003- Cannot open input file new-missing.iso", result.err)
+        self.assertIn("Code 1003- Cannot open input file missing.iso", result.err)
         self.assertEqual(self.names(), ["other.iso"])
 
 

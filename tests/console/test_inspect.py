@@ -7,7 +7,7 @@ import subprocess
 import unittest
 import zlib
 
-from support import ConsoleTest, IS_WINDOWS
+from support import COMMAND, ConsoleTest, IS_WINDOWS
 import cso_reference
 import dax_reference
 
@@ -259,6 +259,37 @@ class Inspect(ConsoleTest):
         result = self.run_here("extract", "game.iso", "NOTHING", "-C", "out2")
         self.assertEqual((result.status, result.err), (1, "vantrel extract: game.iso: holds no NOTHING\n"))
         self.assertFalse(os.path.exists(self.path("out2")))
+
+    def test_extract_understands_patterns_and_other_spellings(self):
+        for words, expected in ((["./A.TXT"], ["A.TXT"]), (["A.TXT;1"], ["A.TXT"]), (["/DIR/./B.BIN"], ["DIR/B.BIN"]),
+                                (["*.txt"], ["A.TXT"]), (["DIR/?.bin"], ["DIR/B.BIN"]), (["DIR\\SUB"], ["DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"]),
+                                (["*/*/C*"], ["DIR/SUB/C.BIN"]), (["D*"], ["DIR/B.BIN", "DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"])):
+            self.assert_done(self.run_here("extract", "game.iso", *words, "-C", "out"))
+            self.assertEqual(sorted(self.extracted("out")), expected, words)
+            shutil.rmtree(self.path("out"))
+        for word in "*.bin", "DIR/*.txt", "A.TXT/X":
+            result = self.run_here("extract", "game.iso", word, "-C", "out")
+            self.assertEqual((result.status, result.err),
+                             (1, "vantrel extract: game.iso: holds no %s\n" % word))
+
+    def test_extract_to_standard_output(self):
+        for name in self.files:
+            done = subprocess.run(COMMAND + ["extract", "game.iso", "--stdout", name], cwd=self.folder, capture_output=True,
+                                  stdin=subprocess.DEVNULL)
+            self.assertEqual((done.returncode, done.stdout), (0, self.files[name]), name)
+        result = self.run_here("extract", "game.iso", "--stdout", "DIR")
+        self.assertEqual((result.status, result.out, result.err),
+                         (1, "", "vantrel extract: game.iso: 3 files were chosen; --stdout writes one\n"))
+        self.assertEqual(self.run_here("extract", "game.iso", "--stdout", "-C", "out", "A.TXT").status, 2)
+
+    def test_extract_keeps_recorded_dates(self):
+        date = 1_000_000_000
+        os.utime(self.path("src/DIR/B.BIN"), (date, date))
+        self.master("game.iso", b"PLAYSTATION", b"PLAYSTATION")
+        self.assert_done(self.run_here("extract", "game.iso", "-C", "out"))
+        self.assertEqual(os.stat(self.path("out/DIR/B.BIN")).st_mtime, date)
+        self.assert_done(self.run_here("extract", "-f", "--no-dates", "game.iso", "-C", "out"))
+        self.assertGreater(os.stat(self.path("out/DIR/B.BIN")).st_mtime, date)
 
     def test_extract_replaces_files_only_with_force(self):
         os.mkdir(self.path("out"))

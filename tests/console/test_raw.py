@@ -31,10 +31,11 @@ class RawCommands(ConsoleTest):
         self.assertEqual(result.out, "my.Game.iso -> my.Game.bin: Conversion iso2bin Done ! (%d bytes)\n" % (40 * 2352))
         self.assertEqual(self.names(), ["my.Game.bin", "my.Game.cue", "my.Game.iso"])
         self.assertEqual(self.read("my.Game.cue"), SHEET % b"my.Game.bin")
-        result = self.run_here("bin2iso", "my.Game.bin")
+        self.write("my.Game.iso", b"older")
+        result = self.run_here("bin2iso", "-f", "my.Game.bin")
         self.assert_done(result)
-        self.assertEqual(result.out, "my.Game.bin -> new-my.iso: Conversion bin2iso Done ! (%d bytes)\n" % (40 * 2048))
-        self.assertEqual(self.read("new-my.iso"), cd_image())
+        self.assertEqual(result.out, "my.Game.bin -> my.Game.iso: Conversion bin2iso Done ! (%d bytes)\n" % (40 * 2048))
+        self.assertEqual(self.read("my.Game.iso"), cd_image())
 
     def test_a_postgap_where_the_volume_has_another_length(self):
         for volume in 39, 41:
@@ -42,7 +43,7 @@ class RawCommands(ConsoleTest):
             self.assert_done(self.run_here("iso2bin", "-f", "game.iso"))
             self.assertEqual(len(self.read("game.bin")), 190 * 2352)
             self.assert_done(self.run_here("bin2iso", "-f", "game.bin"))
-            self.assertEqual(self.read("new-game.iso"), cd_image(40, volume) + bytes(150 * 2048))
+            self.assertEqual(self.read("game.iso"), cd_image(40, volume) + bytes(150 * 2048))
 
     def test_the_sheet_is_written_beside_the_raw_image(self):
         self.write("game.iso", cd_image())
@@ -59,7 +60,7 @@ class RawCommands(ConsoleTest):
         self.write("game.cue", b"older")
         result = self.run_here("iso2bin", "game.iso")
         self.assertEqual((result.status, result.err),
-                         (1, "vantrel iso2bin: game.cue exists already; -f replaces it\n"))
+                         (1, "vantrel iso2bin: game.iso: game.cue exists already; -f replaces it\n"))
         self.assertEqual(self.names(), ["game.cue", "game.iso"])
         self.assert_done(self.run_here("iso2bin", "-f", "game.iso"))
         self.assertEqual(self.read("game.cue"), SHEET % b"game.bin")
@@ -69,8 +70,8 @@ class RawCommands(ConsoleTest):
         self.write("game.cue", b"older too")
         spoilt = bytearray(cd_image())
         spoilt[33342] = 0
-        for content, text in ((b"", "Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
-                              (spoilt, "Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
+        for content, text in ((b"", "game.iso: Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
+                              (spoilt, "game.iso: Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
                               (cd_image() + b"x",
                                "game.iso is not whole sectors of 2048 bytes: 1 bytes are left over")):
             self.write("game.iso", content)
@@ -222,7 +223,7 @@ class RawCommands(ConsoleTest):
         self.write('a"b.iso', cd_image())
         result = self.run_here("iso2bin", 'a"b.iso')
         self.assertEqual((result.status, result.err),
-                         (1, 'vantrel iso2bin: A CUE sheet cannot name the file a"b.bin\n'))
+                         (1, 'vantrel iso2bin: a"b.iso: A CUE sheet cannot name the file a"b.bin\n'))
         self.assertEqual(self.names(), ['a"b.iso'])
 
     def test_wrong_usage(self):

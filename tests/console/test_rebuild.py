@@ -32,7 +32,7 @@ class Rebuild(ConsoleTest):
         self.write("game.v2.iml", layout([]))
         self.write("game.v2.ims", bytes(18 * SECTOR))
         self.assert_done(self.run_here("iml2iso", "game.v2.iml"))
-        self.assertEqual(len(self.read("game.iso")), 18 * SECTOR)
+        self.assertEqual(len(self.read("game.v2.iso")), 18 * SECTOR)
 
     def test_a_missing_file_leaves_everything_unchanged(self):
         self.write_layout((18, 18, "NOWHERE"))

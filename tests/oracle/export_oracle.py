@@ -211,7 +211,7 @@ def check_refusals(image, work):
     patch(damaged, 33792, b"cd-")
     before = sorted(os.listdir(work))
     check("refused image", refused(damaged, "-o", layout),
-          "vantrel iso2iml: Code 9999 - invalid file header %s\n" % damaged)
+          "vantrel iso2iml: %s: Code 9999 - invalid file header %s\n" % (damaged, damaged))
     if "Code 101e - Error Opening " + work + "/none.iso" not in refused(work + "/none.iso"):
         sys.exit("a missing image is not named")
     if work + "/none/out.ims" not in refused(image, "-o", work + "/none/out.iml"):
