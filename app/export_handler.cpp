@@ -1,5 +1,7 @@
 // The "iso2iml" button: exports the chosen image and asks for the path of the layout.
+#include "app/layout_clock.h"
 #include "app/main_dialog.h"
+#include "app/message_box.h"
 #include "app/ui/image_file_dialog.h"
 #include "files/native_file.h"
 #include "files/path.h"
@@ -24,10 +26,11 @@ constexpr std::int32_t kChoiceCancelled = -1;
 void CMainDialog::OnIsoToIml() {
     Convert([this](const SInput& input, CDialogOperation& operation) {
         const auto chooseImlPath = [this] { return ChooseImlPath(); };
-        if (IsoToIml(input.folder, input.fileName, chooseImlPath, operation)) {
-            operation.End();
-        } else {
+        IsoToIml(input.folder, input.fileName, chooseImlPath, operation, SystemLayoutTime);
+        if (m_exportState == kChoiceCancelled) {
             operation.EndCancelled();
+        } else {
+            operation.End();
         }
     });
 }
@@ -37,8 +40,7 @@ std::optional<SChosenLayout> CMainDialog::ChooseImlPath() {
                             L"", FilterOf(kLayoutFilter));
     if (!dialog.DoModal()) {
         m_exportState = kChoiceCancelled;
-        MessageBoxW(m_window, WideOf(kExportCancelledText).c_str(), WideOf(kExportCancelledCaption).c_str(),
-                    MB_OK | MB_ICONINFORMATION);
+        ShowMessage(m_window, WideOf(kExportCancelledText), WideOf(kExportCancelledCaption));
         return std::nullopt;
     }
     Item(IDC_OUTPUT_FOLDER).SetText(WideOf(WithSeparator(Utf8Of(dialog.FolderPath()))));

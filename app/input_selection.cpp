@@ -55,7 +55,7 @@ void CMainDialog::OnBrowse() {
     CImageFileDialog dialog(CImageFileDialog::EPurpose::Open, m_window, WideOf(CurrentFolder()), L"",
                             FilterOf(kImageFilter));
     if (!dialog.DoModal()) {
-        MessageBoxW(m_window, L"You cancelled.", L"No File Chosen", MB_OK | MB_ICONINFORMATION);
+        ShowMessage(m_window, L"You cancelled.", L"No File Chosen");
         return;
     }
     Item(IDC_FOLDER).SetText(WideOf(WithSeparator(Utf8Of(dialog.FolderPath()))));

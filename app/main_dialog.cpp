@@ -18,6 +18,9 @@
 namespace vantrel {
 namespace {
 
+/// Tells that the close box has been pressed during a conversion.
+constexpr wchar_t kClosingCaption[] = L"quorn_vantrel_v5.0 - closes after this conversion";
+
 constexpr COLORREF kStatusBarGrey = RGB(180, 180, 180);
 
 constexpr const wchar_t* kLevelEntries[] = {
@@ -102,17 +105,17 @@ LRESULT CMainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             }
             break;
         case WM_QUERYDRAGICON:
-            return reinterpret_cast<LRESULT>(m_hIcon);
+            return reinterpret_cast<LRESULT>(OnQueryDragIcon());
         case WM_TIMER:
             if (OnTimer(wParam)) {
                 return 0;
             }
             break;
         case WM_MOUSEMOVE:
-            DropRipple(lParam, kMoveDrop);
+            OnMouseMove(lParam);
             break;
         case WM_LBUTTONDOWN:
-            DropRipple(lParam, kClickDrop);
+            OnLButtonDown(lParam);
             break;
         case WM_CLOSE:
             OnClose();
@@ -278,6 +281,9 @@ void CMainDialog::OnExit() {
 
 /// The dialog manager would press Exit, which ends the process at once. This lets a running conversion finish first.
 void CMainDialog::OnClose() {
+    if (m_converting) {
+        SetText(kClosingCaption);
+    }
     PlayClosingAnimation();
     PostQuitMessage(0);
 }

@@ -85,8 +85,10 @@ private:
     bool OnPaint();
     void OnAlwaysOnTop();
     void OnEffect();
+    HICON OnQueryDragIcon() const { return m_hIcon; }
     bool OnTimer(UINT_PTR timer);
-    void DropRipple(LPARAM position, const SRippleDrop& drop);
+    void OnMouseMove(LPARAM position);
+    void OnLButtonDown(LPARAM position);
 
     // Conversions (handlers.cpp, export_handler.cpp)
     void OnIsoToCso();

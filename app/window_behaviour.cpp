@@ -9,6 +9,11 @@ namespace {
 /// The system uses the low four bits of a system command.
 constexpr WPARAM kSystemCommandMask = 0xFFF0;
 
+/// The position of a mouse message, in the client area.
+POINT PointOf(LPARAM position) {
+    return {static_cast<short>(LOWORD(position)), static_cast<short>(HIWORD(position))};
+}
+
 }  // namespace
 
 void CMainDialog::OnCreate() {
@@ -72,9 +77,12 @@ bool CMainDialog::OnTimer(UINT_PTR timer) {
     return true;
 }
 
-void CMainDialog::DropRipple(LPARAM position, const SRippleDrop& drop) {
-    const POINT point = {static_cast<short>(LOWORD(position)), static_cast<short>(HIWORD(position))};
-    m_effect.DropAt(point, drop);
+void CMainDialog::OnMouseMove(LPARAM position) {
+    m_effect.DropAt(PointOf(position), kMoveDrop);
+}
+
+void CMainDialog::OnLButtonDown(LPARAM position) {
+    m_effect.DropAt(PointOf(position), kClickDrop);
 }
 
 }  // namespace vantrel

@@ -29,7 +29,7 @@ int CBlockStream::Begin() {
     if (m_isOpen) {
         return Reset();
     }
-    m_stream = {};
+    m_stream = m_memory.NewStream();
     const int result = Init();
     m_isOpen = result == Z_OK;
     return result;

@@ -7,14 +7,15 @@
 #include <optional>
 #include <span>
 
+#include "compress/stream_memory.h"
+
 namespace vantrel {
 
 /// Raw deflate data (RFC 1951), or deflate data with zlib's header and check value (RFC 1950). The value is zlib's
 /// windowBits for a window of 32 KiB.
 enum class EStreamForm : int { Raw = -15, Zlib = 15 };
 
-/// Whether each block gets a new stream or the first stream is reset. The output is the same; with some memory
-/// allocators, creating a stream costs as much time as using it.
+/// Whether each block gets a new stream or the first stream is reset. The output is the same.
 enum class EStreamUse { Fresh, Reused };
 
 struct SStreamSettings {
@@ -59,6 +60,7 @@ private:
 
     const SStreamSettings m_settings;
     const EStreamUse m_use;
+    CStreamMemory m_memory;
     z_stream m_stream = {};
     bool m_isOpen = false;
 };

@@ -21,11 +21,15 @@ public:
     /// The last notice; empty if there was none.
     const std::string& Notice() const { return m_notice; }
 
+    /// What the output lacks of the input; empty if nothing.
+    const std::string& Warning() const { return m_warning; }
+
     void SetTotal(std::int64_t units) override { m_total = units; }
     void SetDone(std::int64_t units) override { m_progress.Update(units, m_total); }
     /// Throws CInterrupted after Ctrl-C.
     void Yield() override;
     void Notify(std::string_view text) override { m_notice = text; }
+    void Warn(std::string_view text) override { m_warning = text; }
     bool Complete(std::string_view doneText, const std::function<void()>& report) override;
 
 private:
@@ -33,6 +37,7 @@ private:
     std::int64_t m_total = 0;
     std::string m_doneText;
     std::string m_notice;
+    std::string m_warning;
 };
 
 }  // namespace vantrel

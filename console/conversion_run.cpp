@@ -70,8 +70,12 @@ private:
             job.output = OutputOf(input);
             job.manner = m_options.force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
             RefuseOverwriting(job);
-            Convert(job);
-            ++m_tally.converted;
+            const std::string warning = Convert(job);
+            if (warning.empty()) {
+                ++m_tally.converted;
+            } else {
+                PrintFailure(warning);
+            }
         } catch (const CRefused& refusal) {
             PrintFailure(refusal.what());
         } catch (const CConversionFailed& failure) {
@@ -79,7 +83,8 @@ private:
         }
     }
 
-    void Convert(const SConversionJob& job) {
+    /// Returns what the output lacks of the input; empty if nothing.
+    std::string Convert(const SConversionJob& job) {
         const std::int64_t size = SizeOf(job.input);
         CProgressLine progress(!m_options.quiet && IsTerminal(), FileNameOf(job.input), size);
         CConsoleOperation operation(progress);
@@ -91,6 +96,7 @@ private:
         if (!m_options.quiet) {
             PrintResult(job, operation);
         }
+        return operation.Warning();
     }
 
     std::string OutputOf(const std::string& input) const {

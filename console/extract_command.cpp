@@ -50,7 +50,7 @@ public:
                     "  vantrel extract game.iso SYSTEM.CNF PSP_GAME/SYSDIR"}) {}
 
     void Declare(COptionSet& options) override {
-        options.AddText("FILE", m_file, "The image: ISO, CSO, DAX or BIN");
+        options.AddText("FILE", m_file, "The image: ISO, CSO, DAX, BIN or CUE sheet");
         options.Require("FILE");
         options.AddTexts("PATH", m_paths, "Files and folders to extract; by default all");
         options.AddText("-C,--directory", m_folder, "Write below this folder instead of the current one");

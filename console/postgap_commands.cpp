@@ -21,7 +21,7 @@ public:
 
     void Declare(COptionSet& options) override {
         DeclareFiles(options);
-        options.AddFlag("--dry-run", m_dryRun, "Report only, change nothing");
+        options.AddFlag("--dry-run", m_dryRun, "Change nothing; status 1 if the postgap is missing");
     }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {

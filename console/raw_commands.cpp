@@ -1,6 +1,7 @@
 // The commands of raw images.
 #include "console/commands.h"
 #include "console/conversion_command.h"
+#include "console/option_set.h"
 #include "files/path.h"
 #include "raw/bin_to_iso.h"
 #include "raw/iso_to_bin.h"
@@ -28,16 +29,30 @@ public:
 class CBinToIsoCommand : public CConversionCommand {
 public:
     CBinToIsoCommand()
-        : CConversionCommand({"bin2iso", "Extract the plain image from a raw Mode 2 image",
-                              "Examples:\n  vantrel bin2iso game.bin\n  vantrel bin2iso -o game.iso game.bin"}) {}
+        : CConversionCommand({"bin2iso", "Extract the plain image from a raw image or the data track of a CUE sheet",
+                              "Sync field, mode and EDC of every sector are checked; an image with damaged sectors is "
+                              "refused.\n"
+                              "The exit status is 1 if the image does not hold all data of the input: with "
+                              "--ignore-errors,\n"
+                              "and for a sheet with audio tracks.\n"
+                              "Examples:\n  vantrel bin2iso game.bin\n  vantrel bin2iso game.cue\n"
+                              "  vantrel bin2iso -o game.iso game.bin"}) {}
+
+    void Declare(COptionSet& options) override {
+        CConversionCommand::Declare(options);
+        options.AddFlag("--ignore-errors", m_ignoreErrors, "Convert damaged sectors, too; the exit status is still 1");
+    }
 
     std::string OutputName(const std::string& inputName) const override {
         return "new-" + BaseNameOf(inputName) + ".iso";
     }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
-        BinToIso({job.input, job.output, job.manner, true}, operation);
+        BinToIso({job.input, job.output, job.manner, true, m_ignoreErrors}, operation);
     }
+
+private:
+    bool m_ignoreErrors = false;
 };
 
 }  // namespace

@@ -4,12 +4,13 @@
 
 #include "files/letter_case.h"
 #include "files/native_file.h"
+#include "files/utf.h"
 
 namespace vantrel {
 
 namespace {
 
-constexpr std::size_t kLongestBaseName = 30;
+constexpr std::size_t kLongestBaseName = 30;  // UTF-16 units
 
 #ifdef _WIN32
 constexpr std::string_view kSeparators = "\\/";
@@ -25,8 +26,8 @@ std::size_t DriveLength([[maybe_unused]] std::string_view path) {
 #endif
 }
 
-bool ContinuesSequence(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+bool IsHighSurrogate(wchar_t unit) {
+    return unit >= 0xD800 && unit < 0xDC00;
 }
 
 }  // namespace
@@ -69,14 +70,9 @@ std::string WithSeparator(std::string folder) {
 }
 
 std::string BaseNameOf(std::string_view fileName) {
-    std::size_t length = std::min(fileName.find('.'), fileName.size());
-    if (length > kLongestBaseName) {
-        length = kLongestBaseName;
-        while (length > 0 && ContinuesSequence(fileName[length])) {
-            --length;
-        }
-    }
-    return std::string(fileName.substr(0, length));
+    const std::wstring name = WideOf(fileName.substr(0, fileName.find('.')));
+    const bool splitsPair = name.size() > kLongestBaseName && IsHighSurrogate(name[kLongestBaseName - 1]);
+    return Utf8Of(name.substr(0, splitsPair ? kLongestBaseName - 1 : kLongestBaseName));
 }
 
 std::string ResolveFileCase(const std::string& path) {

@@ -31,8 +31,8 @@ std::string FileNameOf(std::string_view path);
 /// `folder` with a closing separator; an empty text stays empty.
 std::string WithSeparator(std::string folder);
 
-/// The file name up to its first '.', and at most 30 bytes without splitting a UTF-8 sequence. The window forms the
-/// names of its outputs from it.
+/// The file name up to its first '.', and at most 30 UTF-16 units without splitting a surrogate pair. The window forms
+/// the names of its outputs from it.
 std::string BaseNameOf(std::string_view fileName);
 
 /// Whether two texts are equal except for the case of ASCII letters.

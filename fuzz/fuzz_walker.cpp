@@ -24,7 +24,7 @@ constexpr std::int64_t kCapacity = 8 << 20U;
 const std::string kImage = std::string(kFolder) + "game.iso";
 const std::string kLayout = std::string(kFolder) + "game.iml";
 
-SLocalTime NoTime() {
+SLayoutTime NoTime() {
     return {};
 }
 

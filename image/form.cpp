@@ -7,6 +7,7 @@
 #include "files/input_file.h"
 #include "files/refused.h"
 #include "iso/iso9660.h"
+#include "raw/cue_reader.h"
 #include "raw/raw_sector.h"
 
 namespace vantrel {
@@ -46,7 +47,7 @@ EForm FormOf(CByteSource& file) {
     if (HasBytes(file, 0, "[SYS]"sv)) {
         return EForm::Iml;
     }
-    return HasBytes(file, 0, "FILE \""sv) ? EForm::Cue : EForm::Unknown;
+    return IsCueSheet(file) ? EForm::Cue : EForm::Unknown;
 }
 
 EForm FormOfFile(const std::string& path) {

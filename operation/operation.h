@@ -66,6 +66,10 @@ public:
     /// Shows a notice and continues.
     virtual void Notify(std::string_view /*text*/) {}
 
+    /// Reports that the output is written, but lacks something of the input. The console program then ends with
+    /// status 1.
+    virtual void Warn(std::string_view text) { Notify(text); }
+
     /// Reports why the conversion cannot continue, and ends it.
     [[noreturn]] void Fail(std::string_view text) {
         EndWith(text);

@@ -6,6 +6,7 @@
 #include "files/commit_together.h"
 #include "files/path.h"
 #include "files/text_output.h"
+#include "iso/iso9660.h"
 #include "operation/text.h"
 #include "raw/cd_image.h"
 #include "raw/cue_sheet.h"
@@ -24,6 +25,13 @@ void WriteSheet(COutputFile& cue, const std::string& binName) {
     sheet.Flush();
 }
 
+void FailUnlessWholeSectors(const std::string& path, std::int64_t length, COperation& operation) {
+    if (const std::int64_t rest = length % kSectorSize; rest != 0) {
+        operation.Fail(Format("%s is not whole sectors of 2048 bytes: %d bytes are left over", path.c_str(),
+                              static_cast<int>(rest)));
+    }
+}
+
 }  // namespace
 
 std::string CuePathOf(const std::string& binPath) {
@@ -40,6 +48,7 @@ void IsoToBin(const SIsoToBinRequest& request, COperation& operation) {
     CCheckedInput image(operation);
     const SCdImage found = ExamineCdImage(request.imagePath, image, operation);
     operation.SetPane(EPane::Bytes, BytesText(found.length));
+    FailUnlessWholeSectors(request.imagePath, found.length, operation);
     const SExpansion expansion = PlanExpansion(image, ESectorMode::Mode2Form1, found.NeedsPostgap(), operation);
     const std::string binName = FileNameOf(request.binPath);
     if (!CanStandInCueSheet(binName)) {

@@ -83,12 +83,7 @@ std::uint32_t SExpansion::AllSectors() const {
 }
 
 SExpansion PlanExpansion(const CCheckedInput& image, ESectorMode mode, bool postgap, COperation& operation) {
-    const std::int64_t size = image.SizeOrFail();
-    if (const std::int64_t rest = size % kSectorSize; rest != 0) {
-        operation.Fail(Format("%s is not whole sectors of 2048 bytes: %d bytes are left over", image.Path().c_str(),
-                              static_cast<int>(rest)));
-    }
-    const std::int64_t sectors = size / kSectorSize;
+    const std::int64_t sectors = image.SizeOrFail() / kSectorSize;
     if (sectors + (postgap ? kPostgapSectors : 0) > kMostRawSectors) {
         operation.Fail(Format("%s is too long for a CD: addresses end at 99:59:74, after %u sectors",
                               image.Path().c_str(), kMostRawSectors));

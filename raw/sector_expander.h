@@ -17,8 +17,8 @@ struct SExpansion {
     std::uint32_t AllSectors() const;
 };
 
-/// The expansion of a whole image. Fails if the image is not a whole number of sectors, or if its sectors and the
-/// postgap are more than the addresses of a disc can count.
+/// The expansion of all whole sectors of an image; the bytes of a partial last one are left out. Fails if the sectors
+/// and the postgap are more than the addresses of a disc can count.
 SExpansion PlanExpansion(const CCheckedInput& image, ESectorMode mode, bool postgap, COperation& operation);
 
 /// Writes the raw sectors of the image and the postgap to the output. One unit of progress is a raw sector. A second

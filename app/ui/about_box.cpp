@@ -1,6 +1,7 @@
 // The dialog template defines the box. This file adds the function of its two links.
 #include "app/ui/about_box.h"
 
+#include "app/held_quit.h"
 #include "app/ui/hover_cursor.h"
 #include "app/ui/link_label.h"
 #include "resources/resource_ids.h"
@@ -11,6 +12,7 @@ namespace {
 class CAboutBox {
 public:
     void Run(HWND owner) {
+        const CHeldQuit held;
         DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_ABOUT), owner, &CAboutBox::Receive,
                         reinterpret_cast<LPARAM>(this));
     }

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/held_quit.h"
+
 namespace vantrel {
 namespace {
 
@@ -47,6 +49,7 @@ bool CImageFileDialog::DoModal() {
     record.nMaxFileTitle = static_cast<DWORD>(m_title.size());
     record.lpstrInitialDir = m_initialFolder.c_str();
     record.Flags = m_flags;
+    const CHeldQuit held;
     const BOOL chosen = m_purpose == EPurpose::Open ? GetOpenFileNameW(&record) : GetSaveFileNameW(&record);
     if (chosen == FALSE) {
         return false;

@@ -22,13 +22,14 @@ void CMessageLoop::Run(HWND window) {
 
 int PumpMessages(CMessageLoop& loop) {
     MSG message{};
+    bool isQuitting = false;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE) != FALSE) {
-        if (!loop.PumpMessage()) {
-            PostQuitMessage(0);
-            return 0;
-        }
+        isQuitting = !loop.PumpMessage() || isQuitting;
     }
-    return 1;
+    if (isQuitting) {
+        PostQuitMessage(0);
+    }
+    return isQuitting ? 0 : 1;
 }
 
 }  // namespace vantrel

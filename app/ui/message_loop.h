@@ -27,8 +27,9 @@ private:
     IMessageFilter* m_filter = nullptr;
 };
 
-/// Processes all pending messages and returns 1. On WM_QUIT it posts that message again, for the outer message loop,
-/// and returns 0; a running conversion continues and the program ends afterwards.
+/// Processes all pending messages and returns 1. If WM_QUIT was among them, posts it again for the outer message loop
+/// and returns 0: a running conversion continues and the program ends afterwards. WM_QUIT is posted last, because the
+/// queue delivers it before the user's input, so a click on Exit would never arrive.
 int PumpMessages(CMessageLoop& loop);
 
 }  // namespace vantrel

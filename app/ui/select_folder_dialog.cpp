@@ -8,6 +8,7 @@
 
 #include <utility>
 
+#include "app/held_quit.h"
 #include "app/ui/window.h"
 
 namespace vantrel {
@@ -85,6 +86,7 @@ int CSelectFolderDialog::DoModal() {
         OFN_EXPLORER | OFN_ENABLEHOOK | OFN_ENABLESIZING | OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT | OFN_NOCHANGEDIR;
     record.lpfnHook = HookProcedure;
     record.lCustData = reinterpret_cast<LPARAM>(this);
+    const CHeldQuit held;
     GetSaveFileNameW(&record);
     return m_accepted ? IDOK : IDCANCEL;
 }

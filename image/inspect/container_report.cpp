@@ -1,14 +1,12 @@
 #include "image/inspect/container_report.h"
 
-#include <array>
 #include <cmath>
 
 #include "compress/cso_reader.h"
 #include "compress/dax_reader.h"
-#include "files/input_file.h"
 #include "files/refused.h"
+#include "image/inspect/raw_report.h"
 #include "operation/text.h"
-#include "raw/sector_check.h"
 
 namespace vantrel {
 
@@ -119,37 +117,6 @@ CReport ReportOnDax(const std::string& path) {
             {"oddities", DaxOddities(dax, fileSize)}};
 }
 
-/// Minute, second and frame as the header holds them, in BCD: "00:02:16".
-std::string AddressText(std::span<const std::uint8_t, kRawSectorSize> sector) {
-    return Format("%02x:%02x:%02x", sector[kAddressOffset], sector[kAddressOffset + 1], sector[kAddressOffset + 2]);
-}
-
-CReport ReportOnBin(const std::string& path) {
-    CInputFile file;
-    CReport report;
-    if (!file.Open(path)) {
-        RefuseUnreadable(path);
-    }
-    std::array<std::uint32_t, 4> kinds = {};
-    std::array<std::uint8_t, kRawSectorSize> sector = {};
-    std::uint32_t count = 0;
-    for (; file.Read(sector) == sector.size(); ++count) {
-        if (count == 0) {
-            report.Add("first_address", AddressText(sector));
-        }
-        ++kinds[static_cast<std::size_t>(KindOfSector(sector))];
-    }
-    if (file.HasFailed()) {
-        RefuseUnreadable(path);
-    }
-    report.Add("sectors", count);
-    report.Add("mode_1", kinds[static_cast<std::size_t>(ESectorKind::Mode1)]);
-    report.Add("mode_2_form_1", kinds[static_cast<std::size_t>(ESectorKind::Mode2Form1)]);
-    report.Add("mode_2_form_2", kinds[static_cast<std::size_t>(ESectorKind::Mode2Form2)]);
-    report.Add("other", kinds[static_cast<std::size_t>(ESectorKind::Other)]);
-    return report;
-}
-
 }  // namespace
 
 std::optional<CReport> ReportOnContainer(const std::string& path, EForm form) {
@@ -159,11 +126,11 @@ std::optional<CReport> ReportOnContainer(const std::string& path, EForm form) {
         case EForm::Dax:
             return ReportOnDax(path);
         case EForm::Bin:
-            return ReportOnBin(path);
+        case EForm::Cue:
+            return ReportOnRawImage(path);
         case EForm::Iso:
         case EForm::Zso:
         case EForm::Iml:
-        case EForm::Cue:
         case EForm::Unknown:
             break;
     }

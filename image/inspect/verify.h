@@ -8,11 +8,13 @@
 
 namespace vantrel {
 
-// Progress is reported in bytes of the image, with a yield for each chunk. Each call throws CRefused if a file holds
-// nothing that it can read.
+// Progress is reported in bytes of the image and of the files of a raw one, with a yield for each chunk. Each call
+// throws CRefused if a file holds nothing that it can read.
 
-/// Verifies an image or a layout. Members: "file", "form", "ok", "problems" (texts), and, for a completely readable
-/// image, "image" with "bytes", "crc32", "md5" and "sha1".
+/// Verifies an image or a layout. Members: "file", "form", "ok", "problems" (texts); for a CUE sheet, "tracks" (see
+/// ReportOnTracks) with "checked"; for a completely readable image, "image" with "bytes", "crc32", "md5" and "sha1";
+/// for a raw file, "bin" with "file" and the same four of the file itself; for a sheet, "bins", a list of these for
+/// each file that it names.
 CReport VerifyFile(const std::string& path, COperation& operation);
 
 /// Compares the images in two files. Members: "file", "form", "against", "ok", and "difference", which is null or has

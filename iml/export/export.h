@@ -28,7 +28,7 @@ std::string LayoutPathOf(const std::string& folder, const std::string& fileName)
 /// The window's "iso2iml" for the image `folder` (with its separator) + `fileName`: walks the image, asks for the
 /// layout, and writes it. False if the user cancelled.
 bool IsoToIml(const std::string& folder, const std::string& fileName, const ChooseImlPath& chooseImlPath,
-              COperation& operation, const std::function<SLocalTime()>& clock = LocalTimeNow);
+              COperation& operation, const std::function<SLayoutTime()>& clock = LayoutTimeNow);
 
 /// The console program's export.
 struct SExportRequest {
@@ -39,7 +39,7 @@ struct SExportRequest {
     /// Folder for the listed files, with its closing separator ("" is the current folder); nothing to extract none.
     std::optional<std::string> extractionFolder;
     std::string existsHint;  ///< See SExtractionRequest.
-    std::function<SLocalTime()> clock = LocalTimeNow;
+    std::function<SLayoutTime()> clock = LayoutTimeNow;
 };
 
 /// Exports an image. Either the layout appears with all its files, or nothing does.

@@ -160,7 +160,7 @@ void CLayoutWriter::WriteTrailingSector() {
 
 std::int32_t CLayoutWriter::CountEntries() const {
     const auto named = std::count_if(m_image.files.begin(), m_image.files.end(),
-                                     [](const SWalkedFile& file) { return file.HasName(); });
+                                     [](const SWalkedFile& file) { return file.IsListed(); });
     return static_cast<std::int32_t>(named) + (m_variant.hasTrailingEntry ? 2 : 1);
 }
 
@@ -173,16 +173,17 @@ void CLayoutWriter::WriteLayout() {
     text.Write("[/LOC]\n\n");
     text.Flush();
     m_layout.FinishOrFail();
+    m_request.beforeCommit(text.Sum());
 }
 
 void CLayoutWriter::WriteHead(CTextOutput& text, std::int32_t entries) {
-    const SLocalTime now = m_request.clock();
+    const SLayoutTime now = m_request.clock();
     const std::string noName = Quoted(std::string(32, ' '));
     text.Write("[SYS]\nVERSION=1.00\n");
     text.Write(m_variant.mediaLines);
-    text.Write("DISCVERSION=1.00\nDATE=" + DateText(now) + '-' + TimeText(now) + "\n[/SYS]\n\n");
+    text.Write("DISCVERSION=1.00\nDATE=" + now.date + '-' + now.time + "\n[/SYS]\n\n");
     text.Write("[CUE]\nDISCNAME=" + noName + "\nPRODUCER=" + noName + "\nCOPYRIGHT=" + noName + '\n');
-    text.Write("CREATIONDATE=" + PlainDateText(now) + '\n');
+    text.Write("CREATIONDATE=" + now.plainDate + '\n');
     text.Write(m_variant.typeLines);
     text.Write(m_variant.trackTable);
     text.Write("[/CUE]\n\n[LOC]\n");
@@ -199,7 +200,7 @@ void CLayoutWriter::WriteEntries(CTextOutput& text, std::int32_t entries) {
     const std::string folder = LayoutFolderOf(m_request.folderText);
     CRangeRule rule;
     for (const SWalkedFile& file : m_image.files) {
-        if (!file.HasName()) {
+        if (!file.IsListed()) {
             continue;
         }
         const SSectorRange range = rule.Next(file.start, file.size);

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "files/checksum.h"
 #include "files/output_file.h"
 #include "iml/export/local_time.h"
 #include "iml/export/walker.h"
@@ -22,7 +23,9 @@ struct SLayoutRequest {
     /// The side files of the window, of which the copies of header and path table are deleted at the end.
     std::optional<SWalkFilePaths> sideFiles = std::nullopt;
     EOutputManner manner = EOutputManner::InPlace;
-    std::function<SLocalTime()> clock = LocalTimeNow;
+    std::function<SLayoutTime()> clock = LayoutTimeNow;
+    /// Called with the checksum of the finished layout, before it gets its name.
+    std::function<void(const SChecksum& layout)> beforeCommit = [](const SChecksum&) {};
 };
 
 /// The folder that the path field puts before every path: its text without drive, and without the part behind the last

@@ -30,4 +30,12 @@ std::string TimeText(const SLocalTime& time) {
     return Format("%02d:%02d:%02d", hour, time.minute, time.second);
 }
 
+SLayoutTime LayoutTimeOf(const SLocalTime& time) {
+    return {DateText(time), TimeText(time), PlainDateText(time)};
+}
+
+SLayoutTime LayoutTimeNow() {
+    return LayoutTimeOf(LocalTimeNow());
+}
+
 }  // namespace vantrel

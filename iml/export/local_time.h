@@ -24,4 +24,14 @@ std::string PlainDateText(const SLocalTime& time);
 /// "hh:mm:ss" with the hour from 01 to 12 and nothing that tells morning from afternoon.
 std::string TimeText(const SLocalTime& time);
 
+/// A moment in the three forms of a layout.
+struct SLayoutTime {
+    std::string date;       ///< see DateText
+    std::string time;       ///< see TimeText
+    std::string plainDate;  ///< see PlainDateText
+};
+
+SLayoutTime LayoutTimeOf(const SLocalTime& time);
+SLayoutTime LayoutTimeNow();
+
 }  // namespace vantrel

@@ -34,6 +34,9 @@ std::string NamesOf(const std::vector<std::string>& names) {
 
 /// Why a layout cannot list a file, or empty.
 std::string UnlistedBecause(const SContentFile& file) {
+    if (file.path.empty() || file.path.ends_with('\\')) {
+        return "without a name";
+    }
     if ((file.flags & kFileFlagAssociated) != 0) {
         return "associated";
     }
@@ -124,7 +127,7 @@ private:
         std::vector<std::string> unlisted;
         std::vector<std::string> special;
         for (const SContentFile& file : m_contents.files) {
-            const std::string path = PrintableName(file.path);
+            const std::string path = LineName(file.path);
             if (const std::string reason = UnlistedBecause(file); !reason.empty()) {
                 unlisted.push_back(path + " (" + reason + ")");
                 continue;

@@ -16,7 +16,7 @@ namespace vantrel {
 namespace {
 
 std::string ListedName(std::string_view recorded) {
-    return PrintableName(std::string(recorded.substr(0, recorded.find(kVersionSeparator))));
+    return LineName(std::string(recorded.substr(0, recorded.find(kVersionSeparator))));
 }
 
 class CWalk {
@@ -52,6 +52,9 @@ private:
     std::optional<CWalkFiles> m_sideFiles;
     EImageMark m_mark = EImageMark::None;
     SPrimaryVolumeDescriptor m_volume = {};
+    std::uint8_t m_mediaId = 0;
+    std::uint8_t m_mediaSub = 0;
+    std::uint32_t m_volumeSectors = 0;
     CPathTable m_pathTable;
     SWalkedImage m_walked;
 };
@@ -69,12 +72,15 @@ SWalkedImage CWalk::Run() {
     }
     if (m_mark == EImageMark::Dvd) {
         TakeInUdfEntries();
-        m_walked.anchorTag = ReadAnchorTag(m_image, m_walked.volumeSectors);
+        m_walked.anchorTag = ReadAnchorTag(m_image, m_volumeSectors);
     }
     if (m_sideFiles) {
         m_sideFiles->WriteHeaderLength(m_walked.headerSectors);
     }
     m_image.FailIfUnread();
+    m_walked.mediaId = m_mediaId;
+    m_walked.mediaSub = m_mediaSub;
+    m_walked.volumeSectors = m_volumeSectors;
     return std::move(m_walked);
 }
 
@@ -86,9 +92,9 @@ void CWalk::OpenImage() {
         FailInvalid();
     }
     m_volume = ReadPrimaryVolume(m_image);
-    m_walked.mediaId = m_volume.applicationIdentifier[1];
-    m_walked.mediaSub = m_volume.applicationUse[kXaMarkInApplicationUse];
-    m_walked.volumeSectors = m_volume.volumeSpaceSize.Value();
+    m_mediaId = m_volume.applicationIdentifier[1];
+    m_mediaSub = m_volume.applicationUse[kXaMarkInApplicationUse];
+    m_volumeSectors = m_volume.volumeSpaceSize.Value();
 }
 
 void CWalk::FollowTree() {

@@ -97,6 +97,10 @@ std::int64_t CImageWriter::OpenListed(const std::string& path) {
     return length;
 }
 
+SChecksum CImageWriter::ListedChecksum() {
+    return ChecksumOf(m_listed, [this] { m_operation.Yield(); });
+}
+
 void CImageWriter::CopyListed(const std::string& path, std::int64_t length) {
     Copy(m_listed, path, length, [this](std::int64_t blocks) { Advance(blocks); });
     m_listed.Close();

@@ -167,6 +167,7 @@ class Guarantees(ConsoleTest):
     def write_image(self, system, volume_sectors):
         """An image of 60 sectors, whose kind depends on its system identifier."""
         image = bytearray(psp_image(60))
+        image[32768:32774] = b"\1CD001"
         image[32776:32776 + len(system)] = system
         image[33792:33800] = b"CD-XA001"
         image[32848:32852] = struct.pack("<I", volume_sectors)

@@ -84,7 +84,7 @@ class Inspect(ConsoleTest):
         raw = self.report("info", "game.bin")[1]["container"]
         sectors = len(self.image) // SECTOR
         self.assertEqual(raw, {"sectors": sectors, "first_address": "00:02:00", "mode_1": 0, "mode_2_form_1": sectors,
-                               "mode_2_form_2": 0, "other": 0} | {"first_address": "00:02:00"})
+                               "mode_2_form_2": 0, "other": 0, "audio": 0})
 
     def test_info_reports_oddities(self):
         self.make_forms()

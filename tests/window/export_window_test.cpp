@@ -140,6 +140,53 @@ TEST_F(ExportWindowTest, AChosenFolderPrecedesEveryPath) {
     EXPECT_NE(layout.find('"' + written + "\\DATA\\LEVEL.BIN\"\r\n"), std::string::npos) << layout;
 }
 
+/// "2026/11/21-01:07:59" and "20261121": a local time in the forms of a layout.
+std::pair<std::string, std::string> LayoutTimes(const SYSTEMTIME& time) {
+    const auto twoDigits = [](int number) { return (number < 10 ? "0" : "") + std::to_string(number); };
+    const std::string year = std::to_string(time.wYear);
+    const std::string month = twoDigits(time.wMonth);
+    const std::string day = twoDigits(time.wDay);
+    const int hour = time.wHour % 12;
+    return {year + "/" + month + "/" + day + "-" + twoDigits(hour == 0 ? 12 : hour) + ":" + twoDigits(time.wMinute) +
+                ":" + twoDigits(time.wSecond),
+            year + month + day};
+}
+
+/// The text of a line "KEY=text".
+std::string LineOf(const std::string& layout, const std::string& key) {
+    const std::size_t start = layout.find("\r\n" + key + "=") + key.size() + 3;
+    return layout.substr(start, layout.find("\r\n", start) - start);
+}
+
+TEST_F(ExportWindowTest, TheLayoutHasTheLocalTimeOfTheSystem) {
+    constexpr ULONGLONG kSecond = 10'000'000;
+    MakeImage(EImageKind::Cd);
+    CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    dialog.Press(IDC_ISO_TO_IML);
+    const CDrivenFileDialog question = WaitForFileDialog(m_program, kConversion);
+    SYSTEMTIME before{};
+    GetLocalTime(&before);
+    question.Choose(m_folder / "layout.iml");
+    WaitForBox(m_program, kConversion).Close();
+    FILETIME ticks{};
+    SystemTimeToFileTime(&before, &ticks);
+    ULARGE_INTEGER moment = {};
+    moment.LowPart = ticks.dwLowDateTime;
+    moment.HighPart = ticks.dwHighDateTime;
+    std::vector<std::pair<std::string, std::string>> possible;
+    for (int second = 0; second < 60; ++second, moment.QuadPart += kSecond) {
+        ticks = {moment.LowPart, moment.HighPart};
+        SYSTEMTIME time{};
+        FileTimeToSystemTime(&ticks, &time);
+        possible.push_back(LayoutTimes(time));
+    }
+    const std::string layout = ReadText(m_folder / "layout.iml");
+    const std::pair written = {LineOf(layout, "DATE"), LineOf(layout, "CREATIONDATE")};
+    EXPECT_NE(std::find(possible.begin(), possible.end(), written), possible.end())
+        << written.first << " is not within a minute after " << possible.front().first;
+}
+
 TEST_F(ExportWindowTest, ARefusedImageEndsTheProgram) {
     WriteText(m_folder / "game.iso", "no image at all");
     CDrivenDialog dialog = m_program.Start();

@@ -52,6 +52,8 @@ if [ "$scale" != 100 ] && [ ! -e "$WINEPREFIX/.scaled" ]; then
     wineserver -p 8>&- >/dev/null 2>&1 </dev/null
     wine wineboot 8>&- >/dev/null 2>&1 </dev/null
 fi
+# A time zone other than UTC, in a form that the system understands and the C runtime of Windows misreads.
+export TZ='<+0545>-5:45'
 mkdir -p "$pictures"
 export VANTREL_PICTURES="Z:$pictures"
 if [ -n "${WINE_ENV_RECORDING-}" ]; then

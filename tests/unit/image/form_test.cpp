@@ -27,6 +27,8 @@ TEST(Form, IsDeterminedFromContent) {
     EXPECT_EQ(FormOfBytes("\0\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\0..."sv), EForm::Bin);
     EXPECT_EQ(FormOfBytes("[SYS]\r\n"), EForm::Iml);
     EXPECT_EQ(FormOfBytes("FILE \"game.bin\" BINARY"), EForm::Cue);
+    EXPECT_EQ(FormOfBytes("REM COMMENT\r\nCATALOG 1\r\nfile game.bin BINARY"), EForm::Cue);
+    EXPECT_EQ(FormOfBytes("REM COMMENT\r\necho FILE"), EForm::Unknown);
     EXPECT_EQ(FormOfBytes(""), EForm::Unknown);
     EXPECT_EQ(FormOfBytes("C"), EForm::Unknown);
     const test::SBuiltImage image = test::BuildImage({});

@@ -300,6 +300,14 @@ TEST_F(CWindowBehaviour, MinimisedWindowPaintsAndCanBeRestored) {
     EXPECT_TRUE(SettledPicture(dialog.Window()) == before);
 }
 
+TEST_F(CWindowBehaviour, AnswersWithItsIconWhenItIsDragged) {
+    const CDrivenDialog dialog = m_program.Start();
+    const LRESULT icon = Ask(dialog.Window(), WM_QUERYDRAGICON);
+    EXPECT_NE(icon, 0);
+    EXPECT_EQ(icon, Ask(dialog.Window(), WM_GETICON, ICON_BIG));
+    EXPECT_EQ(icon, Ask(dialog.Window(), WM_GETICON, ICON_SMALL));
+}
+
 TEST_F(CWindowBehaviour, EnterBrowses) {
     const CDrivenDialog dialog = m_program.Start();
     PostMessageW(dialog.Control(IDC_BROWSE), WM_KEYDOWN, VK_RETURN, 1);

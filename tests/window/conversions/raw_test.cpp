@@ -89,6 +89,20 @@ TEST_F(CRawTest, ConvertsAndReports) {
     EXPECT_EQ(m_program.WaitForEnd(), 0U);
 }
 
+TEST_F(CRawTest, ConvertsTheWholeSectorsOfAnImage) {
+    const Bytes image = CdImage();
+    WriteWhole(Disc("whole.iso"), image);
+    Bytes longer = image;
+    longer.resize(image.size() + 1000, 7);
+    WriteWhole(Disc("game.iso"), longer);
+    WriteText(Disc("game.bin"), "older");
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(Disc("game.iso"));
+    EXPECT_THAT(Convert(dialog, IDC_ISO_TO_BIN), StartsWith(kDoneText));
+    EXPECT_EQ(dialog.Pane(EPane::Bytes), std::to_string(image.size() / 2048 * 2352) + " bytes");
+    EXPECT_EQ(ReadWhole(Disc("game.bin")), RawImageOfConsole(Disc("whole.iso")));
+}
+
 TEST_F(CRawTest, TemporaryFilesAppearAndDisappear) {
     WriteWhole(Disc("game.iso"), CdImage(20'000'000, EPostgap::Missing));
     const CDrivenDialog dialog = m_program.Start();

@@ -31,6 +31,23 @@ Bytes UmdImage(std::size_t sectors) {
     return BuildImage(description).bytes;
 }
 
+/// A CSO file whose blocks are all stored plain.
+Bytes PlainCso(const Bytes& image) {
+    const std::size_t blocks = image.size() / kImageSector;
+    Bytes container(24 + 4 * (blocks + 1));
+    const Bytes head = {'C', 'I', 'S', 'O'};
+    std::copy(head.begin(), head.end(), container.begin());
+    Write32(container, 8, static_cast<std::uint32_t>(image.size()));
+    Write32(container, 16, static_cast<std::uint32_t>(kImageSector));
+    container[20] = 1;
+    for (std::size_t i = 0; i <= blocks; ++i) {
+        const auto position = static_cast<std::uint32_t>(container.size() + i * kImageSector);
+        Write32(container, 24 + 4 * i, i < blocks ? position | 0x80000000U : position);
+    }
+    container.insert(container.end(), image.begin(), image.end());
+    return container;
+}
+
 class CConversionTest : public CWindowTest {
 protected:
     /// Starts the program on an image and presses a button.
@@ -84,6 +101,22 @@ TEST_F(CConversionTest, CompressesAndExpandsToTheSameImage) {
     box.Close();
     ExpectOnlyChoosingIsPossible(dialog);
     EXPECT_EQ(ReadWhole(m_folder / "new-game.iso"), image);
+}
+
+TEST_F(CConversionTest, BaseNamesHaveThirtyCharactersOfAnyAlphabet) {
+    const Bytes image = UmdImage(20);
+    const CDrivenDialog dialog = m_program.Start();
+    for (const std::string name : {"последняя фантазия", "ファイナルファンタジータクティクス", "éééééééééééééééééééé"}) {
+        SCOPED_TRACE(name);
+        WriteWhole(m_folder / (name + ".iso"), image);
+        dialog.Choose(m_folder / (name + ".iso"));
+        dialog.Press(IDC_ISO_TO_CSO);
+        const CDrivenBox box = WaitForBox(m_program, kConversion);
+        EXPECT_THAT(box.Text(), ::testing::StartsWith("Compression iso2cso Done !"));
+        box.Close();
+        ExpectOnlyChoosingIsPossible(dialog);
+        EXPECT_THAT(m_folder.Names(), Contains(name + ".cso"));
+    }
 }
 
 TEST_F(CConversionTest, PanesAndBarAreExactDuringAConversion) {
@@ -218,10 +251,57 @@ TEST_F(CConversionTest, ClosingDuringAConversionLetsItFinishFirst) {
     Require(
         "progress", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
     dialog.PressCloseBox();
-    EXPECT_EQ(m_program.WaitForEnd(kConversion), 0U);
+    Require("the caption", [&] { return dialog.Caption() == "quorn_vantrel_v5.0 - closes after this conversion"; });
+    const CDrivenBox box = WaitForBox(m_program, kConversion);
+    EXPECT_THAT(box.Text(), ::testing::StartsWith("Compression iso2cso Done !"));
+    box.Close();
+    EXPECT_EQ(m_program.WaitForEnd(), 0U);
     const Bytes packed = ReadWhole(m_folder / "game.cso");
     EXPECT_EQ(Read64(packed, 8), image.size());
     EXPECT_EQ(Read32(packed, 24 + image.size() / kImageSector * 4), packed.size()) << "the index ends with the length";
+}
+
+TEST_F(CConversionTest, AFailureAfterTheCloseBoxIsShown) {
+    Bytes container = PlainCso(UmdImage(24'000));
+    container.pop_back();
+    const CDrivenDialog dialog = StartOn("game.cso", container, IDC_CSO_TO_ISO);
+    Require(
+        "progress", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
+    dialog.PressCloseBox();
+    Require("the caption", [&] { return dialog.Caption() != "quorn_vantrel_v5.0"; });
+    const CDrivenBox box = WaitForBox(m_program, kConversion);
+    EXPECT_THAT(box.Text(), ::testing::StartsWith("Code 110"));
+    box.Close();
+    EXPECT_EQ(m_program.WaitForEnd(), 0U);
+}
+
+/// Moves the pointer to the centre of a control and clicks, as a user does. The click goes through the input queue.
+void ClickWithTheMouse(HWND control) {
+    RECT rect{};
+    GetWindowRect(control, &rect);
+    SetCursorPos((rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2);
+    INPUT click[2] = {};
+    click[0].type = INPUT_MOUSE;
+    click[0].mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
+    click[1].type = INPUT_MOUSE;
+    click[1].mi.dwFlags = MOUSEEVENTF_LEFTUP;
+    SendInput(2, click, sizeof click[0]);
+}
+
+TEST_F(CConversionTest, AClickOnExitEndsTheProgramAtOnce) {
+    for (const bool isClosing : {false, true}) {
+        SCOPED_TRACE(isClosing ? "after the close box" : "during a conversion");
+        const CDrivenDialog dialog = StartOn("game.iso", UmdImage(24'000), IDC_ISO_TO_CSO);
+        Require(
+            "progress", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
+        if (isClosing) {
+            dialog.PressCloseBox();
+            Require("the caption", [&] { return dialog.Caption() != "quorn_vantrel_v5.0"; });
+        }
+        ClickWithTheMouse(dialog.Control(IDC_EXIT));
+        EXPECT_EQ(m_program.WaitForEnd(), 0U);
+        EXPECT_EQ(Read32(ReadWhole(m_folder / "game.cso"), 24), 0U) << "the index is written last";
+    }
 }
 
 TEST_F(CConversionTest, DropsDuringAConversionAreIgnored) {

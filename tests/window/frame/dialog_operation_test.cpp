@@ -232,5 +232,30 @@ TEST_F(CDialogOperationTest, PumpMessagesPostsTheQuitMessageAgain) {
     EXPECT_EQ(PumpMessages(m_loop), 1);
 }
 
+/// The queue delivers WM_QUIT before input and timers, so a pump that stopped there would block both.
+TEST_F(CDialogOperationTest, PumpMessagesProcessesWhatFollowsTheQuitMessage) {
+    constexpr UINT_PTR kTimer = 78;
+    SetTimer(m_dialog.Window(), kTimer, 10, [](HWND dialog, UINT, UINT_PTR timer, DWORD) {
+        KillTimer(dialog, timer);
+        g_events.emplace_back("timer");
+    });
+    PostQuitMessage(0);
+    Sleep(100);
+    EXPECT_EQ(PumpMessages(m_loop), 0);
+    EXPECT_THAT(g_events, ElementsAre("timer"));
+    MSG message{};
+    EXPECT_NE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE), FALSE);
+}
+
+TEST_F(CDialogOperationTest, ABoxStaysOpenWhileTheProgramIsAboutToQuit) {
+    SetTimer(m_dialog.Window(), kBoxTimer, 50, CloseBox);
+    PostQuitMessage(0);
+    m_operation->Notify("Read this");
+    EXPECT_THAT(g_events, ElementsAre("box Read this"));
+    MSG message{};
+    EXPECT_NE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE), FALSE);
+    EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
+}
+
 }  // namespace
 }  // namespace vantrel::test
