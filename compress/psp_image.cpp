@@ -17,6 +17,7 @@ void NotifyIfTruncated(const SCompressionRequest& request, CCheckedInput& image,
     const SPrimaryVolumeDescriptor volume = ReadPrimaryVolume(image);
     const std::int64_t volumeSectors = volume.volumeSpaceSize.Value();
     const std::int64_t size = image.SizeOrFail();
+    image.FailIfUnread();
     if (std::ranges::equal(volume.standardIdentifier, std::string_view("CD001")) &&
         size < volumeSectors * kSectorSize) {
         operation.Notify(Format("%s is truncated: it has %lld sectors, its volume descriptor says %lld\n",

@@ -36,8 +36,7 @@ std::string FileOf(EForm form) {
     return (name.front() == 'I' ? "an " : "a ") + name + " file";
 }
 
-/// Refuses a file that holds another form. The conversion itself reports files that are of no known form or cannot be
-/// opened.
+/// Refuses a file that holds another form than the wanted one, as far as the file can be read and its content tells.
 void RefuseOtherForms(const std::string& path, EForm form) {
     CInputFile file;
     const EForm found = file.Open(path) ? FormOf(file) : EForm::Unknown;
@@ -72,9 +71,13 @@ public:
     }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
-        RefuseOtherForms(job.input, m_input);
         const auto workers = static_cast<std::uint32_t>(m_workers);
-        m_conversion(DirectConversion(job.input, job.output, job.manner, workers, m_level), operation);
+        try {
+            m_conversion(DirectConversion(job.input, job.output, job.manner, workers, m_level), operation);
+        } catch (const CConversionFailed&) {
+            RefuseOtherForms(job.input, m_input);
+            throw;
+        }
     }
 
 private:
