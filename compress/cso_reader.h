@@ -51,7 +51,7 @@ public:
     /// last block.
     std::span<const std::uint8_t> ContentOf(std::uint64_t number, const SBlock& block) const;
     /// The path and why its header is unsupported.
-    std::string Problem() const { return m_file.Path() + ": " + m_unsupported; }
+    std::string Unsupported() const { return m_file.Path() + ": " + m_unsupported; }
 
     const CsoHeader& Header() const { return m_header; }
     SBlockSizes BlockSizes() const { return CsoBlockSizes(m_header.block_size); }

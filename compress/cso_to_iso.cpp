@@ -104,7 +104,7 @@ private:
             case ECsoFault::Format:
                 return Format("Code 11011 - ciso file format error %s", output);
             case ECsoFault::Unsupported:
-                return m_cso.Problem() + "\n";
+                return m_cso.Unsupported() + "\n";
             case ECsoFault::Memory:
                 return Format("Code 1104-Can't allocate memory %s\n", input);
             case ECsoFault::Index:

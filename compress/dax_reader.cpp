@@ -19,7 +19,7 @@ EDaxFault CDaxReader::ReadHeader() {
     return m_strict && m_header.version > kDaxVersionWithAreas ? EDaxFault::Unsupported : EDaxFault::None;
 }
 
-std::string CDaxReader::Problem() const {
+std::string CDaxReader::Unsupported() const {
     return Format("%s: DAX version %u is not supported", m_file.Path().c_str(), m_header.version);
 }
 

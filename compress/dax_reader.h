@@ -52,7 +52,7 @@ public:
     /// writers add to the last frame.
     std::span<const std::uint8_t> ContentOf(std::uint32_t number, const SBlock& frame) const;
     /// The path and why its header is unsupported.
-    std::string Problem() const;
+    std::string Unsupported() const;
 
     const DaxHeader& Header() const { return m_header; }
     std::uint32_t FrameCount() const { return m_header.FrameCount(); }

@@ -77,7 +77,7 @@ private:
             case EDaxFault::Header:
                 m_operation.Fail("Input is not a valid DAX file.\n", m_dax.Problem());
             case EDaxFault::Unsupported:
-                m_operation.Fail(m_dax.Problem() + "\n");
+                m_operation.Fail(m_dax.Unsupported() + "\n");
             case EDaxFault::Tables:
                 m_operation.Fail("Corrupted input file.\n", m_dax.Problem());
             case EDaxFault::Memory:

@@ -45,7 +45,7 @@ public:
             fault = m_cso.ReadIndex();
         }
         if (fault != ECsoFault::None) {
-            throw CRefused(fault == ECsoFault::Unsupported ? m_cso.Problem() : path + ": " + CsoFaultText(fault));
+            throw CRefused(fault == ECsoFault::Unsupported ? m_cso.Unsupported() : path + ": " + CsoFaultText(fault));
         }
         const CsoHeader& header = m_cso.Header();
         SetGeometry(static_cast<std::int64_t>(header.total_bytes - m_cso.MissingBytes()), header.block_size);

@@ -41,7 +41,7 @@ public:
             fault = m_dax.ReadTables();
         }
         if (fault != EDaxFault::None) {
-            throw CRefused(fault == EDaxFault::Unsupported ? m_dax.Problem() : path + ": " + DaxFaultText(fault));
+            throw CRefused(fault == EDaxFault::Unsupported ? m_dax.Unsupported() : path + ": " + DaxFaultText(fault));
         }
         SetGeometry(m_dax.Header().image_size, kDaxFrameSize);
     }

@@ -12,7 +12,7 @@ from support import ConsoleTest
 
 DOCUMENT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../docs/json.md")
 TYPES = {"text": (str,), "integer": (int,), "number": (float,), "true or false": (bool,), "object": (dict,),
-         "object or null": (dict, type(None)), "texts": (list,), "objects": (list,)}
+         "object or null": (dict, type(None)), "texts": (list,), "objects": (list,), "integer or null": (int, type(None))}
 
 
 def documented():
@@ -97,7 +97,7 @@ class Json(ConsoleTest):
                                     hashlib.sha1(content).hexdigest().upper())).encode())
 
     def test_every_member_is_documented_and_every_documented_member_occurs(self):
-        files = ["cd.iso", "psp.iso", "psp.cso", "psp.dax", "cd.bin", "cd.iml"]
+        files = ["cd.iso", "psp.iso", "psp.cso", "psp.dax", "cd.bin", "cd.cue", "cd.iml"]
         self.write_dat("game.iso", self.read("psp.iso"))
         self.check("info", self.reports("info", *files))
         self.check("verify", self.reports("verify", *files) + self.reports("verify", "--dat", "discs.dat", "psp.cso"))
@@ -124,7 +124,7 @@ class Json(ConsoleTest):
         self.assertIn("  disc id: SLUS-20062\n", self.run_here("info", "cd.iso").out)
 
     def test_a_disc_database(self):
-        for inputs, entry in ((["psp.iso", "psp.cso", "psp.dax"], "psp.iso"), (["cd.bin"], "cd.bin")):
+        for inputs, entry in ((["psp.iso", "psp.cso", "psp.dax"], "psp.iso"), (["cd.bin", "cd.cue"], "cd.bin")):
             self.write_dat("Game (Europe)." + entry[-3:], self.read(entry))
             for name in inputs:
                 result = self.run_here("verify", "--dat", "discs.dat", name)
@@ -135,7 +135,7 @@ class Json(ConsoleTest):
         result = self.run_here("verify", "--dat", "discs.dat", "cd.iso")
         self.assertEqual(result.status, 1)
         self.assertIn("status: unknown\n", result.out)
-        self.assertIn("no entry of discs.dat has this size and these checksums\n", result.out)
+        self.assertIn("no entry of discs.dat has the size and the checksums of cd.iso\n", result.out)
 
     def test_unusable_databases(self):
         self.write("bad.dat", b"<datafile><game>")
