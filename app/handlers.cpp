@@ -1,5 +1,10 @@
 // The conversions behind the buttons of the main dialog: each handler names the files of the chosen input and calls the
 // engine.
+// clang-format off
+#include <windows.h>
+#include <shellapi.h>  // needs the types of windows.h
+// clang-format on
+
 #include "app/converter/converter_conversion.h"
 #include "app/converter/converter_process.h"
 #include "app/main_dialog.h"
@@ -20,7 +25,9 @@ SCompressionRequest WithLevel(SCompressionRequest request, std::optional<int> le
 }  // namespace
 
 void CMainDialog::Convert(const std::function<void(const SInput&, CDialogOperation&)>& conversion) {
+    const bool acceptedDrops = (GetWindowLongPtrW(m_window, GWL_EXSTYLE) & WS_EX_ACCEPTFILES) != 0;
     m_converting = true;
+    DragAcceptFiles(m_window, FALSE);
     {
         CDialogOperation operation({m_window, m_statusText.Handle(), m_loop, m_statusBar, m_soundCombo,
                                     m_compressionCombo, m_workFolder, m_scratchText, m_doneMessage,
@@ -28,6 +35,9 @@ void CMainDialog::Convert(const std::function<void(const SInput&, CDialogOperati
         conversion(ReadInput(), operation);
     }
     m_converting = false;
+    if (acceptedDrops) {
+        DragAcceptFiles(m_window, TRUE);
+    }
 }
 
 void CMainDialog::OnIsoToCso() {

@@ -104,8 +104,12 @@ void CMainDialog::RejectInput(const wchar_t* text) {
 }
 
 void CMainDialog::ShowStates(const ButtonStates& states) {
+    const HWND focus = GetFocus();
     for (const SControlState& state : states) {
         Item(state.controlId).Enable(state.enabled);
+    }
+    if (IsChild(m_window, focus) != FALSE) {
+        LeaveGreyedControl(focus);
     }
 }
 
@@ -113,12 +117,22 @@ void CMainDialog::OnFullPath() {
     CSelectFolderDialog dialog(Item(IDC_IML_PATH).Text(), m_window);
     if (dialog.DoModal() == IDOK) {
         // Without the separator, the export would take the last component for a file name and drop it.
-        Item(IDC_IML_PATH).SetText(WideOf(WithSeparator(Utf8Of(dialog.FolderPath()))));
+        ShowImlPath(WideOf(WithSeparator(Utf8Of(dialog.FolderPath()))));
     }
 }
 
 void CMainDialog::OnRelativePath() {
-    Item(IDC_IML_PATH).SetText(L"");
+    ShowImlPath(L"");
+}
+
+/// Long paths are shortened in the field, so the tooltip has the whole text.
+void CMainDialog::ShowImlPath(const std::wstring& path) {
+    const CWindow field = Item(IDC_IML_PATH);
+    field.SetText(path);
+    m_toolTip.RemoveTool(field.Handle());
+    if (!path.empty()) {
+        m_toolTip.AddTool(field.Handle(), path.c_str());
+    }
 }
 
 }  // namespace vantrel

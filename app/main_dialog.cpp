@@ -10,6 +10,7 @@
 #include "app/folder_pattern.h"
 #include "app/resource_file.h"
 #include "app/ui/accessible_name.h"
+#include "app/ui/field_frame.h"
 #include "files/native_file.h"
 #include "files/path.h"
 #include "files/utf.h"
@@ -91,6 +92,13 @@ LRESULT CMainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             }
             return result;
         }
+        case WM_ACTIVATE: {
+            const LRESULT result = Default(message, wParam, lParam);
+            if (LOWORD(wParam) != WA_INACTIVE) {
+                LeaveGreyedControl(GetFocus());
+            }
+            return result;
+        }
         case WM_DROPFILES:
             OnDropFiles(wParam);
             return 0;
@@ -163,6 +171,7 @@ void CMainDialog::OnInitDialog() {
     m_effectFlag = 1;  // deliberately, although the box is not checked
     m_effectCheck.SetState(BST_UNCHECKED);
     AttachIconButtons();
+    AttachFieldFrame(Item(IDC_IML_PATH).Handle());
     SetAccessibleNames();
     CreateToolTips();
     ShowStates(ButtonsWithoutInput());
@@ -215,6 +224,16 @@ void CMainDialog::AttachIconButtons() {
             button->SetIcon(command.iconId);
             ++button;
         }
+    }
+}
+
+/// Moves the keyboard focus from a greyed control, which ignores all keys, to the next one in the tab order after
+/// `former`, which has or had the focus. While another program is active, this waits until the window becomes active.
+void CMainDialog::LeaveGreyedControl(HWND former) {
+    const HWND focus = GetFocus();
+    if (focus == nullptr || focus == m_window || IsWindowEnabled(focus) == FALSE) {
+        const HWND next = GetNextDlgTabItem(m_window, former == m_window ? nullptr : former, FALSE);
+        Send(WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(next), TRUE);
     }
 }
 

@@ -76,6 +76,8 @@ private:
     void RejectInput(const wchar_t* text);
     void ShowStates(const ButtonStates& states);
 
+    void ShowImlPath(const std::wstring& path);
+    void LeaveGreyedControl(HWND former);
     void OnSoundChange();
 
     // Looks (window_behaviour.cpp)

@@ -1,6 +1,7 @@
 // The main dialog as a window: position, animation, Always On Top, the About item, and the title effect.
 #include "app/main_dialog.h"
 #include "app/ui/about_box.h"
+#include "app/ui/scaling.h"
 #include "resources/resource_ids.h"
 
 namespace vantrel {
@@ -72,6 +73,7 @@ bool CMainDialog::OnTimer(UINT_PTR timer) {
     if (timer != kEffectTimer) {
         return false;
     }
+    m_effect.SetResolution(ResolutionOf(m_window));
     m_effect.Advance();
     m_effect.PaintInto(m_window);
     return true;

@@ -20,7 +20,7 @@ ART = ROOT / "resources" / "art"
 
 APPLICATION_ICON = 128
 APPLICATION_SIZES = (16, 20, 24, 32, 40, 48, 64, 128, 256)
-BUTTON_SIZES = (16, 24, 32, 48, 64)
+BUTTON_SIZES = (16, 24, 32, 40, 48, 64)
 SMALL_DRAWING_UP_TO = 24  # up to this size, a simplified "_small" drawing is used if there is one
 BITMAPS = {171: (575, 330), 187: (24, 24), 189: (24, 24)}
 

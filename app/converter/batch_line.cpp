@@ -1,6 +1,7 @@
 #include "app/converter/batch_line.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <string_view>
 
 #include "files/native_file.h"
@@ -12,6 +13,9 @@ namespace {
 
 /// The command processor prefers this program to "tmpfile.exe".
 constexpr const char* kPreferredName = "tmpfile.com";
+
+/// With this variable, the command processor does not look for programs in its current folder.
+constexpr const char* kNoCurrentFolder = "NoDefaultCurrentDirectoryInExePath";
 
 /// Whether a text consists of ASCII letters, digits and the characters of `others` only.
 bool IsPlain(std::string_view text, std::string_view others) {
@@ -44,7 +48,7 @@ bool IsBatchLineSafe(const std::string& folder, const SConverterCall& call) {
     constexpr std::string_view kPlainInNames = "._-";
     constexpr std::string_view kPlainInFolders = "._- :\\/";
     return IsPlain(call.inputName, kPlainInNames) && IsPlain(call.outputName, kPlainInNames) &&
-           IsPlain(folder, kPlainInFolders) && !IsNetworkFolder(folder) &&
+           IsPlain(folder, kPlainInFolders) && !IsNetworkFolder(folder) && std::getenv(kNoCurrentFolder) == nullptr &&
            FileKindOf(folder + kPreferredName) == EFileKind::Missing;
 }
 

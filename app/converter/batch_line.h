@@ -23,8 +23,8 @@ std::string BatchLineOf(const SConverterCall& call);
 std::vector<std::string> ArgumentsOf(const SConverterCall& call);
 
 /// Whether the command processor, run in `folder` (with its separator), executes the line as intended: names and folder
-/// contain only characters that it takes literally, the folder can be its current one, and there is no "tmpfile.com",
-/// which it would run instead of the converter.
+/// contain only characters that it takes literally, the folder can be its current one and is searched for programs, and
+/// there is no "tmpfile.com", which it would run instead of the converter.
 bool IsBatchLineSafe(const std::string& folder, const SConverterCall& call);
 
 }  // namespace vantrel

@@ -3,12 +3,14 @@
 
 #include <windows.h>
 
+#include <string>
+
 namespace vantrel {
 
 /// Shows the box over `owner`. Returns when it is closed.
 void RunAboutBox(HWND owner);
 
-/// The target of a link of the box, by its control id. Null for other controls.
-const wchar_t* AboutLinkTarget(int controlId);
+/// The file that a link of the box opens, by the link's control id. Empty for other controls.
+std::wstring AboutLinkTarget(int controlId);
 
 }  // namespace vantrel

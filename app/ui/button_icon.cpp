@@ -8,7 +8,7 @@
 namespace vantrel {
 namespace {
 
-constexpr std::array kDrawnSizes = {64, 48, 32, 24, 16};
+constexpr std::array kDrawnSizes = {64, 48, 40, 32, 24, 16};
 constexpr std::uint32_t kGreyOpacity = 140;  // of 255
 
 /// A pixel of the icon drawn on black and on white, from which its opacity follows.

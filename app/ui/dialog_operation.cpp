@@ -122,7 +122,7 @@ void CDialogOperation::SetStates(std::span<const SControlState> states) {
     }
 }
 
-/// A greyed control must not keep the keyboard focus, because it ignores all keys. The focus moves to the sound list,
+/// A greyed control must not keep the keyboard focus, because it ignores all keys. The focus moves to "Always On Top",
 /// where keys do no harm, and on to the browse button once that is enabled again.
 void CDialogOperation::EnableControl(int controlId, bool enabled) {
     const CWindow control(GetDlgItem(m_controls.dialog, controlId));
@@ -138,12 +138,12 @@ void CDialogOperation::EnableControl(int controlId, bool enabled) {
 void CDialogOperation::MoveFocusFrom(HWND control) {
     if (GetFocus() == control) {
         m_focusMoved = true;
-        SendMessageW(m_controls.dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(m_controls.soundList.Handle()), TRUE);
+        SendMessageW(m_controls.dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(WaitingControl()), TRUE);
     }
 }
 
 void CDialogOperation::ReturnFocusTo(HWND control) {
-    if (m_focusMoved && GetFocus() == m_controls.soundList.Handle()) {
+    if (m_focusMoved && GetFocus() == WaitingControl()) {
         m_focusMoved = false;
         SendMessageW(m_controls.dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
     }

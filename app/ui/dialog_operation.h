@@ -14,6 +14,7 @@
 #include "app/ui/timed_progress_ctrl.h"
 #include "app/ui/window.h"
 #include "operation/operation.h"
+#include "resources/resource_ids.h"
 
 #undef Yield  // an empty macro of windows.h, which may come after operation.h
 
@@ -62,6 +63,8 @@ private:
     void Apply(const SEnding& ending);
     void SetStates(std::span<const SControlState> states);
     void EnableControl(int controlId, bool enabled);
+    /// Has the keyboard focus while everything else is greyed.
+    HWND WaitingControl() const { return GetDlgItem(m_controls.dialog, IDC_ALWAYS_ON_TOP); }
     void MoveFocusFrom(HWND control);
     void ReturnFocusTo(HWND control);
     void PaintNow();

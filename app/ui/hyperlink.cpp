@@ -25,7 +25,9 @@ std::wstring SystemMessage(DWORD error) {
     std::array<wchar_t, 512> text = {};
     FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0, text.data(),
                    static_cast<DWORD>(text.size()), nullptr);
-    return text[0] != L'\0' ? text.data() : L"Error " + std::to_wstring(error);
+    std::wstring message = text.data();
+    message.erase(message.find_last_not_of(L"\r\n ") + 1);  // the system ends its messages with a line break
+    return message.empty() ? L"Error " + std::to_wstring(error) : message;
 }
 
 /// The last error of the system, never ERROR_SUCCESS.

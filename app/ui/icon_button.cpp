@@ -16,12 +16,14 @@ namespace {
 
 constexpr UINT_PTR kSubclassId = 1;
 // Lengths in pixels of a display at 100 %.
-constexpr int kEdge = 3;     // from the button's edge to its content
-constexpr int kPadding = 2;  // between content and its surroundings
-constexpr int kGap = 4;      // between icon and text
+constexpr int kEdge = 3;       // from the button's edge to its content
+constexpr int kPadding = 2;    // between content and its surroundings
+constexpr int kGap = 4;        // between icon and text
+constexpr int kIconAxis = 24;  // from the button's left edge to the middle of the icon before a text
 constexpr int kLargestIcon = 32;
 constexpr int kSmallestIcon = 16;
 constexpr int kLongestText = 256;
+constexpr UINT kDisplayChanged = 0x02E3;  // WM_DPICHANGED_AFTERPARENT
 
 /// The text of a window and its size in the current font.
 struct SCaption {
@@ -154,6 +156,7 @@ LRESULT CIconButton::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             m_isHot = false;
             Redraw();
             break;
+        case kDisplayChanged:
         case WM_THEMECHANGED:
             OpenTheme();
             Redraw();
@@ -248,7 +251,8 @@ void CIconButton::Paint(HDC dc) const {
 }
 
 void CIconButton::PaintFrame(HDC dc, RECT& content, const SLook& look) const {
-    const int edge = Scaled(m_window, kEdge);
+    // Rounded down, so that at 150 % the content has 40 pixels for an icon of that size.
+    const int edge = kEdge * ResolutionOf(m_window) / USER_DEFAULT_SCREEN_DPI;
     if (m_theme != nullptr) {
         PaintThemedFrame(dc, content, look);
     } else {
@@ -303,11 +307,19 @@ void CIconButton::PaintContent(HDC dc, const RECT& content, const SLook& look) c
     const int icon = m_icon.Size();
     const int width = icon + gap + caption.size.cx;
     RECT place = content;
-    place.left += padding + std::max<LONG>((room.cx - width) / 2, 0);
+    place.left += padding + IndentOf(room, width, icon, caption.IsEmpty());
     m_icon.Draw(dc, place.left, (content.top + content.bottom - icon) / 2, look.isDisabled);
     place.left += icon + gap;
     place.right -= padding;
     PaintText(dc, place, caption.text.data(), look);
+}
+
+/// Distance of the content from the left end of its room. Icons before a text line up in a column of buttons, unless
+/// the text needs the room.
+LONG CIconButton::IndentOf(const SIZE& room, int width, int icon, bool isIconAlone) const {
+    const LONG spare = std::max<LONG>(room.cx - width, 0);
+    const LONG axis = Scaled(m_window, kIconAxis - kEdge - kPadding) - icon / 2;
+    return isIconAlone || icon == 0 ? spare / 2 : std::clamp<LONG>(axis, 0, spare);
 }
 
 void CIconButton::PaintText(HDC dc, const RECT& rectangle, const wchar_t* text, const SLook& look) const {

@@ -58,6 +58,7 @@ private:
     void PaintContent(HDC dc, const RECT& content, const SLook& look) const;
     void PaintText(HDC dc, const RECT& rectangle, const wchar_t* text, const SLook& look) const;
     int IconSizeFor(const SIZE& room, int textWidth) const;
+    LONG IndentOf(const SIZE& room, int width, int icon, bool isIconAlone) const;
 
     HWND m_window = nullptr;
     const CHoverCursor* m_cursor = nullptr;

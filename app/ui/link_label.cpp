@@ -7,12 +7,14 @@
 #include <cstdlib>
 
 #include "app/ui/hyperlink.h"
+#include "app/ui/scaling.h"
 
 namespace vantrel {
 namespace {
 
 constexpr UINT_PTR kSubclassId = 2;
 constexpr int kLongestText = 256;
+constexpr int kMargin = 2;  // between text and focus rectangle, in pixels of a display at 100 %
 
 constexpr COLORREF kLinkOnLight = RGB(0, 80, 180);
 constexpr COLORREF kLinkOnDark = RGB(130, 200, 255);
@@ -53,7 +55,7 @@ void CLinkLabel::Attach(HWND label) {
     SetWindowLongPtrW(label, GWL_STYLE, style | WS_TABSTOP | SS_NOTIFY);
     SetWindowSubclass(label, &CLinkLabel::Receive, kSubclassId, reinterpret_cast<DWORD_PTR>(this));
     MakeFont();
-    Redraw();
+    FitToText();
 }
 
 void CLinkLabel::Detach() {
@@ -84,6 +86,27 @@ void CLinkLabel::MakeFont() {
         DeleteObject(m_font);
     }
     m_font = CreateFontIndirectW(&font);
+}
+
+std::wstring CLinkLabel::Text() const {
+    std::array<wchar_t, kLongestText> text = {};
+    GetWindowTextW(m_window, text.data(), static_cast<int>(text.size()));
+    return text.data();
+}
+
+/// Makes the label as wide as its text and the focus rectangle around it. The height stays.
+void CLinkLabel::FitToText() const {
+    const HDC dc = GetDC(m_window);
+    const HGDIOBJ former = SelectObject(dc, m_font);
+    RECT extent = {};
+    DrawTextW(dc, Text().c_str(), -1, &extent, DT_SINGLELINE | DT_CALCRECT);
+    SelectObject(dc, former);
+    ReleaseDC(m_window, dc);
+    RECT window;
+    GetWindowRect(m_window, &window);
+    SetWindowPos(m_window, nullptr, 0, 0, extent.right + 2 * Scaled(m_window, kMargin), window.bottom - window.top,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    Redraw();
 }
 
 void CLinkLabel::Redraw() const {
@@ -123,8 +146,12 @@ LRESULT CLinkLabel::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_KEYDOWN:
             return OnKey(wParam);
         case WM_LBUTTONDOWN:
-            m_isPressed = true;
             SetFocus(m_window);
+            SetCapture(m_window);
+            m_isPressed = true;
+            return 0;
+        case WM_CAPTURECHANGED:
+            m_isPressed = false;
             return 0;
         case WM_LBUTTONUP:
             OnRelease(lParam);
@@ -132,16 +159,16 @@ LRESULT CLinkLabel::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_SETFOCUS:
         case WM_KILLFOCUS:
         case WM_UPDATEUISTATE:
-        case WM_ENABLE:
-        case WM_SETTEXT: {
+        case WM_ENABLE: {
             const LRESULT result = DefSubclassProc(m_window, message, wParam, lParam);
             Redraw();
             return result;
         }
+        case WM_SETTEXT:
         case WM_SETFONT: {
             const LRESULT result = DefSubclassProc(m_window, message, wParam, lParam);
             MakeFont();
-            Redraw();
+            FitToText();
             return result;
         }
         default:
@@ -163,7 +190,7 @@ void CLinkLabel::OnRelease(LPARAM position) {
     GetClientRect(m_window, &client);
     const POINT point = {GET_X_LPARAM(position), GET_Y_LPARAM(position)};
     const bool isClick = m_isPressed && PtInRect(&client, point) != FALSE;
-    m_isPressed = false;
+    ReleaseCapture();
     if (isClick) {
         OpenHyperlink(GetParent(m_window), m_target);
     }
@@ -175,13 +202,10 @@ void CLinkLabel::Paint(HDC dc) const {
     const auto brush = reinterpret_cast<HBRUSH>(SendMessageW(
         GetParent(m_window), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc), reinterpret_cast<LPARAM>(m_window)));
     FillRect(dc, &client, brush != nullptr ? brush : GetSysColorBrush(COLOR_BTNFACE));
-    std::array<wchar_t, kLongestText> text = {};
-    GetWindowTextW(m_window, text.data(), static_cast<int>(text.size()));
     const HGDIOBJ former = SelectObject(dc, m_font);
     SetBkMode(dc, TRANSPARENT);
     SetTextColor(dc, IsWindowEnabled(m_window) != FALSE ? LinkColour() : GetSysColor(COLOR_GRAYTEXT));
-    const UINT align = (GetWindowLongPtrW(m_window, GWL_STYLE) & SS_TYPEMASK) == SS_CENTER ? DT_CENTER : DT_LEFT;
-    DrawTextW(dc, text.data(), -1, &client, DT_SINGLELINE | DT_VCENTER | align);
+    DrawTextW(dc, Text().c_str(), -1, &client, DT_SINGLELINE | DT_VCENTER | DT_CENTER);
     SelectObject(dc, former);
     const LRESULT hints = SendMessageW(m_window, WM_QUERYUISTATE, 0, 0);
     if (GetFocus() == m_window && (hints & UISF_HIDEFOCUS) == 0) {

@@ -1,4 +1,4 @@
-// A static text that opens a web page or a mail address: by a click, or by Enter or space if it has the focus.
+// A static text that opens a page, a file or an address: by a click, or by Enter or space if it has the focus.
 #pragma once
 
 #include <windows.h>
@@ -17,7 +17,7 @@ public:
     CLinkLabel(const CLinkLabel&) = delete;
     CLinkLabel& operator=(const CLinkLabel&) = delete;
 
-    /// Makes the label a tab stop.
+    /// Makes the label a tab stop and as wide as its text.
     void Attach(HWND label);
     void SetTarget(std::wstring target);
     const std::wstring& Target() const { return m_target; }
@@ -31,6 +31,8 @@ private:
     void OnRelease(LPARAM position);
     void Paint(HDC dc) const;
     void MakeFont();
+    std::wstring Text() const;
+    void FitToText() const;
     void Detach();
     void Redraw() const;
 

@@ -51,6 +51,8 @@ RECT CRippleEffect::Rectangle() const {
 
 bool CRippleEffect::DropAt(POINT point, const SRippleDrop& drop) {
     const RECT rectangle = Rectangle();
+    point = {MulDiv(point.x, USER_DEFAULT_SCREEN_DPI, m_resolution),
+             MulDiv(point.y, USER_DEFAULT_SCREEN_DPI, m_resolution)};
     if (PtInRect(&rectangle, point) == FALSE) {
         return false;
     }
@@ -71,7 +73,11 @@ void CRippleEffect::Paint(HDC dc) {
     GdiFlush();
     m_field->Render(m_picture, {m_view->Pixels(), m_picture.size()});
     const RECT rectangle = Rectangle();
-    BitBlt(dc, rectangle.left, rectangle.top, m_field->Width(), m_field->Height(), m_view->Dc(), 0, 0, SRCCOPY);
+    const int left = ToDisplay(rectangle.left);
+    const int top = ToDisplay(rectangle.top);
+    SetStretchBltMode(dc, m_resolution == USER_DEFAULT_SCREEN_DPI ? COLORONCOLOR : HALFTONE);
+    StretchBlt(dc, left, top, ToDisplay(rectangle.right) - left, ToDisplay(rectangle.bottom) - top, m_view->Dc(), 0, 0,
+               m_field->Width(), m_field->Height(), SRCCOPY);
 }
 
 void CRippleEffect::PaintInto(HWND dialog) {

@@ -36,12 +36,17 @@ public:
 
     bool HasPicture() const { return m_view != nullptr; }
 
+    /// The resolution of the display, in dots per inch. The picture is stretched accordingly; all other positions are
+    /// those of a display at 96 dpi.
+    void SetResolution(int resolution) { m_resolution = resolution; }
+
     /// The rectangle of the picture in the dialog's client area. Its lower left corner is at (5, 80): point (x, y) of
     /// the client area is point (x - 5, 80 - y) of the picture, whose rows are counted from the bottom. The part above
     /// the client area is not visible.
     RECT Rectangle() const;
 
-    /// Adds a drop at a point of the client area. Returns false if the point is outside the picture.
+    /// Adds a drop at a point of the client area, in pixels of the display. Returns false if the point is outside the
+    /// picture.
     bool DropAt(POINT point, const SRippleDrop& drop);
 
     /// Advances the simulation by one step.
@@ -52,13 +57,16 @@ public:
 
     const CRippleField* Field() const { return m_field ? &*m_field : nullptr; }
 
-    /// Paints the picture as seen through the water at Rectangle() of the device context.
+    /// Paints the picture as seen through the water at Rectangle() of the device context, stretched to the display.
     void Paint(HDC dc);
 
     /// The same in the dialog's client area, except over its controls.
     void PaintInto(HWND dialog);
 
 private:
+    int ToDisplay(LONG length) const { return MulDiv(length, m_resolution, USER_DEFAULT_SCREEN_DPI); }
+
+    int m_resolution = USER_DEFAULT_SCREEN_DPI;
     std::optional<CRippleField> m_field;
     std::vector<std::uint32_t> m_picture;
     std::unique_ptr<CMemoryBitmap> m_view;

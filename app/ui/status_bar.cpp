@@ -14,9 +14,10 @@ namespace {
 /// The usual id of a status bar (AFX_IDW_STATUS_BAR).
 constexpr UINT_PTR kStatusBarId = 0xE801;
 constexpr UINT_PTR kSubclassId = 1;
-/// Between a pane's edge and its text.
-constexpr int kTextMargin = 5;
+/// Between a pane's left edge and its text.
+constexpr int kTextMargin = 2;
 constexpr int kSeparatorMargin = 4;
+constexpr UINT kPaneText = DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX;
 
 }  // namespace
 
@@ -153,18 +154,34 @@ void CStatusBar::Paint(HDC target) {
     SelectObject(context, oldFont);
 }
 
+/// The change of the space between characters, 0 or less, with which a text fits `width`. At most one pixel of a
+/// display at 100 %; a longer text gets an ellipsis.
+int CStatusBar::SqueezeFor(HDC context, const std::wstring& text, int width) const {
+    RECT extent{};
+    DrawTextW(context, text.c_str(), -1, &extent, kPaneText | DT_CALCRECT);
+    const int characters = std::max(1, static_cast<int>(text.size()));
+    const int excess = std::max<int>(extent.right - width, 0);
+    return std::max(-Scaled(m_window, 1), -((excess + characters - 1) / characters));
+}
+
 void CStatusBar::PaintPane(HDC context, int pane) {
     RECT rect{};
     Send(SB_GETRECT, static_cast<WPARAM>(pane), reinterpret_cast<LPARAM>(&rect));
     if (pane + 1 < kPaneCount) {
         const int margin = Scaled(m_window, kSeparatorMargin);
         RECT line = {rect.right - 1, rect.top + margin, rect.right, rect.bottom - margin};
-        FillRect(context, &line, GetSysColorBrush(COLOR_BTNSHADOW));
+        FillRect(context, &line, GetSysColorBrush(COLOR_3DDKSHADOW));
     }
-    InflateRect(&rect, -Scaled(m_window, kTextMargin), 0);
-    const UINT ellipsis = pane == 0 ? DT_PATH_ELLIPSIS : DT_END_ELLIPSIS;
-    DrawTextW(context, m_texts[static_cast<std::size_t>(pane)].c_str(), -1, &rect,
-              DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | ellipsis);
+    rect.left += Scaled(m_window, kTextMargin);
+    rect.right -= Scaled(m_window, 1);
+    const std::wstring& text = m_texts[static_cast<std::size_t>(pane)];
+    if (pane == 0) {
+        DrawTextW(context, text.c_str(), -1, &rect, kPaneText | DT_PATH_ELLIPSIS);
+        return;
+    }
+    SetTextCharacterExtra(context, SqueezeFor(context, text, rect.right - rect.left));
+    DrawTextW(context, text.c_str(), -1, &rect, kPaneText | DT_END_ELLIPSIS);
+    SetTextCharacterExtra(context, 0);
 }
 
 }  // namespace vantrel

@@ -41,6 +41,7 @@ private:
     void StoreTexts();
     void Paint(HDC target);
     void PaintPane(HDC context, int pane);
+    int SqueezeFor(HDC context, const std::wstring& text, int width) const;
 
     std::array<std::wstring, kPaneCount> m_texts;
     std::array<bool, kPaneCount> m_unstored{};

@@ -1,8 +1,22 @@
 // Only the DLL in the system folder is loaded, never one of the same name beside the program.
 #include "app/ui/theme_library.h"
 
+#include <array>
+#include <string>
+
 namespace vantrel {
 namespace {
+
+/// Loads a DLL by its full path, because Windows 7 without updates does not know the flag that searches only the system
+/// folder.
+HMODULE LoadSystemLibrary(const wchar_t* name) {
+    std::array<wchar_t, MAX_PATH> folder = {};
+    const UINT length = GetSystemDirectoryW(folder.data(), static_cast<UINT>(folder.size()));
+    if (length == 0 || length >= folder.size()) {
+        return nullptr;
+    }
+    return LoadLibraryW((std::wstring(folder.data()) + L"\\" + name).c_str());
+}
 
 template <typename Function>
 bool Find(HMODULE library, const char* name, Function& function) {
@@ -12,7 +26,7 @@ bool Find(HMODULE library, const char* name, Function& function) {
 
 }  // namespace
 
-CThemeLibrary::CThemeLibrary() : m_library(LoadLibraryExW(L"UxTheme.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32)) {
+CThemeLibrary::CThemeLibrary() : m_library(LoadSystemLibrary(L"UxTheme.dll")) {
     m_isComplete = m_library != nullptr && Find(m_library, "OpenThemeData", m_openThemeData) &&
                    Find(m_library, "CloseThemeData", m_closeThemeData) &&
                    Find(m_library, "DrawThemeBackground", m_drawThemeBackground) &&

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "app/ui/buffered_paint.h"
+#include "app/ui/field_frame.h"
 #include "files/utf.h"
 
 namespace vantrel {
@@ -90,7 +91,7 @@ void CTimedProgressCtrl::PaintIfDue() {
 }
 
 void CTimedProgressCtrl::PaintNow() {
-    if (m_unpainted) {
+    if (m_unpainted && m_window != nullptr) {
         m_unpainted = false;
         InvalidateRect(m_window, nullptr, FALSE);
         UpdateWindow(m_window);
@@ -130,6 +131,9 @@ LRESULT CTimedProgressCtrl::OnMessage(UINT message, WPARAM wParam, LPARAM lParam
                 return kReadAsProgressBar;
             }
             break;
+        case WM_NCPAINT:
+            PaintFieldFrame(m_window);
+            return 0;
         case WM_ERASEBKGND:
             return TRUE;
         case WM_PRINTCLIENT:

@@ -20,13 +20,21 @@ bool CToolTipCtrl::Create(HWND dialog) {
 }
 
 void CToolTipCtrl::AddTool(HWND control, const wchar_t* text) const {
+    SendTool(TTM_ADDTOOLW, control, text);
+}
+
+void CToolTipCtrl::RemoveTool(HWND control) const {
+    SendTool(TTM_DELTOOLW, control, nullptr);
+}
+
+void CToolTipCtrl::SendTool(UINT message, HWND control, const wchar_t* text) const {
     TTTOOLINFOW tool{};
     tool.cbSize = TTTOOLINFOW_V2_SIZE;
     tool.uFlags = TTF_IDISHWND;
     tool.hwnd = m_dialog;
     tool.uId = reinterpret_cast<UINT_PTR>(control);
     tool.lpszText = const_cast<wchar_t*>(text);  // the control copies it
-    Send(TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    Send(message, 0, reinterpret_cast<LPARAM>(&tool));
 }
 
 void CToolTipCtrl::RelayEvent(const MSG& message) const {

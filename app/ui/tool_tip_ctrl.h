@@ -14,10 +14,13 @@ public:
 
     bool Create(HWND dialog);
     void AddTool(HWND control, const wchar_t* text) const;
+    void RemoveTool(HWND control) const;
     /// Passes a message of the dialog to the tooltips, which appear and disappear by such messages.
     void RelayEvent(const MSG& message) const;
 
 private:
+    void SendTool(UINT message, HWND control, const wchar_t* text) const;
+
     HWND m_dialog = nullptr;
 };
 

@@ -61,6 +61,18 @@ private:
     int m_polls = 0;
 };
 
+/// An environment variable during the object's life.
+class CVariable {
+public:
+    CVariable(const char* name, const char* value) : m_name(name) { setenv(name, value, 1); }
+    ~CVariable() { unsetenv(m_name); }
+    CVariable(const CVariable&) = delete;
+    CVariable& operator=(const CVariable&) = delete;
+
+private:
+    const char* m_name;
+};
+
 Bytes WithVolumeSize(Bytes image, std::uint32_t sectors) {
     test::Write32(image, 32848, sectors);
     return image;
@@ -183,6 +195,10 @@ TEST(BatchLine, IsUnsafeInFoldersThatTheCommandProcessorCannotUse) {
     EXPECT_FALSE(IsBatchLineSafe("\\\\server\\share\\", call));
     const CTestFolder folder;
     EXPECT_TRUE(IsBatchLineSafe(folder.Path(), call));
+    {
+        const CVariable variable("NoDefaultCurrentDirectoryInExePath", "1");
+        EXPECT_FALSE(IsBatchLineSafe(folder.Path(), call)) << "the converter would not be found";
+    }
     test::WriteText(folder / "tmpfile.com", "something else");
     EXPECT_FALSE(IsBatchLineSafe(folder.Path(), call)) << "this program would run instead of the converter";
 }

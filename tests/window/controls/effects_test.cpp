@@ -84,6 +84,35 @@ TEST(RippleEffect, PointerOutsideHasNoEffect) {
     EXPECT_TRUE(effect.DropAt({579, 0}, kMoveDrop));
 }
 
+TEST(RippleEffect, HasItsConstants) {
+    EXPECT_EQ(kMoveDrop.radius, 5);
+    EXPECT_EQ(kMoveDrop.depth, 50);
+    EXPECT_EQ(kClickDrop.radius, 10);
+    EXPECT_EQ(kClickDrop.depth, 200);
+    EXPECT_EQ(kEffectTimer, 1971U);
+    EXPECT_EQ(kEffectPeriod, 30U);
+    EXPECT_EQ(kEffectWidth, 575);
+    EXPECT_EQ(kEffectHeight, 330);
+}
+
+TEST(RippleEffect, IsStretchedOnADisplayOfHighResolution) {
+    CRippleEffect effect;
+    ASSERT_TRUE(effect.SetPicture(IDB_EFFECT_PICTURE, kEffectWidth, kEffectHeight));
+    effect.SetResolution(144);
+    constexpr int kWidth = 900;
+    const CMemoryBitmap bitmap(kWidth, 150);
+    effect.Paint(bitmap.Dc());
+    GdiFlush();
+    const auto isPainted = [&](int x, int y) { return bitmap.Pixels()[y * kWidth + x] != 0; };
+    EXPECT_TRUE(isPainted(865, 60)) << "the right end of the dialog at 150 %";
+    EXPECT_TRUE(isPainted(400, 120));
+    EXPECT_FALSE(isPainted(6, 60));
+    EXPECT_FALSE(isPainted(400, 123));
+    EXPECT_TRUE(effect.DropAt({868, 120}, kMoveDrop));
+    EXPECT_FALSE(effect.DropAt({871, 60}, kMoveDrop));
+    EXPECT_FALSE(effect.DropAt({400, 123}, kMoveDrop));
+}
+
 TEST(RippleEffect, MissingPictureIsHarmless) {
     CRippleEffect effect;
     EXPECT_FALSE(effect.SetPicture(9999, kEffectWidth, kEffectHeight));

@@ -158,20 +158,70 @@ TEST_F(CIconButtonTest, ReportsItsIdealSize) {
     EXPECT_GT(m_second.IdealSize().cx, ideal.cx + 50);
 }
 
-TEST_F(CIconButtonTest, FollowsAChangeOfTheVisualStyle) {
-    const auto before = Picture(Control(IDC_FIRST));
-    SendMessageW(Control(IDC_FIRST), WM_THEMECHANGED, 0, 0);
-    EXPECT_EQ(Picture(Control(IDC_FIRST)), before);
+/// The first column of a button that shows a colour of its icon.
+int IconColumn(const std::vector<std::uint32_t>& picture, HWND button) {
+    RECT client;
+    GetClientRect(button, &client);
+    const auto width = static_cast<std::size_t>(client.right);
+    for (std::size_t x = 0; x < width; ++x) {
+        for (std::size_t i = x; i < picture.size(); i += width) {
+            if (Colourfulness(picture[i]) > 60) {
+                return static_cast<int>(x);
+            }
+        }
+    }
+    return -1;
+}
+
+TEST_F(CIconButtonTest, IconsOfAColumnLineUp) {
+    MoveFocus(IDC_FIRST);
+    const HWND button = Control(IDC_SECOND);
+    SetWindowTextW(button, L"i");
+    const int column = IconColumn(Picture(button), button);
+    EXPECT_GT(column, 3);
+    SetWindowTextW(button, L"a longer");
+    EXPECT_EQ(IconColumn(Picture(button), button), column);
+    SetWindowTextW(button, L"a text that is much too long");
+    EXPECT_LT(IconColumn(Picture(button), button), column);
+}
+
+/// Sets the visual style of a window; two blanks stand for none.
+void SetStyle(HWND window, const wchar_t* name) {
+    const auto setWindowTheme = reinterpret_cast<HRESULT(WINAPI*)(HWND, const wchar_t*, const wchar_t*)>(
+        reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(L"uxtheme.dll"), "SetWindowTheme")));
+    setWindowTheme(window, name, name);
+}
+
+LRESULT CALLBACK SwallowThemeChange(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
+    return message == WM_THEMECHANGED ? 0 : DefSubclassProc(window, message, wParam, lParam);
+}
+
+TEST_F(CIconButtonTest, OpensItsVisualStyleAgainWhenItChangesAndOnADisplayOfAnotherScale) {
+    constexpr UINT kDisplayChanged = 0x02E3;  // WM_DPICHANGED_AFTERPARENT
+    constexpr UINT_PTR kSwallow = 99;
+    const HWND button = Control(IDC_SECOND);
+    MoveFocus(IDC_FIRST);
+    for (const UINT message : {static_cast<UINT>(WM_THEMECHANGED), kDisplayChanged}) {
+        SCOPED_TRACE(message);
+        const auto themed = Picture(button);
+        SetWindowSubclass(button, SwallowThemeChange, kSwallow, 0);
+        SetStyle(button, L" ");
+        Pump();
+        RemoveWindowSubclass(button, SwallowThemeChange, kSwallow);
+        EXPECT_EQ(Picture(button), themed) << "until the message arrives";
+        SendMessageW(button, message, 0, 0);
+        EXPECT_NE(Picture(button), themed);
+        SetStyle(button, nullptr);
+        Pump();
+        EXPECT_EQ(Picture(button), themed);
+    }
 }
 
 TEST_F(CIconButtonTest, UsesClassicDrawingWithoutAVisualStyle) {
     const HWND button = Control(IDC_SECOND);
     MoveFocus(IDC_FIRST);
     const auto themed = Picture(button);
-    const auto setWindowTheme = reinterpret_cast<HRESULT(WINAPI*)(HWND, const wchar_t*, const wchar_t*)>(
-        reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(L"uxtheme.dll"), "SetWindowTheme")));
-    ASSERT_NE(setWindowTheme, nullptr);
-    setWindowTheme(button, L" ", L" ");
+    SetStyle(button, L" ");
     Pump();
     const auto classic = Picture(button);
     EXPECT_NE(classic, themed);
@@ -196,7 +246,8 @@ TEST_F(CIconButtonTest, OutlivesItsWindow) {
 TEST(ButtonIconSize, IsASizeOfTheIcons) {
     EXPECT_EQ(ButtonIconSize(200), 64);
     EXPECT_EQ(ButtonIconSize(48), 48);
-    EXPECT_EQ(ButtonIconSize(47), 32);
+    EXPECT_EQ(ButtonIconSize(47), 40);
+    EXPECT_EQ(ButtonIconSize(39), 32);
     EXPECT_EQ(ButtonIconSize(31), 24);
     EXPECT_EQ(ButtonIconSize(16), 16);
     EXPECT_EQ(ButtonIconSize(3), 16);

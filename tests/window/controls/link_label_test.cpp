@@ -59,6 +59,31 @@ TEST_F(CLinkLabelTest, ReleaseOutsideOpensNothing) {
         WaitUntil([this] { return GetFileAttributesW(m_note.c_str()) != INVALID_FILE_ATTRIBUTES; }, Milliseconds(700)));
 }
 
+TEST_F(CLinkLabelTest, IsAsWideAsItsText) {
+    const auto width = [this] {
+        RECT client;
+        GetClientRect(Control(IDC_LINK), &client);
+        return client.right;
+    };
+    const LONG ofShortText = width();
+    EXPECT_LT(ofShortText, 60) << "the label of the template is wider";
+    SetWindowTextW(Control(IDC_LINK), L"a link with a longer text");
+    EXPECT_GT(width(), 2 * ofShortText);
+}
+
+TEST_F(CLinkLabelTest, CapturesTheMouseWhilePressed) {
+    const CRegisteredClass protocol(kProtocol, L"URL:test", NotingCommand());
+    SendMessageW(Control(IDC_LINK), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
+    EXPECT_EQ(GetCapture(), Control(IDC_LINK));
+    SendMessageW(Control(IDC_LINK), WM_LBUTTONUP, 0, MAKELPARAM(-5, 5));
+    EXPECT_EQ(GetCapture(), nullptr);
+    SendMessageW(Control(IDC_LINK), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
+    ReleaseCapture();  // as when another window takes it
+    SendMessageW(Control(IDC_LINK), WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+    EXPECT_FALSE(
+        WaitUntil([this] { return GetFileAttributesW(m_note.c_str()) != INVALID_FILE_ATTRIBUTES; }, Milliseconds(700)));
+}
+
 TEST_F(CLinkLabelTest, IsATabStop) {
     SetFocus(Control(IDC_SECOND));
     Type(Control(IDC_SECOND), VK_TAB);
@@ -100,7 +125,23 @@ TEST_F(CLinkLabelTest, FallsBackToTheProgramOfHtmFiles) {
 TEST_F(CLinkLabelTest, ReportsFailures) {
     const CRegisteredClass kind(L".htm", L"vantrelnosuchclass", L"");
     EXPECT_EQ(BrowserCommand(), L"");
-    EXPECT_NE(OpenTarget(m_dialog, L"unknownprotocol:some-place"), L"");
+    const std::wstring failure = OpenTarget(m_dialog, L"unknownprotocol:some-place");
+    ASSERT_NE(failure, L"");
+    EXPECT_EQ(failure.find_last_not_of(L"\r\n "), failure.size() - 1) << "a line break at the end";
+    m_link.SetTarget(L"unknownprotocol:some-place");
+    static std::wstring shown;
+    SetTimer(m_dialog, 1, 100, [](HWND dialog, UINT, UINT_PTR timer, DWORD) {
+        const HWND box = GetLastActivePopup(dialog);
+        if (box != dialog) {
+            KillTimer(dialog, timer);
+            shown.resize(300);
+            shown.resize(static_cast<std::size_t>(GetDlgItemTextW(box, 0xFFFF, shown.data(), 300)));
+            PostMessageW(box, WM_COMMAND, IDCANCEL, 0);
+            PostMessageW(box, WM_COMMAND, IDOK, 0);
+        }
+    });
+    Click(Control(IDC_LINK));
+    EXPECT_EQ(shown, L"Unable to open hyperlink:\n\n" + failure);
 }
 
 TEST(Hyperlink, InsertsTheTargetIntoTheCommand) {

@@ -121,6 +121,16 @@ TEST_F(CRawTest, TemporaryFilesAppearAndDisappear) {
     EXPECT_EQ(raw.size() / 2352, ReadWhole(Disc("game.iso")).size() / 2048 + 150);
 }
 
+TEST_F(CRawTest, ConvertsIfTheCommandProcessorDoesNotSearchItsCurrentFolder) {
+    WriteWhole(Disc("game.iso"), CdImage());
+    SetEnvironmentVariableW(L"NoDefaultCurrentDirectoryInExePath", L"1");
+    const CDrivenDialog dialog = m_program.Start();
+    SetEnvironmentVariableW(L"NoDefaultCurrentDirectoryInExePath", nullptr);
+    dialog.Choose(Disc("game.iso"));
+    EXPECT_THAT(Convert(dialog, IDC_ISO_TO_BIN), StartsWith(kDoneText));
+    EXPECT_EQ(ReadWhole(Disc("game.bin")), RawImageOfConsole(Disc("game.iso")));
+}
+
 TEST_F(CRawTest, ConvertsUnusualNamesAndRunsNothing) {
     const CDrivenDialog dialog = m_program.Start();
     const Bytes image = CdImage();

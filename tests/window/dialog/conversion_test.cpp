@@ -106,7 +106,8 @@ TEST_F(CConversionTest, CompressesAndExpandsToTheSameImage) {
 TEST_F(CConversionTest, BaseNamesHaveThirtyCharactersOfAnyAlphabet) {
     const Bytes image = UmdImage(20);
     const CDrivenDialog dialog = m_program.Start();
-    for (const std::string name : {"последняя фантазия", "ファイナルファンタジータクティクス", "éééééééééééééééééééé"}) {
+    for (const std::string name :
+         {"последняя фантазия", "ファイナルファンタジータクティクス", "éééééééééééééééééééé"}) {
         SCOPED_TRACE(name);
         WriteWhole(m_folder / (name + ".iso"), image);
         dialog.Choose(m_folder / (name + ".iso"));
@@ -304,7 +305,29 @@ TEST_F(CConversionTest, AClickOnExitEndsTheProgramAtOnce) {
     }
 }
 
-TEST_F(CConversionTest, DropsDuringAConversionAreIgnored) {
+TEST_F(CConversionTest, FolderAboutBoxAndTopMostWorkDuringAConversion) {
+    const CDrivenDialog dialog = StartOn("game.iso", UmdImage(24'000), IDC_ISO_TO_CSO);
+    Require(
+        "progress", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
+    dialog.Press(IDC_ALWAYS_ON_TOP);
+    Require("the window on top", [&] { return dialog.IsTopMost(); });
+    dialog.Press(IDC_FULL_PATH);
+    WaitForFileDialog(m_program).Choose(m_folder.Path());
+    Require("the folder", [&] { return dialog.Text(IDC_IML_PATH) == m_folder.Path(); });
+    PostMessageW(dialog.Window(), WM_SYSCOMMAND, IDM_ABOUTBOX, 0);
+    HWND about = nullptr;
+    Require("About box", [&] {
+        about = FindWindowW(nullptr, L"About quorn_vantrel_v5.0");
+        return about != nullptr && IsWindowVisible(about) != FALSE;
+    });
+    PressButton(GetDlgItem(about, IDOK));
+    const CDrivenBox box = WaitForBox(m_program, kConversion);
+    EXPECT_THAT(box.Text(), ::testing::StartsWith("Compression iso2cso Done !"));
+    box.Close();
+    ExpectOnlyChoosingIsPossible(dialog);
+}
+
+TEST_F(CConversionTest, NothingCanBeDroppedDuringAConversion) {
     WriteWhole(m_folder / "game.iso", UmdImage(24'000));
     WriteWhole(m_folder / "other.cso", {});
     const CDrivenDialog dialog = m_program.Start();
@@ -315,7 +338,7 @@ TEST_F(CConversionTest, DropsDuringAConversionAreIgnored) {
     dialog.Press(IDC_ISO_TO_CSO);
     Require(
         "progress", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
-    dialog.Drop({m_folder / "other.cso"});
+    EXPECT_FALSE(dialog.AcceptsDrops()) << "the pointer tells that nothing can be dropped";
     WaitForBox(m_program, kConversion).Close();
     EXPECT_EQ(dialog.Text(IDC_FILE_NAME), "game.iso");
     ExpectOnlyChoosingIsPossible(dialog);

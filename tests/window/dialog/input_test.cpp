@@ -5,6 +5,8 @@
 
 #include "files/native_file.h"
 #include "files/path.h"
+#include "files/utf.h"
+#include "tests/support/image_builder.h"
 #include "tests/window/driver/window_query.h"
 #include "tests/window/driver/window_test.h"
 
@@ -197,6 +199,148 @@ TEST_F(CInputTest, EntryThatIsNoFolderIsRefused) {
     EXPECT_TRUE(folders.IsOpen());
     folders.Cancel();
     EXPECT_EQ(dialog.Text(IDC_IML_PATH), "");
+}
+
+/// The current folder of the program: the folder in which the export's dialog opens.
+std::string CurrentFolderOf(const CTestedProgram& program, const CDrivenDialog& dialog) {
+    Require("iso2iml", [&] { return dialog.IsEnabled(IDC_ISO_TO_IML); });
+    dialog.Press(IDC_ISO_TO_IML);
+    WaitForFileDialog(program, kConversion).Choose("found.iml");
+    WaitForBox(program, kConversion).Close();
+    Require("the browse button", [&] { return dialog.IsEnabled(IDC_BROWSE); });
+    return dialog.Text(IDC_OUTPUT_FOLDER);
+}
+
+Bytes SmallCd() {
+    SImageDescription description;
+    description.kind = EImageKind::Cd;
+    description.files = {{"SYSTEM.CNF", TextLikeBytes(61, 1)}};
+    return BuildImage(description).bytes;
+}
+
+TEST_F(CInputTest, TheCurrentFolderIsThatOfTheDroppedFile) {
+    ASSERT_TRUE(MakeFolder(m_folder / "Discs"));
+    WriteWhole(m_folder / "Discs\\game.iso", SmallCd());
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "Discs\\game.iso");
+    EXPECT_EQ(CurrentFolderOf(m_program, dialog), m_folder / "Discs\\");
+}
+
+TEST_F(CInputTest, BrowsingStartsInTheFolderOfTheInput) {
+    ASSERT_TRUE(MakeFolder(m_folder / "Discs"));
+    WriteWhole(m_folder / "Discs\\game.cso", {});
+    WriteWhole(m_folder / "Discs\\next.iso", {});
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "Discs\\game.cso");
+    dialog.Select(IDC_SOUND, 0);  // makes the working folder the current one
+    Browse(dialog, "next.iso");
+    Require("the name", [&] { return dialog.Text(IDC_FILE_NAME) == "next.iso"; });
+    EXPECT_EQ(dialog.Text(IDC_FOLDER), m_folder / "Discs\\");
+}
+
+TEST_F(CInputTest, ASoundChangeMakesTheWorkingFolderTheCurrentOne) {
+    ASSERT_TRUE(MakeFolder(m_folder / "Discs"));
+    WriteWhole(m_folder / "Discs\\game.iso", SmallCd());
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "Discs\\game.iso");
+    dialog.Select(IDC_SOUND, 0);
+    EXPECT_EQ(CurrentFolderOf(m_program, dialog), m_folder.Path());
+}
+
+TEST_F(CInputTest, TheOpenDialogOffersSixKindsOfFiles) {
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Press(IDC_BROWSE);
+    const CDrivenFileDialog chooser = WaitForFileDialog(m_program);
+    constexpr int kFilterList = 0x470;  // cmb1 of dlgs.h
+    const HWND list = GetDlgItem(chooser.Window(), kFilterList);
+    std::vector<std::string> labels;
+    for (LRESULT i = 0; i < Ask(list, CB_GETCOUNT); ++i) {
+        std::wstring text(200, L'\0');
+        SendMessageW(list, CB_GETLBTEXT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(text.data()));
+        labels.push_back(Utf8Of(text.c_str()));
+    }
+    EXPECT_THAT(labels,
+                ::testing::ElementsAre("iml/iso/dax Files(*.iml/iso/bin/dax/cso)", "iml Files(*.iml)",
+                                       "iso Files(*.iso)", "dax Files(*.dax)", "cso Files(*.cso)", "All files (*.*)"));
+    EXPECT_EQ(Ask(list, CB_GETCURSEL), 0);
+    chooser.Cancel();
+}
+
+TEST_F(CInputTest, FieldsAreReadUpTo2048Characters) {
+    WriteWhole(m_folder / "game.iso", {});
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    const std::string folder(2048, 'f');
+    SetTextOf(dialog.Control(IDC_FOLDER), folder + "beyond");
+    SetTextOf(dialog.Control(IDC_FILE_NAME), "g.iso");
+    dialog.Press(IDC_ISO_TO_IML);
+    const CDrivenBox box = WaitForBox(m_program);
+    EXPECT_EQ(box.Text(), "Code 101e - Error Opening " + folder + "g.iso");
+    box.Close();
+    EXPECT_EQ(m_program.WaitForEnd(), 0U);
+}
+
+TEST_F(CInputTest, ARejectedDropAfterAnAcceptedBrowseClearsTheInput) {
+    ASSERT_TRUE(MakeFolder(m_folder / "Other"));
+    WriteWhole(m_folder / "game.iso", {});
+    WriteWhole(m_folder / "Other\\notes.txt", {});
+    const CDrivenDialog dialog = m_program.Start();
+    Browse(dialog, m_folder / "game.iso");
+    Require("the commands", [&] { return Enabled(dialog) == kIsoCommands; });
+    dialog.Drop({m_folder / "Other\\notes.txt"});
+    ExpectRejection(dialog, "invalid iso or iml or bin or cso file.");
+    EXPECT_EQ(dialog.Text(IDC_FOLDER), m_folder / "Other\\");
+}
+
+/// The control with the keyboard focus.
+int FocusedControl(const CDrivenDialog& dialog) {
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    GetGUIThreadInfo(GetWindowThreadProcessId(dialog.Window(), nullptr), &info);
+    return info.hwndFocus != nullptr ? GetDlgCtrlID(info.hwndFocus) : 0;
+}
+
+TEST_F(CInputTest, TheFocusLeavesAButtonThatIsGreyed) {
+    WriteWhole(m_folder / "game.iso", {});
+    WriteWhole(m_folder / "game.cso", {});
+    WriteWhole(m_folder / "notes.txt", {});
+    for (const char* name : {"game.cso", "notes.txt"}) {
+        SCOPED_TRACE(name);
+        CTestedProgram program(m_folder.Path());
+        const CDrivenDialog dialog = program.Start();
+        SetForegroundWindow(dialog.Window());
+        dialog.Press(IDC_BROWSE);
+        WaitForFileDialog(program).Choose(m_folder / "game.iso");
+        Require("the commands", [&] { return Enabled(dialog) == kIsoCommands; });
+        Require("the focus", [&] { return FocusedControl(dialog) != 0; });
+        Ask(dialog.Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(dialog.Control(IDC_ISO_TO_IML)), TRUE);
+        ASSERT_EQ(FocusedControl(dialog), IDC_ISO_TO_IML);
+        dialog.Drop({m_folder / name});
+        if (std::string(name) == "notes.txt") {
+            WaitForBox(program).Close();
+        }
+        Require("greyed iso2iml", [&] { return !dialog.IsEnabled(IDC_ISO_TO_IML); });
+        EXPECT_TRUE(WaitUntil(
+            [&] {
+                const int focused = FocusedControl(dialog);
+                return focused != 0 && focused != IDC_ISO_TO_IML && dialog.IsEnabled(focused);
+            },
+            Milliseconds(3000)))
+            << FocusedControl(dialog);
+    }
+}
+
+TEST_F(CInputTest, TheTooltipHasTheWholeLayoutFolder) {
+    ASSERT_TRUE(MakeFolder(m_folder / "Files"));
+    const CDrivenDialog dialog = m_program.Start();
+    EXPECT_EQ(dialog.ToolTip(IDC_IML_PATH).value_or(""), "");
+    dialog.Press(IDC_FULL_PATH);
+    WaitForFileDialog(m_program).Choose(m_folder / "Files");
+    Require("the folder", [&] { return !dialog.Text(IDC_IML_PATH).empty(); });
+    EXPECT_EQ(dialog.ToolTip(IDC_IML_PATH).value_or(""), m_folder / "Files\\");
+    EXPECT_NE(GetWindowLongPtrW(dialog.Control(IDC_IML_PATH), GWL_STYLE) & SS_PATHELLIPSIS, 0);
+    dialog.PressAndWait(IDC_RELATIVE_PATH);
+    EXPECT_EQ(dialog.ToolTip(IDC_IML_PATH).value_or(""), "");
 }
 
 }  // namespace

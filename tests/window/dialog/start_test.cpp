@@ -1,9 +1,16 @@
-// The window after its start, and the ways of ending it.
+// The window after its start, and the ways of ending it. The second header needs what the first one declares.
+// clang-format off
+#include <windows.h>
+#include <commctrl.h>
+// clang-format on
 #include <gmock/gmock.h>
 
 #include <map>
 
+#include "app/ui/scaling.h"
 #include "files/native_file.h"
+#include "files/utf.h"
+#include "tests/window/driver/remote_memory.h"
 #include "tests/window/driver/window_query.h"
 #include "tests/window/driver/window_test.h"
 
@@ -182,6 +189,118 @@ TEST_F(CStartTest, AlwaysOnTopIsSwitchedOnAndOff) {
     Require("the window on top", [&] { return dialog.IsTopMost(); });
     dialog.Press(IDC_ALWAYS_ON_TOP);
     Require("the window among the others", [&] { return !dialog.IsTopMost(); });
+}
+
+HWND StatusBar(const CDrivenDialog& dialog) {
+    for (const HWND child : ChildrenOf(dialog.Window())) {
+        if (lstrcmpiW(ClassOf(child).c_str(), STATUSCLASSNAMEW) == 0) {
+            return child;
+        }
+    }
+    return nullptr;
+}
+
+TEST_F(CStartTest, PanesHaveTheirWidths) {
+    const CDrivenDialog dialog = m_program.Start();
+    const HWND bar = StatusBar(dialog);
+    int edges[4] = {};
+    CRemoteMemory memory(m_program.Process(), sizeof edges);
+    ASSERT_EQ(Ask(bar, SB_GETPARTS, 4, reinterpret_cast<LPARAM>(memory.Address())), 4);
+    memory.Read(edges, sizeof edges);
+    EXPECT_THAT(edges, ElementsAre(Scaled(bar, 250), Scaled(bar, 350), Scaled(bar, 515), -1));
+}
+
+/// The colour on the screen of a point of a window.
+COLORREF ColourAt(HWND window, POINT point) {
+    ClientToScreen(window, &point);
+    const HDC screen = GetDC(nullptr);
+    const COLORREF colour = GetPixel(screen, point.x, point.y);
+    ReleaseDC(nullptr, screen);
+    return colour;
+}
+
+TEST_F(CStartTest, TheStatusBarIsGrey) {
+    const CDrivenDialog dialog = m_program.Start();
+    const HWND bar = StatusBar(dialog);
+    EXPECT_TRUE(WaitUntil([&] {
+        return ColourAt(bar, {100, 10}) == RGB(180, 180, 180);
+    })) << std::hex
+        << ColourAt(bar, {100, 10});
+}
+
+TEST_F(CStartTest, FieldsHaveACompleteFrame) {
+    const CDrivenDialog dialog = m_program.Start();
+    const HWND field = dialog.Control(IDC_IML_PATH);
+    RECT client{};
+    GetClientRect(field, &client);
+    const LONG x = client.right / 2;
+    const LONG y = client.bottom / 2;
+    for (const POINT edge : {POINT{-1, y}, POINT{client.right, y}, POINT{x, -1}, POINT{x, client.bottom}}) {
+        EXPECT_TRUE(WaitUntil([&] { return ColourAt(field, edge) == GetSysColor(COLOR_BTNSHADOW); }))
+            << edge.x << ", " << edge.y;
+    }
+}
+
+/// The resources of the shipped program.
+class CResources {
+public:
+    explicit CResources(const std::string& program)
+        : m_module(LoadLibraryExW(WideOf(program).c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE)) {}
+    ~CResources() { FreeLibrary(m_module); }
+    CResources(const CResources&) = delete;
+    CResources& operator=(const CResources&) = delete;
+
+    std::string String(UINT id) const {
+        wchar_t text[64] = {};
+        LoadStringW(m_module, id, text, 64);
+        return Utf8Of(text);
+    }
+    /// Width and height of a dialog in dialog units.
+    std::pair<int, int> DialogSize(int id) const {
+        struct SExtendedTemplate {
+            WORD version;
+            WORD signature;
+            DWORD help;
+            DWORD extendedStyle;
+            DWORD style;
+            WORD controls;
+            short x;
+            short y;
+            short width;
+            short height;
+        };
+        const HRSRC found = FindResourceW(m_module, MAKEINTRESOURCEW(id), RT_DIALOG);
+        const auto* dialog = static_cast<const SExtendedTemplate*>(LockResource(LoadResource(m_module, found)));
+        return {dialog->width, dialog->height};
+    }
+    Bytes Binary(int id) const {
+        const HRSRC found = FindResourceW(m_module, MAKEINTRESOURCEW(id), L"BIN");
+        const auto* bytes = static_cast<const std::uint8_t*>(LockResource(LoadResource(m_module, found)));
+        return Bytes(bytes, bytes + SizeofResource(m_module, found));
+    }
+
+private:
+    HMODULE m_module;
+};
+
+TEST_F(CStartTest, DialogsAndStringsAreThoseOfTheProgram) {
+    const CResources resources(m_folder / "quorn_vantrel.exe");
+    EXPECT_EQ(resources.DialogSize(102), std::pair(381, 214));
+    EXPECT_EQ(resources.DialogSize(100), std::pair(270, 131));
+    EXPECT_EQ(resources.String(101), "&About");
+    EXPECT_EQ(resources.String(102), "FILE");
+    EXPECT_EQ(resources.String(103), "BYTES");
+    EXPECT_EQ(resources.String(104), "STATUS");
+    EXPECT_EQ(resources.String(105), "@No Sound Selected");
+    EXPECT_EQ(resources.String(106), "PERCENT");
+}
+
+TEST_F(CStartTest, ALongerFileIsReplacedByTheDefaultSound) {
+    const Bytes sound = CResources(m_folder / "quorn_vantrel.exe").Binary(196);
+    ASSERT_GT(sound.size(), 1000U);
+    WriteWhole(m_folder / "Success.wav", Bytes(sound.size() + 5000, 7));
+    m_program.Start();
+    EXPECT_EQ(ReadWhole(m_folder / "Success.wav"), sound);
 }
 
 }  // namespace

@@ -24,6 +24,17 @@ constexpr int kWatched[] = {IDC_BROWSE,     IDC_ISO_TO_IML,    IDC_VANTREL,    I
 /// The events in their order. Global, because the window procedures get no other context.
 std::vector<std::string> g_events;
 
+/// Records that the dialog accepts dropped files again, and the end of the bar.
+LRESULT CALLBACK WatchDialog(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
+    if (message == WM_STYLECHANGED && static_cast<int>(wParam) == GWL_EXSTYLE) {
+        const auto* const change = reinterpret_cast<const STYLESTRUCT*>(lParam);
+        g_events.emplace_back((change->styleNew & WS_EX_ACCEPTFILES) != 0 ? "drops" : "no drops");
+    } else if (message == WM_NCDESTROY) {
+        g_events.emplace_back("bar gone");
+    }
+    return DefSubclassProc(window, message, wParam, lParam);
+}
+
 LRESULT CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
     const int id = GetDlgCtrlID(window);
     if (message == WM_ENABLE) {
@@ -120,6 +131,18 @@ TEST_F(CDialogOperationTest, CompletionHasItsOrder) {
     EXPECT_EQ(Bar(), nullptr);
 }
 
+TEST_F(CDialogOperationTest, AfterTheBoxDropsPercentageButtonsAndBarFollow) {
+    m_operation->Begin(EConversion::BinToIso);
+    m_operation->SetTotal(4);
+    m_operation->SetPane(EPane::Percent, "100%");
+    SetWindowSubclass(m_dialog.Window(), WatchDialog, kSubclassId, 0);
+    SetWindowSubclass(Bar(), WatchDialog, kSubclassId, 0);
+    SetTimer(m_dialog.Window(), kBoxTimer, 50, CloseBox);
+    m_operation->Complete("All Done !", [&] { g_events.clear(); });
+    EXPECT_THAT(g_events, ElementsAre(::testing::StartsWith("box All Done !"), "drops", "enable 1", "bar gone"));
+    RemoveWindowSubclass(m_dialog.Window(), WatchDialog, kSubclassId);
+}
+
 TEST_F(CDialogOperationTest, CompletionGreysTheButtonsInTheirOrder) {
     SetTimer(m_dialog.Window(), kBoxTimer, 50, CloseBox);
     EnableWindow(m_dialog.Item(IDC_BROWSE), FALSE);
@@ -136,7 +159,9 @@ TEST_F(CDialogOperationTest, CompletionGreysTheButtonsInTheirOrder) {
 }
 
 TEST_F(CDialogOperationTest, CompletionWithoutSelectionChangesNothing) {
-    m_operation->Begin(EConversion::BinToIso);
+    m_levelList.Select(1);
+    m_doneMessage = L"of before";
+    m_operation->Begin(EConversion::CsoToIso);
     m_operation->SetTotal(4);
     m_operation->SetPane(EPane::Percent, "100%");
     m_soundList.Select(-1);
@@ -145,6 +170,8 @@ TEST_F(CDialogOperationTest, CompletionWithoutSelectionChangesNothing) {
     EXPECT_FALSE(m_operation->Complete("All Done !", [&] { reported = true; }));
     EXPECT_FALSE(reported);
     EXPECT_THAT(g_events, ElementsAre("update data", "select sound 2"));
+    EXPECT_EQ(m_doneMessage, L"of before");
+    EXPECT_FALSE(IsWindowEnabled(m_levelList.Handle())) << "the list is still greyed";
     EXPECT_EQ(Pane(3), L"100%");
     EXPECT_EQ(GetWindowLongPtrW(m_dialog.Window(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
 }
@@ -218,7 +245,7 @@ TEST_F(CDialogOperationTest, FocusLeavesAGreyedButtonAndReturnsToTheBrowseButton
     SetFocus(m_dialog.Item(IDC_ISO_TO_CSO));
     ASSERT_EQ(GetFocus(), m_dialog.Item(IDC_ISO_TO_CSO));
     m_operation->Begin(EConversion::BinToIso);
-    EXPECT_EQ(GetFocus(), m_soundList.Handle());
+    EXPECT_EQ(GetFocus(), m_dialog.Item(IDC_ALWAYS_ON_TOP));
     m_operation->EndCancelled();
     EXPECT_EQ(GetFocus(), m_dialog.Item(IDC_BROWSE));
 }

@@ -88,6 +88,17 @@ TEST_F(CTimedProgressTest, DoesNothingWithoutItsWindow) {
     EXPECT_EQ(bar.Position(), 1);
 }
 
+/// Without a window, an invalidation would concern all windows of the desktop.
+TEST_F(CTimedProgressTest, PaintsNothingWithoutItsWindow) {
+    CTimedProgressCtrl bar(Anchor(), 3, IDB_PROGRESS_DVD);
+    bar.SetPosition(2, false);
+    DestroyWindow(bar.Handle());
+    UpdateWindow(m_dialog.Window());
+    ValidateRect(m_dialog.Window(), nullptr);
+    bar.PaintNow();
+    EXPECT_EQ(GetUpdateRect(m_dialog.Window(), nullptr, FALSE), FALSE);
+}
+
 TEST_F(CTimedProgressTest, AnswersLikeNativeBars) {
     CTimedProgressCtrl bar(Anchor(), 200, IDB_PROGRESS_DVD);
     bar.SetPosition(150, true);

@@ -234,6 +234,25 @@ TEST(Layout, StatusPanesHaveRoomForTheirTexts) {
     }
 }
 
+/// The status bar sets a text that is too long with up to one pixel less between characters.
+TEST(Layout, StatusPanesHaveRoomForTheStartTexts) {
+    constexpr int kMargins = 3;
+    const CShippedDialog dialog(IDD_MAIN);
+    std::list<CIconButton> buttons;
+    CStatusBar bar;
+    Furnish(dialog, buttons, bar);
+    RECT place;
+    ASSERT_NE(SendMessageW(bar.Handle(), SB_GETRECT, 2, reinterpret_cast<LPARAM>(&place)), 0);
+    for (const std::wstring text : {L"Compression ISO2CSO, please Wait", L"DeCompression CSO2ISO, please Wait",
+                                    L"Compression ISO2DAX, please Wait", L"Decompressing DAX2ISO, please Wait",
+                                    L"Converting ISO2BIN, please Wait", L"Converting bin2iso, please Wait",
+                                    L"Rebuilding ISO, please Wait", L"checking ISO postgap, please Wait"}) {
+        const LONG squeezed = static_cast<LONG>(text.size()) * Scaled(bar.Handle(), 1);
+        EXPECT_LE(Extent(bar.Handle(), text).cx - squeezed, place.right - place.left - Scaled(bar.Handle(), kMargins))
+            << Utf8Of(text);
+    }
+}
+
 TEST(Layout, AboutBoxHasRoomForEveryText) {
     const CShippedDialog dialog(IDD_ABOUT);
     ASSERT_NE(dialog.Window(), nullptr);

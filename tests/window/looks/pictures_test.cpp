@@ -62,7 +62,7 @@ TEST_F(CPictures, OfTheAboutBox) {
     HWND about = nullptr;
     Require("About box", [&] {
         about = FindWindowW(nullptr, L"About quorn_vantrel_v5.0");
-        return about != nullptr;
+        return about != nullptr && IsWindowVisible(about) != FALSE;
     });
     RECT rectangle;
     GetWindowRect(about, &rectangle);
