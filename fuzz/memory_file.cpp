@@ -348,7 +348,25 @@ std::string CurrentFolder() {
     return "/";
 }
 
+void CNativeFile::TakeModeOf(const std::string& /*path*/) {}
+
+std::string ResolveLink(const std::string& path) {
+    return path;
+}
+
+void SetFileDate(const std::string& /*path*/, std::int64_t /*seconds*/) {}
+
 void UseUtf8Console() {}
+
+void UseBinaryOutput() {}
+
+bool IsTerminal(EStream /*stream*/) {
+    return false;
+}
+
+int TerminalColumns() {
+    return 80;
+}
 
 namespace fuzz {
 

@@ -363,36 +363,6 @@ TEST_F(CWindowBehaviour, MinimisedWindowPaintsAndCanBeRestored) {
     EXPECT_TRUE(SettledPicture(dialog.Window()) == before);
 }
 
-/// The icon that the window manager shows in the title bar of a window.
-std::vector<std::uint32_t> TitleIcon(HWND window) {
-    constexpr int kSize = 18;
-    constexpr int kAboveWindow = 20;
-    RECT place{};
-    GetWindowRect(window, &place);
-    const CMemoryBitmap bitmap(kSize, kSize);
-    const HDC screen = GetDC(nullptr);
-    BitBlt(bitmap.Dc(), 0, 0, kSize, kSize, screen, place.left + 2, place.top - kAboveWindow, SRCCOPY);
-    ReleaseDC(nullptr, screen);
-    GdiFlush();
-    return {bitmap.Pixels(), bitmap.Pixels() + kSize * kSize};
-}
-
-/// The About box sets no icon, so it has that of any window. Wine does not send icon handles to other processes.
-TEST_F(CWindowBehaviour, HasItsIconInTheTitleBar) {
-    const CDrivenDialog dialog = m_program.Start();
-    SettledPicture(dialog.Window());
-    const auto own = TitleIcon(dialog.Window());
-    const HWND about = OpenAboutBox(dialog, IDM_ABOUTBOX);
-    SettledPicture(about);
-    const auto orange = [](const std::vector<std::uint32_t>& pixels) {
-        return std::count_if(pixels.begin(), pixels.end(), [](std::uint32_t pixel) {
-            return (pixel >> 16 & 0xFF) > 200 && (pixel >> 8 & 0xFF) < 160 && (pixel & 0xFF) < 80;
-        });
-    };
-    EXPECT_GT(orange(own), 10) << "the letter of the application icon";
-    EXPECT_LT(orange(TitleIcon(about)), 3);
-}
-
 TEST_F(CWindowBehaviour, EnterBrowses) {
     const CDrivenDialog dialog = m_program.Start();
     PostMessageW(dialog.Control(IDC_BROWSE), WM_KEYDOWN, VK_RETURN, 1);

@@ -26,6 +26,8 @@ protected:
         dialog.Press(button);
         const CDrivenBox box = WaitForBox(m_program, kConversion);
         std::string text = box.Text();
+        EXPECT_EQ(dialog.ProgressPosition(), dialog.ProgressRange()) << "the bar is full beside 100%";
+        EXPECT_EQ(dialog.Pane(EPane::Percent), "100%");
         box.Close();
         Require("the browse button", [&] { return dialog.IsEnabled(IDC_BROWSE); });
         return text;
