@@ -72,7 +72,7 @@ private:
             if (warning.empty()) {
                 ++m_tally.converted;
             } else {
-                PrintFailure(warning);
+                PrintFailure(input, warning);
             }
         } catch (const CRefused& refusal) {
             PrintFailure(input, refusal.what());

@@ -124,7 +124,8 @@ CReport::List ReportOn(const std::vector<SFileSums>& files) {
     for (const SFileSums& file : files) {
         CReport entry = {{"file", file.path}};
         if (file.sums) {
-            for (const auto& [name, value] : ReportOn(*file.sums).As<CReport::Object>()) {
+            const CReport sums = ReportOn(*file.sums);
+            for (const auto& [name, value] : sums.As<CReport::Object>()) {
                 entry.Add(name, value);
             }
         }
