@@ -58,9 +58,13 @@ std::string FailureText(const CConversionFailed& failure) {
 }
 
 void PrintError(const std::string& command, const std::string& file, const std::string& text) {
-    const bool namesFile = text.starts_with(file + ": ") || text.starts_with(file + " ");
-    const std::string message = namesFile ? text : file + ": " + text;
-    std::fprintf(stderr, "vantrel %s: %s\n", command.c_str(), Shown(message, EStream::Errors).c_str());
+    const bool namesFile = text.starts_with(file + ":") || text.starts_with(file + " ");
+    const std::string lines = "vantrel " + command + ": " + (namesFile ? "" : file + ": ") + text + '\n';
+    for (std::size_t start = 0; start < lines.size();) {
+        const std::size_t end = lines.find('\n', start);
+        std::fprintf(stderr, "%s\n", Shown(lines.substr(start, end - start), EStream::Errors).c_str());
+        start = end + 1;
+    }
 }
 
 }  // namespace vantrel

@@ -61,7 +61,7 @@ class CsoCommands(ConsoleTest):
             self.assert_done(self.run_here("iso2cso", "-f", *words, "game.iso"))
             self.assertEqual(self.read("game.cso"), default, words)
             self.assert_done(self.run_here("cso2iso", "-f", *words, "game.cso"))
-            self.assertEqual(self.read("game.iso"), image, words)
+            self.assertEqual(self.read("game.iso"), source, words)
             self.write("game.iso", source)
 
     def test_a_partial_last_sector_is_kept(self):
@@ -72,7 +72,7 @@ class CsoCommands(ConsoleTest):
             cso = self.read("game.cso")
             self.assertEqual(cso, cso_reference.compress(9, image, "padded"))
             self.assertEqual(cso_reference.expand(cso), image)
-            self.assert_done(self.run_here("cso2iso", "-f", "game.cso"))
+            self.assert_done(self.run_here("cso2iso", "-f", "-o", "new-game.iso", "game.cso"))
             self.assertEqual(self.read("new-game.iso"), image)
             self.write("other.cso", cso_reference.compress(9, image, "rest", 4096))
             self.assert_done(self.run_here("verify", "game.cso", "--against", "other.cso"))
@@ -95,7 +95,7 @@ class CsoCommands(ConsoleTest):
                         with self.subTest(size=size, length=len(image), tail=tail, align=align):
                             self.write("game.cso", cso_reference.compress(6, image, tail, size, align))
                             self.write("game.iso", image)
-                            self.assert_done(self.run_here("cso2iso", "-f", "game.cso"))
+                            self.assert_done(self.run_here("cso2iso", "-f", "-o", "new-game.iso", "game.cso"))
                             self.assertEqual(self.read("new-game.iso"), image)
                 if sectors >= 17:
                     self.write("other.cso", cso_reference.compress(9, image, "rest"))
@@ -105,7 +105,7 @@ class CsoCommands(ConsoleTest):
         image = psp_image(16) + os.urandom(2048)
         self.write("game.cso", cso_reference.compress(6, image, "rest", 16384))
         self.assertTrue(self.read("game.cso")[24 + 8 + 3] & 0x80)
-        self.assert_done(self.run_here("cso2iso", "game.cso"))
+        self.assert_done(self.run_here("cso2iso", "-o", "new-game.iso", "game.cso"))
         self.assertEqual(self.read("new-game.iso"), image)
 
     def test_data_beyond_two_gibibytes(self):
@@ -119,7 +119,7 @@ class CsoCommands(ConsoleTest):
             file.write(cso[:start])
             file.seek(start + gap)
             file.write(cso[start:])
-        self.assert_done(self.run_here("cso2iso", "game.cso"))
+        self.assert_done(self.run_here("cso2iso", "-o", "new-game.iso", "game.cso"))
         self.assertEqual(self.read("new-game.iso"), image)
 
     def test_other_headers_are_refused_by_name(self):
@@ -165,12 +165,12 @@ class CsoCommands(ConsoleTest):
                              (1, "", "vantrel %s: a.cso: the form ZSO is not supported\n" % command))
         self.write("e.cso", b"no form at all, but long enough for a header")
         self.assertEqual(self.run_here("cso2iso", "e.cso").err,
-                         "vantrel cso2iso: Code 11011 - ciso file format error new-e.iso\n")
+                         "vantrel cso2iso: e.cso: Code 11011 - ciso file format error e.iso\n")
         self.assertEqual(self.names(), ["a.cso", "b.cso", "c.cso", "d.iso", "e.cso"])
 
     def test_version_0_is_read(self):
         self.write("game.cso", cso_reference.compress(9, psp_image(), version=0))
-        self.assert_done(self.run_here("cso2iso", "game.cso"))
+        self.assert_done(self.run_here("cso2iso", "-o", "new-game.iso", "game.cso"))
         self.assertEqual(self.read("new-game.iso"), psp_image())
 
     def test_a_last_block_of_another_length_is_refused(self):
@@ -187,7 +187,7 @@ class CsoCommands(ConsoleTest):
             self.write("game.cso", header + b"".join(entry.to_bytes(4, "little") for entry in index) + data)
             result = self.run_here("cso2iso", "game.cso")
             self.assertEqual((result.status, result.err), (
-                1, "vantrel cso2iso: Code 1109-block 2 : block size error %d != 2048\n" % length))
+                1, "vantrel cso2iso: game.cso: Code 1109-block 2 : block size error %d != 2048\n" % length))
             self.assertIn("block 2: its stream expands to", self.run_here("verify", "game.cso").out)
 
     def test_the_number_of_threads_is_checked(self):
@@ -271,7 +271,7 @@ class CsoCommands(ConsoleTest):
             result = self.run_here("iso2cso", "-f", "game.iso")
             self.assert_done(result)
             self.assertEqual(result.out.split("game.iso -> ")[0], notice)
-            self.assert_done(self.run_here("cso2iso", "-f", "game.cso"))
+            self.assert_done(self.run_here("cso2iso", "-f", "-o", "new-game.iso", "game.cso"))
             self.assertEqual(self.read("new-game.iso"), image[:length])
 
     def test_messages_of_the_conversion(self):

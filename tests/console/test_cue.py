@@ -92,7 +92,7 @@ class CueSheets(ConsoleTest):
                 self.write("game.bin", damaged)
                 self.assertEqual(self.report("verify", "game.cue")[1]["problems"], ["sector 9: wrong EDC, parity"])
                 result = self.run_here("bin2iso", "-f", "-o", "out.iso", "game.cue")
-                self.assertEqual((result.status, result.err), (1, "vantrel bin2iso: game.bin: sector 9: wrong EDC\n"))
+                self.assertEqual((result.status, result.err), (1, "vantrel bin2iso: game.cue: game.bin: sector 9: wrong EDC\n"))
 
     def test_one_file_for_all_tracks(self):
         self.write("game.bin", self.raw(1) + AUDIO + AUDIO)
@@ -155,7 +155,7 @@ class CueSheets(ConsoleTest):
         self.sheet('FILE "game.bin" BINARY', "TRACK 01 MODE1/2352", "INDEX 01 00:00:00")
         text = "not whole sectors of 2352 bytes: 7 bytes are left over"
         result = self.run_here("bin2iso", "-o", "out.iso", "game.cue")
-        self.assertEqual((result.status, result.err), (1, "vantrel bin2iso: game.bin: %s\n" % text))
+        self.assertEqual((result.status, result.err), (1, "vantrel bin2iso: game.cue: game.bin: %s\n" % text))
         self.assertFalse(os.path.exists(self.path("out.iso")))
         result = self.run_here("bin2iso", "--ignore-errors", "-o", "out.iso", "game.cue")
         self.assertEqual(result.status, 1)
@@ -194,7 +194,7 @@ class CueSheets(ConsoleTest):
             content = self.read(name)
             result = self.run_here("bin2iso", "-f", "-o", name, "game.cue")
             self.assertEqual((result.status, result.err),
-                             (1, "vantrel bin2iso: %s: the output would be a file of the input\n" % name))
+                             (1, "vantrel bin2iso: game.cue: %s: the output would be a file of the input\n" % name))
             self.assertEqual(self.read(name), content)
         self.assertEqual(self.names(), before)
 

@@ -66,7 +66,7 @@ class DaxCommands(ConsoleTest):
 
     def expand(self, dax):
         self.write("game.dax", dax)
-        self.assert_done(self.run_here("dax2iso", "-f", "game.dax"))
+        self.assert_done(self.run_here("dax2iso", "-f", "-o", "new-game.iso", "game.dax"))
         return self.read("new-game.iso")
 
     def test_a_partial_last_frame_is_kept(self):
@@ -104,7 +104,7 @@ class DaxCommands(ConsoleTest):
                 struct.pack_into("<2I", dax, 32 + 6 * 11 + 8 * number, *area)
             self.write("game.dax", dax)
             result = self.run_here("dax2iso", "game.dax")
-            self.assertEqual((result.status, result.err), (1, "vantrel dax2iso: Corrupted input file.\n"), areas)
+            self.assertEqual((result.status, result.err), (1, "vantrel dax2iso: game.dax: Corrupted input file.\n"), areas)
             self.assertIn("game.dax: the tables do not fit the file", self.run_here("info", "game.dax").err)
 
     def test_frames_that_fall_short_are_refused(self):
@@ -133,7 +133,7 @@ class DaxCommands(ConsoleTest):
         struct.pack_into("<H", dax, 32 + 4 * 11 + 2 * 2, 8193)
         self.write("game.dax", dax)
         self.assertEqual(self.run_here("dax2iso", "game.dax").err,
-                         "vantrel dax2iso: Input seems to be corrupted.\n")
+                         "vantrel dax2iso: game.dax: Input seems to be corrupted.\n")
 
     def test_other_versions_are_refused_by_name(self):
         self.write("game.dax", dax_reference.compress(9, psp_image(), version=2))
@@ -172,7 +172,7 @@ class DaxCommands(ConsoleTest):
             result = self.run_here("iso2dax", "-f", "game.iso")
             self.assert_done(result)
             self.assertEqual(result.out.split("game.iso -> ")[0], notice)
-            self.assert_done(self.run_here("dax2iso", "-f", "game.dax"))
+            self.assert_done(self.run_here("dax2iso", "-f", "-o", "new-game.iso", "game.dax"))
             self.assertEqual(self.read("new-game.iso"), image[:length])
 
     def test_messages_of_the_conversion(self):

@@ -82,7 +82,7 @@ class RawCommands(ConsoleTest):
         result = self.run_here("iso2bin", "missing.iso")
         self.assertEqual(result.status, 1)
         self.assertIn("Code 103- Error Opening missing.iso", result.err)
-        result = self.run_here("bin2iso", "game.bin")
+        result = self.run_here("bin2iso", "-f", "game.bin")
         self.assertEqual((result.status, result.err),
                          (1, "vantrel bin2iso: game.bin: there is no whole sector of 2352 bytes\n"))
         result = self.run_here("bin2iso", "missing.bin")
