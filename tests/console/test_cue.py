@@ -182,7 +182,7 @@ class CueSheets(ConsoleTest):
         for command in "bin2iso", "info", "verify", "list", "extract":
             result = self.run_here(command, "game.cue")
             self.assertEqual((result.status, result.out), (1, ""))
-            self.assertIn("vantrel %s: missing.bin: " % command, result.err)
+            self.assertIn("vantrel %s: game.cue: missing.bin: " % command, result.err)
 
     def test_files_of_the_sheet_are_never_overwritten(self):
         self.write("game.bin", self.raw(1))
