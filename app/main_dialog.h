@@ -43,8 +43,8 @@ private:
 
     /// A control that has a command. Rows with an icon are the icon buttons, in their order.
     struct SCommand {
-        int controlId;
-        Handler handler;
+        int controlId = 0;
+        Handler handler = nullptr;
         int iconId = 0;
         const wchar_t* toolTip = nullptr;
         int notification = BN_CLICKED;

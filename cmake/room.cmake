@@ -23,11 +23,15 @@ else()
   target_compile_definitions(vantrel_flags INTERFACE _FILE_OFFSET_BITS=64)
 endif()
 
-# vantrel_room(NAME [SOURCES ...] [USES ROOM...] [LINKS LIBRARY...]): the library vantrel_NAME of the current folder. USES
-# names the rooms whose headers it may include; check_rooms.py compares that with the includes. Without sources, the room
-# is a header-only library.
+# vantrel_room(NAME [WINDOWS_ONLY] [SOURCES ...] [USES ROOM...] [LINKS LIBRARY...]): the library vantrel_NAME of the current
+# folder. USES names the rooms whose headers it may include; check_rooms.py compares that with the includes. Without
+# sources, the room is a header-only library. WINDOWS_ONLY: on other systems, the room is declared but not built.
 function(vantrel_room name)
-  cmake_parse_arguments(room "" "" "SOURCES;USES;LINKS" ${ARGN})
+  cmake_parse_arguments(room "WINDOWS_ONLY" "" "SOURCES;USES;LINKS" ${ARGN})
+  vantrel_declare_room(${name} ${room_USES})
+  if(room_WINDOWS_ONLY AND NOT WIN32)
+    return()
+  endif()
   list(TRANSFORM room_USES PREPEND vantrel_ OUTPUT_VARIABLE uses)
   if(room_SOURCES)
     add_library(vantrel_${name} STATIC ${room_SOURCES})
@@ -38,7 +42,6 @@ function(vantrel_room name)
     target_include_directories(vantrel_${name} INTERFACE ${PROJECT_SOURCE_DIR})
     target_link_libraries(vantrel_${name} INTERFACE ${uses} ${room_LINKS})
   endif()
-  vantrel_declare_room(${name} ${room_USES})
 endfunction()
 
 # vantrel_declare_room(NAME ROOM...): lists a target of the current folder, and the rooms it uses, for check_rooms.py.

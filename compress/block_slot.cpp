@@ -21,10 +21,16 @@ std::span<SBlock> CBlockSlot::Renew(std::uint32_t count) {
 
 void CBlockSlot::ReadImage(CInputFile& image, std::uint32_t count) {
     const auto room = ContentRoom().first(std::size_t{count} * m_sizes.block);
-    std::span<const std::uint8_t> rest = room.first(image.Read(room));
+    const std::size_t length = image.Read(room);
+    std::ranges::fill(room.subspan(length), std::uint8_t{0});
+    std::span<const std::uint8_t> rest = room.first(length);
     for (SBlock& block : Renew(count)) {
         block.content = rest.first(std::min<std::size_t>(rest.size(), m_sizes.block));
         rest = rest.subspan(block.content.size());
+        if (m_sizes.pads && !block.content.empty()) {
+            block.padding = m_sizes.block - block.content.size();
+            block.content = {block.content.data(), m_sizes.block};
+        }
     }
 }
 

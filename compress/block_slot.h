@@ -14,7 +14,8 @@ namespace vantrel {
 
 struct SBlock {
     std::span<const std::uint8_t>
-        content;  ///< Expanded bytes: shorter than a block at the image's end or after a fault.
+        content;              ///< Expanded bytes: shorter than a block at the image's end or after a fault.
+    std::size_t padding = 0;  ///< Zeros at the end of `content` that fill a partial block of an image.
     std::span<const std::uint8_t> stored;
     bool isUnreadable = false;  ///< The stored bytes could not be read.
     bool isPlain = false;       ///< The stored bytes are the content.
@@ -36,7 +37,7 @@ public:
     /// Returns false if allocation fails.
     bool Allocate(const SBlockSizes& sizes, std::uint32_t blocks);
 
-    /// Reads `count` blocks of an image from its current position.
+    /// Reads `count` blocks of an image from its current position. Blocks behind its end are empty.
     void ReadImage(CInputFile& image, std::uint32_t count);
     void Deflate(CBlockStream& stream);
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -20,6 +21,9 @@ struct SCompressionRequest {
     /// everything, with a new zlib stream for each block.
     std::uint32_t workers = 0;
     std::optional<int> level;  ///< 1 to 9; no value: none is selected.
+    /// A strict compression to CSO fails if its output exceeds this many bytes: index entries hold positions of 31
+    /// bits. Tests use fewer.
+    std::int64_t largestCso = std::numeric_limits<std::int32_t>::max();
 };
 
 /// The window's compression of `folder` (with its separator) + `fileName`: the image is base name + ".iso", found

@@ -1,10 +1,12 @@
 // The header of a CSO file.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <span>
 
+#include "compress/work_plan.h"
 #include "iso/iso9660.h"
 
 namespace vantrel {
@@ -23,14 +25,22 @@ struct CsoHeader {
 
     std::array<std::uint8_t, kSize> Encode() const;
     static CsoHeader Decode(std::span<const std::uint8_t, kSize> bytes);
-    /// Whole blocks of the image; a partial last block is not stored.
-    std::uint64_t BlockCount() const { return total_bytes / block_size; }
+    std::uint64_t WholeBlockCount() const { return total_bytes / block_size; }
+    /// Blocks of the image, including a partial last one.
+    std::uint64_t BlockCount() const { return WholeBlockCount() + (total_bytes % block_size != 0 ? 1 : 0); }
+    /// Bytes of the image in a block (from 0): fewer than a block only in a partial last one.
+    std::size_t ContentSize(std::uint64_t block) const {
+        return static_cast<std::size_t>(std::min<std::uint64_t>(total_bytes - block * block_size, block_size));
+    }
 };
 
 /// Set in the index entry of a block that is stored plain.
 inline constexpr std::uint32_t kCsoPlainBlock = 0x80000000U;
 
-/// Buffer size for a stored block, in blocks.
-inline constexpr std::uint32_t kCsoStoredRoom = 2;
+/// Sizes of blocks. The buffer for a stored block is larger than any deflated block. The compressor fills a partial
+/// last block with zeros.
+constexpr SBlockSizes CsoBlockSizes(std::uint32_t blockSize) {
+    return {blockSize, 2 * blockSize, true};
+}
 
 }  // namespace vantrel

@@ -16,46 +16,68 @@ enum class ECsoFault {
     None,
     ShortHeader,     ///< fewer than 24 bytes
     Format,          ///< wrong magic, or a block size or length of zero
+    Unsupported,     ///< a version, block size or index shift that a strict reader refuses; see Problem
     Memory,          ///< allocation fails, or the header claims implausibly large blocks
     Index,           ///< the index does not fit the file or cannot be read
     Read,            ///< the stored bytes of a block cannot be read, or are more than twice a block
     InflateBegin,    ///< inflateInit fails
     Inflate,         ///< the stored bytes are not a complete deflate stream of at most a block
-    WrongBlockSize,  ///< the stream expands to fewer bytes than a block
+    WrongBlockSize,  ///< the stream expands to fewer bytes than the block has
     InflateEnd       ///< inflateEnd fails
 };
 
 /// Call Open, ReadHeader and ReadIndex in this order, each only if the one before succeeded. Then blocks can be read in
 /// any order: expanded with ReadBlock, or as stored with ReadStored.
+///
+/// A strict reader reads every byte of the image and refuses headers that it does not understand. Any other one reads
+/// whole blocks only, ignores the version, and takes positions as signed 32-bit numbers.
 class CCsoReader : public CStoredBlocks {
 public:
+    explicit CCsoReader(bool strict) : m_strict(strict) {}
+
     /// Returns false, with LastFileError() set, if the file cannot be opened.
     bool Open(const std::string& path) { return m_file.Open(path); }
 
     ECsoFault ReadHeader();
     ECsoFault ReadIndex();
 
-    /// Expands a block (from 0). `content` is valid until the next call.
+    /// Expands a block (from 0) to the bytes that the image has of it. `content` is valid until the next call.
     ECsoFault ReadBlock(std::uint64_t block, std::span<const std::uint8_t>& content);
 
     bool ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& block) override;
-    /// The fault of a block of this container after it was inflated.
-    ECsoFault FaultOf(const SBlock& block) const;
+    /// The fault of block `number` after it was inflated.
+    ECsoFault FaultOf(std::uint64_t number, const SBlock& block) const;
+    /// The image's bytes in block `number` after it was inflated, without the padding that some writers add to the
+    /// last block.
+    std::span<const std::uint8_t> ContentOf(std::uint64_t number, const SBlock& block) const;
+    /// The path and why its header is unsupported.
+    std::string Unsupported() const { return m_file.Path() + ": " + m_unsupported; }
 
     const CsoHeader& Header() const { return m_header; }
-    SBlockSizes BlockSizes() const { return {m_header.block_size, kCsoStoredRoom * m_header.block_size}; }
-    /// Number of whole blocks, which is also the number of the index entry for the end of the data.
-    std::uint64_t BlockCount() const { return m_header.BlockCount(); }
+    SBlockSizes BlockSizes() const { return CsoBlockSizes(m_header.block_size); }
+    /// Number of blocks, which is also the number of the index entry for the end of the data.
+    std::uint64_t BlockCount() const { return m_blockCount; }
+    /// Bytes at the end of the image that are not in the file, because its writer stored whole blocks only.
+    std::uint64_t MissingBytes() const { return m_missingBytes; }
     /// An index entry, 0 to BlockCount().
     std::uint32_t Entry(std::uint64_t block) const { return m_index.Get(block); }
     bool IsPlain(std::uint64_t block) const { return (Entry(block) & kCsoPlainBlock) != 0; }
     std::int64_t FileSize() const { return m_file.Size(); }
+    /// The first read error as a text with the path and the cause; empty if there was none.
+    const std::string& Problem() const { return m_file.Problem(); }
 
 private:
     std::uint64_t Shifted(std::uint32_t value) const;
+    std::uint64_t StoredSize(std::uint64_t block, std::size_t room) const;
+    std::int64_t Position(std::uint64_t block) const;
+    void FindMissingBytes();
 
+    const bool m_strict;
     CInputFile m_file;
     CsoHeader m_header;
+    std::string m_unsupported;
+    std::uint64_t m_blockCount = 0;
+    std::uint64_t m_missingBytes = 0;
     CNumberTable<std::uint32_t> m_index;
     CBlockSlot m_slot;
     CBlockStream m_stream{{EStreamForm::Raw, std::nullopt}, EStreamUse::Reused};

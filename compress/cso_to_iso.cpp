@@ -18,7 +18,7 @@ namespace {
 class CCsoExpansion {
 public:
     CCsoExpansion(const SCompressionRequest& request, COperation& operation)
-        : m_request(request), m_operation(operation) {}
+        : m_request(request), m_operation(operation), m_cso(request.strict) {}
 
     void Run() {
         OpenFiles();
@@ -29,6 +29,7 @@ public:
         m_operation.SetTotal(count);
         m_operation.Yield();
         Check(m_cso.ReadIndex());
+        FailIfIncomplete();
         m_operation.Yield();
         ExpandBlocks(count);
         m_output.CommitOrFail();
@@ -40,9 +41,18 @@ private:
         // The first handle only tests whether the file exists; its text deliberately names the output.
         m_existence.OpenOrFail(m_request.chosenPath, "Code 11010e - Error Opening %s", m_request.outputPath);
         if (!m_cso.Open(m_request.chosenPath)) {
-            m_operation.Fail(Format("Code 11010f - Error Opening %s", m_request.chosenPath.c_str()));
+            const std::string cause = OpeningProblem(m_request.chosenPath);
+            m_operation.Fail(Format("Code 11010f - Error Opening %s", m_request.chosenPath.c_str()), cause);
         }
         m_output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 11010g - Error create %s");
+    }
+
+    void FailIfIncomplete() {
+        if (m_cso.MissingBytes() != 0) {
+            m_operation.Fail(Format("%s: the last %llu bytes of the image are not stored\n",
+                                    m_request.chosenPath.c_str(),
+                                    static_cast<unsigned long long>(m_cso.MissingBytes())));
+        }
     }
 
     void ExpandBlocks(std::int64_t count) {
@@ -62,16 +72,23 @@ private:
     }
 
     void WriteBlock(std::int32_t number, const SBlock& block) {
-        Check(m_cso.FaultOf(block), number, block);
-        if (!m_output.Write(block.content)) {
-            m_operation.Fail(Format("Code 1110-block %d : Write error\n", number));
+        const auto index = static_cast<std::uint64_t>(number);
+        Check(m_cso.FaultOf(index, block), number, block);
+        if (!m_output.Write(m_cso.ContentOf(index, block))) {
+            m_operation.Fail(Format("Code 1110-block %d : Write error\n", number), m_output.Problem());
         }
     }
 
     void Check(ECsoFault fault, std::int32_t number = 0, const SBlock& block = {}) {
         if (fault != ECsoFault::None) {
-            m_operation.Fail(FailureTextOf(fault, number, block));
+            m_operation.Fail(FailureTextOf(fault, number, block), CauseOf(fault));
         }
+    }
+
+    std::string CauseOf(ECsoFault fault) const {
+        return fault == ECsoFault::ShortHeader && m_cso.Problem().empty()
+                   ? m_request.chosenPath + ": the file is shorter than a CSO header"
+                   : m_cso.Problem();
     }
 
     /// Header faults deliberately name the output.
@@ -86,6 +103,8 @@ private:
                 return Format("Code 11010e - Error Opening %s", output);
             case ECsoFault::Format:
                 return Format("Code 11011 - ciso file format error %s", output);
+            case ECsoFault::Unsupported:
+                return m_cso.Unsupported() + "\n";
             case ECsoFault::Memory:
                 return Format("Code 1104-Can't allocate memory %s\n", input);
             case ECsoFault::Index:
@@ -97,9 +116,10 @@ private:
             case ECsoFault::Inflate:
                 return Format("Code 1108-inflate : %s\n", message);
             case ECsoFault::WrongBlockSize:
-                return Format("Code 1109-block %d : block size error %d != %d\n", number,
-                              static_cast<std::int32_t>(block.content.size()),
-                              static_cast<std::int32_t>(m_cso.Header().block_size));
+                return Format(
+                    "Code 1109-block %d : block size error %d != %d\n", number,
+                    static_cast<std::int32_t>(block.content.size()),
+                    static_cast<std::int32_t>(m_cso.Header().ContentSize(static_cast<std::uint64_t>(number))));
             case ECsoFault::InflateEnd:
                 return Format("Code 1111-inflateEnd: %s\n", message);
         }

@@ -1,6 +1,9 @@
 #include "compress/dax_reader.h"
 
+#include <algorithm>
 #include <array>
+
+#include "operation/text.h"
 
 namespace vantrel {
 
@@ -10,26 +13,64 @@ EDaxFault CDaxReader::ReadHeader() {
         return EDaxFault::Header;
     }
     m_header = DaxHeader::Decode(bytes);
-    return m_header.magic == DaxHeader::kMagic ? EDaxFault::None : EDaxFault::Header;
+    if (m_header.magic != DaxHeader::kMagic) {
+        return EDaxFault::Header;
+    }
+    return m_strict && m_header.version > kDaxVersionWithAreas ? EDaxFault::Unsupported : EDaxFault::None;
+}
+
+std::string CDaxReader::Unsupported() const {
+    return Format("%s: DAX version %u is not supported", m_file.Path().c_str(), m_header.version);
+}
+
+std::uint32_t CDaxReader::AreaCount() const {
+    return m_strict && m_header.version == kDaxVersionWithAreas ? m_header.area_count : 0;
 }
 
 EDaxFault CDaxReader::ReadTables() {
-    const EDaxFault fault = ReadTable(m_positions);
-    if (fault != EDaxFault::None) {
-        return fault;
+    EDaxFault fault = ReadTable(m_positions, FrameCount());
+    if (fault == EDaxFault::None) {
+        fault = m_slot.Allocate(kDaxFrameSizes, 1) ? ReadTable(m_lengths, FrameCount()) : EDaxFault::Memory;
     }
-    return m_slot.Allocate(kDaxFrameSizes, 1) ? ReadTable(m_lengths) : EDaxFault::Memory;
+    return fault == EDaxFault::None && AreaCount() != 0 ? ReadAreas() : fault;
 }
 
-/// Reads the table at the current position.
+/// Reads the list of plain areas. They must lie in the image, and together name no more frames than it has, so that
+/// marking them takes no longer than the image.
+EDaxFault CDaxReader::ReadAreas() {
+    CNumberTable<std::uint32_t> areas;
+    if (AreaCount() > FrameCount()) {
+        return EDaxFault::Tables;
+    }
+    if (const EDaxFault fault = ReadTable(areas, 2 * AreaCount()); fault != EDaxFault::None) {
+        return fault;
+    }
+    m_isPlain = TryAllocate(FrameCount());
+    if (!m_isPlain) {
+        return EDaxFault::Memory;
+    }
+    std::uint32_t plainFrames = 0;
+    for (std::uint32_t area = 0; area < AreaCount(); ++area) {
+        const std::uint32_t first = areas.Get(2 * area);
+        const std::uint32_t count = areas.Get(2 * area + 1);
+        if (first > FrameCount() || count > FrameCount() - first || count > FrameCount() - plainFrames) {
+            return EDaxFault::Tables;
+        }
+        std::fill_n(m_isPlain.get() + first, count, std::uint8_t{1});
+        plainFrames += count;
+    }
+    return EDaxFault::None;
+}
+
+/// Reads the table of `count` numbers at the current position.
 template <typename Number>
-EDaxFault CDaxReader::ReadTable(CNumberTable<Number>& table) {
-    const std::uint64_t size = std::uint64_t{FrameCount()} * sizeof(Number);
+EDaxFault CDaxReader::ReadTable(CNumberTable<Number>& table, std::uint32_t count) {
+    const std::uint64_t size = std::uint64_t{count} * sizeof(Number);
     const std::int64_t room = m_file.Size() - m_file.Position();
     if (room < 0 || static_cast<std::uint64_t>(room) < size) {
         return EDaxFault::Tables;
     }
-    if (!table.Allocate(FrameCount())) {
+    if (!table.Allocate(count)) {
         return EDaxFault::Memory;
     }
     return m_file.Read(table.Bytes()) == size ? EDaxFault::None : EDaxFault::Tables;
@@ -38,25 +79,35 @@ EDaxFault CDaxReader::ReadTable(CNumberTable<Number>& table) {
 EDaxFault CDaxReader::ReadFrame(std::uint32_t frame, std::span<const std::uint8_t>& content) {
     m_slot.ReadContainer(*this, frame, 1);
     m_slot.Inflate(m_stream);
-    content = m_slot.Blocks().front().content;
-    return FaultOf(m_slot.Blocks().front());
+    content = ContentOf(frame, m_slot.Blocks().front());
+    return FaultOf(frame, m_slot.Blocks().front());
+}
+
+std::span<const std::uint8_t> CDaxReader::ContentOf(std::uint32_t number, const SBlock& frame) const {
+    const std::size_t size = frame.content.size();
+    return frame.content.first(m_strict ? std::min(size, m_header.ContentSize(number)) : size);
 }
 
 bool CDaxReader::ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& frame) {
     const auto index = static_cast<std::uint32_t>(number);
     const std::size_t size = Length(index);
-    if (size > buffer.size() || m_file.ReadAt(Position(index), buffer.first(size)) != size) {
+    frame.isPlain = IsPlain(index);
+    if (size > (frame.isPlain ? kDaxFrameSize : buffer.size()) ||
+        m_file.ReadAt(Position(index), buffer.first(size)) != size) {
         return false;
     }
     frame.stored = buffer.first(size);
     return true;
 }
 
-EDaxFault CDaxReader::FaultOf(const SBlock& frame) {
+EDaxFault CDaxReader::FaultOf(std::uint32_t number, const SBlock& frame) const {
     if (frame.isUnreadable) {
         return EDaxFault::Read;
     }
-    return frame.outcome.HasAllOutput() ? EDaxFault::None : EDaxFault::Inflate;
+    if (!frame.outcome.HasAllOutput()) {
+        return EDaxFault::Inflate;
+    }
+    return m_strict && frame.content.size() < m_header.ContentSize(number) ? EDaxFault::Short : EDaxFault::None;
 }
 
 }  // namespace vantrel

@@ -18,7 +18,7 @@ namespace {
 class CDaxExpansion {
 public:
     CDaxExpansion(const SCompressionRequest& request, COperation& operation)
-        : m_request(request), m_operation(operation) {}
+        : m_request(request), m_operation(operation), m_dax(request.strict) {}
 
     void Run() {
         OpenFiles();
@@ -36,7 +36,8 @@ private:
     void OpenFiles() {
         // Each text deliberately names the other file.
         if (!m_dax.Open(m_request.imagePath)) {
-            m_operation.Fail(Format("Code 1003- Cannot open input file %s\n", m_request.outputPath.c_str()));
+            const std::string cause = OpeningProblem(m_request.imagePath);
+            m_operation.Fail(Format("Code 1003- Cannot open input file %s\n", m_request.outputPath.c_str()), cause);
         }
         m_output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 1003o-Cannot create output file %s\n",
                             m_request.imagePath, ESharing::Nobody);
@@ -49,7 +50,7 @@ private:
         Check(slots.empty() ? EDaxFault::Memory : EDaxFault::None);
         CBlockPipeline frames(plan, std::move(slots), m_dax, EStreamForm::Zlib);
         for (std::uint32_t number = 0; number < count; ++number) {
-            WriteFrame(frames.Next());
+            WriteFrame(number, frames.Next());
             ShowPercent(m_operation, number, count);
             if (m_request.strict) {
                 m_operation.SetDone(number + 1);
@@ -62,31 +63,36 @@ private:
         }
     }
 
-    void WriteFrame(const SBlock& frame) {
-        Check(CDaxReader::FaultOf(frame));
-        if (!m_output.Write(frame.content)) {
+    void WriteFrame(std::uint32_t number, const SBlock& frame) {
+        Check(m_dax.FaultOf(number, frame), number, frame.content.size());
+        if (!m_output.Write(m_dax.ContentOf(number, frame))) {
             FailWriting();
         }
     }
 
-    void Check(EDaxFault fault) {
+    void Check(EDaxFault fault, std::uint32_t frame = 0, std::size_t size = 0) {
         switch (fault) {
             case EDaxFault::None:
                 return;
             case EDaxFault::Header:
-                m_operation.Fail("Input is not a valid DAX file.\n");
+                m_operation.Fail("Input is not a valid DAX file.\n", m_dax.Problem());
+            case EDaxFault::Unsupported:
+                m_operation.Fail(m_dax.Unsupported() + "\n");
             case EDaxFault::Tables:
-                m_operation.Fail("Corrupted input file.\n");
+                m_operation.Fail("Corrupted input file.\n", m_dax.Problem());
             case EDaxFault::Memory:
                 m_operation.Fail("Not enough memory for the frame tables!\n");
             case EDaxFault::Read:
-                m_operation.Fail("Input seems to be corrupted.\n");
+                m_operation.Fail("Input seems to be corrupted.\n", m_dax.Problem());
             case EDaxFault::Inflate:
                 m_operation.Fail("Error while decompressing (corrupt input?)\n");
+            case EDaxFault::Short:
+                m_operation.Fail(Format("%s: frame %u has %zu bytes instead of %zu\n", m_request.imagePath.c_str(),
+                                        frame, size, m_dax.Header().ContentSize(frame)));
         }
     }
 
-    [[noreturn]] void FailWriting() { m_operation.Fail("I/O error writing to output file.\n"); }
+    [[noreturn]] void FailWriting() { m_operation.Fail("I/O error writing to output file.\n", m_output.Problem()); }
 
     /// The window closes both files within the completion, and leaves them open if it leaves the completion early.
     void Finish() {

@@ -23,7 +23,7 @@ std::uint64_t ImageLength(const SCompressionRequest& request, COperation& operat
     image.OpenOrFail(request.imagePath, "Code 10010e - Error Opening %s");
     const std::int64_t length = image.Size();
     if (length < 0 || length > std::numeric_limits<std::int32_t>::max()) {
-        operation.Fail(Format("Code 1003-Can't get file siz %s\n", request.imagePath.c_str()));
+        operation.Fail(Format("Code 1003-Can't get file siz %s\n", request.imagePath.c_str()), image.Problem());
     }
     return static_cast<std::uint64_t>(length);
 }
@@ -33,7 +33,7 @@ class CCsoWriter {
 public:
     CCsoWriter(const SCompressionRequest& request, COperation& operation) : m_request(request), m_operation(operation) {
         m_header.total_bytes = ImageLength(request, operation);
-        m_blockCount = static_cast<std::int32_t>(m_header.BlockCount());
+        m_blockCount = static_cast<std::int32_t>(request.strict ? m_header.BlockCount() : m_header.WholeBlockCount());
     }
 
     void Run(int level) {
@@ -51,10 +51,10 @@ public:
 
 private:
     void CompressBlocks(int level) {
-        const SBlockSizes sizes = {m_header.block_size, kCsoStoredRoom * m_header.block_size};
-        const SWorkPlan plan = PlanWork(m_request.workers, sizes, m_header.BlockCount());
+        const auto count = static_cast<std::uint64_t>(m_blockCount);
+        const SWorkPlan plan = PlanWork(m_request.workers, CsoBlockSizes(m_header.block_size), count);
         std::vector<CBlockSlot> slots = AllocateSlots(plan);
-        if (!m_index.Allocate(m_header.BlockCount() + 1) || slots.empty()) {
+        if (!m_index.Allocate(count + 1) || slots.empty()) {
             m_operation.Fail(Format("Code 1004-Can't allocate memory %s\n", m_request.imagePath.c_str()));
         }
         Write(m_header.Encode(), 0);
@@ -76,8 +76,8 @@ private:
         if (outcome.FailedIn(EStreamStep::Begin)) {
             m_operation.Fail(Format("Code 1005-deflateInit%s\n", outcome.message));
         }
-        if (block.content.size() != m_header.block_size) {
-            m_operation.Fail(Format("Code 1007-block %d : read error\n", number));
+        if (block.content.size() - block.padding != m_header.ContentSize(static_cast<std::uint64_t>(number))) {
+            m_operation.Fail(Format("Code 1007-block %d : read error\n", number), m_image.Problem());
         }
         if (outcome.FailedIn(EStreamStep::Work)) {
             m_operation.Fail(Format("Code 1008-block %d:deflate : %s[%d]\n", number, outcome.message, outcome.result));
@@ -100,6 +100,10 @@ private:
 
     /// Sets an index entry to the current position of the output.
     void SetEntry(std::int32_t number, std::uint32_t flags) {
+        if (m_request.strict && m_output.Position() > m_request.largestCso) {
+            m_operation.Fail(Format("%s: the CSO file would exceed 2 GiB, which its index cannot address\n",
+                                    m_request.imagePath.c_str()));
+        }
         m_index.Set(static_cast<std::uint64_t>(number), static_cast<std::uint32_t>(m_output.Position()) | flags);
     }
 
@@ -110,7 +114,7 @@ private:
     }
 
     [[noreturn]] void FailWriting(std::int32_t number) {
-        m_operation.Fail(Format("Code 1009-block %d : Write error\n", number));
+        m_operation.Fail(Format("Code 1009-block %d : Write error\n", number), m_output.Problem());
     }
 
     const SCompressionRequest& m_request;

@@ -42,7 +42,7 @@ public:
         CompressFrames(level);
         m_image.Close();
         if (!m_output.Seek(DaxHeader::kSize)) {
-            m_operation.Fail("I/O error setting file pointer.\n");
+            m_operation.Fail("I/O error setting file pointer.\n", m_output.Problem());
         }
         WriteTables();
         m_output.CommitOrFail();
@@ -76,7 +76,7 @@ private:
         while (TakeFrame(frames.Next())) {
         }
         if (m_request.strict && (m_frame != m_frameCount || m_image.HasFailed())) {
-            m_operation.Fail(Format("I/O error reading %s\n", m_request.imagePath.c_str()));
+            m_operation.Fail(Format("I/O error reading %s\n", m_request.imagePath.c_str()), m_image.Problem());
         }
     }
 
@@ -123,7 +123,7 @@ private:
 
     void Write(std::span<const std::uint8_t> bytes) {
         if (!m_output.Write(bytes)) {
-            m_operation.Fail("I/O write error.\n");
+            m_operation.Fail("I/O write error.\n", m_output.Problem());
         }
     }
 

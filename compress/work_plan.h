@@ -10,6 +10,7 @@ namespace vantrel {
 struct SBlockSizes {
     std::uint32_t block = 0;   ///< Bytes of an expanded block; the last block of an image may be shorter.
     std::uint32_t stored = 0;  ///< Buffer size for a stored block: more than it ever takes.
+    bool pads = false;         ///< A partial last block is filled with zeros before it is deflated.
 };
 
 struct SWorkPlan {

@@ -6,12 +6,15 @@
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <sstream>
 
 #include "console/commands.h"
 #include "console/interrupt.h"
+#include "console/messages.h"
 #include "console/option_set.h"
+#include "console/suggestion.h"
+#include "console/wrapping.h"
 #include "files/native_console.h"
-#include "files/native_file.h"
 
 namespace vantrel {
 
@@ -27,9 +30,25 @@ public:
     CHelpFormatter() { column_width(kHelpColumnWidth); }
 
     std::string make_usage(const CLI::App* app, std::string /*name*/) const override {
-        const bool isProgram = app->get_parent() == nullptr;
-        return isProgram ? "Usage: vantrel COMMAND [options] FILE...\n       vantrel COMMAND --help\n"
-                         : "Usage: vantrel " + app->get_name() + " [options] FILE...\n";
+        if (app->get_parent() == nullptr) {
+            return "Usage: vantrel COMMAND [options] FILE...\n       vantrel help COMMAND\n";
+        }
+        std::string words;
+        std::string positionals;
+        for (const CLI::Option* option : app->get_options()) {
+            const bool isRequired = option->get_required();
+            const std::string word = option->get_name() + make_option_opts(option);
+            if (option->get_positional()) {
+                positionals += isRequired ? " " + word : " [" + word + "]";
+            } else if (isRequired) {
+                words += " " + word;
+            }
+        }
+        return "Usage: vantrel " + app->get_name() + " [options]" + words + positionals + "\n";
+    }
+
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+        return Wrapped(CLI::Formatter::make_help(app, std::move(name), mode), kHelpColumnWidth);
     }
 
     /// "-l,--level N" instead of the library's type names.
@@ -57,7 +76,7 @@ Commands AllCommands() {
 class CParser {
 public:
     CParser() {
-        m_app.set_version_flag("--version", "vantrel " VANTREL_VERSION);
+        m_app.set_version_flag("-V,--version", "vantrel " VANTREL_VERSION);
         m_app.require_subcommand(1);
         // A word that begins with '/' is a path, also on Windows.
         m_app.allow_windows_style_options(false);
@@ -69,19 +88,84 @@ public:
 
     /// Returns the exit status if nothing is left to be done, and nullopt if the words call a command.
     std::optional<EExit> Read(std::vector<std::string> words, std::ostream& out, std::ostream& errors) {
+        if (words.empty()) {
+            errors << m_app.help();
+            return EExit::Usage;
+        }
+        if (words.front() == "help") {
+            std::erase(words, "help");
+            words.emplace_back("--help");
+        }
+        if (!words.front().starts_with('-') && !IsCommand(words.front())) {
+            return FailUsage(errors, "", Unknown("command", words.front(), CommandNames()));
+        }
         // The library takes the words from the back.
         std::reverse(words.begin(), words.end());
         try {
             m_app.parse(std::move(words));
             return std::nullopt;
+        } catch (const CLI::Success& success) {
+            m_app.exit(success, out, errors);
+            return EExit::Done;
         } catch (const CLI::ParseError& error) {
-            return m_app.exit(error, out, errors) == 0 ? EExit::Done : EExit::Usage;
+            return FailUsage(errors, CalledName(), ProblemOf(error));
         }
     }
 
     EExit Run() { return m_called->Run(); }
 
 private:
+    static EExit FailUsage(std::ostream& errors, const std::string& command, const std::string& problem) {
+        const std::string name = command.empty() ? "vantrel" : "vantrel " + command;
+        errors << name << ": " << problem << "\n\"" << name << " --help\" shows the usage.\n";
+        return EExit::Usage;
+    }
+
+    static std::string Unknown(const char* noun, const std::string& word, const std::vector<std::string>& known) {
+        const std::string nearest = NearestWord(word, known);
+        return std::string("unknown ") + noun + " " + word + (nearest.empty() ? "" : "; did you mean " + nearest + "?");
+    }
+
+    /// The name of the command that was read; empty if there was none.
+    std::string CalledName() const {
+        const std::vector<CLI::App*> called = m_app.get_subcommands();
+        return called.empty() ? std::string() : called.front()->get_name();
+    }
+
+    bool IsCommand(const std::string& word) const {
+        return std::any_of(m_commands.begin(), m_commands.end(),
+                           [&word](const std::unique_ptr<CCommand>& command) { return command->Name() == word; });
+    }
+
+    std::vector<std::string> CommandNames() const {
+        std::vector<std::string> names = {"help"};
+        for (const std::unique_ptr<CCommand>& command : m_commands) {
+            names.push_back(command->Name());
+        }
+        return names;
+    }
+
+    static std::vector<std::string> OptionNames(const CLI::App& app) {
+        std::vector<std::string> names;
+        for (const CLI::Option* option : app.get_options()) {
+            for (const std::string& name : option->get_lnames()) {
+                names.push_back("--" + name);
+            }
+        }
+        return names;
+    }
+
+    std::string ProblemOf(const CLI::ParseError& error) const {
+        const std::vector<CLI::App*> called = m_app.get_subcommands();
+        const CLI::App& app = called.empty() ? m_app : *called.front();
+        const std::vector<std::string> unread = app.remaining(true);
+        if (unread.empty() || !unread.front().starts_with('-')) {
+            return error.what();
+        }
+        const std::string option = unread.front().substr(0, unread.front().find('='));
+        return Unknown("option", option, OptionNames(app));
+    }
+
     void Declare(CCommand& command) {
         const SCommandTexts& texts = command.Texts();
         CLI::App* app = m_app.add_subcommand(texts.name, texts.summary);
@@ -102,16 +186,6 @@ private:
     CCommand* m_called = nullptr;
 };
 
-/// The status to end with. Results that could not be written are a failure, whatever else succeeded.
-EExit WithResultsWritten(EExit status) {
-    std::cout.flush();
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good()) {
-        return status;
-    }
-    std::fprintf(stderr, "vantrel: cannot write the results: %s\n", LastFileError().c_str());
-    return EExit::Failed;
-}
-
 }  // namespace
 
 SCommandLine ReadCommandLine(std::vector<std::string> words, std::ostream& out, std::ostream& errors) {
@@ -124,17 +198,18 @@ SCommandLine ReadCommandLine(std::vector<std::string> words, std::ostream& out, 
 }
 
 int RunCommandLine(std::vector<std::string> words) {
-    const SCommandLine read = ReadCommandLine(std::move(words), std::cout, std::cerr);
-    if (read.status) {
-        return static_cast<int>(WithResultsWritten(*read.status));
-    }
     UseUtf8Console();
     CatchInterrupts();
     try {
-        return static_cast<int>(WithResultsWritten(read.action()));
+        std::ostringstream out;
+        const SCommandLine read = ReadCommandLine(std::move(words), out, std::cerr);
+        PrintResults(out.str());
+        return static_cast<int>(read.status ? *read.status : read.action());
     } catch (const CInterrupted& interruption) {
         std::fputs("vantrel: interrupted; nothing unfinished was kept\n", stderr);
         return interruption.ExitStatus();
+    } catch (const CResultsLost& loss) {
+        return loss.Report();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vantrel: %s\n", error.what());
         return static_cast<int>(EExit::Failed);

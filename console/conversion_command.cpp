@@ -18,12 +18,16 @@ void CConversionCommand::DeclareFiles(COptionSet& options) {
 
 void CConversionCommand::DeclareOutput(COptionSet& options) {
     options.AddText("-o,--output", m_options.output, "Write to this path (one FILE only)");
-    options.AddText("--output-dir", m_options.outputFolder, "Write into this folder instead of beside the input");
+    options.AddText("--output-dir", m_options.outputFolder,
+                    "Write into this folder, which is made if missing, instead of beside the input");
     options.Exclude("--output-dir", "--output");
     options.AddFlag("-f,--force", m_options.force, "Replace an existing output");
 }
 
 std::string CConversionCommand::UsageProblem() const {
+    if (m_options.output == "-") {
+        return "--output: results cannot go to standard output, because files are renamed when they are complete";
+    }
     if (m_options.output.empty() || m_options.files.size() == 1) {
         return {};
     }

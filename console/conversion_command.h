@@ -46,6 +46,7 @@ protected:
     void DeclareFiles(COptionSet& options);
     /// --output, --output-dir and --force.
     void DeclareOutput(COptionSet& options);
+    const std::vector<std::string>& Files() const { return m_options.files; }
 
 private:
     SConversionOptions m_options;

@@ -6,7 +6,9 @@
 #include <set>
 
 #include "console/console_operation.h"
+#include "console/messages.h"
 #include "files/native_file.h"
+#include "files/new_folders.h"
 #include "files/path.h"
 #include "files/refused.h"
 #include "operation/text.h"
@@ -35,20 +37,16 @@ std::string LengthText(const std::string& path) {
     return size >= 0 ? BytesText(size) : "length unknown";
 }
 
-/// A text of a conversion without the blanks and line breaks at its end.
-std::string OneLine(std::string text) {
-    while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) {
-        text.pop_back();
-    }
-    return text;
-}
-
 class CConversionRun {
 public:
     CConversionRun(const CConversionCommand& command, const SConversionOptions& options)
         : m_command(command), m_options(options) {}
 
     EExit Run() {
+        if (!m_newFolders.Make(m_options.outputFolder)) {
+            PrintError(m_command.Name(), m_options.outputFolder, m_newFolders.Problem());
+            return EExit::Failed;
+        }
         for (const std::string& input : m_options.files) {
             if (m_tally.failed > 0 && !m_options.keepGoing) {
                 ++m_tally.skipped;
@@ -70,18 +68,23 @@ private:
             job.output = OutputOf(input);
             job.manner = m_options.force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
             RefuseOverwriting(job);
-            Convert(job);
-            ++m_tally.converted;
+            const std::string warning = Convert(job);
+            if (warning.empty()) {
+                ++m_tally.converted;
+            } else {
+                PrintFailure(warning);
+            }
         } catch (const CRefused& refusal) {
-            PrintFailure(refusal.what());
+            PrintFailure(input, refusal.what());
         } catch (const CConversionFailed& failure) {
-            PrintFailure(OneLine(failure.what()) + CauseOf(job));
+            PrintFailure(input, FailureText(failure));
         }
     }
 
-    void Convert(const SConversionJob& job) {
+    /// Returns what the output lacks of the input; empty if nothing.
+    std::string Convert(const SConversionJob& job) {
         const std::int64_t size = SizeOf(job.input);
-        CProgressLine progress(!m_options.quiet && IsTerminal(), FileNameOf(job.input), size);
+        CProgressLine progress(!m_options.quiet && CanDrawProgress(), FileNameOf(job.input), size);
         CConsoleOperation operation(progress);
         m_command.Convert(job, operation);
         progress.Clear();
@@ -91,6 +94,7 @@ private:
         if (!m_options.quiet) {
             PrintResult(job, operation);
         }
+        return operation.Warning();
     }
 
     std::string OutputOf(const std::string& input) const {
@@ -133,43 +137,20 @@ private:
         }
     }
 
-    /// Why a conversion failed, as far as the files themselves show it: " (cause)" or nothing.
-    std::string CauseOf(const SConversionJob& job) const {
-        CNativeFile input;
-        if (FileKindOf(job.input) == EFileKind::Folder) {
-            return " (" + job.input + " is a folder)";
-        }
-        if (!input.Open(job.input, IsInPlace(job) ? EOpenMode::ReadWrite : EOpenMode::Read, ESharing::Anyone)) {
-            return " (" + job.input + ": " + LastFileError() + ")";
-        }
-        if (IsInPlace(job)) {
-            return "";
-        }
-        const std::string folder = FolderOf(job.output);
-        if (!folder.empty() && FileKindOf(folder) != EFileKind::Folder) {
-            return " (there is no folder " + folder + ")";
-        }
-        COutputFile probe;
-        if (!probe.Open(job.output, EOutputManner::CommitNew)) {
-            return " (" + job.output + ": " + LastFileError() + ")";
-        }
-        return "";
-    }
-
-    void PrintFailure(const std::string& text) {
+    void PrintFailure(const std::string& input, const std::string& text) {
         ++m_tally.failed;
-        std::fprintf(stderr, "vantrel %s: %s\n", m_command.Name().c_str(), text.c_str());
+        PrintError(m_command.Name(), input, text);
     }
 
     void PrintResult(const SConversionJob& job, const CConsoleOperation& operation) const {
-        if (!operation.Notice().empty()) {
-            std::printf("%s\n", OneLine(operation.Notice()).c_str());
+        for (const std::string& notice : operation.Notices()) {
+            PrintResults(Shown(OneLine(notice), EStream::Output) + '\n');
         }
         if (!operation.DoneText().empty()) {
-            std::printf("%s -> %s: %s (%s)\n", job.input.c_str(), job.output.c_str(), operation.DoneText().c_str(),
-                        LengthText(job.output).c_str());
+            const std::string result =
+                job.input + " -> " + job.output + ": " + operation.DoneText() + " (" + LengthText(job.output) + ")";
+            PrintResults(Shown(result, EStream::Output) + '\n');
         }
-        std::fflush(stdout);
     }
 
     void PrintSummary() const {
@@ -182,6 +163,7 @@ private:
     const CConversionCommand& m_command;
     const SConversionOptions& m_options;
     STally m_tally;
+    CNewFolders m_newFolders;
     std::set<std::string> m_written;
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };

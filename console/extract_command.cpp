@@ -1,11 +1,15 @@
 // The command that extracts files from an image of any form.
 #include <algorithm>
-#include <cstdio>
+#include <cstdint>
+#include <span>
+#include <sstream>
 
 #include "console/commands.h"
 #include "console/console_operation.h"
+#include "console/file_patterns.h"
+#include "console/interrupt.h"
+#include "console/messages.h"
 #include "console/option_set.h"
-#include "files/letter_case.h"
 #include "files/path.h"
 #include "files/refused.h"
 #include "image/image_source.h"
@@ -17,58 +21,80 @@ namespace vantrel {
 
 namespace {
 
-/// Whether `path` is `wanted` or lies in the folder of that name. Ignores case, because the names on a disc are usually
-/// in upper case.
-bool IsOrLiesIn(const std::string& path, const std::string& wanted) {
-    return path.size() >= wanted.size() &&
-           std::equal(wanted.begin(), wanted.end(), path.begin(),
-                      [](char a, char b) { return LowerAscii(a) == LowerAscii(b); }) &&
-           (path.size() == wanted.size() || path[wanted.size()] == '/');
+constexpr std::size_t kPieceSize = 1U << 20U;
+
+std::vector<std::string> NamesIn(const std::string& path) {
+    std::vector<std::string> names;
+    std::istringstream stream(path);
+    for (std::string name; std::getline(stream, name, '/');) {
+        if (!name.empty() && name != ".") {
+            names.push_back(name);
+        }
+    }
+    return names;
 }
 
-/// A path as typed, in the form of the image's paths: "/DIR\SUB/" becomes "DIR/SUB".
-std::string Normalized(std::string path) {
+/// A path as typed, in the form of the image's paths: "./DIR\\SUB\\A.TXT;1" becomes DIR, SUB and A.TXT.
+std::vector<std::string> WantedNames(std::string path) {
     std::replace(path.begin(), path.end(), '\\', '/');
-    path.erase(0, path.find_first_not_of('/'));
-    path.erase(path.find_last_not_of('/') + 1);
-    return path;
+    return NamesIn(path.substr(0, path.find(kVersionSeparator)));
 }
 
-SExtractedFile ExtractedFile(const SContentFile& file) {
+/// Whether `path` fits the wanted names or lies in a folder that does. Ignores case, because the names on a disc are
+/// usually in upper case.
+bool IsOrLiesIn(const std::string& path, const std::vector<std::string>& wanted) {
+    const std::vector<std::string> names = NamesIn(path);
+    return names.size() >= wanted.size() && std::equal(wanted.begin(), wanted.end(), names.begin(),
+                                                       [](const std::string& pattern, const std::string& name) {
+                                                           return MatchesPattern(name, pattern);
+                                                       });
+}
+
+SExtractedFile ExtractedFile(const SContentFile& file, bool hasDate) {
     std::string path = file.path;
     std::replace(path.begin(), path.end(), '/', '\\');
-    return {file.sector * kSectorSize, file.size, std::move(path)};
+    return {file.extents, std::move(path), hasDate ? file.date : std::nullopt};
 }
 
 class CExtractCommand : public CCommand {
 public:
     CExtractCommand()
         : CCommand({"extract", "Extract files from an image",
-                    "PATH names a file or a folder of the image, in upper or lower case. A failed extraction leaves "
-                    "nothing behind.\n"
+                    "PATH names a file or a folder of the image, in upper or lower case; * and ? stand "
+                    "for any characters and for one. A failed extraction leaves nothing behind.\n"
                     "Examples:\n  vantrel extract game.cso -C game\n"
-                    "  vantrel extract game.iso SYSTEM.CNF PSP_GAME/SYSDIR"}) {}
+                    "  vantrel extract game.iso SYSTEM.CNF PSP_GAME/SYSDIR\n"
+                    "  vantrel extract game.iso --stdout SYSTEM.CNF"}) {}
 
     void Declare(COptionSet& options) override {
-        options.AddText("FILE", m_file, "The image: ISO, CSO, DAX or BIN");
+        options.AddText("FILE", m_file, "The image: ISO, CSO, DAX, BIN or CUE sheet");
         options.Require("FILE");
         options.AddTexts("PATH", m_paths, "Files and folders to extract; by default all");
         options.AddText("-C,--directory", m_folder, "Write below this folder instead of the current one");
         options.AddFlag("-f,--force", m_force, "Replace existing files");
+        options.AddFlag("--stdout", m_toOutput, "Write one file to standard output instead");
+        options.Exclude("--stdout", "--directory");
+        options.AddFlag("--no-dates", m_noDates, "Give the files the current date instead of the recorded one");
         options.AddFlag("-q,--quiet", m_quiet, "Print errors only");
     }
 
     EExit Run() override {
         try {
+            if (m_toOutput) {
+                WriteToOutput();
+                return EExit::Done;
+            }
             const std::size_t count = Extract();
             if (!m_quiet) {
-                std::printf("%s: %zu files extracted\n", m_file.c_str(), count);
+                PrintResults(Shown(m_file, EStream::Output) + ": " + std::to_string(count) + " files extracted\n");
             }
             return EExit::Done;
-        } catch (const std::runtime_error& failure) {
-            std::fprintf(stderr, "vantrel extract: %s\n", failure.what());
-            return EExit::Failed;
+        } catch (const CConversionFailed& failure) {
+            PrintError(Name(), m_file, FailureText(failure));
+        } catch (const CRefused& refusal) {
+            PrintError(Name(), m_file, refusal.what());
         }
+        return EExit::Failed;
     }
 
 private:
@@ -84,7 +110,7 @@ private:
         request.folder = WithSeparator(m_folder);
         request.manner = m_force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
         request.existsHint = "; -f replaces it";
-        CProgressLine progress(!m_quiet && IsTerminal(), FileNameOf(m_file), image->Size());
+        CProgressLine progress(!m_quiet && CanDrawProgress(), FileNameOf(m_file), image->Size());
         CConsoleOperation operation(progress);
         CExtraction extraction(request, *image, std::move(files), operation);
         extraction.Check();
@@ -93,11 +119,36 @@ private:
         return count;
     }
 
+    /// Writes the one chosen file to stdout.
+    void WriteToOutput() const {
+        const std::unique_ptr<CImageSource> image = OpenImage(m_file);
+        const SContents contents = ReadContents(*image);
+        RefuseDamaged(*image, m_file);
+        const std::vector<SExtractedFile> files = Choose(contents.files);
+        if (files.size() != 1) {
+            throw CRefused(m_file + ": " + std::to_string(files.size()) + " files were chosen; --stdout writes one");
+        }
+        UseBinaryOutput();
+        std::vector<std::uint8_t> buffer(kPieceSize);
+        for (const SExtent& extent : files.front().extents) {
+            for (std::int64_t done = 0; done < extent.size;) {
+                ThrowIfInterrupted();
+                const auto wanted = static_cast<std::size_t>(std::min<std::int64_t>(extent.size - done, kPieceSize));
+                if (image->ReadAt(extent.Position() + done, std::span(buffer).first(wanted)) != wanted) {
+                    RefuseDamaged(*image, m_file);
+                    throw CRefused(m_file + ": the image ends within " + files.front().path);
+                }
+                PrintResults({buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(wanted)});
+                done += static_cast<std::int64_t>(wanted);
+            }
+        }
+    }
+
     /// The files that the paths name, or all if there are no paths. Every path must name something.
     std::vector<SExtractedFile> Choose(const std::vector<SContentFile>& files) const {
         std::vector<bool> isChosen(files.size(), m_paths.empty());
         for (const std::string& path : m_paths) {
-            const std::string wanted = Normalized(path);
+            const std::vector<std::string> wanted = WantedNames(path);
             bool found = false;
             for (std::size_t i = 0; i < files.size(); ++i) {
                 if (IsOrLiesIn(files[i].path, wanted)) {
@@ -112,7 +163,7 @@ private:
         std::vector<SExtractedFile> chosen;
         for (std::size_t i = 0; i < files.size(); ++i) {
             if (isChosen[i]) {
-                chosen.push_back(ExtractedFile(files[i]));
+                chosen.push_back(ExtractedFile(files[i], !m_noDates));
             }
         }
         return chosen;
@@ -123,6 +174,8 @@ private:
     std::string m_folder;
     bool m_force = false;
     bool m_quiet = false;
+    bool m_toOutput = false;
+    bool m_noDates = false;
 };
 
 }  // namespace

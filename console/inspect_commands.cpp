@@ -1,9 +1,11 @@
 // The commands that only look at files: info, verify and list.
 #include <cstdio>
+#include <optional>
 
 #include "console/commands.h"
 #include "console/console_operation.h"
 #include "console/interrupt.h"
+#include "console/messages.h"
 #include "console/option_set.h"
 #include "console/report_text.h"
 #include "files/native_file.h"
@@ -17,6 +19,8 @@ namespace vantrel {
 
 namespace {
 
+constexpr const char* kFilesText = "Folder in which the relative paths of a layout start";
+
 /// A command that prints a report on each of its files.
 class CInspectCommand : public CCommand {
 public:
@@ -24,7 +28,7 @@ public:
 
     void Declare(COptionSet& options) override {
         options.AddFiles(m_files, "The files to look at");
-        options.AddFlag("--json", m_json, "Report as JSON, one object for each file");
+        options.AddFlag("--json", m_json, "Report as JSON, one object in a line for each file");
     }
 
     EExit Run() final {
@@ -37,11 +41,13 @@ public:
                 if (ok && !ok->As<bool>()) {
                     status = EExit::Failed;
                 }
-                std::fputs((m_json ? JsonText(report) : Text(report)).c_str(), stdout);
-                std::fflush(stdout);
+                PrintResults(m_json ? JsonText(report) : Text(report));
             } catch (const CRefused& refusal) {
                 status = EExit::Failed;
-                std::fprintf(stderr, "vantrel %s: %s\n", Name().c_str(), refusal.what());
+                if (m_json) {
+                    PrintResults(JsonText({{"file", file}, {"error", refusal.what()}}));
+                }
+                PrintError(Name(), file, refusal.what());
             }
         }
         return status;
@@ -52,7 +58,7 @@ private:
     /// to report.
     virtual CReport Inspect(const std::string& file) const = 0;
     /// The report for people.
-    virtual std::string Text(const CReport& report) const { return PlainText(report); }
+    virtual std::string Text(const CReport& report) const { return PlainText(report, IsTerminal(EStream::Output)); }
 
     std::vector<std::string> m_files;
     bool m_json = false;
@@ -64,8 +70,15 @@ public:
         : CInspectCommand({"info", "Identify a file by its content",
                            "Examples:\n  vantrel info game.cso\n  vantrel info --json *.iso | jq .image.kind"}) {}
 
+    void Declare(COptionSet& options) override {
+        CInspectCommand::Declare(options);
+        options.AddText("--files", m_filesFolder, kFilesText);
+    }
+
 private:
-    CReport Inspect(const std::string& file) const override { return ReportOnFile(file); }
+    CReport Inspect(const std::string& file) const override { return ReportOnFile(file, m_filesFolder); }
+
+    std::string m_filesFolder;
 };
 
 class CVerifyCommand : public CInspectCommand {
@@ -79,16 +92,31 @@ public:
     void Declare(COptionSet& options) override {
         CInspectCommand::Declare(options);
         options.AddText("--against", m_against, "Compare with the image in this file instead, whatever its form");
+        options.AddText("--dat", m_datPath, "Look the image up in this disc database, an XML file of Logiqx");
+        options.Exclude("--dat", "--against");
+        options.AddText("--files", m_filesFolder, kFilesText);
     }
 
 private:
     CReport Inspect(const std::string& file) const override {
-        CProgressLine progress(IsTerminal(), FileNameOf(file), FileSizeOf(file));
+        CProgressLine progress(CanDrawProgress(), FileNameOf(file), FileSizeOf(file));
         CConsoleOperation operation(progress);
-        return m_against.empty() ? VerifyFile(file, operation) : CompareImages(file, m_against, operation);
+        return m_against.empty() ? VerifyFile(file, operation, {Dat(), m_filesFolder})
+                                 : CompareImages(file, m_against, operation);
+    }
+
+    /// The database, which is read with the first file; null if there is none.
+    const CDatFile* Dat() const {
+        if (!m_datPath.empty() && !m_dat) {
+            m_dat.emplace(m_datPath);
+        }
+        return m_dat ? &*m_dat : nullptr;
     }
 
     std::string m_against;
+    std::string m_datPath;
+    std::string m_filesFolder;
+    mutable std::optional<CDatFile> m_dat;
 };
 
 class CListCommand : public CInspectCommand {
@@ -105,7 +133,7 @@ private:
         for (const CReport& file : report["files"].As<CReport::List>()) {
             text += Format("%8lld %10lld %s\n", static_cast<long long>(file["sector"].As<std::int64_t>()),
                            static_cast<long long>(file["bytes"].As<std::int64_t>()),
-                           file["path"].As<std::string>().c_str());
+                           Shown(file["path"].As<std::string>(), EStream::Output).c_str());
         }
         return text;
     }

@@ -15,13 +15,20 @@ void NoteSignal(int signal) {
     g_signal = signal;
 }
 
+/// A signal that is ignored at the start stays so, as nohup and shells expect of programs in the background.
+void Catch(int signal) {
+    if (std::signal(signal, SIG_IGN) != SIG_IGN) {
+        std::signal(signal, NoteSignal);
+    }
+}
+
 }  // namespace
 
 void CatchInterrupts() {
-    std::signal(SIGINT, NoteSignal);
-    std::signal(SIGTERM, NoteSignal);
+    Catch(SIGINT);
+    Catch(SIGTERM);
 #ifdef SIGHUP
-    std::signal(SIGHUP, NoteSignal);
+    Catch(SIGHUP);
 #endif
 #ifdef SIGPIPE
     // A closed pipe must not end the program before it has removed its temporary files.

@@ -31,8 +31,8 @@ struct SJsonValue {
 }  // namespace
 
 std::string JsonText(const CReport& report) {
-    constexpr int kIndent = 2;
-    return std::visit(SJsonValue(), report.Get()).dump(kIndent, ' ', false, Json::error_handler_t::replace) + '\n';
+    constexpr int kOneLine = -1;
+    return std::visit(SJsonValue(), report.Get()).dump(kOneLine, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
 }  // namespace vantrel

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "console/messages.h"
 #include "console/report_text.h"
 #include "operation/text.h"
 
@@ -15,42 +16,46 @@ std::string LabelOf(std::string name) {
     return name;
 }
 
-std::string LinesOf(const CReport::Object& members, std::size_t indent);
+std::string LinesOf(const CReport::Object& members, std::size_t indent, bool escape);
 
 /// The text behind a label: a blank and the value, or further lines with an indent of their own.
 struct SValueText {
     std::size_t indent;
+    bool escape;
 
     std::string operator()(std::nullptr_t) const { return " null\n"; }
     std::string operator()(bool value) const { return value ? " yes\n" : " no\n"; }
     std::string operator()(std::int64_t value) const { return ' ' + std::to_string(value) + '\n'; }
     std::string operator()(double value) const { return Format(" %.1f\n", value); }
     /// Damaged names may contain NUL; the text ends there.
-    std::string operator()(const std::string& text) const { return Format(" %s\n", text.c_str()); }
-    std::string operator()(const CReport::Object& members) const { return '\n' + LinesOf(members, indent); }
+    std::string operator()(const std::string& text) const {
+        return Format(" %s\n", escape ? Escaped(text.c_str()).c_str() : text.c_str());
+    }
+    std::string operator()(const CReport::Object& members) const { return '\n' + LinesOf(members, indent, escape); }
 
     std::string operator()(const CReport::List& elements) const {
         std::string text = elements.empty() ? " none\n" : "\n";
         for (const CReport& element : elements) {
             // The element's own blank completes the indent.
-            text += std::string(indent - 1, ' ') + std::visit(SValueText{indent + kIndent}, element.Get());
+            text += std::string(indent - 1, ' ') + std::visit(SValueText{indent + kIndent, escape}, element.Get());
         }
         return text;
     }
 };
 
-std::string LinesOf(const CReport::Object& members, std::size_t indent) {
+std::string LinesOf(const CReport::Object& members, std::size_t indent, bool escape) {
     std::string text;
     for (const auto& [name, value] : members) {
-        text += std::string(indent, ' ') + LabelOf(name) + ':' + std::visit(SValueText{indent + kIndent}, value.Get());
+        text += std::string(indent, ' ') + LabelOf(name) + ':' +
+                std::visit(SValueText{indent + kIndent, escape}, value.Get());
     }
     return text;
 }
 
 }  // namespace
 
-std::string PlainText(const CReport& report) {
-    return LinesOf(report.As<CReport::Object>(), 0);
+std::string PlainText(const CReport& report, bool escape) {
+    return LinesOf(report.As<CReport::Object>(), 0, escape);
 }
 
 }  // namespace vantrel

@@ -21,7 +21,7 @@ public:
 
     void Declare(COptionSet& options) override {
         DeclareFiles(options);
-        options.AddFlag("--dry-run", m_dryRun, "Report only, change nothing");
+        options.AddFlag("--dry-run", m_dryRun, "Change nothing; status 1 if the postgap is missing");
     }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
@@ -40,7 +40,7 @@ public:
               {"add-postgap",
                "Append zero sectors to a UMD image; set the volume size of a UMD or CD image to its length",
                "Examples:\n  vantrel add-postgap --count 2 game.iso\n\n"
-               "The image is changed in place; an incomplete change is undone. A CD image is not\n"
+               "The image is changed in place; an incomplete change is undone. A CD image is not "
                "lengthened; only its volume size is corrected."}) {}
 
     void Declare(COptionSet& options) override {

@@ -1,18 +1,16 @@
 #include "console/progress_line.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
-#include <utility>
+#include <vector>
 
+#include "console/characters.h"
+#include "console/messages.h"
+#include "files/native_console.h"
 #include "operation/text.h"
-
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
 
 namespace vantrel {
 
@@ -43,18 +41,27 @@ std::string SizeText(double bytes) {
     return Format("%.*f %s", decimals, bytes, kUnits[unit]);
 }
 
-std::string ProgressText(const std::string& name, double fraction, std::int64_t totalBytes, double seconds) {
-    const double done = fraction * static_cast<double>(totalBytes);
-    std::string text = Format("%s  %3.0f%%  %s", name.c_str(), fraction * 100, SizeText(done).c_str());
-    if (seconds >= kSecondsBeforeEstimate && fraction > 0) {
-        text += Format("  %s/s  %s left", SizeText(done / seconds).c_str(),
-                       ClockText(seconds / fraction - seconds).c_str());
+std::string ProgressText(const std::string& name, const SProgressState& state, int columns) {
+    constexpr int kShortestName = 8;
+    const double done = state.fraction * static_cast<double>(state.totalBytes);
+    std::string tail = Format("  %3.0f%%", state.fraction * 100);
+    std::vector<std::string> details = {"  " + SizeText(done)};
+    if (state.seconds >= kSecondsBeforeEstimate && state.fraction > 0) {
+        details.push_back(Format("  %s/s", SizeText(done / state.seconds).c_str()));
+        details.push_back(Format("  %s left", ClockText(state.seconds / state.fraction - state.seconds).c_str()));
     }
-    return text;
+    const int nameColumns = std::min(ColumnsOf(name), kShortestName);
+    for (const std::string& detail : details) {
+        if (nameColumns + ColumnsOf(tail + detail) > columns) {
+            break;
+        }
+        tail += detail;
+    }
+    return ShortenedTo(std::max(columns - ColumnsOf(tail), 0), name) + tail;
 }
 
 CProgressLine::CProgressLine(bool shown, std::string name, std::int64_t totalBytes)
-    : m_shown(shown), m_name(std::move(name)), m_totalBytes(totalBytes) {}
+    : m_shown(shown), m_name(Escaped(name)), m_totalBytes(totalBytes) {}
 
 void CProgressLine::Update(std::int64_t done, std::int64_t total) {
     if (!m_shown) {
@@ -68,7 +75,9 @@ void CProgressLine::Update(std::int64_t done, std::int64_t total) {
     m_onScreen = true;
     const double fraction = total > 0 ? static_cast<double>(done) / static_cast<double>(total) : 1.0;
     const double seconds = std::chrono::duration<double>(now - m_start).count();
-    std::fprintf(stderr, "\r\x1b[K%s", ProgressText(m_name, fraction, m_totalBytes, seconds).c_str());
+    // Some terminals wrap already when the last column is used.
+    const std::string text = ProgressText(m_name, {fraction, m_totalBytes, seconds}, TerminalColumns() - 1);
+    std::fprintf(stderr, "\r\x1b[K%s", text.c_str());
     std::fflush(stderr);
 }
 
@@ -80,13 +89,14 @@ void CProgressLine::Clear() {
     }
 }
 
-bool IsTerminal() {
-    const char* kind = std::getenv("TERM");
+bool CanDrawProgress() {
+    const char* const kind = std::getenv("TERM");
 #ifdef _WIN32
-    return ::_isatty(2) != 0 && (kind == nullptr || std::string_view(kind) != "dumb");
+    const bool canRedraw = kind == nullptr || std::string_view(kind) != "dumb";
 #else
-    return ::isatty(STDERR_FILENO) != 0 && kind != nullptr && std::string_view(kind) != "dumb";
+    const bool canRedraw = kind != nullptr && std::string_view(kind) != "dumb";
 #endif
+    return canRedraw && IsTerminal(EStream::Errors);
 }
 
 }  // namespace vantrel

@@ -10,9 +10,16 @@ namespace vantrel {
 /// Bytes in decimal units with three significant figures: "12.3 MB".
 std::string SizeText(double bytes);
 
-/// The line: name, percentage, bytes done, rate and remaining time. `fraction` is from 0 to 1, `totalBytes` is the
-/// amount of work, `seconds` the time since the start.
-std::string ProgressText(const std::string& name, double fraction, std::int64_t totalBytes, double seconds);
+/// How far a conversion is.
+struct SProgressState {
+    double fraction;          ///< from 0 to 1
+    std::int64_t totalBytes;  ///< the amount of work
+    double seconds;           ///< since the start
+};
+
+/// The line: name, percentage, and as far as they fit bytes done, rate and remaining time. The name is shortened so
+/// that the line takes at most so many columns, if these are enough for the percentage.
+std::string ProgressText(const std::string& name, const SProgressState& state, int columns);
 
 /// Draws the line on stderr, at most ten times a second, and removes it at the end.
 class CProgressLine {
@@ -38,6 +45,6 @@ private:
 };
 
 /// Whether stderr is a terminal on which a line can be redrawn.
-bool IsTerminal();
+bool CanDrawProgress();
 
 }  // namespace vantrel

@@ -1,6 +1,7 @@
 // The commands of raw images.
 #include "console/commands.h"
 #include "console/conversion_command.h"
+#include "console/option_set.h"
 #include "files/path.h"
 #include "raw/bin_to_iso.h"
 #include "raw/iso_to_bin.h"
@@ -17,7 +18,7 @@ public:
                               "Examples:\n  vantrel iso2bin game.iso\n  vantrel iso2bin -o /discs/game.bin game.iso"}) {
     }
 
-    std::string OutputName(const std::string& inputName) const override { return SplitPath(inputName).name + ".bin"; }
+    std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".bin"); }
     std::vector<std::string> Companions(const std::string& output) const override { return {CuePathOf(output)}; }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
@@ -28,16 +29,28 @@ public:
 class CBinToIsoCommand : public CConversionCommand {
 public:
     CBinToIsoCommand()
-        : CConversionCommand({"bin2iso", "Extract the plain image from a raw Mode 2 image",
-                              "Examples:\n  vantrel bin2iso game.bin\n  vantrel bin2iso -o game.iso game.bin"}) {}
+        : CConversionCommand({"bin2iso", "Extract the plain image from a raw image or the data track of a CUE sheet",
+                              "Sync field, mode and EDC of every sector are checked; an image with damaged sectors is "
+                              "refused.\n"
+                              "The exit status is 1 if the image does not hold all data of the input: with "
+                              "--ignore-errors,\n"
+                              "and for a sheet with audio tracks.\n"
+                              "Examples:\n  vantrel bin2iso game.bin\n  vantrel bin2iso game.cue\n"
+                              "  vantrel bin2iso -o game.iso game.bin"}) {}
 
-    std::string OutputName(const std::string& inputName) const override {
-        return "new-" + BaseNameOf(inputName) + ".iso";
+    void Declare(COptionSet& options) override {
+        CConversionCommand::Declare(options);
+        options.AddFlag("--ignore-errors", m_ignoreErrors, "Convert damaged sectors, too; the exit status is still 1");
     }
+
+    std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".iso"); }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
-        BinToIso({job.input, job.output, job.manner, true}, operation);
+        BinToIso({job.input, job.output, job.manner, true, m_ignoreErrors}, operation);
     }
+
+private:
+    bool m_ignoreErrors = false;
 };
 
 }  // namespace

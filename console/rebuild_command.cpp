@@ -18,13 +18,12 @@ constexpr const char* kNotes =
     "  vantrel iml2iso --exact game.iml\n"
     "\n"
     "The leading structures are read from the layout's .ims file. Relative paths of the layout start in its own "
-    "folder\n"
-    "or in that of --files. Backslashes separate folders. Names match exactly or, failing that, in another case.\n"
+    "folder or in that of --files. Backslashes separate folders. Names match exactly or, failing that, in another "
+    "case.\n"
     "\n"
-    "--exact puts every file at the sector that the layout records, fills the rest of its last sector with zeros and\n"
+    "--exact puts every file at the sector that the layout records, fills the rest of its last sector with zeros and "
     "leaves the volume size unchanged. Files that were extracted and not changed give the original image, bit for "
-    "bit.\n"
-    "A file that no longer fits its sectors is refused.";
+    "bit. A file that no longer fits its sectors is refused.";
 
 class CRebuildCommand : public CConversionCommand {
 public:
@@ -37,7 +36,7 @@ public:
         options.AddFlag("--exact", m_exact, "Restore the original image from unchanged files");
     }
 
-    std::string OutputName(const std::string& inputName) const override { return BaseNameOf(inputName) + ".iso"; }
+    std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".iso"); }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
         SRebuildRequest request;

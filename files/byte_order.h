@@ -16,6 +16,11 @@ constexpr std::uint32_t LoadLe32(std::span<const std::uint8_t, 4> bytes) {
            static_cast<std::uint32_t>(bytes[2]) << 16U | static_cast<std::uint32_t>(bytes[3]) << 24U;
 }
 
+constexpr std::uint32_t LoadBe32(std::span<const std::uint8_t, 4> bytes) {
+    return static_cast<std::uint32_t>(bytes[3]) | static_cast<std::uint32_t>(bytes[2]) << 8U |
+           static_cast<std::uint32_t>(bytes[1]) << 16U | static_cast<std::uint32_t>(bytes[0]) << 24U;
+}
+
 constexpr std::uint64_t LoadLe64(std::span<const std::uint8_t, 8> bytes) {
     return LoadLe32(bytes.first<4>()) | static_cast<std::uint64_t>(LoadLe32(bytes.last<4>())) << 32U;
 }

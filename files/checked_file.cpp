@@ -1,5 +1,6 @@
 #include "files/checked_file.h"
 
+#include "files/path.h"
 #include "operation/text.h"
 
 namespace vantrel {
@@ -11,7 +12,8 @@ void CCheckedInput::OpenOrFail(const std::string& path, const char* pattern, ESh
 void CCheckedInput::OpenOrFail(const std::string& path, const char* pattern, const std::string& shownPath,
                                ESharing sharing) {
     if (!Open(path, sharing)) {
-        m_operation.Fail(Format(pattern, shownPath.c_str()));
+        const std::string cause = OpeningProblem(path);
+        m_operation.Fail(Format(pattern, shownPath.c_str()), cause);
     }
 }
 
@@ -41,13 +43,15 @@ void CCheckedOutput::OpenOrFail(const std::string& path, EOutputManner manner, c
 void CCheckedOutput::OpenOrFail(const std::string& path, EOutputManner manner, const char* pattern,
                                 const std::string& shownPath, ESharing sharing) {
     if (!Open(path, manner, sharing)) {
-        m_operation.Fail(Format(pattern, shownPath.c_str()));
+        const std::string cause = OpeningProblem(path);
+        m_operation.Fail(Format(pattern, shownPath.c_str()), cause);
     }
 }
 
 void CCheckedOutput::ReopenOrFail(const char* pattern) {
     if (!Reopen()) {
-        m_operation.Fail(Format(pattern, TargetPath().c_str()));
+        const std::string cause = OpeningProblem(TargetPath());
+        m_operation.Fail(Format(pattern, TargetPath().c_str()), cause);
     }
 }
 
@@ -86,13 +90,15 @@ void CCheckedOutput::CommitOrFail() {
 
 void CCheckedUpdate::OpenOrFail(const std::string& path, EUpdateManner manner, const char* pattern) {
     if (!Open(path, manner)) {
-        m_operation.Fail(Format(pattern, path.c_str()));
+        const std::string cause = OpeningProblem(path);
+        m_operation.Fail(Format(pattern, path.c_str()), cause);
     }
 }
 
 void CCheckedUpdate::ReopenOrFail(const char* pattern) {
     if (!Reopen()) {
-        m_operation.Fail(Format(pattern, Path().c_str()));
+        const std::string cause = OpeningProblem(Path());
+        m_operation.Fail(Format(pattern, Path().c_str()), cause);
     }
 }
 
@@ -126,6 +132,18 @@ void CCheckedUpdate::CommitOrFail() {
     if (!Commit()) {
         m_operation.Fail(Problem());
     }
+}
+
+std::string OpeningProblem(const std::string& path) {
+    const std::string error = LastFileError();
+    const std::string folder = FolderOf(path);
+    if (FileKindOf(path) == EFileKind::Folder) {
+        return path + " is a folder";
+    }
+    if (!folder.empty() && FileKindOf(folder) == EFileKind::Missing) {
+        return "there is no folder " + folder;
+    }
+    return path + ": " + error;
 }
 
 std::string CreationProblem(const std::string& path) {

@@ -74,6 +74,10 @@ private:
     COperation& m_operation;
 };
 
+/// Why a file cannot be opened: "game.iso: Permission denied". The cause is LastFileError(), unless the path itself
+/// shows a better one: it is a folder, or its folder is missing.
+std::string OpeningProblem(const std::string& path);
+
 /// The text for a file that cannot be created. The cause is LastFileError().
 std::string CreationProblem(const std::string& path);
 

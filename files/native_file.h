@@ -50,6 +50,8 @@ public:
     std::int64_t Size() const;
     /// Truncates or extends the file to a length in bytes.
     bool Resize(std::int64_t length);
+    /// Gives this file the permissions of the file at `path`, if there is one. Windows files have none.
+    void TakeModeOf(const std::string& path);
 
 private:
     std::intptr_t m_handle = -1;
@@ -68,6 +70,11 @@ std::int64_t FileSizeOf(const std::string& path);
 /// Whether both paths lead to the same existing file, including by links or different spellings. Returns true if that
 /// cannot be determined, because callers replace one file only if it is not the other.
 bool IsSameFile(const std::string& first, const std::string& second);
+/// The path of the file that a symbolic link leads to; `path` itself if it is no link or leads nowhere. Windows links
+/// are not followed.
+std::string ResolveLink(const std::string& path);
+/// Sets the date of the last change, in seconds since 1970 (UTC), if the file system can store it.
+void SetFileDate(const std::string& path, std::int64_t seconds);
 bool RemoveFile(const std::string& path);
 /// Renames a file within its folder. If `to` exists, replaces it atomically if `replace` is set, and fails otherwise.
 bool RenameFile(const std::string& from, const std::string& to, bool replace);

@@ -1,6 +1,7 @@
 // File access on POSIX systems.
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -185,7 +187,9 @@ std::size_t CNativeFile::CopyFrom([[maybe_unused]] CNativeFile& source, [[maybe_
 }
 
 bool CNativeFile::Seek(std::int64_t position) {
-    return ::lseek(Descriptor(m_handle), position, SEEK_SET) == position && position >= 0;  // -1 means failure
+    const off_t reached = ::lseek(Descriptor(m_handle), position, SEEK_SET);
+    // Some devices stay at position 0 without an error.
+    return reached >= 0 && (reached == position || FailWith(ESPIPE));
 }
 
 std::int64_t CNativeFile::Size() const {
@@ -195,6 +199,14 @@ std::int64_t CNativeFile::Size() const {
 
 bool CNativeFile::Resize(std::int64_t length) {
     return ::ftruncate(Descriptor(m_handle), length) == 0;
+}
+
+void CNativeFile::TakeModeOf(const std::string& path) {
+    constexpr mode_t kPermissions = 0777;
+    struct stat status = {};
+    if (Look(path, status) && S_ISREG(status.st_mode)) {
+        ::fchmod(Descriptor(m_handle), status.st_mode & kPermissions);
+    }
 }
 
 std::string LastFileError() {
@@ -271,6 +283,34 @@ std::string CurrentFolder() {
     return ::getcwd(buffer, sizeof buffer) != nullptr ? buffer : "";
 }
 
+std::string ResolveLink(const std::string& path) {
+    struct stat status = {};
+    if (::lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
+        return path;
+    }
+    char resolved[PATH_MAX] = {};
+    return ::realpath(path.c_str(), resolved) != nullptr ? resolved : path;
+}
+
+void SetFileDate(const std::string& path, std::int64_t seconds) {
+    struct timespec times[2] = {};
+    times[0].tv_nsec = UTIME_OMIT;
+    times[1].tv_sec = static_cast<time_t>(seconds);
+    ::utimensat(AT_FDCWD, path.c_str(), times, 0);
+}
+
 void UseUtf8Console() {}
+
+void UseBinaryOutput() {}
+
+bool IsTerminal(EStream stream) {
+    return ::isatty(stream == EStream::Output ? STDOUT_FILENO : STDERR_FILENO) != 0;
+}
+
+int TerminalColumns() {
+    constexpr int kUsual = 80;
+    struct winsize size = {};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
+}
 
 }  // namespace vantrel

@@ -1,4 +1,6 @@
 // File access on Windows. The only source outside app/ that includes <windows.h>.
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
 
 #include <algorithm>
@@ -145,6 +147,8 @@ bool CNativeFile::Resize(std::int64_t length) {
     return Seek(length) && ::SetEndOfFile(Handle(m_handle)) != FALSE;
 }
 
+void CNativeFile::TakeModeOf(const std::string& /*path*/) {}
+
 std::string LastFileError() {
     const DWORD code = ::GetLastError();
     wchar_t text[512] = {};
@@ -240,8 +244,41 @@ std::string CurrentFolder() {
     return Utf8Of(buffer);
 }
 
+std::string ResolveLink(const std::string& path) {
+    return path;
+}
+
+void SetFileDate(const std::string& path, std::int64_t seconds) {
+    constexpr std::int64_t kTicksPerSecond = 10'000'000;
+    constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
+    const HANDLE handle = ::CreateFileW(WideOf(path).c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                        nullptr, OPEN_EXISTING, 0, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return;
+    }
+    const auto ticks = static_cast<std::uint64_t>((seconds + kSecondsFrom1601To1970) * kTicksPerSecond);
+    const FILETIME time = {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32U)};
+    ::SetFileTime(handle, nullptr, nullptr, &time);
+    ::CloseHandle(handle);
+}
+
 void UseUtf8Console() {
     ::SetConsoleOutputCP(CP_UTF8);
+}
+
+void UseBinaryOutput() {
+    ::_setmode(1, _O_BINARY);
+}
+
+bool IsTerminal(EStream stream) {
+    return ::_isatty(stream == EStream::Output ? 1 : 2) != 0;
+}
+
+int TerminalColumns() {
+    constexpr int kUsual = 80;
+    CONSOLE_SCREEN_BUFFER_INFO information = {};
+    const bool known = ::GetConsoleScreenBufferInfo(::GetStdHandle(STD_ERROR_HANDLE), &information) != FALSE;
+    return known ? information.srWindow.Right - information.srWindow.Left + 1 : kUsual;
 }
 
 }  // namespace vantrel

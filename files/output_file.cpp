@@ -25,7 +25,7 @@ bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing s
     Abandon();
     m_manner = manner;
     m_sharing = sharing;
-    m_targetPath = path;
+    m_targetPath = manner == EOutputManner::CommitReplace ? ResolveLink(path) : path;
     m_problem.clear();
     m_position = 0;
     m_writtenEnd = 0;
@@ -33,9 +33,12 @@ bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing s
         return m_file.Open(path, EOpenMode::CreateTruncate, sharing);
     }
     for (int attempt = 0; attempt < kTemporaryNameTries; ++attempt) {
-        const std::string temporary = TemporaryPathBeside(path);
+        const std::string temporary = TemporaryPathBeside(m_targetPath);
         if (m_file.Open(temporary, EOpenMode::CreateNew, sharing)) {
             m_temporaryPath = temporary;
+            if (manner == EOutputManner::CommitReplace) {
+                m_file.TakeModeOf(m_targetPath);
+            }
             return true;
         }
         if (FileKindOf(temporary) == EFileKind::Missing) {
@@ -137,6 +140,20 @@ bool COutputFile::Seek(std::int64_t position) {
     }
     m_position = position;
     return true;
+}
+
+std::size_t COutputFile::ReadBack(std::int64_t position, std::span<std::uint8_t> buffer) {
+    m_unplacedZeros = 0;
+    if (!Flush() || !ReachEnd() || !m_file.Seek(position)) {
+        NoteFailure();
+        return 0;
+    }
+    bool failed = false;
+    const std::size_t count = m_file.Read(buffer, failed);
+    if (failed) {
+        NoteFailure();
+    }
+    return count;
 }
 
 bool COutputFile::Reopen() {

@@ -15,7 +15,7 @@ namespace vantrel {
 enum class EOutputManner {
     InPlace,        ///< Creates or truncates the target and writes it unbuffered.
     CommitNew,      ///< Writes a temporary file beside the target. Commit renames it, or fails if the target exists.
-    CommitReplace,  ///< The same, but Commit replaces an existing target.
+    CommitReplace,  ///< The same, but Commit replaces an existing target, whose permissions stay; follows links.
 };
 
 class COutputFile {
@@ -41,6 +41,9 @@ public:
     /// fewer than buffer.size() only at its end or after a read error. HasFailed reports write errors.
     std::size_t Copy(CByteSource& source, std::int64_t position, std::span<std::uint8_t> buffer);
     bool Seek(std::int64_t position);
+    /// Reads what has been written, for checks before Commit; nothing may be written afterwards. Returns the number of
+    /// bytes read, fewer than buffer.size() only at the end or after a failure.
+    std::size_t ReadBack(std::int64_t position, std::span<std::uint8_t> buffer);
     /// Continues at position 0. In place, closes the target and opens it again without truncating it. On failure,
     /// returns false with LastFileError() set.
     bool Reopen();
@@ -62,7 +65,7 @@ public:
     /// Whether writing, seeking or committing has failed since Open.
     bool HasFailed() const { return !m_problem.empty(); }
     EOutputManner Manner() const { return m_manner; }
-    /// The path of the target, not of the temporary file.
+    /// The path of the target, not of the temporary file. If a link is replaced, the path of the file behind it.
     const std::string& TargetPath() const { return m_targetPath; }
     /// The first failure as a text with the target and the cause; empty if there was none.
     const std::string& Problem() const { return m_problem; }

@@ -62,6 +62,11 @@ std::string FileNameOf(std::string_view path) {
     return parts.name + parts.extension;
 }
 
+std::string WithExtension(std::string_view path, std::string_view extension) {
+    const SPathParts parts = SplitPath(path);
+    return parts.drive + parts.folder + parts.name + std::string(extension);
+}
+
 std::string WithSeparator(std::string folder) {
     if (!folder.empty() && kSeparators.find(folder.back()) == std::string_view::npos) {
         folder.push_back(kPathSeparator);

@@ -28,6 +28,9 @@ std::string FolderOf(std::string_view path);
 /// The file name of a path, including the extension.
 std::string FileNameOf(std::string_view path);
 
+/// The path with its extension replaced by another one, or with one added: "a.b.iso" becomes "a.b.cso".
+std::string WithExtension(std::string_view path, std::string_view extension);
+
 /// `folder` with a closing separator; an empty text stays empty.
 std::string WithSeparator(std::string folder);
 

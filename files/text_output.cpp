@@ -23,7 +23,9 @@ void CTextOutput::Write(std::string_view text) {
 }
 
 void CTextOutput::Flush() {
-    m_output.Write(std::span(reinterpret_cast<const std::uint8_t*>(m_pending.data()), m_pending.size()));
+    const std::span bytes(reinterpret_cast<const std::uint8_t*>(m_pending.data()), m_pending.size());
+    m_output.Write(bytes);
+    m_sum.Add(bytes);
     m_pending.clear();
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "files/checksum.h"
 #include "files/output_file.h"
 
 namespace vantrel {
@@ -17,10 +18,13 @@ public:
     void Write(std::string_view text);
     /// Passes pending text to the output. Call it before any other use of the output.
     void Flush();
+    /// Checksum of everything flushed so far.
+    const SChecksum& Sum() const { return m_sum; }
 
 private:
     COutputFile& m_output;
     std::string m_pending;
+    SChecksum m_sum;
 };
 
 }  // namespace vantrel

@@ -74,7 +74,7 @@ void ReadGaps() {
     Bytes bytes(4096);
     for (std::size_t i = 0; i < gaps.Areas().size(); ++i) {
         const SImageArea& area = gaps.Areas()[i];
-        Expect(area.position >= end && area.length >= 0 && area.position + area.length <= gaps.ImageLength(),
+        Expect(area.position >= end && area.length >= 0 && area.position + area.length <= gaps.Origin().image.length,
                "areas ascend, do not overlap and lie within the image");
         end = area.position + area.length;
         gaps.ReadAt(i, area.length / 2, bytes);

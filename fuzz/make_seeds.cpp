@@ -203,6 +203,11 @@ void MakeBinSeeds() {
     WriteSeed("bin", "form2", form2);
     form2.resize(kRawSectorSize + 100);
     WriteSeed("bin", "cut", form2);
+    std::string sheet =
+        "REM x\nFILE \"game.bin\" BINARY\r\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n  TRACK 02 MODE1/2048\n"
+        "    PREGAP 00:02:00\n    INDEX 00 00:00:00\n    INDEX 01 00:00:01\n";
+    sheet.resize(3 * kRawSectorSize, ' ');
+    WriteSeed("bin", "sheet", Bytes(sheet.begin(), sheet.end()));
 }
 
 /// A WAV file of 8-bit samples with other chunks around them.

@@ -1,49 +1,55 @@
-// The image in a raw file of 2352-byte sectors: their user data.
-#include <array>
+// The image in a raw file or in the data track of a CUE sheet: the user data of its sectors.
+#include <vector>
 
 #include "files/input_file.h"
 #include "files/refused.h"
 #include "image/block_image.h"
 #include "image/forms.h"
-#include "raw/sector_check.h"
+#include "raw/raw_disc.h"
 
 namespace vantrel {
 
 namespace {
 
-class CBinImage : public CBlockImage {
+class CRawImage : public CBlockImage {
 public:
-    explicit CBinImage(const std::string& path) {
-        const std::int64_t size = m_file.Open(path) ? m_file.Size() : -1;
-        if (size < 0) {
-            throw CRefused(path + ": " + LastFileError());
+    CRawImage(const std::string& path, EForm form)
+        : m_form(form), m_track(ReadRawDisc(path).DataTrack()), m_sector(SectorSizeOf(m_track.mode)) {
+        if (!m_file.Open(m_track.path)) {
+            throw CRefused(m_track.path + ": " + LastFileError());
         }
-        SetGeometry(size / kRawUnit * static_cast<std::int64_t>(kUserDataSize), kUserDataSize);
+        RequireDataSectors(m_track, m_file);
+        SetGeometry(m_track.sectors * static_cast<std::int64_t>(kUserDataSize), kUserDataSize);
     }
 
-    EForm Form() const override { return EForm::Bin; }
+    EForm Form() const override { return m_form; }
     const char* BlockNoun() const override { return "sector"; }
 
 private:
-    static constexpr auto kRawUnit = static_cast<std::int64_t>(kRawSectorSize);
-
     bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
-        if (m_file.ReadAt(static_cast<std::int64_t>(number) * kRawUnit, m_sector) != m_sector.size()) {
+        const auto offset = static_cast<std::int64_t>(number * m_sector.size());
+        if (m_file.ReadAt(m_track.position + offset, m_sector) != m_sector.size()) {
             fault = "it cannot be read";
             return false;
         }
-        content = UserDataOf(m_sector);
+        if (const SSectorFaults faults = CheckUserData(m_track.mode, m_sector); faults.Any()) {
+            fault = TextOf(faults);
+            return false;
+        }
+        content = UserDataOf(m_track.mode, m_sector);
         return true;
     }
 
+    EForm m_form;
+    STrack m_track;
     CInputFile m_file;
-    std::array<std::uint8_t, kRawSectorSize> m_sector = {};
+    std::vector<std::uint8_t> m_sector;
 };
 
 }  // namespace
 
-std::unique_ptr<CImageSource> OpenBinImage(const std::string& path) {
-    return std::make_unique<CBinImage>(path);
+std::unique_ptr<CImageSource> OpenRawImage(const std::string& path, EForm form) {
+    return std::make_unique<CRawImage>(path, form);
 }
 
 }  // namespace vantrel

@@ -16,6 +16,8 @@ const char* CsoFaultText(ECsoFault fault) {
             return "the file is too short for a header";
         case ECsoFault::Format:
             return "the header is not one of a CSO file";
+        case ECsoFault::Unsupported:
+            break;
         case ECsoFault::Memory:
             return "the header claims blocks that are too large";
         case ECsoFault::Index:
@@ -27,7 +29,7 @@ const char* CsoFaultText(ECsoFault fault) {
         case ECsoFault::InflateEnd:
             return "its stream is damaged";
         case ECsoFault::WrongBlockSize:
-            return "its stream expands to less than a block";
+            return "its stream expands to too few bytes";
     }
     return "";
 }
@@ -43,10 +45,10 @@ public:
             fault = m_cso.ReadIndex();
         }
         if (fault != ECsoFault::None) {
-            throw CRefused(path + ": " + CsoFaultText(fault));
+            throw CRefused(fault == ECsoFault::Unsupported ? m_cso.Unsupported() : path + ": " + CsoFaultText(fault));
         }
-        const std::uint32_t blockSize = m_cso.Header().block_size;
-        SetGeometry(static_cast<std::int64_t>(m_cso.BlockCount() * blockSize), blockSize);
+        const CsoHeader& header = m_cso.Header();
+        SetGeometry(static_cast<std::int64_t>(header.total_bytes - m_cso.MissingBytes()), header.block_size);
     }
 
     EForm Form() const override { return EForm::Cso; }
@@ -61,7 +63,7 @@ private:
         return found == ECsoFault::None;
     }
 
-    CCsoReader m_cso;
+    CCsoReader m_cso{true};
 };
 
 }  // namespace

@@ -15,6 +15,9 @@ const char* DaxFaultText(EDaxFault fault) {
             break;
         case EDaxFault::Header:
             return "the header is not one of a DAX file";
+        case EDaxFault::Unsupported:
+        case EDaxFault::Short:
+            break;
         case EDaxFault::Tables:
             return "the tables do not fit the file";
         case EDaxFault::Memory:
@@ -38,7 +41,7 @@ public:
             fault = m_dax.ReadTables();
         }
         if (fault != EDaxFault::None) {
-            throw CRefused(path + ": " + DaxFaultText(fault));
+            throw CRefused(fault == EDaxFault::Unsupported ? m_dax.Unsupported() : path + ": " + DaxFaultText(fault));
         }
         SetGeometry(m_dax.Header().image_size, kDaxFrameSize);
     }
@@ -48,22 +51,17 @@ public:
 
 private:
     bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
-        const EDaxFault found = m_dax.ReadFrame(static_cast<std::uint32_t>(number), content);
-        if (found != EDaxFault::None) {
+        const auto frame = static_cast<std::uint32_t>(number);
+        const EDaxFault found = m_dax.ReadFrame(frame, content);
+        if (found == EDaxFault::Short) {
+            fault = Format("it has %zu bytes instead of %zu", content.size(), m_dax.Header().ContentSize(frame));
+        } else if (found != EDaxFault::None) {
             fault = DaxFaultText(found);
-            return false;
         }
-        const std::int64_t expected =
-            std::min<std::int64_t>(Size() - static_cast<std::int64_t>(number) * kDaxFrameSize, kDaxFrameSize);
-        if (static_cast<std::int64_t>(content.size()) != expected) {
-            fault = Format("its stream expands to %zu bytes instead of %lld", content.size(),
-                           static_cast<long long>(expected));
-            return false;
-        }
-        return true;
+        return found == EDaxFault::None;
     }
 
-    CDaxReader m_dax;
+    CDaxReader m_dax{true};
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "files/input_file.h"
 #include "files/refused.h"
 #include "iso/iso9660.h"
+#include "raw/cue_reader.h"
 #include "raw/raw_sector.h"
 
 namespace vantrel {
@@ -31,6 +32,9 @@ EForm FormOf(CByteSource& file) {
     if (HasBytes(file, 0, "CISO"sv)) {
         return EForm::Cso;
     }
+    if (HasBytes(file, 0, "ZISO"sv)) {
+        return EForm::Zso;
+    }
     if (HasBytes(file, 0, "DAX\0"sv)) {
         return EForm::Dax;
     }
@@ -43,7 +47,7 @@ EForm FormOf(CByteSource& file) {
     if (HasBytes(file, 0, "[SYS]"sv)) {
         return EForm::Iml;
     }
-    return HasBytes(file, 0, "FILE \""sv) ? EForm::Cue : EForm::Unknown;
+    return IsCueSheet(file) ? EForm::Cue : EForm::Unknown;
 }
 
 EForm FormOfFile(const std::string& path) {
@@ -64,6 +68,8 @@ const char* NameOf(EForm form) {
             return "ISO";
         case EForm::Cso:
             return "CSO";
+        case EForm::Zso:
+            return "ZSO";
         case EForm::Dax:
             return "DAX";
         case EForm::Bin:

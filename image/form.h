@@ -11,6 +11,7 @@ enum class EForm {
     Unknown,
     Iso,  ///< an image of 2048-byte sectors with the identifier "CD001" in sector 16 (ECMA-119 8.1.2)
     Cso,
+    Zso,  ///< recognised by name only
     Dax,
     Bin,  ///< an image of 2352-byte sectors, recognised by the sync field of the first (ECMA-130 14.1)
     Iml,  ///< a layout
@@ -24,7 +25,7 @@ EForm FormOf(CByteSource& file);
 /// The same for a file that is not open yet. Throws CRefused if it cannot be opened or read.
 EForm FormOfFile(const std::string& path);
 
-/// "ISO", "CSO", "DAX", "BIN", "IML", "CUE"; "unknown" for the rest.
+/// "ISO", "CSO", "ZSO", "DAX", "BIN", "IML", "CUE"; "unknown" for the rest.
 const char* NameOf(EForm form);
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-// The forms that an image can be opened from; only the factory uses this header.
+// The forms that an image can be opened from; for the factory and for checks of whole files.
 #pragma once
 
 #include <memory>
@@ -12,6 +12,7 @@ namespace vantrel {
 std::unique_ptr<CImageSource> OpenPlainImage(const std::string& path);
 std::unique_ptr<CImageSource> OpenCsoImage(const std::string& path);
 std::unique_ptr<CImageSource> OpenDaxImage(const std::string& path);
-std::unique_ptr<CImageSource> OpenBinImage(const std::string& path);
+/// For the forms BIN and CUE. Damaged sectors, and those whose data no sector of an image can hold, are unreadable.
+std::unique_ptr<CImageSource> OpenRawImage(const std::string& path, EForm form);
 
 }  // namespace vantrel

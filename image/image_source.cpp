@@ -14,10 +14,12 @@ std::unique_ptr<CImageSource> OpenImage(const std::string& path) {
             return OpenCsoImage(path);
         case EForm::Dax:
             return OpenDaxImage(path);
+        case EForm::Zso:
+            throw CRefused(path + ": the form ZSO is not supported");
         case EForm::Bin:
-            return OpenBinImage(path);
-        case EForm::Iml:
         case EForm::Cue:
+            return OpenRawImage(path, form);
+        case EForm::Iml:
             throw CRefused(path + ": the form " + NameOf(form) + " does not contain an image");
         case EForm::Unknown:
             break;

@@ -28,8 +28,8 @@ public:
     virtual const std::string& Fault() const = 0;
 };
 
-/// Opens the image in an ISO, CSO, DAX or BIN file. Throws CRefused if the file cannot be opened, has another form, or
-/// has an unusable header or table.
+/// Opens the image in an ISO, CSO, DAX or BIN file, or in the data track of a CUE sheet. Throws CRefused if the file
+/// cannot be opened, has another form, or has an unusable header or table.
 std::unique_ptr<CImageSource> OpenImage(const std::string& path);
 
 /// Throws CRefused if a read of the image, which was opened from `path`, met a damaged block.

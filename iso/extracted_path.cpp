@@ -18,6 +18,18 @@ char Upper(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
+/// Disks that ignore case drop the dot that ends a name.
+std::string WithoutClosingDots(const std::string& path) {
+    std::string result;
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const bool endsName = i + 1 == path.size() || path[i + 1] == kListSeparator;
+        if (path[i] != '.' || !endsName) {
+            result += path[i];
+        }
+    }
+    return result;
+}
+
 /// Names of devices, with and without an extension.
 bool IsWindowsDevice(std::string_view name) {
     static constexpr std::array<std::string_view, 6> kDevices = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
@@ -55,11 +67,15 @@ std::string NameProblem(std::string_view name, ENameRules rules) {
         return "has a '/' in a name";
     }
     if (rules == ENameRules::Windows) {
-        if (name.find_first_of("<>:\"|?*") != std::string_view::npos) {
+        const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
+        if (name.find_first_of("<>:\"|?*") != std::string_view::npos ||
+            std::any_of(name.begin(), name.end(), isControl)) {
             return "has a character that Windows allows in no name";
         }
-        if (name.back() == '.' || name.back() == ' ') {
-            return "has a name that ends in '.' or a blank";
+        // The system drops one dot both when it writes and when it reads: that of a name without extension.
+        const std::string_view stem = name.substr(0, name.size() - (name.back() == '.' ? 1 : 0));
+        if (stem.back() == '.' || stem.back() == ' ') {
+            return "has a name that ends in dots or a blank";
         }
         if (IsWindowsDevice(name)) {
             return "has the name of a device";
@@ -78,7 +94,7 @@ SPathClash FindClash(const std::vector<std::string>& listedPaths, bool foldsCase
     std::vector<std::pair<std::string, std::size_t>> sorted;
     sorted.reserve(listedPaths.size());
     for (std::size_t i = 0; i < listedPaths.size(); ++i) {
-        std::string key = foldsCase ? FoldedPath(listedPaths[i]) : listedPaths[i];
+        std::string key = foldsCase ? WithoutClosingDots(FoldedPath(listedPaths[i])) : listedPaths[i];
         // As the smallest character, the separator sorts a folder's files directly behind a file of the folder's name.
         std::replace(key.begin(), key.end(), kListSeparator, '\0');
         sorted.emplace_back(std::move(key), i);

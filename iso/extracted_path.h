@@ -31,7 +31,7 @@ struct SPathClash {
     std::string second;  ///< empty if there is no clash
 };
 
-/// Finds a clash among listed paths; ignores case if `foldsCase` is set.
+/// Finds a clash among listed paths; ignores case and dots at the end of names if `foldsCase` is set.
 SPathClash FindClash(const std::vector<std::string>& listedPaths, bool foldsCase);
 
 /// Whether the disk of an existing folder (with its separator) ignores case.

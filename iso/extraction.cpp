@@ -13,9 +13,13 @@ namespace {
 
 constexpr std::size_t kBufferSize = 1U << 20U;
 
-/// `folder` if it exists, else its parent.
+/// `folder` if it exists, else the nearest folder above it that does.
 std::string ExistingFolder(const std::string& folder) {
-    return FileKindOf(folder) == EFileKind::Folder ? folder : FolderOf(folder.substr(0, folder.size() - 1));
+    std::string existing = folder;
+    while (!existing.empty() && FileKindOf(existing) != EFileKind::Folder) {
+        existing = FolderOf(existing.substr(0, existing.size() - 1));
+    }
+    return existing;
 }
 
 }  // namespace
@@ -25,11 +29,9 @@ CExtraction::CExtraction(const SExtractionRequest& request, CByteSource& image, 
     : m_request(request), m_image(image), m_files(std::move(files)), m_operation(operation), m_buffer(kBufferSize) {}
 
 CExtraction::~CExtraction() {
-    if (m_kept) {
-        return;
+    if (!m_kept) {
+        m_commits.Undo();
     }
-    m_commits.Undo();  // first, because only empty folders can be removed
-    std::for_each(m_newFolders.rbegin(), m_newFolders.rend(), RemoveFolder);
 }
 
 void CExtraction::Check() {
@@ -47,7 +49,8 @@ void CExtraction::CheckNames() {
                 m_operation.Fail(Format("\"%s\" cannot be extracted: it %s", file.path.c_str(), problem.c_str()));
             }
         }
-        if (file.size > 0 && file.position + file.size > imageSize) {
+        if (std::any_of(file.extents.begin(), file.extents.end(),
+                        [imageSize](const SExtent& extent) { return extent.size > 0 && extent.End() > imageSize; })) {
             m_operation.Fail(Format("\"%s\" cannot be extracted: the image ends before it does", file.path.c_str()));
         }
     }
@@ -107,14 +110,10 @@ void CExtraction::Keep() {
     m_kept = true;
 }
 
-void CExtraction::MakeTrackedFolder(const std::string& path) {
-    if (FileKindOf(path) == EFileKind::Folder) {
-        return;
+void CExtraction::MakeFolderOrFail(const std::string& path) {
+    if (!m_newFolders.Make(path)) {
+        m_operation.Fail(m_newFolders.Problem());
     }
-    if (!MakeFolder(path)) {
-        m_operation.Fail(Format("Cannot create the folder %s: %s", path.c_str(), LastFileError().c_str()));
-    }
-    m_newFolders.push_back(path);
 }
 
 void CExtraction::MakeFolders(const std::string& listedPath) {
@@ -122,16 +121,12 @@ void CExtraction::MakeFolders(const std::string& listedPath) {
     if (folder == m_lastFolder) {
         return;
     }
-    for (std::size_t end = folder.find('\\'); end != std::string::npos; end = folder.find('\\', end + 1)) {
-        MakeTrackedFolder(TargetOf(folder.substr(0, end)));
-    }
+    MakeFolderOrFail(TargetOf(folder));
     m_lastFolder = folder;
 }
 
 void CExtraction::Write() {
-    if (!m_request.folder.empty()) {
-        MakeTrackedFolder(m_request.folder);
-    }
+    MakeFolderOrFail(m_request.folder);
     CProgress progress(m_operation, static_cast<std::int64_t>(m_files.size()));
     for (const SExtractedFile& file : m_files) {
         MakeFolders(file.path);
@@ -146,17 +141,26 @@ void CExtraction::WriteFile(const SExtractedFile& listed) {
     if (!output.Open(target, m_request.manner)) {
         m_operation.Fail(CreationProblem(target));
     }
-    for (std::int64_t done = 0; done < listed.size;) {
-        const auto left = static_cast<std::size_t>(listed.size - done);
+    for (const SExtent& extent : listed.extents) {
+        CopyExtent(extent, listed.path, output);
+    }
+    Commit(output);
+    if (listed.date) {
+        SetFileDate(target, *listed.date);
+    }
+}
+
+void CExtraction::CopyExtent(const SExtent& extent, const std::string& path, CCheckedOutput& output) {
+    for (std::int64_t done = 0; done < extent.size;) {
+        const auto left = static_cast<std::size_t>(extent.size - done);
         const auto piece = std::span(m_buffer).first(std::min(left, kBufferSize));
-        if (output.Copy(m_image, listed.position + done, piece) != piece.size()) {
-            m_operation.Fail(Format("Cannot read \"%s\" from %s", listed.path.c_str(), m_request.imagePath.c_str()));
+        if (output.Copy(m_image, extent.Position() + done, piece) != piece.size()) {
+            m_operation.Fail(Format("Cannot read \"%s\" from %s", path.c_str(), m_request.imagePath.c_str()));
         }
         output.FailIfUnwritten();
         done += static_cast<std::int64_t>(piece.size());
         m_operation.Yield();
     }
-    Commit(output);
 }
 
 void CExtraction::Commit(COutputFile& output) {

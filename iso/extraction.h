@@ -3,26 +3,29 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "files/byte_source.h"
 #include "files/checked_file.h"
 #include "files/commit_together.h"
+#include "files/new_folders.h"
+#include "iso/extent.h"
 #include "operation/operation.h"
 
 namespace vantrel {
 
 /// One file of an image.
 struct SExtractedFile {
-    std::int64_t position;  ///< in the image
-    std::int64_t size;      ///< bytes
-    std::string path;       ///< folders and name, separated by '\\'
+    std::vector<SExtent> extents;                     ///< in the order of the content
+    std::string path;                                 ///< folders and name, separated by '\\'
+    std::optional<std::int64_t> date = std::nullopt;  ///< for the file, in seconds since 1970 (UTC)
 };
 
 struct SExtractionRequest {
     std::string imagePath;  ///< The file of the image: named in messages, never written to.
-    std::string folder;     ///< With its closing separator. Created if missing; its parent must exist.
+    std::string folder;     ///< With its closing separator. Created if missing.
     EOutputManner manner = EOutputManner::CommitNew;
     std::string existsHint;                 ///< Appended to the message about an existing file: how to replace it.
     std::vector<std::string> otherOutputs;  ///< Files of the same export, which no extracted file may overwrite.
@@ -53,14 +56,15 @@ private:
     void CheckTargets();
     std::string TargetOf(const std::string& listedPath) const;
     void MakeFolders(const std::string& listedPath);
-    void MakeTrackedFolder(const std::string& path);
+    void MakeFolderOrFail(const std::string& path);
     void WriteFile(const SExtractedFile& file);
+    void CopyExtent(const SExtent& extent, const std::string& path, CCheckedOutput& output);
 
     const SExtractionRequest& m_request;
     CByteSource& m_image;
     std::vector<SExtractedFile> m_files;
     COperation& m_operation;
-    std::vector<std::string> m_newFolders;
+    CNewFolders m_newFolders;  // before m_commits, because only empty folders can be removed
     CUndoableCommits m_commits;
     std::string m_lastFolder;
     std::vector<std::uint8_t> m_buffer;

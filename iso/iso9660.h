@@ -65,7 +65,11 @@ static_assert(offsetof(SDirectoryRecord, nameLength) == 32);
 
 /// Values of SDirectoryRecord::flags (ECMA-119 9.1.6).
 inline constexpr std::uint8_t kFileFlagsPlain = 0;
-inline constexpr std::uint8_t kFileFlagsDirectory = 2;
+inline constexpr std::uint8_t kFileFlagHidden = 1;
+inline constexpr std::uint8_t kFileFlagDirectory = 2;
+inline constexpr std::uint8_t kFileFlagAssociated = 4;
+inline constexpr std::uint8_t kFileFlagProtected = 16;
+inline constexpr std::uint8_t kFileFlagContinued = 128;  ///< the file has a further extent, in the next record
 
 /// The shortest record: a name of one character.
 inline constexpr std::size_t kShortestDirectoryRecord = 34;
@@ -104,7 +108,7 @@ struct SPrimaryVolumeDescriptor {
     std::array<std::uint8_t, 4> pathTableLocation;           ///< type L
     std::array<std::uint8_t, 4> optionalPathTableLocation;   ///< type L, 0 when there is none
     std::array<std::uint8_t, 4> pathTableLocationM;          ///< type M, big-endian
-    std::array<std::uint8_t, 4> optionalPathTableLocationM;  ///< type M, big-endian
+    std::array<std::uint8_t, 4> optionalPathTableLocationM;  ///< type M, big-endian, 0 when there is none
     SDirectoryRecord rootRecord;
     std::uint8_t rootName;
     std::array<std::uint8_t, 128> volumeSetIdentifier;

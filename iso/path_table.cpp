@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <string_view>
 
 #include "iso/iso9660.h"
 
@@ -11,13 +12,14 @@ namespace vantrel {
 namespace {
 
 constexpr char kListSeparator = '\\';  // on every system
-constexpr unsigned char kFirstPrintable = 0x20;
+/// What ends a line or a text file on some system.
+constexpr std::string_view kLineBreakers("\n\r\x1A\0", 4);
 
 }  // namespace
 
-std::string PrintableName(std::string name) {
-    std::replace_if(
-        name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < kFirstPrintable; }, '_');
+std::string LineName(std::string name) {
+    const auto breaksLine = [](char c) { return kLineBreakers.find(c) != std::string_view::npos; };
+    std::replace_if(name.begin(), name.end(), breaksLine, '_');
     return name;
 }
 
@@ -42,7 +44,7 @@ void CPathTable::Read(CByteSource& image, std::int64_t position, std::int64_t le
         read(std::span(name).first(record.nameLength + record.nameLength % 2U));
         const std::size_t parent = LoadLe16(record.parentNumber);
         m_directories.push_back({LoadLe32(record.extentLocation), parent == 0 ? kMostDirectories : parent - 1,
-                                 PrintableName({name.begin(), name.begin() + record.nameLength})});
+                                 LineName({name.begin(), name.begin() + record.nameLength})});
         afterRecord();
     }
     RepairParents();

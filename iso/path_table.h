@@ -10,8 +10,8 @@
 
 namespace vantrel {
 
-/// Replaces control characters by '_', so that the name fits into one line of a text file.
-std::string PrintableName(std::string name);
+/// Replaces the characters that would break a line of a layout by '_'. Other control characters stay.
+std::string LineName(std::string name);
 
 class CPathTable {
 public:

@@ -17,17 +17,20 @@ inline constexpr std::array<std::uint8_t, 7> kPostgapMark = {'p', 'o', 's', 't',
 struct SPostgapRequest {
     std::string imagePath;
     EUpdateManner manner = EUpdateManner::InPlace;  ///< ReadOnly: CheckPostgap only reports.
-    bool strict = false;                            ///< An unreadable image is a failure.
-    std::optional<int> sectors = std::nullopt;      ///< Sectors to append; AddSelectivePostgap only.
+    bool strict = false;  ///< Refuse what is certainly not meant, and report what was really done.
+    std::optional<int> sectors = std::nullopt;  ///< Sectors to append; AddSelectivePostgap only.
 };
 
 /// Reports DVD and UMD images and complete CD images (the image has as many sectors as its volume) as such, and appends
-/// a postgap to every other CD image. Fails with code 401 if the image cannot be opened.
+/// a postgap to every other CD image. Fails with code 401 if the image cannot be opened. If strict, fails for files
+/// that are no image of these kinds, and for CD images whose length is neither that of their volume nor 150 sectors
+/// less; and warns of a missing postgap that the manner ReadOnly leaves missing.
 void CheckPostgap(const SPostgapRequest& request, COperation& operation);
 
 /// Appends the requested zero sectors to a UMD image and sets the volume space size of UMD and CD images to the number
 /// of their sectors. Returns false, with nothing done, if no number was requested. Fails with the codes 401 and 13000
-/// if the image cannot be opened and reopened. Not for the manner ReadOnly.
+/// if the image cannot be opened and reopened. If strict, fails for all other images, and the text of the completion
+/// says what was done. Not for the manner ReadOnly.
 bool AddSelectivePostgap(const SPostgapRequest& request, COperation& operation);
 
 }  // namespace vantrel

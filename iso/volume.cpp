@@ -54,8 +54,12 @@ ImageKind KindBySystem(const SPrimaryVolumeDescriptor& volume) {
 }
 
 SPrimaryVolumeDescriptor ReadPrimaryVolume(CByteSource& image) {
+    return ReadVolume(image, kPrimaryVolumePosition);
+}
+
+SPrimaryVolumeDescriptor ReadVolume(CByteSource& image, std::int64_t position) {
     std::array<std::uint8_t, sizeof(SPrimaryVolumeDescriptor)> bytes = {};
-    image.ReadAt(kPrimaryVolumePosition, bytes);
+    image.ReadAt(position, bytes);
     return std::bit_cast<SPrimaryVolumeDescriptor>(bytes);
 }
 

@@ -40,6 +40,9 @@ ImageKind KindBySystem(const SPrimaryVolumeDescriptor& volume);
 /// The descriptor in sector 16. Bytes beyond the end of the image are zero.
 SPrimaryVolumeDescriptor ReadPrimaryVolume(CByteSource& image);
 
+/// The descriptor at a byte position. A supplementary volume descriptor has the same fields (ECMA-119 8.5).
+SPrimaryVolumeDescriptor ReadVolume(CByteSource& image, std::int64_t position);
+
 /// The first 12 bytes of the anchor in the last sector of the volume, else of the anchor in sector 256, else zeros.
 TagHead ReadAnchorTag(CByteSource& image, std::uint32_t volumeSectors);
 

@@ -36,7 +36,14 @@ enum class EPane { File, Bytes, Status, Percent };
 /// What COperation::Fail throws unless the runner ends in another way; what() is the conversion's text.
 class CConversionFailed : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    explicit CConversionFailed(const std::string& text, std::string_view cause = {})
+        : std::runtime_error(text), m_cause(cause) {}
+
+    /// File and cause, like "game.cso: No space left on device"; empty if the text says everything.
+    const std::string& Cause() const { return m_cause; }
+
+private:
+    std::string m_cause;
 };
 
 /// The link between one conversion and its runner. Every call has a default, so a runner overrides only what it shows;
@@ -66,9 +73,14 @@ public:
     /// Shows a notice and continues.
     virtual void Notify(std::string_view /*text*/) {}
 
-    /// Reports why the conversion cannot continue, and ends it.
-    [[noreturn]] void Fail(std::string_view text) {
-        EndWith(text);
+    /// Reports that the output is written, but lacks something of the input. The console program then ends with
+    /// status 1.
+    virtual void Warn(std::string_view text) { Notify(text); }
+
+    /// Reports why the conversion cannot continue, and ends it. `cause` adds what the text does not say: the file and
+    /// the system's reason.
+    [[noreturn]] void Fail(std::string_view text, std::string_view cause = {}) {
+        EndWith(text, cause);
         std::abort();
     }
 
@@ -87,7 +99,9 @@ public:
 private:
     /// Ends the conversion; must not return. Fail itself is not virtual because compilers do not rely on [[noreturn]]
     /// in virtual calls.
-    virtual void EndWith(std::string_view text) { throw CConversionFailed(std::string(text)); }
+    virtual void EndWith(std::string_view text, std::string_view cause) {
+        throw CConversionFailed(std::string(text), cause);
+    }
 };
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-// A raw image of 2352-byte Mode 2 Form 1 sectors back into a plain image of their user data.
+// A raw image back into a plain image of its user data.
 #pragma once
 
 #include <string>
@@ -12,16 +12,19 @@ struct SBinToIsoRequest {
     std::string inputPath;
     std::string outputPath;
     EOutputManner manner = EOutputManner::InPlace;
-    /// Bytes that cannot be read or written are a failure, and a partial last sector is reported. If false, unreadable
-    /// bytes become zeros and writes are not checked.
+    /// If true, the input may be a CUE sheet, and everything that the output cannot hold is a failure. If false, only
+    /// the first sector is examined, unreadable bytes become zeros, and writes are not checked.
     bool strict = false;
+    /// A strict conversion writes damaged sectors as they are, and warns.
+    bool ignoreErrors = false;
 };
 
 /// The window's request: the output is "new-" + base name + ".iso" in the folder of the input.
 SBinToIsoRequest WindowBinToIso(const std::string& folder, const std::string& fileName);
 
-/// Converts all whole sectors and ignores the bytes of a partial last one. Fails with the codes 2011 and 2021 if a file
-/// cannot be opened, and if the first sector, the only one that is checked, is not a Mode 2 sector.
+/// Converts all whole sectors. Fails with the codes 2011 and 2021 if a file cannot be opened. If not strict, also fails
+/// if the first sector is not a Mode 2 sector, and ignores the bytes of a partial last one. If strict, see
+/// ConvertDataTrack.
 void BinToIso(const SBinToIsoRequest& request, COperation& operation);
 
 }  // namespace vantrel

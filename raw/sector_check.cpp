@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <numeric>
 
 #include "files/byte_order.h"
 #include "raw/edc.h"
@@ -36,6 +38,14 @@ bool ParityMatches(Sector sector, bool headerCounts) {
     return std::equal(area.begin() + kParityStart, area.end(), sector.begin() + kPParityOffset);
 }
 
+/// A data sector with more wrong bytes in its sync field is not recognised as one.
+constexpr std::ptrdiff_t kMostWrongSyncBytes = 2;
+
+std::ptrdiff_t WrongSyncBytes(Sector sector) {
+    return std::inner_product(kSync.begin(), kSync.end(), sector.begin(), std::ptrdiff_t{0}, std::plus<>(),
+                              std::not_equal_to<>());
+}
+
 bool IsZero(std::span<const std::uint8_t> bytes) {
     return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte == 0; });
 }
@@ -47,6 +57,9 @@ std::uint32_t FromBcd(std::uint8_t bcd) {
 }  // namespace
 
 ESectorKind KindOfSector(Sector sector) {
+    if (WrongSyncBytes(sector) > kMostWrongSyncBytes) {
+        return ESectorKind::Audio;
+    }
     if (sector[kModeOffset] == kMode1) {
         return ESectorKind::Mode1;
     }
@@ -63,27 +76,63 @@ std::span<const std::uint8_t, kUserDataSize> UserDataOf(Sector sector) {
                                          : sector.subspan<kForm1DataOffset, kUserDataSize>();
 }
 
-SSectorFaults CheckSector(Sector sector, std::uint32_t number) {
+std::string TextOf(const SSectorFaults& faults) {
+    if (faults.audio) {
+        return "no data sector, perhaps audio";
+    }
+    std::string text;
+    const auto tell = [&text](bool wrong, const char* what) {
+        if (wrong) {
+            text += (text.empty() ? "wrong " : ", ") + std::string(what);
+        }
+    };
+    tell(faults.sync, "sync field");
+    tell(faults.address, "address");
+    tell(faults.kind, "mode or form");
+    tell(faults.edc, "EDC");
+    tell(faults.parity, "parity");
+    if (faults.longData) {
+        text += (text.empty() ? "" : "; ") + std::string("2324 bytes of Form 2 data");
+    }
+    return text;
+}
+
+SSectorFaults CheckUserData(Sector sector) {
     SSectorFaults faults;
-    faults.sync = !std::equal(kSync.begin(), kSync.end(), sector.begin());
-    const auto address = AddressOfSector(number);
-    faults.address = !std::equal(address.begin(), address.end(), sector.begin() + kAddressOffset);
+    faults.sync = WrongSyncBytes(sector) > 0;
     switch (KindOfSector(sector)) {
         case ESectorKind::Mode1:
             faults.edc = !EdcMatches(sector, kSyncOffset, kMode1EdcOffset);
-            faults.parity = !ParityMatches(sector, true);
             break;
         case ESectorKind::Mode2Form1:
             faults.edc = !EdcMatches(sector, kSubHeaderOffset, kForm1EdcOffset);
-            faults.parity = !ParityMatches(sector, false);
             break;
         case ESectorKind::Mode2Form2:
             faults.edc = !IsZero(sector.subspan(kForm2EdcOffset, kEdcSize)) &&
                          !EdcMatches(sector, kSubHeaderOffset, kForm2EdcOffset);
+            faults.longData = !IsZero(sector.subspan(kForm1EdcOffset, kForm2EdcOffset - kForm1EdcOffset));
             break;
         case ESectorKind::Other:
             faults.kind = true;
             break;
+        case ESectorKind::Audio:
+            faults = {.audio = true};
+            break;
+    }
+    return faults;
+}
+
+SSectorFaults CheckSector(Sector sector, std::uint32_t number) {
+    SSectorFaults faults = CheckUserData(sector);
+    faults.longData = false;
+    if (faults.audio) {
+        return faults;
+    }
+    const auto address = AddressOfSector(number);
+    faults.address = !std::equal(address.begin(), address.end(), sector.begin() + kAddressOffset);
+    const ESectorKind kind = KindOfSector(sector);
+    if (kind == ESectorKind::Mode1 || kind == ESectorKind::Mode2Form1) {
+        faults.parity = !ParityMatches(sector, kind == ESectorKind::Mode1);
     }
     return faults;
 }

@@ -94,7 +94,10 @@ def manual(commands, version):
             out += [".PP", ".nf", roff(command.notes), ".fi"]
     out += [".SH EXIT STATUS", ".TP", "0", "Done.", ".TP", "1",
             "A conversion failed, or a file that was looked at is damaged or differs.", ".TP", "2", "Wrong usage.",
-            ".TP", "130", "Interrupted (128 and the number of the signal).", ".SH FILES",
+            ".TP", "129, 130, 143",
+            "Ended by a signal: hang-up, Ctrl-C, termination (128 and the number of the signal). Nothing unfinished is "
+            "left. A signal that is ignored at the start, as under nohup, stays ignored.", ".TP", "141",
+            "Nobody reads the results any more: the pipe was closed.", ".SH FILES",
             "Results go to standard output, messages to standard error. On a terminal a line on standard error "
             "tells how far a conversion is."]
     return "\n".join(out) + "\n"
@@ -109,7 +112,7 @@ def bash(commands):
         names = " ".join(name for option in command.options for name in option.names)
         out.append('        %s) options="%s" ;;' % (command.name, names))
     out += ["    esac", '    if [[ $word == -* ]]; then', '        COMPREPLY=($(compgen -W "$options" -- "$word"))',
-            "    else", "        compopt -o filenames", '        COMPREPLY=($(compgen -f -- "$word"))', "    fi", "}",
+            "    else", "        compopt -o filenames", '        mapfile -t COMPREPLY < <(compgen -f -- "$word")', "    fi", "}",
             "complete -F _vantrel vantrel"]
     return "\n".join(out) + "\n"
 

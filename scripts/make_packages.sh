@@ -46,6 +46,8 @@ make_deb() {
     install -D -m 644 "$target/manual/vantrel.fish" "$stage/usr/share/fish/vendor_completions.d/vantrel.fish"
     install -D -m 644 LICENSE "$stage/usr/share/doc/vantrel/copyright"
     install -D -m 644 -t "$stage/usr/share/doc/vantrel" README.md CHANGELOG.md
+    ln -s copyright "$stage/usr/share/doc/vantrel/LICENSE"
+    cp -r --no-preserve=mode docs "$stage/usr/share/doc/vantrel/"
     mkdir -p "$stage/DEBIAN"
     cat >"$stage/DEBIAN/control" <<TEXT
 Package: vantrel

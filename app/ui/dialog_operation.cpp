@@ -74,7 +74,7 @@ void CDialogOperation::Notify(std::string_view text) {
     ShowInformation(text);
 }
 
-void CDialogOperation::EndWith(std::string_view text) {
+void CDialogOperation::EndWith(std::string_view text, std::string_view /*cause*/) {
     ShowInformation(text);
     std::exit(0);
 }

@@ -59,7 +59,7 @@ public:
 
 private:
     /// Shows the text and ends the process with status 0. Partly written outputs stay.
-    void EndWith(std::string_view text) override;
+    void EndWith(std::string_view text, std::string_view cause) override;
     void Apply(const SEnding& ending);
     void SetStates(std::span<const SControlState> states);
     void EnableControl(int controlId, bool enabled);

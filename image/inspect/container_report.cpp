@@ -1,14 +1,12 @@
 #include "image/inspect/container_report.h"
 
-#include <array>
 #include <cmath>
 
 #include "compress/cso_reader.h"
 #include "compress/dax_reader.h"
-#include "files/input_file.h"
 #include "files/refused.h"
+#include "image/inspect/raw_report.h"
 #include "operation/text.h"
-#include "raw/sector_check.h"
 
 namespace vantrel {
 
@@ -34,6 +32,12 @@ std::int64_t SizeOrRefuse(const std::string& path) {
     return size;
 }
 
+void OpenCso(CCsoReader& cso, const std::string& path) {
+    if (!cso.Open(path) || cso.ReadHeader() != ECsoFault::None || cso.ReadIndex() != ECsoFault::None) {
+        RefuseUnreadable(path);
+    }
+}
+
 std::vector<std::string> CsoOddities(const CCsoReader& cso, std::int64_t fileSize) {
     const CsoHeader& header = cso.Header();
     std::vector<std::string> oddities;
@@ -44,20 +48,18 @@ std::vector<std::string> CsoOddities(const CCsoReader& cso, std::int64_t fileSiz
     };
     addIf(header.header_size != 0 && header.header_size != kUsualHeaderSize, "the header size is neither 0 nor 24");
     addIf(header.block_size != kUsualBlockSize, "blocks are not 2048 bytes");
-    addIf(header.version > 1, "the version is above 1");
     addIf(header.align != 0, "positions are shifted");
     addIf(header.reserved[0] != 0 || header.reserved[1] != 0, "reserved bytes are not zero");
-    addIf(header.total_bytes % header.block_size != 0, "the image's partial last block is not stored");
-    const std::uint64_t end = std::uint64_t{cso.Entry(cso.BlockCount()) & ~kCsoPlainBlock} << (header.align & 31U);
+    addIf(header.total_bytes % kUsualBlockSize != 0, "the image is not a whole number of sectors");
+    addIf(cso.MissingBytes() != 0, "the image's partial last block is not stored");
+    const std::uint64_t end = std::uint64_t{cso.Entry(cso.BlockCount()) & ~kCsoPlainBlock} << header.align;
     addIf(end != static_cast<std::uint64_t>(fileSize), "the index does not end at the end of the file");
     return oddities;
 }
 
 CReport ReportOnCso(const std::string& path) {
-    CCsoReader cso;
-    if (!cso.Open(path) || cso.ReadHeader() != ECsoFault::None || cso.ReadIndex() != ECsoFault::None) {
-        RefuseUnreadable(path);
-    }
+    CCsoReader cso(true);
+    OpenCso(cso, path);
     const std::int64_t fileSize = SizeOrRefuse(path);
     std::uint64_t plain = 0;
     for (std::uint64_t block = 0; block < cso.BlockCount(); ++block) {
@@ -79,7 +81,8 @@ std::vector<std::string> DaxOddities(const CDaxReader& dax, std::int64_t fileSiz
     std::vector<std::string> oddities;
     const DaxHeader& header = dax.Header();
     bool inOrder = true;
-    std::uint64_t end = DaxHeader::kSize + std::uint64_t{dax.FrameCount()} * (kDaxPositionSize + kDaxLengthSize);
+    std::uint64_t end = DaxHeader::kSize + std::uint64_t{dax.FrameCount()} * (kDaxPositionSize + kDaxLengthSize) +
+                        std::uint64_t{dax.AreaCount()} * kDaxAreaSize;
     for (std::uint32_t frame = 0; frame < dax.FrameCount(); ++frame) {
         inOrder = inOrder && dax.Position(frame) == end;
         end = std::uint64_t{dax.Position(frame)} + dax.Length(frame);
@@ -97,46 +100,21 @@ std::vector<std::string> DaxOddities(const CDaxReader& dax, std::int64_t fileSiz
 }
 
 CReport ReportOnDax(const std::string& path) {
-    CDaxReader dax;
+    CDaxReader dax(true);
     if (!dax.Open(path) || dax.ReadHeader() != EDaxFault::None || dax.ReadTables() != EDaxFault::None) {
         RefuseUnreadable(path);
     }
     const std::int64_t fileSize = SizeOrRefuse(path);
+    std::uint32_t plain = 0;
+    for (std::uint32_t frame = 0; frame < dax.FrameCount(); ++frame) {
+        plain += dax.IsPlain(frame) ? 1 : 0;
+    }
     return {{"image_size", dax.Header().image_size},
+            {"version", dax.Header().version},
             {"frames", dax.FrameCount()},
+            {"plain_frames", plain},
             {"ratio_percent", RatioPercent(fileSize, dax.Header().image_size)},
             {"oddities", DaxOddities(dax, fileSize)}};
-}
-
-/// Minute, second and frame as the header holds them, in BCD: "00:02:16".
-std::string AddressText(std::span<const std::uint8_t, kRawSectorSize> sector) {
-    return Format("%02x:%02x:%02x", sector[kAddressOffset], sector[kAddressOffset + 1], sector[kAddressOffset + 2]);
-}
-
-CReport ReportOnBin(const std::string& path) {
-    CInputFile file;
-    CReport report;
-    if (!file.Open(path)) {
-        RefuseUnreadable(path);
-    }
-    std::array<std::uint32_t, 4> kinds = {};
-    std::array<std::uint8_t, kRawSectorSize> sector = {};
-    std::uint32_t count = 0;
-    for (; file.Read(sector) == sector.size(); ++count) {
-        if (count == 0) {
-            report.Add("first_address", AddressText(sector));
-        }
-        ++kinds[static_cast<std::size_t>(KindOfSector(sector))];
-    }
-    if (file.HasFailed()) {
-        RefuseUnreadable(path);
-    }
-    report.Add("sectors", count);
-    report.Add("mode_1", kinds[static_cast<std::size_t>(ESectorKind::Mode1)]);
-    report.Add("mode_2_form_1", kinds[static_cast<std::size_t>(ESectorKind::Mode2Form1)]);
-    report.Add("mode_2_form_2", kinds[static_cast<std::size_t>(ESectorKind::Mode2Form2)]);
-    report.Add("other", kinds[static_cast<std::size_t>(ESectorKind::Other)]);
-    return report;
 }
 
 }  // namespace
@@ -148,10 +126,11 @@ std::optional<CReport> ReportOnContainer(const std::string& path, EForm form) {
         case EForm::Dax:
             return ReportOnDax(path);
         case EForm::Bin:
-            return ReportOnBin(path);
-        case EForm::Iso:
-        case EForm::Iml:
         case EForm::Cue:
+            return ReportOnRawImage(path);
+        case EForm::Iso:
+        case EForm::Zso:
+        case EForm::Iml:
         case EForm::Unknown:
             break;
     }
@@ -162,16 +141,13 @@ std::vector<std::string> ContainerProblems(const std::string& path, EForm form) 
     if (form != EForm::Cso) {
         return {};
     }
-    CCsoReader cso;
-    if (!cso.Open(path) || cso.ReadHeader() != ECsoFault::None) {
-        RefuseUnreadable(path);
-    }
-    const std::uint64_t left = cso.Header().total_bytes % cso.Header().block_size;
-    if (left == 0) {
+    CCsoReader cso(true);
+    OpenCso(cso, path);
+    if (cso.MissingBytes() == 0) {
         return {};
     }
     return {Format("the last %llu bytes of the image are no whole block and are not stored",
-                   static_cast<unsigned long long>(left))};
+                   static_cast<unsigned long long>(cso.MissingBytes()))};
 }
 
 }  // namespace vantrel

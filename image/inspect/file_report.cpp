@@ -22,14 +22,14 @@ std::int64_t SizeOrRefuse(const std::string& path) {
 
 }  // namespace
 
-CReport ReportOnFile(const std::string& path) {
+CReport ReportOnFile(const std::string& path, const std::string& filesFolder) {
     const EForm form = FormOfFile(path);
     CReport report;
     report.Add("file", path);
     report.Add("form", NameOf(form));
     report.Add("file_bytes", SizeOrRefuse(path));
     if (form == EForm::Iml) {
-        report.Add("layout", ReportOnLayout(path));
+        report.Add("layout", ReportOnLayout(path, filesFolder));
         return report;
     }
     const std::unique_ptr<CImageSource> image = OpenImage(path);
@@ -45,7 +45,7 @@ CReport ReportOnContents(const std::string& path) {
     const std::unique_ptr<CImageSource> image = OpenImage(path);
     CReport::List files;
     for (const SContentFile& file : ReadContents(*image).files) {
-        files.push_back({{"sector", file.sector}, {"bytes", file.size}, {"path", file.path}});
+        files.push_back({{"sector", file.Sector()}, {"bytes", file.Size()}, {"path", file.path}});
     }
     RefuseDamaged(*image, path);
     return {{"file", path}, {"form", NameOf(image->Form())}, {"files", std::move(files)}};

@@ -1,12 +1,12 @@
 #include "image/inspect/image_chunks.h"
 
 #include <algorithm>
-#include <array>
+#include <utility>
 
 #include "files/input_file.h"
 #include "files/refused.h"
 #include "operation/text.h"
-#include "raw/sector_check.h"
+#include "raw/raw_disc.h"
 
 namespace vantrel {
 
@@ -56,51 +56,38 @@ private:
     std::int64_t m_chunkSize;
 };
 
-std::string TextOf(const SSectorFaults& faults) {
-    std::string text;
-    const auto tell = [&text](bool wrong, const char* what) {
-        if (wrong) {
-            text += (text.empty() ? "" : ", ") + std::string(what);
-        }
-    };
-    tell(faults.sync, "sync field");
-    tell(faults.address, "address");
-    tell(faults.kind, "mode or form");
-    tell(faults.edc, "EDC");
-    tell(faults.parity, "parity");
-    return "wrong " + text;
-}
-
-/// A raw image: checks everything around the user data of each sector. Addresses must count up from the first one.
+/// The data track of a raw image: checks everything around the user data of each sector. Addresses must count up from
+/// the first one.
 class CRawChunks : public CImageChunks {
 public:
-    explicit CRawChunks(const std::string& path) {
-        if (!m_file.Open(path)) {
-            throw CRefused(path + ": " + LastFileError());
+    explicit CRawChunks(const std::string& path)
+        : m_track(ReadRawDisc(path).DataTrack()), m_sectorSize(SectorSizeOf(m_track.mode)) {
+        if (!m_file.Open(m_track.path)) {
+            throw CRefused(m_track.path + ": " + LastFileError());
         }
-        m_size = m_file.Size();
-        std::array<std::uint8_t, kRawSectorSize> first = {};
-        if (m_file.ReadAt(0, first) == first.size()) {
-            m_firstNumber = NumberOfSector(first);
+        std::vector<std::uint8_t> first(m_sectorSize);
+        if (m_sectorSize == kRawSectorSize && m_file.ReadAt(m_track.position, first) == first.size()) {
+            m_firstNumber = NumberOfSector(std::span(first).first<kRawSectorSize>());
         }
         if (m_file.HasFailed()) {
             throw CRefused(m_file.Problem());
         }
     }
 
-    std::uint64_t Count() const override { return ChunksIn(Sectors(), kChunkSectors); }
-    std::size_t BufferSize() const override { return static_cast<std::size_t>(kChunkSectors * kRawUnit); }
+    std::uint64_t Count() const override { return ChunksIn(m_track.sectors, kChunkSectors); }
+    std::size_t BufferSize() const override { return kChunkSectors * m_sectorSize; }
 
     void Read(SImageChunk& chunk, std::uint64_t number) override {
         const std::int64_t start = static_cast<std::int64_t>(number) * kChunkSectors;
-        const std::int64_t end = std::min(start + kChunkSectors, Sectors());
+        const std::int64_t end = std::min(start + kChunkSectors, m_track.sectors);
+        const auto unit = static_cast<std::int64_t>(m_sectorSize);
         chunk.unreadable.clear();
         for (std::int64_t sector = start; sector < end; ++sector) {
             const auto rest = std::span(chunk.buffer)
-                                  .subspan(static_cast<std::size_t>((sector - start) * kRawUnit),
-                                           static_cast<std::size_t>((end - sector) * kRawUnit));
-            const std::size_t count = m_file.ReadAt(sector * kRawUnit, rest);
-            sector += static_cast<std::int64_t>(count / kRawSectorSize);
+                                  .subspan(static_cast<std::size_t>((sector - start) * unit),
+                                           static_cast<std::size_t>((end - sector) * unit));
+            const std::size_t count = m_file.ReadAt(m_track.position + sector * unit, rest);
+            sector += static_cast<std::int64_t>(count / m_sectorSize);
             if (count < rest.size()) {
                 chunk.unreadable.push_back({static_cast<std::uint64_t>(sector), "it cannot be read"});
             }
@@ -110,53 +97,56 @@ public:
 
     std::vector<std::string> Problems() const override {
         std::vector<std::string> problems;
-        if (m_firstNumber != 0) {
+        if (m_track.startsDisc && m_firstNumber != 0) {
             problems.push_back("the first sector's address is not 00:02:00");
         }
-        if (m_size % kRawUnit != 0) {
+        if (m_track.leftOver != 0) {
             problems.push_back(Format("the file is not a whole number of sectors: %lld bytes are left over",
-                                      static_cast<long long>(m_size % kRawUnit)));
+                                      static_cast<long long>(m_track.leftOver)));
         }
         return problems;
     }
 
 private:
-    static constexpr auto kRawUnit = static_cast<std::int64_t>(kRawSectorSize);
     static constexpr std::int64_t kChunkSectors = kChunkSize / static_cast<std::int64_t>(kUserDataSize);
 
-    /// Checks the readable sectors, and moves their user data together.
+    /// Checks the readable sectors, and moves their user data together. A sector without user data is unreadable.
     void Check(SImageChunk& chunk, std::uint64_t first, std::size_t count) const {
-        auto unreadable = chunk.unreadable.begin();
+        const std::vector<SBlockFault> unreadable = std::exchange(chunk.unreadable, {});
+        auto next = unreadable.begin();
         chunk.wrong.clear();
         chunk.length = 0;
         for (std::size_t i = 0; i < count; ++i) {
-            if (unreadable != chunk.unreadable.end() && unreadable->number == first + i) {
-                ++unreadable;
+            if (next != unreadable.end() && next->number == first + i) {
+                chunk.unreadable.push_back(*next++);
                 continue;
             }
-            const auto sector = std::span(chunk.buffer).subspan(i * kRawSectorSize).first<kRawSectorSize>();
-            const SSectorFaults found = CheckSector(sector, m_firstNumber + static_cast<std::uint32_t>(first + i));
+            const auto sector = std::span(chunk.buffer).subspan(i * m_sectorSize, m_sectorSize);
+            const SSectorFaults found =
+                CheckSector(m_track.mode, sector, m_firstNumber + static_cast<std::uint32_t>(first + i));
             if (found.Any()) {
-                chunk.wrong.push_back({first + i, TextOf(found)});
+                (found.audio ? chunk.unreadable : chunk.wrong).push_back({first + i, TextOf(found)});
+            }
+            if (found.audio) {
+                continue;
             }
             // This moves towards the beginning, so it overwrites only sectors that have been checked.
-            const auto data = UserDataOf(sector);
+            const auto data = UserDataOf(m_track.mode, sector);
             std::copy(data.begin(), data.end(), chunk.buffer.begin() + static_cast<std::ptrdiff_t>(chunk.length));
             chunk.length += data.size();
         }
     }
 
-    std::int64_t Sectors() const { return m_size / kRawUnit; }
-
+    STrack m_track;
+    std::size_t m_sectorSize;
     CInputFile m_file;
-    std::int64_t m_size = 0;
     std::uint32_t m_firstNumber = 0;
 };
 
 }  // namespace
 
 std::unique_ptr<CImageChunks> ChunksOf(const std::string& path, CImageSource& image) {
-    if (image.Form() == EForm::Bin) {
+    if (image.Form() == EForm::Bin || image.Form() == EForm::Cue) {
         return std::make_unique<CRawChunks>(path);
     }
     return std::make_unique<CReadChunks>(image);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "image/inspect/title.h"
 #include "iso/contents.h"
 #include "iso/volume.h"
 #include "operation/text.h"
@@ -54,16 +55,24 @@ CReport ReportOnImage(CByteSource& image) {
     const ImageKind kind = KindByApplication(volume);
     const std::int64_t sectors = image.Size() / kSectorSize;
     const std::uint32_t volumeSectors = volume.volumeSpaceSize.Value();
-    return {{"kind", KindName(kind)},
-            {"system_identifier", FieldText(volume.systemIdentifier)},
-            {"volume_identifier", FieldText(volume.volumeIdentifier)},
-            {"application_identifier", FieldText(volume.applicationIdentifier)},
-            {"bytes", image.Size()},
-            {"sectors", sectors},
-            {"volume_sectors", volumeSectors},
-            {"postgap", PostgapState(kind, sectors, volumeSectors)},
-            {"files", contents.files.size()},
-            {"folders", contents.folders}};
+    CReport report = {{"kind", KindName(kind)},
+                      {"system_identifier", FieldText(volume.systemIdentifier)},
+                      {"volume_identifier", FieldText(volume.volumeIdentifier)},
+                      {"application_identifier", FieldText(volume.applicationIdentifier)},
+                      {"bytes", image.Size()},
+                      {"sectors", sectors},
+                      {"volume_sectors", volumeSectors},
+                      {"postgap", PostgapState(kind, sectors, volumeSectors)},
+                      {"files", contents.files.size()},
+                      {"folders", contents.folders.size()}};
+    const STitle title = ReadTitle(image, contents);
+    if (!title.name.empty()) {
+        report.Add("title", title.name);
+    }
+    if (!title.discId.empty()) {
+        report.Add("disc_id", title.discId);
+    }
+    return report;
 }
 
 std::vector<std::string> ImageProblems(CByteSource& image) {
@@ -81,8 +90,8 @@ std::vector<std::string> ImageProblems(CByteSource& image) {
     }
     for (const SContentFile& file : ReadContents(image).files) {
         if (!file.inside) {
-            problems.push_back(
-                Format("%s (sector %u, %u bytes) lies outside the image", file.path.c_str(), file.sector, file.size));
+            problems.push_back(Format("%s (sector %u, %lld bytes) lies outside the image", file.path.c_str(),
+                                      file.Sector(), static_cast<long long>(file.Size())));
         }
     }
     return problems;

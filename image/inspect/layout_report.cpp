@@ -9,15 +9,15 @@ namespace vantrel {
 
 namespace {
 
-SLayoutSummary SummaryOf(const std::string& path) {
-    const std::string folder = FolderOf(path);
+SLayoutSummary SummaryOf(const std::string& path, const std::string& filesFolder) {
+    const std::string folder = filesFolder.empty() ? FolderOf(path) : WithSeparator(filesFolder);
     return SummarizeLayout(path, folder.empty() ? WithSeparator(".") : folder);
 }
 
 }  // namespace
 
-CReport ReportOnLayout(const std::string& path) {
-    const SLayoutSummary summary = SummaryOf(path);
+CReport ReportOnLayout(const std::string& path, const std::string& filesFolder) {
+    const SLayoutSummary summary = SummaryOf(path, filesFolder);
     std::vector<std::string> missing;
     for (const SLayoutFile& listed : summary.files) {
         if (!listed.found) {
@@ -32,8 +32,8 @@ CReport ReportOnLayout(const std::string& path) {
             {"leading_structures_present", summary.leadingFound}};
 }
 
-CReport VerifyLayout(const std::string& path) {
-    const SLayoutSummary summary = SummaryOf(path);
+CReport VerifyLayout(const std::string& path, const std::string& filesFolder) {
+    const SLayoutSummary summary = SummaryOf(path, filesFolder);
     std::vector<std::string> problems;
     if (!summary.complete) {
         problems.push_back(Format("the layout counts %d entries and has fewer", summary.entries));

@@ -32,6 +32,9 @@ public:
 
     /// Shows notices about everything that the layout cannot represent.
     void NotifyLimits() {
+        for (const std::string& notice : m_walked.notices) {
+            m_operation.Notify(notice);
+        }
         if (KindByApplication(m_walked.mediaId, m_walked.mediaSub) == ImageKind::Unknown) {
             m_operation.Notify("The image is of no known medium; the layout names none and cannot be rebuilt");
         }
@@ -48,8 +51,9 @@ public:
         }
     }
 
-    void WriteLayout() {
+    void WriteLayout(std::function<void(const SChecksum&)> beforeCommit = [](const SChecksum&) {}) {
         SLayoutRequest layout;
+        layout.beforeCommit = std::move(beforeCommit);
         layout.layoutPath = m_request.layoutPath;
         layout.folderText = m_request.folderText;
         layout.leadingSource = ResolveFileCase(m_request.imagePath);
@@ -64,8 +68,7 @@ public:
         extraction.Check();
         CheckSectors();
         extraction.Write();
-        WriteGaps(extraction);
-        WriteLayout();
+        WriteLayout([&](const SChecksum& layout) { WriteGaps(layout, extraction); });
         extraction.Keep();
     }
 
@@ -91,9 +94,7 @@ private:
     std::vector<SExtractedFile> ExtractedFiles() const {
         std::vector<SExtractedFile> files;
         for (const SWalkedFile& file : m_walked.files) {
-            if (file.HasName()) {
-                files.push_back({file.start * kSectorSize, file.size, file.path});
-            }
+            files.push_back({{{file.start, file.size}}, file.path});
         }
         return files;
     }
@@ -106,7 +107,7 @@ private:
                        m_request.imagePath.c_str(), m_walked.volumeSectors));
         }
         for (const SWalkedFile& file : m_walked.files) {
-            if (file.HasName() && file.start >= kSectorLimit) {
+            if (file.start >= kSectorLimit) {
                 m_operation.Fail(
                     Format("\"%s\" cannot be exported: it is recorded at sector %u, which exists on no disc",
                            file.path.c_str(), file.start));
@@ -115,12 +116,10 @@ private:
     }
 
     /// Stores the areas outside of the leading structures and the files, so that an exact rebuild can restore them.
-    void WriteGaps(CExtraction& extraction) {
+    void WriteGaps(const SChecksum& layout, CExtraction& extraction) {
         std::vector<SImageArea> covered = {{0, m_walked.headerSectors * kSectorSize}};
         for (const SWalkedFile& file : m_walked.files) {
-            if (file.HasName()) {
-                covered.push_back({file.start * kSectorSize, file.size});
-            }
+            covered.push_back({file.start * kSectorSize, file.size});
         }
         const std::vector<SImageArea> areas = AreasWithData(m_image, UncoveredAreas(covered, m_imageLength));
         const std::string path = GapPathOf(m_request.layoutPath);
@@ -128,7 +127,8 @@ private:
         if (!output.Open(path, m_request.manner)) {
             m_operation.Fail(CreationProblem(path));
         }
-        const bool complete = WriteGapFile(m_image, areas, output);
+        const SGapOrigin origin = {ChecksumOf(m_image, [this] { m_operation.Yield(); }), layout};
+        const bool complete = WriteGapFile(m_image, origin, areas, output) && origin.image.length == m_imageLength;
         m_image.FailIfUnread();
         if (!complete) {
             m_operation.Fail(Format("Cannot read all of %s", m_request.imagePath.c_str()));

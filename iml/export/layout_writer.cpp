@@ -160,7 +160,7 @@ void CLayoutWriter::WriteTrailingSector() {
 
 std::int32_t CLayoutWriter::CountEntries() const {
     const auto named = std::count_if(m_image.files.begin(), m_image.files.end(),
-                                     [](const SWalkedFile& file) { return file.HasName(); });
+                                     [](const SWalkedFile& file) { return file.IsListed(); });
     return static_cast<std::int32_t>(named) + (m_variant.hasTrailingEntry ? 2 : 1);
 }
 
@@ -173,6 +173,7 @@ void CLayoutWriter::WriteLayout() {
     text.Write("[/LOC]\n\n");
     text.Flush();
     m_layout.FinishOrFail();
+    m_request.beforeCommit(text.Sum());
 }
 
 void CLayoutWriter::WriteHead(CTextOutput& text, std::int32_t entries) {
@@ -199,7 +200,7 @@ void CLayoutWriter::WriteEntries(CTextOutput& text, std::int32_t entries) {
     const std::string folder = LayoutFolderOf(m_request.folderText);
     CRangeRule rule;
     for (const SWalkedFile& file : m_image.files) {
-        if (!file.HasName()) {
+        if (!file.IsListed()) {
             continue;
         }
         const SSectorRange range = rule.Next(file.start, file.size);

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "files/checksum.h"
 #include "files/output_file.h"
 #include "iml/export/local_time.h"
 #include "iml/export/walker.h"
@@ -23,6 +24,8 @@ struct SLayoutRequest {
     std::optional<SWalkFilePaths> sideFiles = std::nullopt;
     EOutputManner manner = EOutputManner::InPlace;
     std::function<SLayoutTime()> clock = LayoutTimeNow;
+    /// Called with the checksum of the finished layout, before it gets its name.
+    std::function<void(const SChecksum& layout)> beforeCommit = [](const SChecksum&) {};
 };
 
 /// The folder that the path field puts before every path: its text without drive, and without the part behind the last

@@ -63,7 +63,8 @@ void CWalkFiles::WriteLists(std::span<const SWalkedFile> files) {
     std::vector<std::uint8_t> offsets;
     Append(offsets, 0);  // the header length, which is known last
     for (const SWalkedFile& file : files) {
-        list.Write(Format("%08X|%08X|%08X|\\%s\n", file.start, file.size, file.Sectors(), file.path.c_str()));
+        list.Write(Format("%08X|%08X|%08X|\\%s\n", file.start, static_cast<std::uint32_t>(file.size), file.Sectors(),
+                          file.path.c_str()));
         Append(offsets, file.start);
         Append(offsets, file.Last());
     }

@@ -11,15 +11,15 @@ namespace vantrel {
 
 struct SWalkedFile {
     std::uint32_t start;  ///< first sector
-    std::uint32_t size;   ///< bytes
+    std::int64_t size;    ///< bytes
     std::string path;     ///< "DIR\NAME", without version
 
     /// Number of sectors that the file occupies; 0 for an empty file.
     std::uint32_t Sectors() const { return static_cast<std::uint32_t>(SectorsFor(size)); }
     /// Last sector; an empty file has its first sector only.
     std::uint32_t Last() const { return start + std::max(Sectors(), 1U) - 1; }
-    /// Whether a file can have this path: it is neither empty nor ends in a separator.
-    bool HasName() const { return !path.empty() && path.back() != '\\'; }
+    /// Whether the layout has a line for it.
+    bool IsListed() const { return !path.empty(); }
 };
 
 }  // namespace vantrel

@@ -5,6 +5,7 @@
 
 #include "files/checked_file.h"
 #include "files/path.h"
+#include "iml/export/tree_walk.h"
 #include "iso/directory_reader.h"
 #include "iso/path_table.h"
 #include "iso/volume.h"
@@ -15,7 +16,7 @@ namespace vantrel {
 namespace {
 
 std::string ListedName(std::string_view recorded) {
-    return PrintableName(std::string(recorded.substr(0, recorded.find(kVersionSeparator))));
+    return LineName(std::string(recorded.substr(0, recorded.find(kVersionSeparator))));
 }
 
 class CWalk {
@@ -31,11 +32,12 @@ public:
 
 private:
     void OpenImage();
+    void FollowTree();
+    void FollowPathTable();
     void ReadPathTable();
     std::int64_t PathTableSectors() const;
     std::uint32_t HighestDirectory(const CDirectoryReader& reader) const;
     void FindHeaderEnd(CDirectoryReader& reader);
-    void CheckDirectories(CDirectoryReader& reader);
     void ListFiles(CDirectoryReader& reader);
     void ListDirectory(CDirectoryReader& reader, std::size_t directory);
     void TakeInUdfEntries();
@@ -63,15 +65,10 @@ SWalkedImage CWalk::Run() {
     if (m_sideFiles) {
         m_sideFiles->Create();
     }
-    ReadPathTable();
-    CDirectoryReader reader(m_image);
-    FindHeaderEnd(reader);
-    if (m_sideFiles) {
-        m_sideFiles->CopyHeader(m_image, m_walked.headerSectors);
-    }
-    ListFiles(reader);
-    if (m_sideFiles) {
-        m_sideFiles->WriteLists(m_walked.files);
+    if (m_request.strict) {
+        FollowTree();
+    } else {
+        FollowPathTable();
     }
     if (m_mark == EImageMark::Dvd) {
         TakeInUdfEntries();
@@ -98,6 +95,26 @@ void CWalk::OpenImage() {
     m_mediaId = m_volume.applicationIdentifier[1];
     m_mediaSub = m_volume.applicationUse[kXaMarkInApplicationUse];
     m_volumeSectors = m_volume.volumeSpaceSize.Value();
+}
+
+void CWalk::FollowTree() {
+    STreeWalk walk = WalkTree(m_image, m_request.imagePath, m_operation);
+    m_walked.headerSectors = walk.headerSectors;
+    m_walked.files = std::move(walk.files);
+    m_walked.notices = std::move(walk.notices);
+}
+
+void CWalk::FollowPathTable() {
+    ReadPathTable();
+    CDirectoryReader reader(m_image);
+    FindHeaderEnd(reader);
+    if (m_sideFiles) {
+        m_sideFiles->CopyHeader(m_image, m_walked.headerSectors);
+    }
+    ListFiles(reader);
+    if (m_sideFiles) {
+        m_sideFiles->WriteLists(m_walked.files);
+    }
 }
 
 /// The table extends to its optional copy. Common mastering tools write no copy; then the recorded size counts.
@@ -137,24 +154,7 @@ void CWalk::FindHeaderEnd(CDirectoryReader& reader) {
     if (extent == 0) {
         FailInvalid();
     }
-    if (m_request.strict) {
-        CheckDirectories(reader);
-    }
     m_walked.headerSectors = extent + reader.SectorsOf(extent);
-}
-
-void CWalk::CheckDirectories(CDirectoryReader& reader) {
-    for (std::size_t i = 0; i < m_pathTable.Count(); ++i) {
-        const std::uint32_t extent = m_pathTable.Extent(i);
-        if (!reader.HasSector(extent)) {
-            m_operation.Fail(Format("%s ends at sector %u, before its directory at sector %u",
-                                    m_request.imagePath.c_str(), reader.ImageSectors(), extent));
-        }
-        if (!reader.HasDirectory(extent)) {
-            m_operation.Fail(Format("%s ends at sector %u, within its directory at sector %u",
-                                    m_request.imagePath.c_str(), reader.ImageSectors(), extent));
-        }
-    }
 }
 
 void CWalk::ListFiles(CDirectoryReader& reader) {

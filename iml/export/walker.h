@@ -18,7 +18,8 @@ struct SWalkRequest {
     std::string imagePath;
     /// The side files of the window; the console program writes none.
     std::optional<SWalkFilePaths> sideFiles = std::nullopt;
-    /// Whether an image that ends before its directories do is a failure. Otherwise missing bytes count as zeros.
+    /// Follow the directory tree; an image that ends before its directories do is a failure. Otherwise follow the path
+    /// table; missing bytes count as zeros.
     bool strict = false;
 };
 
@@ -31,7 +32,8 @@ struct SWalkedImage {
     /// Sectors of the leading structures: up to the end of the last directory, on DVD up to the last UDF file entry
     /// that precedes the files.
     std::uint32_t headerSectors = 0;
-    std::vector<SWalkedFile> files;  ///< in the order of their first sectors
+    std::vector<SWalkedFile> files;    ///< in the order of their first sectors
+    std::vector<std::string> notices;  ///< what a strict walk found that the layout cannot represent
 };
 
 /// Walks an image. Fails with the codes 101e (image) and 9999 (not marked as CD or DVD, or without any directory), and

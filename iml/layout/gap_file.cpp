@@ -11,10 +11,15 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::string_view kMagic = "IMLGAPS1";
+constexpr std::string_view kMagic = "IMLGAPS2";
+/// The first version, which had no checksums.
+constexpr std::string_view kOldMagic = "IMLGAPS1";
 constexpr std::size_t kLengthOffset = 8;
 constexpr std::size_t kCountOffset = 16;
-constexpr std::size_t kHeaderSize = 24;
+constexpr std::size_t kCrcOffset = 20;
+constexpr std::size_t kLayoutLengthOffset = 24;
+constexpr std::size_t kLayoutCrcOffset = 32;
+constexpr std::size_t kHeaderSize = 40;
 constexpr std::size_t kIndexEntrySize = 16;
 
 /// Bytes copied at a time.
@@ -22,6 +27,11 @@ constexpr std::int64_t kPieceSize = 1 << 20;
 
 using Header = std::array<std::uint8_t, kHeaderSize>;
 using IndexEntry = std::array<std::uint8_t, kIndexEntrySize>;
+
+void Store32(std::span<std::uint8_t> bytes, std::uint32_t value) {
+    const auto stored = Le32(value);
+    std::copy(stored.begin(), stored.end(), bytes.begin());
+}
 
 void Store64(std::span<std::uint8_t> bytes, std::int64_t value) {
     const auto low = Le32(static_cast<std::uint32_t>(value));
@@ -86,12 +96,16 @@ std::vector<SImageArea> AreasWithData(CByteSource& image, std::span<const SImage
     return found;
 }
 
-bool WriteGapFile(CByteSource& image, std::span<const SImageArea> areas, COutputFile& output) {
+bool WriteGapFile(CByteSource& image, const SGapOrigin& origin, std::span<const SImageArea> areas,
+                  COutputFile& output) {
     Header header = {};
     std::copy(kMagic.begin(), kMagic.end(), header.begin());
-    Store64(std::span(header).subspan(kLengthOffset), image.Size());
-    const auto count = Le32(static_cast<std::uint32_t>(areas.size()));
-    std::copy(count.begin(), count.end(), header.begin() + kCountOffset);
+    const std::span fields(header);
+    Store64(fields.subspan(kLengthOffset), origin.image.length);
+    Store32(fields.subspan(kCountOffset), static_cast<std::uint32_t>(areas.size()));
+    Store32(fields.subspan(kCrcOffset), origin.image.crc32);
+    Store64(fields.subspan(kLayoutLengthOffset), origin.layout.length);
+    Store32(fields.subspan(kLayoutCrcOffset), origin.layout.crc32);
     output.Write(header);
     for (const SImageArea& area : areas) {
         IndexEntry entry = {};
@@ -118,11 +132,18 @@ bool CGapFileReader::Open(const std::string& path) {
         return false;
     }
     Header header = {};
-    if (m_file.Read(header) != header.size() || !std::equal(kMagic.begin(), kMagic.end(), header.begin())) {
+    const std::size_t count = m_file.Read(header);
+    if (std::equal(kOldMagic.begin(), kOldMagic.end(), header.begin())) {
+        return Refuse(path, "a gap file of an earlier version, without checksums; export the image again");
+    }
+    if (count != header.size() || !std::equal(kMagic.begin(), kMagic.end(), header.begin())) {
         return Refuse(path, "not a gap file");
     }
-    m_imageLength = Load64(std::span(header).subspan<kLengthOffset, 8>());
-    if (m_imageLength < 0 || !ReadIndex(LoadLe32(std::span(header).subspan<kCountOffset, 4>()))) {
+    const std::span fields(header);
+    m_origin.image = {Load64(fields.subspan<kLengthOffset, 8>()), LoadLe32(fields.subspan<kCrcOffset, 4>())};
+    m_origin.layout = {Load64(fields.subspan<kLayoutLengthOffset, 8>()),
+                       LoadLe32(fields.subspan<kLayoutCrcOffset, 4>())};
+    if (m_origin.image.length < 0 || !ReadIndex(LoadLe32(fields.subspan<kCountOffset, 4>()))) {
         return Refuse(path, "damaged gap file");
     }
     return true;
@@ -142,8 +163,8 @@ bool CGapFileReader::ReadIndex(std::uint32_t count) {
         }
         const std::int64_t position = Load64(std::span(entry).first<8>());
         const std::int64_t length = Load64(std::span(entry).last<8>());
-        if (position < lastEnd || length <= 0 || position > m_imageLength || length > m_imageLength - position ||
-            length > size - dataPosition) {
+        if (position < lastEnd || length <= 0 || position > m_origin.image.length ||
+            length > m_origin.image.length - position || length > size - dataPosition) {
             return false;
         }
         m_areas.push_back({position, length});

@@ -2,11 +2,14 @@
 // restores the image bit for bit. It stores the length of the image and only areas with data other than zeros.
 //
 // All numbers are little-endian:
-//     0  8 bytes   "IMLGAPS1"
+//     0  8 bytes   "IMLGAPS2"
 //     8  64 bits   length of the image in bytes
 //    16  32 bits   number of areas
-//    20  32 bits   0
-//    24  the index: for each area 64 bits of position in the image and 64 bits of length, both in bytes
+//    20  32 bits   CRC-32 of the image
+//    24  64 bits   length of the layout in bytes
+//    32  32 bits   CRC-32 of the layout
+//    36  32 bits   0
+//    40  the index: for each area 64 bits of position in the image and 64 bits of length, both in bytes
 //     …  the data of the areas, in the same order, up to the end of the file
 // Areas are in ascending order and do not overlap.
 #pragma once
@@ -16,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "files/checksum.h"
 #include "files/input_file.h"
 #include "files/output_file.h"
 
@@ -27,6 +31,12 @@ struct SImageArea {
     std::int64_t length = 0;
 };
 
+/// What a gap file belongs to.
+struct SGapOrigin {
+    SChecksum image;
+    SChecksum layout;
+};
+
 /// The areas of an image of `imageLength` bytes outside of `covered`, whose positions ascend. The covered areas may
 /// overlap and reach beyond the image.
 std::vector<SImageArea> UncoveredAreas(std::span<const SImageArea> covered, std::int64_t imageLength);
@@ -36,7 +46,7 @@ std::vector<SImageArea> AreasWithData(CByteSource& image, std::span<const SImage
 
 /// Writes a gap file to an open, empty output. False if the image ends before its areas do; the output notes failed
 /// writes.
-bool WriteGapFile(CByteSource& image, std::span<const SImageArea> areas, COutputFile& output);
+bool WriteGapFile(CByteSource& image, const SGapOrigin& origin, std::span<const SImageArea> areas, COutputFile& output);
 
 class CGapFileReader {
 public:
@@ -46,8 +56,7 @@ public:
     /// What is wrong, as a text that names the file.
     const std::string& Problem() const { return m_problem; }
 
-    /// Length of the image in bytes.
-    std::int64_t ImageLength() const { return m_imageLength; }
+    const SGapOrigin& Origin() const { return m_origin; }
     const std::vector<SImageArea>& Areas() const { return m_areas; }
 
     /// Reads data of area `index` (from 0), starting at byte `offset` of the area. Reads fewer bytes than requested
@@ -60,7 +69,7 @@ private:
 
     CInputFile m_file;
     std::string m_problem;
-    std::int64_t m_imageLength = 0;
+    SGapOrigin m_origin;
     std::vector<SImageArea> m_areas;
     std::vector<std::int64_t> m_dataPositions;
 };

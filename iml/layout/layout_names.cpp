@@ -4,15 +4,6 @@
 
 namespace vantrel {
 
-namespace {
-
-std::string WithExtension(const std::string& path, const char* extension) {
-    const SPathParts parts = SplitPath(path);
-    return parts.drive + parts.folder + parts.name + extension;
-}
-
-}  // namespace
-
 std::string LeadingPathOf(const std::string& layoutPath) {
     return WithExtension(layoutPath, ".ims");
 }

@@ -40,7 +40,11 @@ std::string CPathResolver::Find(const std::string& folder, const std::string& na
             known->second.try_emplace(LowerAscii(existing), existing);
         }
     }
-    const auto found = known->second.find(LowerAscii(name));
+    auto found = known->second.find(LowerAscii(name));
+    if (found == known->second.end() && name.ends_with('.')) {
+        // Some programs drop the dot of a name without extension, and so does Windows.
+        found = known->second.find(LowerAscii(name.substr(0, name.size() - 1)));
+    }
     return found != known->second.end() ? found->second : name;
 }
 

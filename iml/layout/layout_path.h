@@ -17,8 +17,8 @@ public:
     explicit CPathResolver(std::string folder) : m_folder(std::move(folder)) {}
 
     /// The path of the file that `path` names, relative to the folder unless it is absolute. On POSIX, a backslash
-    /// separates folders too, and every name is first matched exactly, then ignoring the case of ASCII letters. Names
-    /// that do not exist keep their spelling.
+    /// separates folders too, and every name is first matched exactly, then ignoring the case of ASCII letters, then
+    /// without a dot at its end. Names that do not exist keep their spelling.
     std::string Resolve(const std::string& path);
 
 private:

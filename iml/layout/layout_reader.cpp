@@ -61,10 +61,25 @@ std::optional<SListHead> ReadListHead(CInputFile& layout, std::int64_t position,
         head.entries = DecimalOf(count);
         if (text.ReadLine(line) && !line.Text().empty() && text.ReadLine(line) && !line.Text().empty()) {
             head.leadingLast = DecimalOf(line.Piece(kLastColumn, kLastWidth));
+            const std::optional<SListedFile> leading = LooksLikeEntry(line) ? ListedFileOf(line) : std::nullopt;
+            head.leadingName = leading ? leading->path : std::string();
         }
     }
     head.entriesPosition = text.Position();
     return head;
+}
+
+std::string LeadingNameIn(const std::string& layoutPath) {
+    CInputFile layout;
+    if (!layout.Open(layoutPath)) {
+        return {};
+    }
+    const SLayoutShape& shape = IsDvdLetter(MediaLetterOf(layout)) ? kDvdShape : kCdShape;
+    const std::optional<std::int64_t> position = FindListHead(layout, shape.hashes);
+    CLineBuffer line;
+    const std::optional<SListHead> head = position ? ReadListHead(layout, *position, line) : std::nullopt;
+    // A path would lead away from the layout.
+    return head && head->leadingName.find_first_of("\\/:") == std::string::npos ? head->leadingName : std::string();
 }
 
 std::optional<SListedFile> ListedFileOf(const CLineBuffer& line) {

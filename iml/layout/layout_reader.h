@@ -33,6 +33,7 @@ inline constexpr SLayoutShape kDvdShape = {true, 1, 2};
 struct SListHead {
     std::int32_t entries = 0;          ///< The count, with the entry of the leading structures.
     std::int32_t leadingLast = -1;     ///< Last sector of that entry; -1 if the list has none.
+    std::string leadingName;           ///< The file that this entry names; empty if unknown.
     std::int64_t entriesPosition = 0;  ///< Position in bytes of the line behind that entry.
 };
 
@@ -42,6 +43,9 @@ std::optional<std::int64_t> FindListHead(CInputFile& layout, int hashes);
 /// Reads the count line whose '#' ends at `position`, the column header and the entry of the leading structures. An
 /// empty line ends the reading early. Nothing if no ':' follows.
 std::optional<SListHead> ReadListHead(CInputFile& layout, std::int64_t position, CLineBuffer& line);
+
+/// The name of the ".ims" file in the entry of the leading structures; empty if the layout cannot be read that far.
+std::string LeadingNameIn(const std::string& layoutPath);
 
 /// A file in the list.
 struct SListedFile {

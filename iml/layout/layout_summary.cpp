@@ -6,6 +6,7 @@
 #include "iml/layout/layout_names.h"
 #include "iml/layout/layout_path.h"
 #include "iml/layout/layout_reader.h"
+#include "iml/layout/recorded_files.h"
 #include "iso/iso9660.h"
 
 namespace vantrel {
@@ -26,8 +27,18 @@ std::string MediaName(char letter) {
     }
 }
 
+/// A layout shortens the range of a file that shares its place; the directory records have all of it.
+SLayoutFile WithRecordedRange(SLayoutFile file, const CRecordedFiles& records) {
+    const SContentFile* const record =
+        records.Find(file.path, static_cast<std::uint32_t>(file.first), static_cast<std::uint32_t>(file.last));
+    if (record != nullptr) {
+        file.first = static_cast<std::int32_t>(record->Sector());
+    }
+    return file;
+}
+
 void ReadFiles(CInputFile& layout, const SListHead& head, std::int32_t count, CPathResolver& resolver,
-               SLayoutSummary& summary) {
+               const CRecordedFiles& records, SLayoutSummary& summary) {
     CTextReader text = TextReaderOf(layout, head.entriesPosition);
     CLineBuffer line;
     for (std::int32_t i = 0; i < count; ++i) {
@@ -37,7 +48,7 @@ void ReadFiles(CInputFile& layout, const SListHead& head, std::int32_t count, CP
             summary.complete = false;
             return;
         }
-        SLayoutFile file{listed->path, listed->first, listed->last, false, 0};
+        SLayoutFile file = WithRecordedRange({listed->path, listed->first, listed->last, false, 0}, records);
         const std::string path = resolver.Resolve(file.path);
         file.size = FileSizeOf(path);
         file.found = file.size >= 0;
@@ -59,9 +70,16 @@ bool SLayoutFile::Fits() const {
 }
 
 std::string FindLeadingStructures(const std::string& layoutPath) {
-    const std::string byBase = ResolveFileCase(FolderOf(layoutPath) + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
-    const std::string byName = ResolveFileCase(LeadingPathOf(layoutPath));
-    return FileKindOf(byBase) == EFileKind::Missing && FileKindOf(byName) != EFileKind::Missing ? byName : byBase;
+    const std::string folder = FolderOf(layoutPath);
+    const std::string byBase = ResolveFileCase(folder + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
+    const std::string named = LeadingNameIn(layoutPath);
+    for (const std::string& path : {named.empty() ? byBase : ResolveFileCase(folder + named), byBase,
+                                    ResolveFileCase(LeadingPathOf(layoutPath))}) {
+        if (FileKindOf(path) != EFileKind::Missing) {
+            return path;
+        }
+    }
+    return byBase;
 }
 
 SLayoutSummary SummarizeLayout(const std::string& layoutPath, const std::string& filesFolder) {
@@ -84,7 +102,9 @@ SLayoutSummary SummarizeLayout(const std::string& layoutPath, const std::string&
     summary.leadingPath = FindLeadingStructures(layoutPath);
     summary.leadingFound = FileKindOf(summary.leadingPath) == EFileKind::File;
     CPathResolver resolver(filesFolder);
-    ReadFiles(layout, *head, head->entries - shape.unplaced, resolver, summary);
+    CInputFile leading;
+    leading.Open(summary.leadingPath);
+    ReadFiles(layout, *head, head->entries - shape.unplaced, resolver, CRecordedFiles(leading), summary);
     RefuseIfUnread(layout);
     return summary;
 }

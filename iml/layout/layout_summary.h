@@ -9,7 +9,7 @@ namespace vantrel {
 
 struct SLayoutFile {
     std::string path;        ///< as in the layout
-    std::int32_t first = 0;  ///< sectors of its range, both inclusive
+    std::int32_t first = 0;  ///< its sectors, both inclusive: by the directory records, or else by the layout
     std::int32_t last = 0;
     bool found = false;     ///< whether the file exists
     std::int64_t size = 0;  ///< its length in bytes, if it exists
@@ -27,7 +27,8 @@ struct SLayoutSummary {
     bool leadingFound = false;
 };
 
-/// The ".ims" file of a layout: named after the base name of the layout, or after its whole name, as an export does.
+/// The ".ims" file of a layout: the one beside it that its leading entry names, else the one with its base name, else
+/// the one with its whole name.
 std::string FindLeadingStructures(const std::string& layoutPath);
 
 /// Reads a layout and looks for its files; relative paths start at `filesFolder` (with its separator). Throws CRefused

@@ -4,7 +4,7 @@
 
 namespace vantrel {
 
-SSectorRange CRangeRule::Next(std::uint32_t start, std::uint32_t size) {
+SSectorRange CRangeRule::Next(std::uint32_t start, std::int64_t size) {
     const std::int64_t sectors = SectorsFor(size);
     const auto padding = static_cast<std::uint32_t>(sectors * kSectorSize - size);
     const std::uint32_t last = size == 0 ? start : start + static_cast<std::uint32_t>(sectors) - 1;

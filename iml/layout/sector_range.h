@@ -16,7 +16,7 @@ class CRangeRule {
 public:
     /// The range of a file of `size` bytes at sector `start`. An empty file gets one sector. A file with the start and
     /// the padding of the remembered file gets only its last sector; every other file becomes the remembered one.
-    SSectorRange Next(std::uint32_t start, std::uint32_t size);
+    SSectorRange Next(std::uint32_t start, std::int64_t size);
 
 private:
     std::uint32_t m_start = 0;

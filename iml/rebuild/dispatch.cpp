@@ -1,6 +1,7 @@
 // Chooses the rebuild for a layout, and names the files of the window's rebuild.
 #include "files/checked_file.h"
 #include "files/path.h"
+#include "iml/layout/layout_check.h"
 #include "iml/layout/layout_reader.h"
 #include "iml/rebuild/rebuild.h"
 
@@ -8,10 +9,30 @@ namespace vantrel {
 
 namespace {
 
-char ReadMediaLetter(const std::string& layoutPath, COperation& operation) {
+char ReadMediaLetter(const SRebuildRequest& request, COperation& operation) {
     CCheckedInput layout(operation);
-    layout.OpenOrFail(layoutPath, "Code 2011 - Error Opening %s");
+    layout.OpenOrFail(request.layoutPath, "Code 2011 - Error Opening %s");
+    if (request.strict) {
+        const std::string problem = LayoutProblem(layout);
+        layout.FailIfUnread();
+        if (!problem.empty()) {
+            operation.Fail(request.layoutPath + ", " + problem);
+        }
+    }
     return MediaLetterOf(layout);
+}
+
+bool CanBeOpened(const std::string& path) {
+    return CInputFile().Open(path);
+}
+
+/// The base name's ".ims" file. If it cannot be opened, the one that the layout names, which the export of a layout
+/// with a long name or several dots has written.
+std::string WindowLeadingPath(const std::string& folder, const std::string& base, const std::string& layoutPath) {
+    const std::string byBase = ResolveFileCase(base + ".ims");
+    const std::string name = CanBeOpened(byBase) ? std::string() : LeadingNameIn(layoutPath);
+    const std::string named = ResolveFileCase(folder + name);
+    return !name.empty() && CanBeOpened(named) ? named : byBase;
 }
 
 }  // namespace
@@ -20,7 +41,7 @@ SRebuildRequest WindowRebuild(const std::string& folder, const std::string& file
     const std::string base = folder + BaseNameOf(fileName);
     SRebuildRequest request;
     request.layoutPath = ResolveFileCase(folder + fileName);
-    request.leadingPath = ResolveFileCase(base + ".ims");
+    request.leadingPath = WindowLeadingPath(folder, base, request.layoutPath);
     request.outputPath = base + ".iso";
     request.sideFiles = {base + ".txt", base + ".vlt"};
     return request;
@@ -28,7 +49,7 @@ SRebuildRequest WindowRebuild(const std::string& folder, const std::string& file
 
 void RebuildImage(const SRebuildRequest& request, COperation& operation) {
     operation.Begin(EConversion::ImlToIso);
-    const char letter = ReadMediaLetter(request.layoutPath, operation);
+    const char letter = ReadMediaLetter(request, operation);
     if (IsCdLetter(letter)) {
         RebuildCdImage(request, operation);
     } else if (IsDvdLetter(letter)) {

@@ -1,15 +1,14 @@
 #include "iml/rebuild/exact_rebuild.h"
 
 #include <algorithm>
-#include <optional>
+#include <map>
 #include <vector>
 
 #include "files/native_file.h"
 #include "iml/layout/gap_file.h"
 #include "iml/layout/layout_path.h"
-#include "iml/layout/trailing_sector.h"
+#include "iml/layout/recorded_files.h"
 #include "iml/rebuild/image_writer.h"
-#include "iso/volume.h"
 #include "operation/text.h"
 
 namespace vantrel {
@@ -19,29 +18,18 @@ namespace {
 /// Bytes of a stored area copied at a time.
 constexpr std::int64_t kBufferSize = 1 << 20;
 
-/// Finds the first sector of a file. For a file that shares the sectors of the file before it, the layout records the
-/// last sector only. So a file that is too long for that sector, ends there and starts where the earlier file starts
-/// lies at the sectors of the earlier file.
-class CFirstSectorFinder {
+/// The written image, read back.
+class CWrittenImage : public CByteSource {
 public:
-    /// The first sector; nothing if the file is longer than its range.
-    std::optional<std::int64_t> FirstOf(const SPlacement& file, std::int64_t length) {
-        if (length <= RoomOf(file)) {
-            m_earlierFirst = file.first;
-            return file.first;
-        }
-        const std::int64_t sharedFirst = static_cast<std::int64_t>(file.last) - SectorsFor(length) + 1;
-        const bool isShared = file.first == file.last && sharedFirst == m_earlierFirst;
-        return isShared ? std::optional(sharedFirst) : std::nullopt;
-    }
+    explicit CWrittenImage(COutputFile& output) : m_output(output) {}
 
-    /// Bytes from the first to the last sector of a file's range.
-    static std::int64_t RoomOf(const SPlacement& file) {
-        return (static_cast<std::int64_t>(file.last) - file.first + 1) * kSectorSize;
+    std::int64_t Size() const override { return m_output.Size(); }
+    std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override {
+        return m_output.ReadBack(position, buffer);
     }
 
 private:
-    std::int64_t m_earlierFirst = -1;
+    COutputFile& m_output;
 };
 
 class CExactRebuild {
@@ -55,54 +43,46 @@ public:
           m_writer(request, placements, operation) {}
 
     void Run() {
-        m_hasGaps = FileKindOf(m_request.gapsPath) != EFileKind::Missing;
-        BeginImage();
+        OpenGaps();
+        CheckLayout();
+        // The leading structures are whole sectors, even if the image ends within the last one.
+        m_writer.Begin(m_pass.IsDvd() ? kSectorSize : 0, m_pass.LeadingLast(), m_length);
         m_writer.BeginPlacing();
         m_writer.StartProgress(SectorsFor(m_length));
-        // Stored areas first, so that a file that has grown within its last sector overwrites them. All other bytes are
-        // zeros.
-        if (m_hasGaps) {
-            RestoreGaps();
-        } else if (m_pass.IsDvd()) {
-            WriteTrailingSector();
-        }
+        RestoreGaps();
         PlaceFiles();
         ExtendToLength();
+        CheckImage();
         const char* text = m_pass.IsDvd() ? "Rebuilding [dvd] ISO done!" : "Rebuilding [cd] ISO done!";
         m_writer.Finish(text, text);
     }
 
 private:
-    /// The leading structures are whole sectors, even if the image ends within the last one.
-    void BeginImage() {
-        const std::int64_t heldBack = m_pass.IsDvd() ? kSectorSize : 0;
-        if (m_hasGaps) {
-            m_length = OpenGaps();
-            m_writer.Begin(heldBack, m_pass.LeadingLast(), m_length);
-        } else {
-            m_writer.Begin(heldBack, m_pass.LeadingLast());
-            m_length = VolumeLength();
+    void OpenGaps() {
+        if (FileKindOf(m_request.gapsPath) == EFileKind::Missing) {
+            m_operation.Fail(
+                Format("%s is missing: an exact rebuild needs the gap file that \"vantrel iso2iml --extract\" writes",
+                       m_request.gapsPath.c_str()));
         }
-    }
-
-    std::int64_t OpenGaps() {
         if (!m_gaps.Open(m_request.gapsPath)) {
             m_operation.Fail(m_gaps.Problem());
         }
-        CheckSector(m_gaps.ImageLength() / kSectorSize, m_request.gapsPath);
-        return m_gaps.ImageLength();
+        m_length = m_gaps.Origin().image.length;
+        if (m_length / kSectorSize >= kSectorLimit) {
+            m_operation.Fail(Format("%s describes an image larger than any disc", m_request.gapsPath.c_str()));
+        }
     }
 
-    /// Without a gap file, the image is as long as its volume.
-    std::int64_t VolumeLength() {
-        const std::uint32_t sectors = ReadPrimaryVolume(m_writer.Leading()).volumeSpaceSize.Value();
-        CheckSector(sectors, m_request.leadingPath);
-        return sectors * kSectorSize;
-    }
-
-    void CheckSector(std::int64_t sector, const std::string& path) {
-        if (sector >= kSectorLimit) {
-            m_operation.Fail(Format("%s describes an image larger than any disc", path.c_str()));
+    void CheckLayout() {
+        CCheckedInput layout(m_operation);
+        layout.OpenOrFail(m_request.layoutPath, "Code 2011 - Error Opening %s");
+        const SChecksum sum = ChecksumOf(layout, [this] { m_operation.Yield(); });
+        layout.FailIfUnread();
+        if (sum != m_gaps.Origin().layout) {
+            m_operation.Fail(
+                Format("%s belongs to another layout than %s: an exact rebuild needs both as one export "
+                       "wrote them",
+                       m_request.gapsPath.c_str(), m_request.layoutPath.c_str()));
         }
     }
 
@@ -125,35 +105,55 @@ private:
         }
     }
 
-    void WriteTrailingSector() {
-        const TrailingSector sector = ReadTrailingSector(m_writer.Leading());
-        const std::uint32_t location = TagLocationOf(sector);
-        CheckSector(location, m_request.leadingPath);
-        m_writer.Seek(location * kSectorSize);
-        m_writer.Write(sector);
-        m_writer.Advance(1);
-    }
-
     void PlaceFiles() {
+        const CRecordedFiles records(m_writer.Leading());
         for (const SPlacement& file : m_placements.Files()) {
-            Place(file);
+            const SContentFile* const record = records.Find(file.path, file.first, file.last);
+            if (record == nullptr) {
+                m_operation.Fail(Format("The directories have no file %s at sectors %u to %u", file.path.c_str(),
+                                        file.first, file.last));
+            }
+            Place(file, *record, records);
         }
     }
 
-    void Place(const SPlacement& file) {
+    void Place(const SPlacement& file, const SContentFile& record, const CRecordedFiles& records) {
         m_operation.SetPane(EPane::File, ShownPath(file.path));
         const std::int64_t length = m_writer.OpenListed(file.path);
-        const std::optional<std::int64_t> first = m_firstSectors.FirstOf(file, length);
-        if (!first) {
-            m_operation.Fail(Format("%s has %lld bytes, but its sectors in the image hold only %lld", file.path.c_str(),
-                                    static_cast<long long>(length),
-                                    static_cast<long long>(CFirstSectorFinder::RoomOf(file))));
+        CheckLength(file, length, record, records);
+        if (record.Size() > 0 && records.SharesSectorsWith(record) != nullptr) {
+            CheckSharedSectors(file, record);
         }
         if (length > 0) {
-            m_writer.Seek(*first * kSectorSize);
+            m_writer.Seek(record.Sector() * kSectorSize);
             m_writer.CopyListed(file.path, length);
         }
         m_operation.SetPane(EPane::Bytes, BytesText(m_writer.Output().Size()));
+    }
+
+    void CheckLength(const SPlacement& file, std::int64_t length, const SContentFile& record,
+                     const CRecordedFiles& records) {
+        if (length == record.Size()) {
+            return;
+        }
+        const SContentFile* const other = records.SharesSectorsWith(record);
+        if (record.Size() == 0 && other != nullptr) {
+            m_operation.Fail(Format("%s has %lld bytes, but the image records it as empty, at the sector of %s",
+                                    file.path.c_str(), static_cast<long long>(length), other->path.c_str()));
+        }
+        m_operation.Fail(Format("%s has %lld bytes, but the image records %lld: an exact rebuild takes unchanged files",
+                                file.path.c_str(), static_cast<long long>(length),
+                                static_cast<long long>(record.Size())));
+    }
+
+    /// Two names of one place must have the same content.
+    void CheckSharedSectors(const SPlacement& file, const SContentFile& record) {
+        const SChecksum sum = m_writer.ListedChecksum();
+        const auto [earlier, isFirst] = m_bySector.try_emplace(record.Sector(), file.path, sum);
+        if (!isFirst && earlier->second.second != sum) {
+            m_operation.Fail(Format("%s and %s are two names of the same sectors, but their contents differ",
+                                    earlier->second.first.c_str(), file.path.c_str()));
+        }
     }
 
     void ExtendToLength() {
@@ -162,15 +162,29 @@ private:
         m_writer.WriteZeros(m_length - end);
     }
 
+    void CheckImage() {
+        CWrittenImage image(m_writer.Output());
+        const SChecksum sum = ChecksumOf(image, [this] { m_operation.Yield(); });
+        if (m_writer.Output().HasFailed()) {
+            m_operation.Fail(m_writer.Output().Problem());
+        }
+        if (sum != m_gaps.Origin().image) {
+            m_operation.Fail(
+                Format("The image would differ from the one that %s was exported from: a file or the leading "
+                       "structures have changed",
+                       m_request.layoutPath.c_str()));
+        }
+    }
+
     const SRebuildRequest& m_request;
     const CLayoutPass& m_pass;
     CPlacements& m_placements;
     COperation& m_operation;
     CImageWriter m_writer;
-    CFirstSectorFinder m_firstSectors;
     CGapFileReader m_gaps;
-    bool m_hasGaps = false;
     std::int64_t m_length = 0;
+    /// Path and checksum of the first file placed at each sector that several files share.
+    std::map<std::uint32_t, std::pair<std::string, SChecksum>> m_bySector;
 };
 
 }  // namespace

@@ -86,8 +86,12 @@ void CImageWriter::StartProgress(std::int64_t blocks) {
 std::int64_t CImageWriter::OpenListed(const std::string& path) {
     const std::string found = m_resolver.Resolve(path);
     // Reading a pipe or a device might never end.
-    if (FileKindOf(found) != EFileKind::File || !m_listed.Open(found)) {
-        m_operation.Fail(Format("Code 3041 - Error!!! Opening [%s]", path.c_str()));
+    const EFileKind kind = FileKindOf(found);
+    if (kind != EFileKind::File || !m_listed.Open(found)) {
+        const std::string cause = kind == EFileKind::Missing ? found + ": no such file"
+                                  : kind == EFileKind::Other ? found + ": not a regular file"
+                                                             : OpeningProblem(found);
+        m_operation.Fail(Format("Code 3041 - Error!!! Opening [%s]", path.c_str()), cause);
     }
     const std::int64_t length = m_listed.SizeOrFail();
     const bool mayBeReplaced = m_replaces && (m_replacedLength < 0 || m_replacedLength == length);
@@ -95,6 +99,10 @@ std::int64_t CImageWriter::OpenListed(const std::string& path) {
         m_operation.Fail(Format("The image would replace %s, which the layout lists", found.c_str()));
     }
     return length;
+}
+
+SChecksum CImageWriter::ListedChecksum() {
+    return ChecksumOf(m_listed, [this] { m_operation.Yield(); });
 }
 
 void CImageWriter::CopyListed(const std::string& path, std::int64_t length) {

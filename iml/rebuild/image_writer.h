@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "files/checked_file.h"
+#include "files/checksum.h"
 #include "iml/layout/layout_path.h"
 #include "iml/rebuild/placements.h"
 #include "iml/rebuild/rebuild.h"
@@ -43,6 +44,8 @@ public:
 
     /// Opens a listed file (code 3041); its length in bytes.
     std::int64_t OpenListed(const std::string& path);
+    /// Checksum of the opened file.
+    SChecksum ListedChecksum();
     /// Copies the first `length` bytes of the opened file to the current position and closes it.
     void CopyListed(const std::string& path, std::int64_t length);
 

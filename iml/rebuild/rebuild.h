@@ -26,11 +26,11 @@ struct SRebuildRequest {
     std::string filesFolder;
     bool strict = false;   ///< A layout or a file that is shorter than it claims is a failure.
     bool exact = false;    ///< Restore the exported image; strict only.
-    std::string gapsPath;  ///< The gap file, which may be missing; used by an exact rebuild only.
+    std::string gapsPath;  ///< The gap file; used by an exact rebuild only.
 };
 
 /// The window's names for a rebuild of `folder` (with its separator) + `fileName`: all files lie beside the layout and
-/// have its base name.
+/// have its base name. Only the ".ims" file may have the name that the layout gives it.
 SRebuildRequest WindowRebuild(const std::string& folder, const std::string& fileName);
 
 /// The window's "vantrel" and the console program's iml2iso: calls the rebuild for the layout's media letter. Fails

@@ -7,8 +7,12 @@ import random
 import shutil
 import signal
 import subprocess
+import sys
 import tempfile
 import unittest
+
+# The second implementations of the formats.
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "oracle"))
 
 PROGRAM = os.environ.get("VANTREL_PROGRAM", "build/native/bin/vantrel")
 IS_WINDOWS = PROGRAM.endswith(".exe")

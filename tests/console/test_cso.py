@@ -3,6 +3,7 @@ import os
 import unittest
 
 from support import IS_WINDOWS, ConsoleTest, psp_image
+import cso_reference
 
 
 class CsoCommands(ConsoleTest):
@@ -13,17 +14,25 @@ class CsoCommands(ConsoleTest):
         self.assert_done(result)
         size = len(self.read("Game.cso"))
         self.assertEqual(result.out, "Game.iso -> Game.cso: Compression iso2cso Done ! (%d bytes)\n" % size)
+        os.remove(self.path("Game.iso"))
         result = self.run_here("cso2iso", "Game.cso")
         self.assert_done(result)
         self.assertEqual(result.out,
-                         "Game.cso -> new-Game.iso: ciso decompress cso2iso Done ! (%d bytes)\n" % len(image))
-        self.assertEqual(self.read("new-Game.iso"), image)
-        self.assertEqual(self.names(), ["Game.cso", "Game.iso", "new-Game.iso"])
+                         "Game.cso -> Game.iso: ciso decompress cso2iso Done ! (%d bytes)\n" % len(image))
+        self.assertEqual(self.read("Game.iso"), image)
+        self.assertEqual(self.names(), ["Game.cso", "Game.iso"])
 
-    def test_default_output_names_are_those_of_the_window(self):
-        self.write("a.b.c.iso", psp_image())
-        self.assert_done(self.run_here("iso2cso", "a.b.c.iso"))
-        self.assertEqual(self.names(), ["a.b.c.iso", "a.cso"])
+    def test_only_the_last_extension_is_replaced(self):
+        for name, output in (("Game v1.02 (Disc 1).iso", "Game v1.02 (Disc 1).cso"), ("a.b.c.ISO", "a.b.c.cso"),
+                             ("none", "none.cso"), ("x" * 60 + ".iso", "x" * 60 + ".cso")):
+            self.write(name, psp_image())
+            self.assert_done(self.run_here("iso2cso", name))
+            self.assertEqual(self.names(), sorted([name, output]))
+            os.remove(self.path(name))
+            self.assert_done(self.run_here("cso2iso", output))
+            self.assertEqual(self.names(), sorted([output, output[:-3] + "iso"]))
+            os.remove(self.path(output))
+            os.remove(self.path(output[:-3] + "iso"))
 
     def test_output_options(self):
         self.write("game.iso", psp_image())
@@ -44,14 +53,142 @@ class CsoCommands(ConsoleTest):
 
     def test_the_output_is_the_same_for_any_number_of_threads(self):
         image = psp_image(700)
-        self.write("game.iso", image + b"a partial block")
+        source = image + b"a partial block"
+        self.write("game.iso", source)
         self.assert_done(self.run_here("iso2cso", "game.iso"))
         default = self.read("game.cso")
         for words in ["-j", "1"], ["--jobs", "2"], ["--jobs=3"], ["-j", "256"]:
             self.assert_done(self.run_here("iso2cso", "-f", *words, "game.iso"))
             self.assertEqual(self.read("game.cso"), default, words)
             self.assert_done(self.run_here("cso2iso", "-f", *words, "game.cso"))
-            self.assertEqual(self.read("new-game.iso"), image, words)
+            self.assertEqual(self.read("game.iso"), image, words)
+            self.write("game.iso", source)
+
+    def test_a_partial_last_sector_is_kept(self):
+        for more in 1, 15, 2047:
+            image = psp_image(40) + os.urandom(more)
+            self.write("game.iso", image)
+            self.assert_done(self.run_here("iso2cso", "-f", "game.iso"))
+            cso = self.read("game.cso")
+            self.assertEqual(cso, cso_reference.compress(9, image, "padded"))
+            self.assertEqual(cso_reference.expand(cso), image)
+            self.assert_done(self.run_here("cso2iso", "-f", "game.cso"))
+            self.assertEqual(self.read("new-game.iso"), image)
+            self.write("other.cso", cso_reference.compress(9, image, "rest", 4096))
+            self.assert_done(self.run_here("verify", "game.cso", "--against", "other.cso"))
+
+    def test_a_file_without_its_partial_last_block_is_refused(self):
+        self.write("game.cso", cso_reference.compress(9, psp_image() + b"the rest"))
+        result = self.run_here("cso2iso", "game.cso")
+        self.assertEqual((result.status, result.out), (1, ""))
+        self.assertEqual(result.err,
+                         "vantrel cso2iso: game.cso: the last 8 bytes of the image are not stored\n")
+        self.assertEqual(self.names(), ["game.cso"])
+
+    def test_blocks_of_other_sizes(self):
+        for size in 2048, 16384, 1 << 20:
+            for sectors, more in (17, 0), (8, 0), (40, 7), (0, 1), (1030, 0), (0, 2000):
+                image = (psp_image(sectors) if sectors else b"") + bytes(range(1, 251)) * 8
+                image = image[:sectors * 2048 + more]
+                for tail in "rest", "padded":
+                    for align in 0, 3, 13:
+                        with self.subTest(size=size, length=len(image), tail=tail, align=align):
+                            self.write("game.cso", cso_reference.compress(6, image, tail, size, align))
+                            self.write("game.iso", image)
+                            self.assert_done(self.run_here("cso2iso", "-f", "game.cso"))
+                            self.assertEqual(self.read("new-game.iso"), image)
+                if sectors >= 17:
+                    self.write("other.cso", cso_reference.compress(9, image, "rest"))
+                    self.assert_done(self.run_here("verify", "game.cso", "--against", "other.cso"))
+
+    def test_a_plain_last_block(self):
+        image = psp_image(16) + os.urandom(2048)
+        self.write("game.cso", cso_reference.compress(6, image, "rest", 16384))
+        self.assertTrue(self.read("game.cso")[24 + 8 + 3] & 0x80)
+        self.assert_done(self.run_here("cso2iso", "game.cso"))
+        self.assertEqual(self.read("new-game.iso"), image)
+
+    def test_data_beyond_two_gibibytes(self):
+        image = psp_image(20)
+        cso = bytearray(cso_reference.compress(9, image, align=8))
+        start, gap = 256, 5 << 30
+        for entry in range(24, 24 + 4 * 21, 4):
+            value = int.from_bytes(cso[entry:entry + 4], "little")
+            cso[entry:entry + 4] = (value + (gap >> 8)).to_bytes(4, "little")
+        with open(self.path("game.cso"), "wb") as file:
+            file.write(cso[:start])
+            file.seek(start + gap)
+            file.write(cso[start:])
+        self.assert_done(self.run_here("cso2iso", "game.cso"))
+        self.assertEqual(self.read("new-game.iso"), image)
+
+    def test_other_headers_are_refused_by_name(self):
+        image = psp_image(17)
+        size = ": it is not a power of two from 2048 to 1048576"
+        for fields, text in (({"version": 2}, "CSO version 2 is not supported"),
+                             ({"version": 255}, "CSO version 255 is not supported"),
+                             ({"block_size": 1024}, "CSO block size 1024 is not supported" + size),
+                             ({"block_size": 6144}, "CSO block size 6144 is not supported" + size),
+                             ({"block_size": 1 << 21}, "CSO block size 2097152 is not supported" + size)):
+            self.write("game.cso", cso_reference.compress(9, image, "rest", **fields))
+            self.refused_by_all("game.cso", text)
+        cso = bytearray(cso_reference.compress(9, image))
+        cso[21] = 32
+        self.write("game.cso", cso)
+        self.refused_by_all("game.cso", "CSO index shift 32 is not supported: it is above 31")
+        self.assertEqual(self.names(), ["game.cso"])
+
+    def refused_by_all(self, name, text):
+        for command in "cso2iso", "info", "verify", "list", "extract":
+            result = self.run_here(command, name)
+            self.assertEqual((result.status, result.out, result.err),
+                             (1, "", "vantrel %s: %s: %s\n" % (command, name, text)))
+
+    def test_other_forms_are_refused_by_name(self):
+        zso = cso_reference.compress(9, psp_image(), magic=b"ZISO")
+        iso = bytearray(psp_image())
+        iso[32769:32774] = b"CD001"
+        for name, content, form in (("a.cso", zso, "a ZSO file"), ("b.cso", iso, "an ISO file"),
+                                    ("c.cso", b"DAX\0" + bytes(60), "a DAX file")):
+            self.write(name, content)
+            result = self.run_here("cso2iso", name)
+            self.assertEqual((result.status, result.out, result.err), (
+                1, "", "vantrel cso2iso: %s is not a CSO file: it is %s\n" % (name, form)))
+        self.write("d.iso", cso_reference.compress(9, psp_image()))
+        self.assertEqual(self.run_here("iso2cso", "d.iso").err,
+                         "vantrel iso2cso: d.iso is not an ISO file: it is a CSO file\n")
+        self.assertEqual(self.run_here("dax2iso", "a.cso").err,
+                         "vantrel dax2iso: a.cso is not a DAX file: it is a ZSO file\n")
+        for command in "info", "verify", "list", "extract":
+            result = self.run_here(command, "a.cso")
+            self.assertEqual((result.status, result.out, result.err),
+                             (1, "", "vantrel %s: a.cso: the form ZSO is not supported\n" % command))
+        self.write("e.cso", b"no form at all, but long enough for a header")
+        self.assertEqual(self.run_here("cso2iso", "e.cso").err,
+                         "vantrel cso2iso: Code 11011 - ciso file format error new-e.iso\n")
+        self.assertEqual(self.names(), ["a.cso", "b.cso", "c.cso", "d.iso", "e.cso"])
+
+    def test_version_0_is_read(self):
+        self.write("game.cso", cso_reference.compress(9, psp_image(), version=0))
+        self.assert_done(self.run_here("cso2iso", "game.cso"))
+        self.assertEqual(self.read("new-game.iso"), psp_image())
+
+    def test_a_last_block_of_another_length_is_refused(self):
+        image = psp_image(17)
+        for length in 1, 2047, 2049, 16383:
+            rest = image[16 * 2048:].ljust(length, b"x")[:length]
+            blocks = [image[:16384], image[16384:32768], rest]
+            data, index = b"", []
+            for block in blocks:
+                index.append(24 + 16 + len(data))
+                data += cso_reference.deflate(9, block)
+            index.append(24 + 16 + len(data))
+            header = cso_reference.compress(9, image, "rest", 16384)[:24]
+            self.write("game.cso", header + b"".join(entry.to_bytes(4, "little") for entry in index) + data)
+            result = self.run_here("cso2iso", "game.cso")
+            self.assertEqual((result.status, result.err), (
+                1, "vantrel cso2iso: Code 1109-block 2 : block size error %d != 2048\n" % length))
+            self.assertIn("block 2: its stream expands to", self.run_here("verify", "game.cso").out)
 
     def test_the_number_of_threads_is_checked(self):
         self.write("game.iso", psp_image())
@@ -70,34 +207,41 @@ class CsoCommands(ConsoleTest):
         self.write("game.cso", cso)
         before = self.state()
         for jobs in 1, 2, 5:
-            result = self.run_here("cso2iso", "-j", jobs, "game.cso")
+            result = self.run_here("cso2iso", "-f", "-j", jobs, "game.cso")
             self.assertEqual((result.status, result.out), (1, ""))
-            self.assertEqual(result.err, "vantrel cso2iso: Code 1108-inflate : invalid block type\n")
+            self.assertEqual(result.err, "vantrel cso2iso: game.cso: Code 1108-inflate : invalid block type\n")
         cso[24 + 4 * 500:28 + 4 * 500] = (0x7FFFFFF0).to_bytes(4, "little")
         self.write("game.cso", cso[:-5000])
         before = self.state()
         for jobs in 1, 2, 5:
-            result = self.run_here("cso2iso", "-j", jobs, "game.cso")
-            self.assertEqual((result.status, result.err), (1, "vantrel cso2iso: Code 1107-block 500 : read error\n"))
+            result = self.run_here("cso2iso", "-f", "-j", jobs, "game.cso")
+            self.assertEqual((result.status, result.err), (1, "vantrel cso2iso: game.cso: Code 1107-block 500 : read error\n"))
         self.assertEqual(self.state(), before)
+
+    def test_standard_output_is_no_output(self):
+        self.write("game.iso", psp_image())
+        result = self.run_here("iso2cso", "-o", "-", "game.iso")
+        self.assertEqual((result.status, result.out), (2, ""))
+        self.assertIn("--output: results cannot go to standard output", result.err)
+        self.assertEqual(self.names(), ["game.iso"])
 
     def test_an_existing_output_is_refused_without_force(self):
         self.write("game.iso", psp_image())
         self.write("game.cso", b"older")
         result = self.run_here("iso2cso", "game.iso")
         self.assertEqual((result.status, result.out), (1, ""))
-        self.assertEqual(result.err, "vantrel iso2cso: game.cso exists already; -f replaces it\n")
+        self.assertEqual(result.err, "vantrel iso2cso: game.iso: game.cso exists already; -f replaces it\n")
         self.assertEqual(self.read("game.cso"), b"older")
         self.assert_done(self.run_here("iso2cso", "--force", "game.iso"))
         self.assertEqual(self.read("game.cso")[:4], b"CISO")
 
     def test_a_failure_keeps_the_older_output(self):
         self.write("game.cso", b"CISO" + bytes(100))
-        self.write("new-game.iso", b"older")
+        self.write("game.iso", b"older")
         before = self.state()
         result = self.run_here("cso2iso", "-f", "game.cso")
         self.assertEqual(result.status, 1)
-        self.assertEqual(result.err, "vantrel cso2iso: Code 11011 - ciso file format error new-game.iso\n")
+        self.assertEqual(result.err, "vantrel cso2iso: game.cso: Code 11011 - ciso file format error game.iso\n")
         self.assertEqual(self.state(), before)
 
     def test_the_input_is_never_the_output(self):
@@ -115,12 +259,27 @@ class CsoCommands(ConsoleTest):
                 self.assertIn("the output would be the input itself", result.err)
         self.assertEqual(self.read("game.iso"), image)
 
+    def test_a_truncated_image_is_converted_with_a_notice(self):
+        image = bytearray(psp_image(40))
+        image[32769:32774] = b"CD001"
+        for sectors, length, notice in (
+                (40, 81920, ""), (39, 81920, ""),
+                (41, 81920, "game.iso is truncated: it has 40 sectors, its volume descriptor says 41\n"),
+                (40, 81919, "game.iso is truncated: it has 39 sectors, its volume descriptor says 40\n")):
+            image[32848:32852] = sectors.to_bytes(4, "little")
+            self.write("game.iso", image[:length])
+            result = self.run_here("iso2cso", "-f", "game.iso")
+            self.assert_done(result)
+            self.assertEqual(result.out.split("game.iso -> ")[0], notice)
+            self.assert_done(self.run_here("cso2iso", "-f", "game.cso"))
+            self.assertEqual(self.read("new-game.iso"), image[:length])
+
     def test_messages_of_the_conversion(self):
         self.write("other.iso", bytes(40000))
         result = self.run_here("iso2cso", "other.iso")
         self.assertEqual(result.status, 1)
         self.assertEqual(result.err,
-                         "vantrel iso2cso: Code 50 PSP - invalid PSP iso  file header  other.iso\n")
+                         "vantrel iso2cso: other.iso: Code 50 PSP - invalid PSP iso  file header  other.iso\n")
         result = self.run_here("iso2cso", "missing.iso")
         self.assertEqual(result.status, 1)
         self.assertIn("Code 1001e - Error Opening missing.iso (missing.iso: ", result.err)
@@ -129,12 +288,27 @@ class CsoCommands(ConsoleTest):
         self.assertIn(". is a folder", result.err)
         self.assertEqual(self.names(), ["other.iso"])
 
-    def test_a_missing_output_folder_is_reported(self):
+    def test_a_missing_folder_of_the_output_is_reported(self):
         self.write("game.iso", psp_image())
-        result = self.run_here("iso2cso", "--output-dir", "nowhere", "game.iso")
+        result = self.run_here("iso2cso", "-o", os.path.join("nowhere", "game.cso"), "game.iso")
         self.assertEqual(result.status, 1)
-        self.assertIn("Code 10010g - Error create nowhere", result.err)
+        self.assertIn("game.iso: Code 10010g - Error create nowhere", result.err)
         self.assertIn("there is no folder nowhere", result.err)
+
+    def test_a_missing_output_folder_is_made(self):
+        self.write("game.iso", psp_image())
+        self.assert_done(self.run_here("iso2cso", "--output-dir", os.path.join("new", "folder"), "game.iso"))
+        self.assertEqual(os.listdir(self.path("new/folder")), ["game.cso"])
+
+    def test_an_output_folder_in_which_nothing_is_left_is_removed(self):
+        self.write("game.iso", b"no image")
+        os.mkdir(self.path("older"))
+        for folder in os.path.join("new", "folder"), "older":
+            self.assertEqual(self.run_here("iso2cso", "--output-dir", folder, "game.iso").status, 1)
+        self.assertEqual(self.names(), ["game.iso", "older"])
+        result = self.run_here("iso2cso", "--output-dir", os.path.join("game.iso", "sub"), "game.iso")
+        self.assertEqual(result.status, 1)
+        self.assertIn("Cannot create the folder game.iso", result.err)
 
     def test_quiet(self):
         self.write("game.iso", psp_image())
@@ -154,13 +328,13 @@ class CsoCommands(ConsoleTest):
         self.assertIn("2 converted, 1 failed, 0 skipped; ", result.err)
 
     def test_two_inputs_never_share_an_output(self):
-        self.write("a.1.iso", psp_image(seed=1))
-        self.write("a.2.iso", psp_image(seed=2))
-        result = self.run_here("iso2cso", "-f", "a.1.iso", "a.2.iso")
+        self.write("a.iso", psp_image(seed=1))
+        self.write("a.img", psp_image(seed=2))
+        result = self.run_here("iso2cso", "-f", "a.iso", "a.img")
         self.assertEqual(result.status, 1)
-        self.assertIn("a.2.iso: a.cso was just written for another file", result.err)
-        self.assert_done(self.run_here("cso2iso", "a.cso"))
-        self.assertEqual(self.read("new-a.iso"), psp_image(seed=1))
+        self.assertIn("a.img: a.cso was just written for another file", result.err)
+        self.assert_done(self.run_here("cso2iso", "-f", "a.cso"))
+        self.assertEqual(self.read("a.iso"), psp_image(seed=1))
 
     @unittest.skipUnless(IS_WINDOWS, "shells of other systems expand patterns")
     def test_patterns(self):
@@ -186,9 +360,25 @@ class CsoCommands(ConsoleTest):
             self.assertEqual((result.status, result.out), (2, ""), (words, result))
             self.assertNotEqual(result.err, "", words)
 
+    def test_misspelt_words_get_a_suggestion(self):
+        for words, text in ((["ios2cso", "x"], "vantrel: unknown command ios2cso; did you mean iso2cso?"),
+                            (["iso2cso", "--forse", "x"],
+                             "vantrel iso2cso: unknown option --forse; did you mean --force?"),
+                            (["game.iso"], "vantrel: unknown command game.iso\n")):
+            result = self.run_here(*words)
+            self.assertEqual((result.status, result.out), (2, ""), (words, result))
+            self.assertIn(text, result.err)
+
+    def test_without_words_the_help_is_shown(self):
+        result = self.run_here()
+        self.assertEqual((result.status, result.out), (2, ""))
+        self.assertEqual(result.err, self.run_here("--help").out)
+
     def test_help_and_version(self):
         result = self.run_here("--version")
         self.assertEqual((result.status, result.out), (0, "vantrel 5.0.0\n"))
+        self.assertEqual(self.run_here("-V").out, result.out)
+        self.assertEqual(self.run_here("help", "iso2cso").out, self.run_here("iso2cso", "--help").out)
         for words in (["--help"], ["iso2cso", "--help"], ["cso2iso", "-h"]):
             result = self.run_here(*words)
             self.assertEqual((result.status, result.err), (0, ""))

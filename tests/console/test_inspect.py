@@ -7,7 +7,9 @@ import subprocess
 import unittest
 import zlib
 
-from support import ConsoleTest, IS_WINDOWS
+from support import COMMAND, ConsoleTest, IS_WINDOWS
+import cso_reference
+import dax_reference
 
 SECTOR = 2048
 RAW = 2352
@@ -73,23 +75,26 @@ class Inspect(ConsoleTest):
                           "align": 0, "blocks": len(self.image) // 2048, "oddities": []})
         self.assertGreaterEqual(cso["plain_blocks"], 3, "B.BIN and C.BIN are random data")
         dax = self.report("info", "psp.dax")[1]["container"]
-        self.assertEqual((dax["image_size"], dax["frames"], dax["oddities"]),
-                         (len(self.image), -(-len(self.image) // 8192), []))
+        frames = -(-len(self.image) // 8192)
+        self.assertEqual((dax["image_size"], dax["version"], dax["frames"], dax["plain_frames"], dax["oddities"]),
+                         (len(self.image), 0, frames, 0, []))
+        self.write("plain.dax", dax_reference.compress(9, self.psp, version=1, areas=((1, 2), (5, 1))))
+        dax = self.report("info", "plain.dax")[1]["container"]
+        self.assertEqual((dax["version"], dax["frames"], dax["plain_frames"], dax["oddities"]), (1, frames, 3, []))
         raw = self.report("info", "game.bin")[1]["container"]
         sectors = len(self.image) // SECTOR
         self.assertEqual(raw, {"sectors": sectors, "first_address": "00:02:00", "mode_1": 0, "mode_2_form_1": sectors,
-                               "mode_2_form_2": 0, "other": 0} | {"first_address": "00:02:00"})
+                               "mode_2_form_2": 0, "other": 0, "audio": 0})
 
     def test_info_reports_oddities(self):
         self.make_forms()
         cso = bytearray(self.read("psp.cso"))
         cso[4:8] = (17).to_bytes(4, "little")
-        cso[20] = 2
         cso[22] = 1
         self.write("odd.cso", cso + b"more")
         oddities = self.report("info", "odd.cso")[1]["container"]["oddities"]
-        self.assertEqual(oddities, ["the header size is neither 0 nor 24", "the version is above 1",
-                                    "reserved bytes are not zero", "the index does not end at the end of the file"])
+        self.assertEqual(oddities, ["the header size is neither 0 nor 24", "reserved bytes are not zero",
+                                    "the index does not end at the end of the file"])
 
     def test_postgap_states(self):
         for sectors, state in ((-150, "missing"), (1, "the length fits no postgap")):
@@ -193,8 +198,14 @@ class Inspect(ConsoleTest):
                         report)
         self.write("odd.iso", self.psp_with_remainder())
         self.assert_done(self.run_here("iso2cso", "odd.iso"))
-        self.assertIn("the last 7 bytes of the image are no whole block and are not stored",
-                      self.report("verify", "odd.cso")[1]["problems"])
+        self.assertEqual(self.report("verify", "odd.cso")[1]["problems"],
+                         ["the image is not a whole number of sectors: 7 bytes are left over"])
+        self.assertEqual(self.report("verify", "odd.cso", "--against", "odd.iso")[0], 0)
+        self.write("cut.cso", cso_reference.compress(9, self.psp_with_remainder()))
+        self.assertEqual(self.report("verify", "cut.cso")[1]["problems"],
+                         ["the last 7 bytes of the image are no whole block and are not stored"])
+        self.assertEqual(self.report("info", "cut.cso")[1]["container"]["oddities"],
+                         ["the image is not a whole number of sectors", "the image's partial last block is not stored"])
 
     def psp_with_remainder(self):
         image = bytearray(self.image + bytes(7))
@@ -248,6 +259,37 @@ class Inspect(ConsoleTest):
         result = self.run_here("extract", "game.iso", "NOTHING", "-C", "out2")
         self.assertEqual((result.status, result.err), (1, "vantrel extract: game.iso: holds no NOTHING\n"))
         self.assertFalse(os.path.exists(self.path("out2")))
+
+    def test_extract_understands_patterns_and_other_spellings(self):
+        for words, expected in ((["./A.TXT"], ["A.TXT"]), (["A.TXT;1"], ["A.TXT"]), (["/DIR/./B.BIN"], ["DIR/B.BIN"]),
+                                (["*.txt"], ["A.TXT"]), (["DIR/?.bin"], ["DIR/B.BIN"]), (["DIR\\SUB"], ["DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"]),
+                                (["*/*/C*"], ["DIR/SUB/C.BIN"]), (["D*"], ["DIR/B.BIN", "DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"])):
+            self.assert_done(self.run_here("extract", "game.iso", *words, "-C", "out"))
+            self.assertEqual(sorted(self.extracted("out")), expected, words)
+            shutil.rmtree(self.path("out"))
+        for word in "*.bin", "DIR/*.txt", "A.TXT/X":
+            result = self.run_here("extract", "game.iso", word, "-C", "out")
+            self.assertEqual((result.status, result.err),
+                             (1, "vantrel extract: game.iso: holds no %s\n" % word))
+
+    def test_extract_to_standard_output(self):
+        for name in self.files:
+            done = subprocess.run(COMMAND + ["extract", "game.iso", "--stdout", name], cwd=self.folder, capture_output=True,
+                                  stdin=subprocess.DEVNULL)
+            self.assertEqual((done.returncode, done.stdout), (0, self.files[name]), name)
+        result = self.run_here("extract", "game.iso", "--stdout", "DIR")
+        self.assertEqual((result.status, result.out, result.err),
+                         (1, "", "vantrel extract: game.iso: 3 files were chosen; --stdout writes one\n"))
+        self.assertEqual(self.run_here("extract", "game.iso", "--stdout", "-C", "out", "A.TXT").status, 2)
+
+    def test_extract_keeps_recorded_dates(self):
+        date = 1_000_000_000
+        os.utime(self.path("src/DIR/B.BIN"), (date, date))
+        self.master("game.iso", b"PLAYSTATION", b"PLAYSTATION")
+        self.assert_done(self.run_here("extract", "game.iso", "-C", "out"))
+        self.assertEqual(os.stat(self.path("out/DIR/B.BIN")).st_mtime, date)
+        self.assert_done(self.run_here("extract", "-f", "--no-dates", "game.iso", "-C", "out"))
+        self.assertGreater(os.stat(self.path("out/DIR/B.BIN")).st_mtime, date)
 
     def test_extract_replaces_files_only_with_force(self):
         os.mkdir(self.path("out"))

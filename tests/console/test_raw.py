@@ -3,6 +3,8 @@ import os
 import random
 import resource
 import signal
+import subprocess
+import sys
 import unittest
 
 from support import IS_WINDOWS, ConsoleTest, interrupted
@@ -17,6 +19,7 @@ def cd_image(sectors=40, volume=None, seed=1):
     return bytes(image)
 
 
+REFERENCE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../oracle/raw_reference.py")
 SHEET = b'FILE "%s" BINARY\r\n  TRACK 01 MODE2/2352\r\n    INDEX 01 00:00:00\r\n'
 
 
@@ -28,10 +31,11 @@ class RawCommands(ConsoleTest):
         self.assertEqual(result.out, "my.Game.iso -> my.Game.bin: Conversion iso2bin Done ! (%d bytes)\n" % (40 * 2352))
         self.assertEqual(self.names(), ["my.Game.bin", "my.Game.cue", "my.Game.iso"])
         self.assertEqual(self.read("my.Game.cue"), SHEET % b"my.Game.bin")
-        result = self.run_here("bin2iso", "my.Game.bin")
+        self.write("my.Game.iso", b"older")
+        result = self.run_here("bin2iso", "-f", "my.Game.bin")
         self.assert_done(result)
-        self.assertEqual(result.out, "my.Game.bin -> new-my.iso: Conversion bin2iso Done ! (%d bytes)\n" % (40 * 2048))
-        self.assertEqual(self.read("new-my.iso"), cd_image())
+        self.assertEqual(result.out, "my.Game.bin -> my.Game.iso: Conversion bin2iso Done ! (%d bytes)\n" % (40 * 2048))
+        self.assertEqual(self.read("my.Game.iso"), cd_image())
 
     def test_a_postgap_where_the_volume_has_another_length(self):
         for volume in 39, 41:
@@ -39,7 +43,7 @@ class RawCommands(ConsoleTest):
             self.assert_done(self.run_here("iso2bin", "-f", "game.iso"))
             self.assertEqual(len(self.read("game.bin")), 190 * 2352)
             self.assert_done(self.run_here("bin2iso", "-f", "game.bin"))
-            self.assertEqual(self.read("new-game.iso"), cd_image(40, volume) + bytes(150 * 2048))
+            self.assertEqual(self.read("game.iso"), cd_image(40, volume) + bytes(150 * 2048))
 
     def test_the_sheet_is_written_beside_the_raw_image(self):
         self.write("game.iso", cd_image())
@@ -56,7 +60,7 @@ class RawCommands(ConsoleTest):
         self.write("game.cue", b"older")
         result = self.run_here("iso2bin", "game.iso")
         self.assertEqual((result.status, result.err),
-                         (1, "vantrel iso2bin: game.cue exists already; -f replaces it\n"))
+                         (1, "vantrel iso2bin: game.iso: game.cue exists already; -f replaces it\n"))
         self.assertEqual(self.names(), ["game.cue", "game.iso"])
         self.assert_done(self.run_here("iso2bin", "-f", "game.iso"))
         self.assertEqual(self.read("game.cue"), SHEET % b"game.bin")
@@ -66,8 +70,8 @@ class RawCommands(ConsoleTest):
         self.write("game.cue", b"older too")
         spoilt = bytearray(cd_image())
         spoilt[33342] = 0
-        for content, text in ((b"", "Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
-                              (spoilt, "Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
+        for content, text in ((b"", "game.iso: Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
+                              (spoilt, "game.iso: Code 76 PS2 - invalid PS2 CD iso  file header  game.iso"),
                               (cd_image() + b"x",
                                "game.iso is not whole sectors of 2048 bytes: 1 bytes are left over")):
             self.write("game.iso", content)
@@ -79,20 +83,116 @@ class RawCommands(ConsoleTest):
         self.assertEqual(result.status, 1)
         self.assertIn("Code 103- Error Opening missing.iso", result.err)
         result = self.run_here("bin2iso", "game.bin")
-        self.assertEqual((result.status, result.err), (1, "vantrel bin2iso: Error bin image => MODE 2 only !\n"))
+        self.assertEqual((result.status, result.err),
+                         (1, "vantrel bin2iso: game.bin: there is no whole sector of 2352 bytes\n"))
         result = self.run_here("bin2iso", "missing.bin")
         self.assertEqual(result.status, 1)
         self.assertIn("Code 2011 - Error Opening missing.bin", result.err)
         self.assertEqual(self.state(), before)
 
-    def test_bytes_behind_the_last_whole_sector_are_reported(self):
+    def raw_image(self, sectors=40):
+        """The content of a correct raw image; the plain one is "game.iso"."""
+        self.write("game.iso", cd_image(sectors))
+        self.assert_done(self.run_here("iso2bin", "-o", "good.bin", "game.iso"))
+        os.remove(self.path("good.cue"))
+        return bytearray(self.read("good.bin"))
+
+    def convert(self, raw, *words):
+        """Converts a raw image to "out.iso", which must not exist before."""
+        self.write("game.bin", raw)
+        return self.run_here("bin2iso", "-o", "out.iso", *words, "game.bin")
+
+    def assert_refused_unless_ignored(self, raw, lines):
+        """The damage is refused without a trace; --ignore-errors writes the image and tells the same."""
+        text = "vantrel bin2iso: " + "\n".join("game.bin: " + line for line in lines) + "\n"
+        before = self.names()
+        result = self.convert(raw)
+        self.assertEqual((result.status, result.out, result.err), (1, "", text))
+        self.assertEqual(self.names(), sorted(set(before + ["game.bin"])))
+        result = self.convert(raw, "--ignore-errors")
+        self.assertEqual((result.status, result.err), (1, text))
+        self.assertIn("game.bin -> out.iso: Conversion bin2iso Done !", result.out)
+        result = self.run_here("bin2iso", "--ignore-errors", "-f", "-q", "-o", "out.iso", "game.bin")
+        self.assertEqual((result.status, result.out, result.err), (1, "", text))
+        image = self.read("out.iso")
+        os.remove(self.path("out.iso"))
+        return image
+
+    def test_bytes_behind_the_last_whole_sector_are_refused(self):
+        raw = self.raw_image()
+        image = self.assert_refused_unless_ignored(
+            raw + bytes(100), ["not whole sectors of 2352 bytes: 100 bytes are left over"])
+        self.assertEqual(image, cd_image())
+
+    def test_damaged_sectors_are_refused(self):
+        raw = self.raw_image(600)
+        for sector, offset in (5, 24), (6, 100), (7, 2071), (9, 2072), (255, 500), (256, 500), (300, 16), (400, 3):
+            raw[sector * 2352 + offset] ^= 1
+        raw[500 * 2352 + 2076] ^= 1  # parity, which no user data depends on
+        raw[501 * 2352 + 13] ^= 1    # and the address
+        expected = bytearray(cd_image(600))
+        expected[5 * 2048] ^= 1
+        expected[6 * 2048 + 76] ^= 1
+        expected[7 * 2048 + 2047] ^= 1
+        for sector in 255, 256:
+            expected[sector * 2048 + 476] ^= 1
+        image = self.assert_refused_unless_ignored(raw, [
+            "sectors 5 to 7: wrong EDC", "sector 9: wrong EDC", "sectors 255 to 256: wrong EDC",
+            "sector 300: wrong mode or form", "sector 400: wrong sync field"])
+        self.assertEqual(image, expected)
+
+    def test_many_ranges_are_counted(self):
+        raw = self.raw_image(100)
+        for sector in range(0, 100, 2):
+            raw[sector * 2352 + 100] ^= 1
+        self.assert_refused_unless_ignored(raw, ["sector %d: wrong EDC" % sector for sector in range(0, 40, 2)] +
+                                           ["30 more ranges of damaged sectors"])
+
+    def test_audio_is_refused(self):
+        raw = self.raw_image()
+        self.assert_refused_unless_ignored(raw + bytes(2352) + random.Random(1).randbytes(2352),
+                                           ["sectors 40 to 41: no data sector, perhaps audio"])
+        result = self.convert(random.Random(1).randbytes(2352 * 40), "--ignore-errors")
+        self.assertEqual((result.status, result.err),
+                         (1, "vantrel bin2iso: game.bin: does not begin with a data sector of 2352 bytes\n"))
+        self.assertFalse(os.path.exists(self.path("out.iso")))
+
+    def test_sectors_with_subchannels_are_named(self):
+        raw = self.raw_image()
+        longer = b"".join(raw[at:at + 2352] + bytes(96) for at in range(0, len(raw), 2352))
+        self.write("game.bin", longer)
+        for words in (["bin2iso", "-o", "out.iso"], ["bin2iso", "--ignore-errors", "-o", "out.iso"], ["info"], ["verify"],
+                      ["list"], ["extract", "-C", "out"]):
+            result = self.run_here(*words, "game.bin")
+            self.assertEqual((result.status, result.out, result.err),
+                             (1, "", "vantrel %s: game.bin: its sectors are stored with their subchannels, 2448 bytes "
+                                     "each; only sectors of 2352 bytes can be read\n" % words[0]))
+        self.assertEqual(self.names(), ["game.bin", "game.iso", "good.bin"])
+
+    def test_form_2_is_refused_if_an_image_cannot_hold_its_data(self):
+        raw = self.raw_image()
+        for sector, data in (10, b""), (20, bytes(2047) + b"1"), (30, bytes(2048) + b"1"):
+            raw[sector * 2352 + 16:(sector + 1) * 2352] = (b"\0\0\x20\0" * 2 + data).ljust(2336, b"\0")
+        self.assert_refused_unless_ignored(raw, ["sector 30: 2324 bytes of Form 2 data"])
+
+    def test_mode_1(self):
         self.write("game.iso", cd_image())
-        self.assert_done(self.run_here("iso2bin", "game.iso"))
-        self.write("game.bin", self.read("game.bin") + bytes(100))
-        result = self.run_here("bin2iso", "game.bin")
-        self.assert_done(result)
-        self.assertIn("game.bin: the last 100 bytes are no whole sector and were left out\n", result.out)
-        self.assertEqual(self.read("new-game.iso"), cd_image())
+        subprocess.run([sys.executable, REFERENCE, "expand", "1", "0", self.path("game.iso"), self.path("one.bin")],
+                       check=True)
+        self.assert_done(self.run_here("bin2iso", "-o", "out.iso", "one.bin"))
+        self.assertEqual(self.read("out.iso"), cd_image())
+        raw = bytearray(self.read("one.bin"))
+        os.remove(self.path("out.iso"))
+        raw[3 * 2352 + 16] ^= 1
+        self.assert_refused_unless_ignored(raw, ["sector 3: wrong EDC"])
+
+    def test_a_warning_counts_as_a_failure_among_several_files(self):
+        raw = self.raw_image()
+        self.write("a.bin", raw + bytes(1))
+        self.write("b.bin", raw)
+        result = self.run_here("bin2iso", "--ignore-errors", "--keep-going", "a.bin", "b.bin")
+        self.assertEqual(result.status, 1)
+        self.assertIn("1 converted, 1 failed, 0 skipped", result.err)
 
     @unittest.skipIf(IS_WINDOWS, "signals and limits of POSIX")
     def test_no_partial_output_is_kept(self):
@@ -123,7 +223,7 @@ class RawCommands(ConsoleTest):
         self.write('a"b.iso', cd_image())
         result = self.run_here("iso2bin", 'a"b.iso')
         self.assertEqual((result.status, result.err),
-                         (1, 'vantrel iso2bin: A CUE sheet cannot name the file a"b.bin\n'))
+                         (1, 'vantrel iso2bin: a"b.iso: A CUE sheet cannot name the file a"b.bin\n'))
         self.assertEqual(self.names(), ['a"b.iso'])
 
     def test_wrong_usage(self):

@@ -11,26 +11,39 @@ import zlib
 FRAME = 8192
 
 
-def compress(level, image):
-    frames = [zlib.compress(image[i:i + FRAME], level) for i in range(0, len(image), FRAME)]
-    positions, position = [], 32 + 6 * len(frames)
+def compress(level, image, padded=False, version=0, areas=()):
+    """`padded`: the last frame is a whole one, filled with zeros. `areas`: first frame and number of frames of each run
+    that is stored plain, in a file of version 1."""
+    frames = [image[at:at + FRAME] for at in range(0, len(image), FRAME)]
+    if frames and padded:
+        frames[-1] = frames[-1].ljust(FRAME, b"\0")
+    plain = {frame for first, count in areas for frame in range(first, first + count)}
+    frames = [frame if number in plain else zlib.compress(frame, level) for number, frame in enumerate(frames)]
+    positions, position = [], 32 + 6 * len(frames) + 8 * len(areas)
     for frame in frames:
         positions.append(position)
         position += len(frame)
-    return b"".join([b"DAX\0" + struct.pack("<I24x", len(image)),
+    return b"".join([b"DAX\0" + struct.pack("<3I16x", len(image), version, len(areas)),
                      struct.pack("<%dI" % len(frames), *positions),
-                     struct.pack("<%dH" % len(frames), *map(len, frames))] + frames)
+                     struct.pack("<%dH" % len(frames), *map(len, frames))] +
+                    [struct.pack("<2I", *area) for area in areas] + frames)
 
 
 def expand(dax):
     assert dax[:4] == b"DAX\0"
-    size, = struct.unpack_from("<I", dax, 4)
+    size, version, area_count = struct.unpack_from("<3I", dax, 4)
     count = (size + FRAME - 1) // FRAME
     positions = struct.unpack_from("<%dI" % count, dax, 32)
     lengths = struct.unpack_from("<%dH" % count, dax, 32 + 4 * count)
-    image = b"".join(zlib.decompress(dax[at:at + length]) for at, length in zip(positions, lengths))
-    assert len(image) == size
-    return image
+    plain = set()
+    for area in range(area_count if version == 1 else 0):
+        first, frames = struct.unpack_from("<2I", dax, 32 + 6 * count + 8 * area)
+        plain.update(range(first, first + frames))
+    image = b""
+    for number, (at, length) in enumerate(zip(positions, lengths)):
+        image += dax[at:at + length] if number in plain else zlib.decompress(dax[at:at + length])
+        assert len(image) >= min(size, (number + 1) * FRAME)
+    return image[:size]
 
 
 def main(words):
@@ -44,4 +57,5 @@ def main(words):
         output.write(result)
 
 
-main(sys.argv[1:])
+if __name__ == "__main__":
+    main(sys.argv[1:])

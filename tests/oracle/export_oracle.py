@@ -83,6 +83,14 @@ def master_images(folder):
     patch(dvd, 33792, b"\0")  # genisoimage fills this field with blanks
     patch(image("xorriso-cd", *xorriso, *ps2), 33792, b"CD-XA001")
     patch(image("xorriso-umd", *xorriso, *psp), 33792, b"CD-XA001")
+    patch(image("genisoimage-joliet", "genisoimage", "-quiet", "-J", *ps2), 33792, b"CD-XA001")
+    patch(image("genisoimage-hidden", "genisoimage", "-quiet", "-hidden", "F3.BIN", *ps2), 33792, b"CD-XA001")
+    patch(image("genisoimage-rock-ridge", "genisoimage", "-quiet", "-R", *psp), 33792, b"CD-XA001")
+    patch(image("genisoimage-level-3", "genisoimage", "-quiet", "-iso-level", "3", *psp), 33792, b"CD-XA001")
+    patch(image("xorriso-joliet", *xorriso, "-J", *psp), 33792, b"CD-XA001")
+    joliet_dvd = image("genisoimage-joliet-dvd", "genisoimage", "-quiet", "-udf", "-J", *ps2)
+    patch(joliet_dvd, 65925, b"DVD")
+    patch(joliet_dvd, 33792, b"\0")
     return images
 
 
@@ -133,6 +141,11 @@ def check_dates(text):
         sys.exit("the creation date is wrong")
 
 
+def shows_primary_names(name):
+    """Whether 7z shows the names of the primary volume."""
+    return "joliet" not in name and "rock-ridge" not in name
+
+
 def check_window_export(path, image, work):
     folder, name = os.path.split(path)
     layout = os.path.join(work, "window.iml")
@@ -145,13 +158,20 @@ def check_window_export(path, image, work):
     check_dates(text)
     check(name + ": layout", without_dates(text), reference.layout(image, "window.ims", field))
     check(name + ": leading file", read(os.path.join(work, "window.ims")), reference.leading_file(image))
+    if "hidden" in name:
+        return  # the window does not list hidden files
     check(name + ": isoinfo", listed_files(list_text), isoinfo_files(path))
-    check(name + ": 7z", sorted((size, path) for _, size, path in listed_files(list_text)), sevenzip_files(path))
+    if shows_primary_names(name):
+        check(name + ": 7z", sorted((size, path) for _, size, path in listed_files(list_text)), sevenzip_files(path))
 
 
 def files_below(top):
     return sorted(os.path.relpath(os.path.join(folder, name), top)
                   for folder, _, names in os.walk(top) for name in names)
+
+
+def layout_paths(text):
+    return sorted(re.findall(r'(?m)^\d+ +\d+ +[\d.]+  0   "([^"]*)"\r$', text)[1:])
 
 
 def check_console_export(path, image, work):
@@ -161,11 +181,14 @@ def check_console_export(path, image, work):
     text = read(layout).decode("latin-1")
     check(name + ": console layout", without_dates(text), reference.layout(image, "console.ims", ""))
     check(name + ": console leading file", read(os.path.join(work, "console.ims")), reference.leading_file(image))
-    sevenzip("x", "-y", "-tiso", "-o" + theirs, path)
-    check(name + ": extracted names", files_below(ours), files_below(theirs))
-    for file in files_below(ours):
-        if not filecmp.cmp(os.path.join(ours, file), os.path.join(theirs, file), shallow=False):
-            sys.exit("%s: extracted %s differs" % (name, file))
+    listed = [line[20:] for line in run(vantrel, "list", path).splitlines()]
+    check(name + ": list and layout", layout_paths(text), sorted(listed_path.replace("/", "\\") for listed_path in listed))
+    if shows_primary_names(name):
+        sevenzip("x", "-y", "-tiso", "-o" + theirs, path)
+        check(name + ": extracted names", files_below(ours), files_below(theirs))
+        for file in files_below(ours):
+            if not filecmp.cmp(os.path.join(ours, file), os.path.join(theirs, file), shallow=False):
+                sys.exit("%s: extracted %s differs" % (name, file))
     run(vantrel, "iso2iml", path, "-o", os.path.join(work, "path.iml"), "--path", "/games/one")
     text = read(os.path.join(work, "path.iml")).decode("latin-1")
     check(name + ": console layout with path", without_dates(text), reference.layout(image, "path.ims", "/games/one/"))
@@ -188,7 +211,7 @@ def check_refusals(image, work):
     patch(damaged, 33792, b"cd-")
     before = sorted(os.listdir(work))
     check("refused image", refused(damaged, "-o", layout),
-          "vantrel iso2iml: Code 9999 - invalid file header %s\n" % damaged)
+          "vantrel iso2iml: %s: Code 9999 - invalid file header %s\n" % (damaged, damaged))
     if "Code 101e - Error Opening " + work + "/none.iso" not in refused(work + "/none.iso"):
         sys.exit("a missing image is not named")
     if work + "/none/out.ims" not in refused(image, "-o", work + "/none/out.iml"):
@@ -222,7 +245,7 @@ def main():
             image = reference.Image(read(path))
             with tempfile.TemporaryDirectory() as work:
                 check_window_export(path, image, work)
-                check_console_export(path, image, work)
+                check_console_export(path, reference.ConsoleImage(read(path)), work)
             print("%s: %d files in %d directories" % (os.path.basename(path), len(image.files), len(image.directories)))
 
 

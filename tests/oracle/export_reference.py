@@ -68,6 +68,56 @@ class Image:
         return bytes(12)
 
 
+class ConsoleImage(Image):
+    """The same for the console program, which follows the directory records and keeps every structure before the files."""
+
+    def __init__(self, data):
+        super().__init__(data)
+        roots = [(16, struct.unpack_from("<I", data, 16 * SECTOR + 158)[0])]
+        roots += [(sector, struct.unpack_from("<I", data, sector * SECTOR + 158)[0])
+                  for sector in range(17, 64) if data[sector * SECTOR:sector * SECTOR + 6] == b"\x02CD001"]
+        self.files, ends = [], []
+        for sector, root in roots:
+            files, tree_ends = self.read_tree(root)
+            if sector == 16:
+                self.files = sorted(files, key=lambda file: file[0])
+                self.header = max([self.header] + tree_ends)
+            else:
+                ends += tree_ends
+            ends += self.path_table_ends(sector)
+        if self.is_dvd:
+            (size, first, size2, second), = [struct.unpack_from("<IIII", data, 256 * SECTOR + 16)]
+            ends += [257, first + size // SECTOR, second + size2 // SECTOR]
+        first = min([start for start, size, _ in self.files if size and start >= self.header])
+        self.header = max([self.header] + [end for end in ends if end <= first])
+
+    def path_table_ends(self, sector):
+        size, = struct.unpack_from("<I", self.data, sector * SECTOR + 132)
+        starts = struct.unpack_from("<II", self.data, sector * SECTOR + 140)
+        starts += struct.unpack_from(">II", self.data, sector * SECTOR + 148)
+        return [start + -(-size // SECTOR) for start in starts if start]
+
+    def read_tree(self, root):
+        """The files below a root directory, breadth first, and the sectors behind the directories."""
+        waiting, files, ends = [(root, "")], [], []
+        while waiting:
+            extent, path = waiting.pop(0)
+            end = extent + -(-self.length_of(extent) // SECTOR)
+            ends.append(end)
+            for sector in range(extent, end):
+                at = sector * SECTOR
+                while at < sector * SECTOR + 2015 and self.data[at]:
+                    start, = struct.unpack_from("<I", self.data, at + 2)
+                    size, = struct.unpack_from("<I", self.data, at + 10)
+                    name = self.data[at + 33:at + 33 + self.data[at + 32]].decode("latin-1")
+                    if name not in ("\0", "\1") and self.data[at + 25] & 2:
+                        waiting.append((start, path + "\\" + name))
+                    elif name not in ("\0", "\1"):
+                        files.append((start, size, path + "\\" + name.split(";")[0]))
+                    at += self.data[at]
+        return files, ends
+
+
 def file_list(image):
     return "".join("%08X|%08X|%08X|%s\r\n" % (start, size, -(-size // SECTOR), path)
                    for start, size, path in image.files)

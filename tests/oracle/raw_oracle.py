@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Raw images and other tools: bchunk splits our image, chdman compresses and restores it bit by bit, and raw images
-written by chdman and vcdimager convert back.
+"""Raw images and other tools: bchunk splits our image, chdman compresses and restores it bit by bit, raw images written by
+chdman and vcdimager convert back, and data tracks beside audio tracks are the same as with bchunk.
 
 usage: raw_oracle.py VANTREL
 """
@@ -70,15 +70,53 @@ def check_foreign_image(vantrel):
             file.write(bytes_of)
     run("vcdimager", "-q", "-t", "vcd2", "-c", "video.cue", "-b", "video.bin", "--add-file=data.bin,DATA.BIN", "film.mpg")
     raw = read("video.bin")
-    run(vantrel, "bin2iso", "-q", "video.bin")
-    same("user data of vcdimager's raw image", read("new-video.iso"),
+    # Sectors of Form 2 hold more than an image can, so the exit status is 1.
+    refused = subprocess.run([vantrel, "bin2iso", "-o", "video.iso", "video.bin"], capture_output=True, text=True)
+    if refused.returncode != 1 or "2324 bytes of Form 2 data" not in refused.stderr or os.path.exists("video.iso"):
+        sys.exit("Form 2 is not refused: %s" % refused)
+    subprocess.run([vantrel, "bin2iso", "-q", "--ignore-errors", "-o", "video.iso", "video.bin"], capture_output=True)
+    same("user data of vcdimager's raw image", read("video.iso"),
          b"".join(raw[start + 24:start + 24 + 2048] for start in range(0, len(raw), 2352)))
-    run("7z", "x", "-y", "-oout", "new-video.iso", "DATA.BIN")
+    run("7z", "x", "-y", "-oout", "video.iso", "DATA.BIN")
     same("a file of it as 7z extracts it", read("out/DATA.BIN"), content)
     found = json.loads(subprocess.run([vantrel, "verify", "--json", "video.bin"], capture_output=True).stdout)
     # The volume ends before the film. All sync fields, addresses, EDCs and parities must be correct.
     if [problem for problem in found["problems"] if "volume descriptor says" not in problem]:
         sys.exit("faults in vcdimager's sectors: %s" % found["problems"])
+
+
+def check_tracks(vantrel, image):
+    """Sheets with a data track and two audio tracks, in one file and in a file for each track: bchunk and chdman find the
+    same tracks in the same places."""
+    data = read("game.bin")
+    audio = [random.Random(number).randbytes(2352 * (300 + number)) for number in (1, 2)]
+    sectors = len(data) // 2352
+    time = lambda frames: "%02d:%02d:%02d" % (frames // 75 // 60, frames // 75 % 60, frames % 75)
+    with open("mixed.bin", "wb") as file:
+        file.write(data + b"".join(audio))
+    with open("mixed.cue", "w") as file:
+        file.write('FILE "mixed.bin" BINARY\n  TRACK 01 MODE2/2352\n    INDEX 01 00:00:00\n'
+                   '  TRACK 02 AUDIO\n    INDEX 01 %s\n  TRACK 03 AUDIO\n    INDEX 01 %s\n'
+                   % (time(sectors), time(sectors + 301)))
+    run("bchunk", "mixed.bin", "mixed.cue", "part")
+    run("chdman", "createcd", "-i", "mixed.cue", "-o", "mixed.chd")
+    run("chdman", "extractcd", "-i", "mixed.chd", "-o", "chd.cue", "-ob", "chd.bin")
+    with open("split.cue", "w") as file:
+        for number, (mode, content) in enumerate([("MODE2/2352", data), ("AUDIO", audio[0]), ("AUDIO", audio[1])], 1):
+            file.write('FILE "split%d.bin" BINARY\n  TRACK %02d %s\n    INDEX 01 00:00:00\n' % (number, number, mode))
+            with open("split%d.bin" % number, "wb") as track:
+                track.write(content)
+    run("chdman", "createcd", "-i", "split.cue", "-o", "split.chd")
+    run("chdman", "extractcd", "-i", "split.chd", "-o", "unsplit.cue", "-ob", "unsplit.bin")
+    for sheet in "mixed.cue", "split.cue", "chd.cue", "unsplit.cue":
+        done = subprocess.run([vantrel, "bin2iso", "-f", "-o", "mixed.iso", sheet], capture_output=True, text=True)
+        if done.returncode != 1 or done.stderr.count("(AUDIO) is not in the image") != 2:
+            sys.exit("%s: %s" % (sheet, done))
+        same("data track of %s and the image" % sheet, read("mixed.iso"), image)
+        same("data track of %s and bchunk's" % sheet, read("mixed.iso"), read("part01.iso"))
+        found = json.loads(subprocess.run([vantrel, "verify", "--json", sheet], capture_output=True).stdout)
+        if found["problems"] or [track["sectors"] for track in found["tracks"]] != [sectors, 301, 302]:
+            sys.exit("%s: %s" % (sheet, found))
 
 
 def main():
@@ -97,14 +135,15 @@ def main():
         run("chdman", "createcd", "-i", "game.cue", "-o", "game.chd")
         run("chdman", "extractcd", "-i", "game.chd", "-o", "back.cue", "-ob", "back.bin")
         same("chdman's raw image and ours", read("back.bin"), read("game.bin"))
-        run(vantrel, "bin2iso", "-q", "back.bin")
-        same("our image of chdman's raw image", read("new-back.iso"), image)
+        run(vantrel, "bin2iso", "-q", "-o", "back.iso", "back.bin")
+        same("our image of chdman's raw image", read("back.iso"), image)
 
         # With this compression, chdman removes the error correction bytes and computes them again.
         run("chdman", "createcd", "-c", "cdzl", "-i", "game.cue", "-o", "computed.chd")
         run("chdman", "extractcd", "-i", "computed.chd", "-o", "computed.cue", "-ob", "computed.bin")
         same("raw image with chdman's parity and ours", read("computed.bin"), read("game.bin"))
 
+        check_tracks(vantrel, image)
         check_foreign_image(vantrel)
 
 

@@ -2,6 +2,7 @@
 import glob
 import gzip
 import os
+import re
 import subprocess
 import sys
 import tempfile
@@ -49,8 +50,8 @@ class DebianPackage(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             with open(os.path.join(folder, "game.iso"), "wb") as image:
                 image.write(psp_image())
-            for command, name in (("iso2cso", "game.iso"), ("cso2iso", "game.cso")):
-                subprocess.run([program, command, "-q", name], check=True, cwd=folder)
+            for words in ["iso2cso", "game.iso"], ["cso2iso", "-o", "new-game.iso", "game.cso"]:
+                subprocess.run([program, *words, "-q"], check=True, cwd=folder)
             with open(os.path.join(folder, "new-game.iso"), "rb") as image:
                 self.assertEqual(image.read(), psp_image())
 
@@ -60,6 +61,14 @@ class DebianPackage(unittest.TestCase):
         for path in ("bash-completion/completions/vantrel", "zsh/vendor-completions/_vantrel",
                      "fish/vendor_completions.d/vantrel.fish", "doc/vantrel/copyright"):
             self.assertGreater(os.path.getsize(self.installed("usr/share/" + path)), 100, path)
+
+    def test_links_of_the_readme_lead_to_documents(self):
+        folder = self.installed("usr/share/doc/vantrel")
+        with open(os.path.join(folder, "README.md"), encoding="utf-8") as file:
+            links = re.findall(r"\]\(([^):#]+)\)", file.read())
+        self.assertGreater(len(links), 10)
+        for link in links:
+            self.assertTrue(os.path.exists(os.path.join(folder, link)), link)
 
 
 if __name__ == "__main__":

@@ -49,6 +49,23 @@ class Manual(unittest.TestCase):
                         wanted = word.lstrip("-") if name.endswith("fish") else word
                         self.assertIn(wanted, text, (name, command.name))
 
+    def test_the_help_fits_80_columns(self):
+        for words in [["--help"]] + [[command.name, "--help"] for command in self.commands]:
+            text = subprocess.run([PROGRAM, *words], check=True, capture_output=True, text=True).stdout
+            for line in text.splitlines():
+                self.assertLessEqual(len(line), 80, (words, line))
+
+    def test_usage_lines(self):
+        for name, usage in (("iso2cso", "[options] FILE..."), ("extract", "[options] FILE [PATH...]"),
+                            ("add-postgap", "[options] --count N FILE...")):
+            text = subprocess.run([PROGRAM, name, "--help"], check=True, capture_output=True, text=True).stdout
+            self.assertIn("Usage: vantrel %s %s\n" % (name, usage), text)
+
+    def test_every_exit_status_is_in_the_manual(self):
+        text = self.text("vantrel.1")
+        for status in "0", "1", "2", "129", "130", "141", "143":
+            self.assertRegex(text.split(".SH EXIT STATUS")[1], r"\b%s\b" % status)
+
     def test_man_accepts_the_page(self):
         done = subprocess.run(["man", "--warnings", "-E", "UTF-8", "-l", "-Tutf8", "-Z",
                                os.path.join(self.folder, "vantrel.1")], capture_output=True, text=True)
@@ -60,13 +77,16 @@ class Manual(unittest.TestCase):
         done = subprocess.run(["bash", "-c", script, "bash", os.path.join(self.folder, "vantrel.bash"), *words],
                               capture_output=True, text=True, cwd=self.folder)
         self.assertEqual(done.stderr, "")
-        return done.stdout.split()
+        return done.stdout.splitlines()
 
     def test_bash_completes(self):
         self.assertEqual(self.bash_completes("vantrel", "iso2c"), ["iso2cso"])
         self.assertIn("--level", self.bash_completes("vantrel", "iso2cso", "--"))
         self.assertNotIn("--level", self.bash_completes("vantrel", "verify", "--"))
         self.assertEqual(self.bash_completes("vantrel", "verify", "vantrel.f"), ["vantrel.fish"])
+        with open(os.path.join(self.folder, "a game (Disc 1).iso"), "w"):
+            pass
+        self.assertEqual(self.bash_completes("vantrel", "verify", "a game"), ["a game (Disc 1).iso"])
 
     def test_zsh_and_fish_accept_theirs(self):
         subprocess.run(["zsh", "-n", os.path.join(self.folder, "_vantrel")], check=True)

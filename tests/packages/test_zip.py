@@ -37,7 +37,7 @@ class WindowsZip(unittest.TestCase):
     def test_the_console_program_runs(self):
         with open(os.path.join(self.folder, "game.iso"), "wb") as image:
             image.write(psp_image())
-        for words in ["iso2cso", "game.iso"], ["cso2iso", "game.cso"]:
+        for words in ["iso2cso", "game.iso"], ["cso2iso", "-o", "new-game.iso", "game.cso"]:
             subprocess.run(["wine", os.path.join(self.folder, "vantrel.exe"), *words, "-q"], check=True,
                            cwd=self.folder, timeout=60)
         with open(os.path.join(self.folder, "new-game.iso"), "rb") as image:

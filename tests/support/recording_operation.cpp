@@ -75,9 +75,9 @@ void CRecordingOperation::Notify(std::string_view text) {
     m_calls.push_back("notify " + std::string(text));
 }
 
-void CRecordingOperation::EndWith(std::string_view text) {
+void CRecordingOperation::EndWith(std::string_view text, std::string_view cause) {
     m_calls.push_back("fail " + std::string(text));
-    throw CConversionFailed(std::string(text));
+    throw CConversionFailed(std::string(text), cause);
 }
 
 bool CRecordingOperation::Complete(std::string_view doneText, const std::function<void()>& report) {

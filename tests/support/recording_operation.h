@@ -41,7 +41,7 @@ public:
     std::function<void(int)> m_onYield;
 
 private:
-    void EndWith(std::string_view text) override;
+    void EndWith(std::string_view text, std::string_view cause) override;
 
     std::vector<std::string> m_calls;
     std::string m_panes[4];

@@ -34,12 +34,34 @@ void Reference(const std::vector<std::string>& arguments) {
     ASSERT_EQ(test::RunProgram(words, &output), 0) << output;
 }
 
+SCompressionRequest Strict(const std::string& input, const std::string& output, int level) {
+    return DirectConversion(input, output, EOutputManner::CommitReplace, 2, level);
+}
+
+/// The same for strict conversions, which keep a partial last block.
+void CompareStrict(const CTestFolder& folder, const Bytes& image, int level) {
+    test::CRecordingOperation operation;
+    SCompressionRequest request = Strict(folder / "game.iso", folder / "strict.cso", level);
+    request.chosenPath = folder / "game.mark.iso";
+    IsoToCso(request, operation);
+    Reference({"compress", std::to_string(level), "padded", folder / "game.iso", folder / "reference.cso"});
+    EXPECT_EQ(test::ReadWhole(folder / "strict.cso"), test::ReadWhole(folder / "reference.cso"));
+
+    Reference({"expand", folder / "strict.cso", folder / "reference.iso"});
+    EXPECT_EQ(test::ReadWhole(folder / "reference.iso"), image);
+    Reference({"compress", std::to_string(level), "rest", folder / "game.iso", folder / "reference.cso"});
+    for (const char* name : {"strict.cso", "reference.cso"}) {
+        CsoToIso(Strict(folder / name, folder / "strict.iso", level), operation);
+        EXPECT_EQ(test::ReadWhole(folder / "strict.iso"), image) << name;
+    }
+}
+
 void CompareBoth(const Bytes& image, int level) {
     SCOPED_TRACE(std::to_string(image.size()) + " bytes at level " + std::to_string(level));
     const CTestFolder folder;
     test::CRecordingOperation operation;
     IsoToCso(test::WithLevel(test::CompressionOf(folder, image, ".cso"), level), operation);
-    Reference({"compress", std::to_string(level), folder / "game.iso", folder / "reference.cso"});
+    Reference({"compress", std::to_string(level), "dropped", folder / "game.iso", folder / "reference.cso"});
     EXPECT_EQ(test::ReadWhole(folder / "game.cso"), test::ReadWhole(folder / "reference.cso"));
 
     const Bytes whole(image.begin(), image.begin() + static_cast<std::ptrdiff_t>(image.size() / 2048 * 2048));
@@ -48,6 +70,7 @@ void CompareBoth(const Bytes& image, int level) {
     if (!image.empty()) {
         CsoToIso(test::WithLevel(WindowExpansion(folder.Path(), "reference.cso")), operation);
         EXPECT_EQ(test::ReadWhole(folder / "new-reference.iso"), whole);
+        CompareStrict(folder, image, level);
     }
 }
 

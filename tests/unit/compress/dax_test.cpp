@@ -43,6 +43,7 @@ Bytes Zlib(const Bytes& bytes) {
 struct SHandMadeDax {
     std::uint32_t magic = 0x00584144U;
     std::uint32_t imageSize = 0;
+    std::uint32_t version = 0xAAAAAAAAU;  ///< Read by strict expansions only.
     std::vector<std::uint32_t> positions;
     std::vector<std::uint16_t> lengths;
     Bytes data;
@@ -61,7 +62,8 @@ struct SHandMadeDax {
         Bytes bytes(32 + 4 * positions.size() + 2 * lengths.size());
         test::Write32(bytes, 0, magic);
         test::Write32(bytes, 4, imageSize);
-        std::fill(bytes.begin() + 8, bytes.begin() + 32, std::uint8_t{0xAA});  // reserved, never read
+        test::Write32(bytes, 8, version);
+        std::fill(bytes.begin() + 12, bytes.begin() + 32, std::uint8_t{0xAA});  // no areas without version 1
         std::size_t at = 32;
         for (const std::uint32_t position : positions) {
             test::Write32(bytes, at, position);
@@ -337,6 +339,13 @@ TEST(DaxToIso, WritesTheSumOfTheFrameLengths) {
     EXPECT_EQ(Expanded(dax.Encode()), Joined({Bytes(10, 1), Bytes(20, 2)}));
 }
 
+TEST(DaxToIso, TakesEveryFrameAsAStreamUnlessStrict) {
+    SHandMadeDax dax({Bytes(kFrame, 1), Bytes(kFrame, 2)});
+    dax.imageSize = kFrame + 100;
+    dax.version = 1;  // with more areas than the file can hold
+    EXPECT_EQ(Expanded(dax.Encode()), Joined({Bytes(kFrame, 1), Bytes(kFrame, 2)}));
+}
+
 TEST(DaxToIso, ReportsNothingIfTheCompletionIsLeftEarly) {
     const CTestFolder folder;
     CRecordingOperation operation;
@@ -359,7 +368,9 @@ TEST(DaxToIso, LeavesNothingAfterATransactionalFailure) {
 
 TEST(DaxToIso, AStrictRunReportsEveryFrame) {
     const CTestFolder folder;
-    SCompressionRequest request = ExpansionRequest(folder, SHandMadeDax({Bytes(kFrame, 1), Bytes(5, 2)}).Encode());
+    SHandMadeDax dax({Bytes(kFrame, 1), Bytes(5, 2)});
+    dax.version = 0;
+    SCompressionRequest request = ExpansionRequest(folder, dax.Encode());
     request.strict = true;
     CRecordingOperation operation;
     DaxToIso(request, operation);

@@ -66,6 +66,29 @@ TEST(IsoToCso, WritesHeaderAndIndex) {
     EXPECT_TRUE(std::equal(noise.begin(), noise.end(), cso.begin() + start));
 }
 
+/// A block of random bytes, then zeros, whose raw deflate stream has 2048 bytes.
+Bytes BlockThatDeflatesToItsSize() {
+    for (std::uint64_t seed = 0;; ++seed) {
+        for (std::size_t noise = 2048; noise > 1900; --noise) {
+            Bytes block = test::RandomBytes(noise, seed);
+            block.resize(2048);
+            if (test::RawDeflate(block).size() == 2048) {
+                return block;
+            }
+        }
+    }
+}
+
+TEST(IsoToCso, StoresABlockPlainThatDeflatesToItsSize) {
+    const CTestFolder folder;
+    const Bytes block = BlockThatDeflatesToItsSize();
+    CRecordingOperation operation;
+    IsoToCso(test::CompressionOf(folder, block, ".cso"), operation);
+    const Bytes cso = test::ReadWhole(folder / "game.cso");
+    EXPECT_EQ(test::Read32(cso, 24), 0x80000000U + 32);
+    EXPECT_EQ(Bytes(cso.begin() + 32, cso.end()), block);
+}
+
 std::vector<std::string> PercentsFor(std::size_t blocks) {
     const CTestFolder folder;
     CRecordingOperation operation;
@@ -158,6 +181,29 @@ TEST(IsoToCso, RefusesTwoGibibytesAndMore) {
                   "Code 1003-Can't get file siz " + (folder / "game.iso") + "\n");
     }
     EXPECT_EQ(FileKindOf(folder / "game.cso"), EFileKind::Missing);
+}
+
+TEST(IsoToCso, RefusesAnOutputThatItsIndexCannotAddressIfStrict) {
+    const CTestFolder folder;
+    const Bytes image = test::RandomBytes(2048 * 40, 3);
+    test::WriteWhole(folder / "game.iso", test::WithPspMark(image));
+    test::WriteWhole(folder / "game.cso", Bytes(10, 'o'));
+    SCompressionRequest request =
+        DirectConversion(folder / "game.iso", folder / "game.cso", EOutputManner::CommitReplace, 2, 9);
+    const std::int64_t end = 24 + 4 * 41 + 2048 * 40;
+    request.largestCso = end - 1;
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }),
+              (folder / "game.iso") + ": the CSO file would exceed 2 GiB, which its index cannot address\n");
+    EXPECT_EQ(test::ReadWhole(folder / "game.cso"), Bytes(10, 'o'));
+    EXPECT_THAT(folder.Names(), ElementsAre("game.cso", "game.iso"));
+    request.strict = false;
+    IsoToCso(request, operation);
+    request.strict = true;
+    request.largestCso = end;
+    IsoToCso(request, operation);
+    EXPECT_EQ(test::ReadWhole(folder / "game.cso").size(), static_cast<std::size_t>(end));
+    EXPECT_EQ(SCompressionRequest().largestCso, 0x7FFFFFFF) << "bit 31 marks plain blocks";
 }
 
 TEST(IsoToCso, NamesAnOutputThatCannotBeCreated) {

@@ -35,7 +35,7 @@ TEST(CommandLine, CorrectWordsRunACommand) {
 }
 
 TEST(CommandLine, WrongUsageIsExplained) {
-    EXPECT_THAT(UsageError({}), HasSubstr("A subcommand is required"));
+    EXPECT_THAT(UsageError({}), HasSubstr("Usage: vantrel COMMAND")) << "the help";
     EXPECT_THAT(UsageError({"iso2cso"}), HasSubstr("FILE is required"));
     EXPECT_THAT(UsageError({"iso2cso", "a.iso", "-l", "10"}), HasSubstr("--level: Value 10 not in range 1 to 9"));
     EXPECT_THAT(UsageError({"iso2cso", "a.iso", "-j", "0"}), HasSubstr("--jobs: Value 0 not in range 1 to 256"));
@@ -48,9 +48,26 @@ TEST(CommandLine, WrongUsageIsExplained) {
     EXPECT_THAT(UsageError({"check-postgap", "a.iso", "-o", "b.iso"}), HasSubstr("-o")) << "works in place";
 }
 
+TEST(CommandLine, UnknownWordsAreEchoedWithTheNearestKnownOne) {
+    EXPECT_EQ(UsageError({"is2cso", "a.iso"}),
+              "vantrel: unknown command is2cso; did you mean iso2cso?\n\"vantrel --help\" shows the usage.\n");
+    EXPECT_EQ(UsageError({"game.iso"}), "vantrel: unknown command game.iso\n\"vantrel --help\" shows the usage.\n");
+    EXPECT_EQ(UsageError({"help", "lits"}),
+              "vantrel: unknown command lits; did you mean list?\n\"vantrel --help\" shows the usage.\n");
+    EXPECT_EQ(UsageError({"iso2cso", "--levle=3", "a.iso"}),
+              "vantrel iso2cso: unknown option --levle; did you mean --level?\n"
+              "\"vantrel iso2cso --help\" shows the usage.\n");
+    EXPECT_THAT(UsageError({"iso2cso", "a.iso", "-x"}), HasSubstr("vantrel iso2cso: unknown option -x\n"));
+    EXPECT_THAT(UsageError({"--vresion"}), HasSubstr("vantrel: unknown option --vresion; did you mean --version?\n"));
+}
+
 TEST(CommandLine, HelpAndVersionGoToStandardOutput) {
-    for (const std::vector<std::string>& words :
-         {std::vector<std::string>{"--help"}, {"--version"}, {"iso2cso", "--help"}}) {
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"--help"},
+                                                  {"--version"},
+                                                  {"-V"},
+                                                  {"iso2cso", "--help"},
+                                                  {"help"},
+                                                  {"help", "iso2cso"}}) {
         std::ostringstream out;
         std::ostringstream errors;
         const SCommandLine read = ReadCommandLine(words, out, errors);

@@ -31,23 +31,11 @@ TEST(ReportText, Plain) {
 }
 
 TEST(ReportText, Json) {
-    EXPECT_EQ(JsonText(Example()), R"({
-  "file": "game.cso",
-  "ok": false,
-  "ratio_percent": 50.0,
-  "container": {
-    "blocks": 3,
-    "oddities": []
-  },
-  "problems": [
-    "one",
-    "two"
-  ],
-  "difference": null
-}
-)");
-    EXPECT_EQ(JsonText({{"name", "a\xFF\"\n"}}), "{\n  \"name\": \"a\uFFFD\\\"\\n\"\n}\n") << "invalid UTF-8";
-    EXPECT_EQ(JsonText({{"name", std::string("cut\0here", 8)}}), "{\n  \"name\": \"cut\\u0000here\"\n}\n");
+    EXPECT_EQ(JsonText(Example()),
+              "{\"file\":\"game.cso\",\"ok\":false,\"ratio_percent\":50.0,"
+              "\"container\":{\"blocks\":3,\"oddities\":[]},\"problems\":[\"one\",\"two\"],\"difference\":null}\n");
+    EXPECT_EQ(JsonText({{"name", "a\xFF\"\n"}}), "{\"name\":\"a\uFFFD\\\"\\n\"}\n") << "invalid UTF-8";
+    EXPECT_EQ(JsonText({{"name", std::string("cut\0here", 8)}}), "{\"name\":\"cut\\u0000here\"}\n");
 }
 
 }  // namespace

@@ -173,6 +173,7 @@ std::vector<SCase> Raw() {
         {"Iso2BinReplacing", cdAndOlder, {"iso2bin", "-f", "@game.iso"}},
         {"Iso2BinWithPostgap", WriteCdWithoutPostgap, {"iso2bin", "@game.iso"}},
         {"Bin2Iso", bin, {"bin2iso", "@game.bin"}},
+        {"Cue2Iso", bin, {"bin2iso", "@game.cue"}},
     };
 }
 
@@ -224,7 +225,7 @@ std::vector<SCase> Postgap() {
     return {
         {"CheckPostgap", WriteCdWithoutPostgap, {"check-postgap", "@game.iso"}},
         {"CheckPostgapComplete", WriteCd, {"check-postgap", "@game.iso"}},
-        {"CheckPostgapDryRun", WriteCdWithoutPostgap, {"check-postgap", "--dry-run", "@game.iso"}},
+        {"CheckPostgapDryRun", WriteCd, {"check-postgap", "--dry-run", "@game.iso"}},
         {"AddPostgapUmd", WriteUmd, {"add-postgap", "--count", "3", "@game.iso"}},
         {"AddPostgapCd", WriteCdWithoutPostgap, {"add-postgap", "--count", "3", "@game.iso"}},
     };
@@ -255,17 +256,20 @@ std::vector<SCase> Inspecting() {
         {"InfoCso", become(WriteUmd, "iso2cso"), {"info", "@game.cso"}},
         {"InfoDax", become(WriteUmd, "iso2dax"), {"info", "--json", "@game.dax"}},
         {"InfoBin", become(WriteCd, "iso2bin"), {"info", "@game.bin"}},
+        {"InfoCue", become(WriteCd, "iso2bin"), {"info", "@game.cue"}},
         {"InfoLayout", layout, {"info", "@game.iml"}},
         {"VerifyIso", WriteCd, {"verify", "@game.iso"}},
         {"VerifyCso", become(WriteUmd, "iso2cso"), {"verify", "@game.cso"}},
         {"VerifyDax", become(WriteUmd, "iso2dax"), {"verify", "@game.dax"}},
         {"VerifyBin", become(WriteCd, "iso2bin"), {"verify", "@game.bin"}},
+        {"VerifyCue", become(WriteCd, "iso2bin"), {"verify", "@game.cue"}},
         {"VerifyLayout", layout, {"verify", "@game.iml"}},
         {"VerifyAgainst", two, {"verify", "@game.iso", "--against", "@game.cso"}},
         {"ListIso", WriteCd, {"list", "@game.iso"}},
         {"ListCso", become(WriteUmd, "iso2cso"), {"list", "@game.cso"}},
         {"ListDax", become(WriteUmd, "iso2dax"), {"list", "@game.dax"}},
         {"ListBin", become(WriteCd, "iso2bin"), {"list", "@game.bin"}},
+        {"ListCue", become(WriteCd, "iso2bin"), {"list", "@game.cue"}},
         {"ExtractIso", WriteCd, {"extract", "@game.iso", "-C", "@files"}},
         {"ExtractReplacing", older, {"extract", "-f", "@game.iso", "-C", "@"}},
         {"ExtractCso", become(WriteUmd, "iso2cso"), {"extract", "@game.cso", "-C", "@files"}},

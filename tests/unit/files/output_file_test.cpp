@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <filesystem>
 #include <random>
 
 #include "files/input_file.h"
@@ -271,6 +273,25 @@ TEST(InputFile, RefusesAFolder) {
     CInputFile input;
     EXPECT_FALSE(input.Open(folder.Path()));
 }
+
+#ifndef _WIN32
+
+TEST(OutputFile, ReplacingKeepsThePermissionsAndTheLink) {
+    const test::CTestFolder folder;
+    test::WriteText(folder / "real", "older");
+    std::filesystem::permissions(folder / "real", std::filesystem::perms{0640});
+    std::filesystem::create_symlink("real", folder / "link");
+    COutputFile output;
+    ASSERT_TRUE(output.Open(folder / "link", EOutputManner::CommitReplace));
+    output.Write(std::array<std::uint8_t, 3>{'n', 'e', 'w'});
+    ASSERT_TRUE(output.Commit()) << output.Problem();
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
+    EXPECT_EQ(test::ReadText(folder / "real"), "new");
+    EXPECT_EQ(std::filesystem::status(folder / "real").permissions(), std::filesystem::perms{0640});
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"link", "real"}));
+}
+
+#endif
 
 }  // namespace
 }  // namespace vantrel

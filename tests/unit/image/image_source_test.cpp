@@ -7,6 +7,7 @@
 #include "compress/cso.h"
 #include "compress/dax.h"
 #include "files/refused.h"
+#include "raw/sector.h"
 #include "tests/support/image_builder.h"
 
 namespace vantrel {
@@ -46,18 +47,15 @@ void ExpectSameBytes(CImageSource& source, const Bytes& image) {
     EXPECT_EQ(source.Fault(), "");
 }
 
-/// Writes raw sectors of alternating Mode 2 Form 1 and Mode 1, without EDC and parity, which reading ignores.
-void WriteRaw(const std::string& path, const Bytes& image) {
-    Bytes raw;
-    for (std::size_t sector = 0; sector * 2048 < image.size(); ++sector) {
-        Bytes bytes(2352);
-        std::fill(bytes.begin() + 1, bytes.begin() + 11, 0xFF);
-        bytes[15] = sector % 2 == 0 ? 2 : 1;
-        const auto data = image.begin() + static_cast<std::ptrdiff_t>(sector * 2048);
-        std::copy(data, data + 2048, bytes.begin() + (sector % 2 == 0 ? 24 : 16));
-        raw.insert(raw.end(), bytes.begin(), bytes.end());
+/// Raw sectors of alternating Mode 2 Form 1 and Mode 1.
+Bytes RawImage(const Bytes& image) {
+    Bytes raw(image.size() / kUserDataSize * kRawSectorSize);
+    for (std::size_t i = 0; i * kUserDataSize < image.size(); ++i) {
+        EncodeSector(i % 2 == 0 ? ESectorMode::Mode2Form1 : ESectorMode::Mode1, static_cast<std::uint32_t>(i),
+                     std::span(image).subspan(i * kUserDataSize).first<kUserDataSize>(),
+                     std::span(raw).subspan(i * kRawSectorSize).first<kRawSectorSize>());
     }
-    test::WriteWhole(path, raw);
+    return raw;
 }
 
 TEST(ImageSource, EveryFormContainsTheSameImage) {
@@ -67,9 +65,16 @@ TEST(ImageSource, EveryFormContainsTheSameImage) {
     COperation operation;
     IsoToCso(Compression(folder, "game.cso"), operation);
     IsoToDax(Compression(folder, "game.dax"), operation);
-    WriteRaw(folder / "game.bin", image);
-    for (const auto& [name, form] : {std::pair{"game.iso", EForm::Iso}, std::pair{"game.cso", EForm::Cso},
-                                     std::pair{"game.dax", EForm::Dax}, std::pair{"game.bin", EForm::Bin}}) {
+    test::WriteWhole(folder / "game.bin", RawImage(image));
+    Bytes track(20 * kRawSectorSize, 1);
+    const Bytes raw = RawImage(image);
+    track.insert(track.end(), raw.begin(), raw.end());
+    test::WriteWhole(folder / "tracks.bin", track);
+    test::WriteText(folder / "game.cue",
+                    "FILE tracks.bin BINARY\nTRACK 1 AUDIO\nINDEX 1 00:00:00\nTRACK 2 MODE2/2352\nINDEX 1 00:00:20\n");
+    for (const auto& [name, form] :
+         {std::pair{"game.iso", EForm::Iso}, std::pair{"game.cso", EForm::Cso}, std::pair{"game.dax", EForm::Dax},
+          std::pair{"game.bin", EForm::Bin}, std::pair{"game.cue", EForm::Cue}}) {
         SCOPED_TRACE(name);
         const auto source = OpenImage(folder / name);
         EXPECT_EQ(source->Form(), form);
@@ -97,6 +102,21 @@ TEST(ImageSource, ADamagedBlockEndsAReadAndOthersRemainReadable) {
                 testing::ThrowsMessage<CRefused>("game.cso: damaged block: its stream is damaged"));
 }
 
+TEST(ImageSource, ADamagedRawSectorIsUnreadable) {
+    const CTestFolder folder;
+    Bytes raw = RawImage(BuiltUmd());
+    raw[3 * kRawSectorSize + 500] ^= 1;
+    std::fill_n(raw.begin() + 5 * kRawSectorSize, kRawSectorSize, std::uint8_t{0});
+    test::WriteWhole(folder / "game.bin", raw);
+    Bytes buffer(4 * kUserDataSize);
+    const auto source = OpenImage(folder / "game.bin");
+    EXPECT_EQ(source->ReadAt(0, buffer), 3U * kUserDataSize);
+    EXPECT_EQ(source->Fault(), "wrong EDC");
+    EXPECT_EQ(source->ReadAt(4 * 2048, buffer), kUserDataSize);
+    EXPECT_EQ(source->Fault(), "no data sector, perhaps audio");
+    EXPECT_EQ(source->ReadAt(6 * 2048, buffer), buffer.size());
+}
+
 void ExpectRefusal(const std::string& content, const std::string& cause) {
     const CTestFolder folder;
     const std::string path = folder / "file";
@@ -107,7 +127,10 @@ void ExpectRefusal(const std::string& content, const std::string& cause) {
 TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
     ExpectRefusal("CISO", "the file is too short for a header");
     ExpectRefusal("CISO" + std::string(20, '\0'), "the header is not one of a CSO file");
-    ExpectRefusal("CISO" + std::string(20, '\1'), "the index does not fit the file");
+    ExpectRefusal("CISO" + std::string(12, '\1') + std::string("\0\x08\0\0\1\0\0\0", 8),
+                  "the index does not fit the file");
+    ExpectRefusal("CISO" + std::string(20, '\1'),
+                  "CSO block size 16843009 is not supported: it is not a power of two from 2048 to 1048576");
     ExpectRefusal("hello", "not a known kind of disc image");
     ExpectRefusal("[SYS]", "the form IML does not contain an image");
     EXPECT_THAT([] { OpenImage("/nowhere/at all"); },

@@ -31,7 +31,7 @@ TEST(Contents, AreWhatTheBuilderPutIn) {
         }
         const test::SBuiltImage built = test::BuildImage(description);
         const SContents contents = ContentsOf(built.bytes);
-        EXPECT_EQ(contents.folders, 15U);
+        EXPECT_EQ(contents.folders.size(), 15U);
         std::vector<std::string> expected;
         std::vector<std::string> found;
         for (const test::SBuiltFile& file : built.files) {
@@ -41,15 +41,15 @@ TEST(Contents, AreWhatTheBuilderPutIn) {
         }
         for (const SContentFile& file : contents.files) {
             EXPECT_TRUE(file.inside);
-            found.push_back(file.path + " " + std::to_string(file.sector) + " " + std::to_string(file.size));
+            found.push_back(file.path + " " + std::to_string(file.Sector()) + " " + std::to_string(file.Size()));
         }
         EXPECT_THAT(found, testing::UnorderedElementsAreArray(expected));
         EXPECT_TRUE(std::is_sorted(contents.files.begin(), contents.files.end(),
-                                   [](const auto& a, const auto& b) { return a.sector < b.sector; }));
+                                   [](const auto& a, const auto& b) { return a.Sector() < b.Sector(); }));
     }
 }
 
-TEST(Contents, AnImageCutAnywhereEnds) {
+TEST(Contents, TruncatedImages) {
     test::SImageDescription description;
     description.files = {{"A/B/C.BIN", test::RandomBytes(5000, 1)}, {"D.BIN", test::RandomBytes(5000, 2)}};
     const Bytes whole = test::BuildImage(description).bytes;
@@ -69,8 +69,56 @@ TEST(Contents, ADirectoryThatContainsItselfIsReadOnce) {
     const std::size_t record = std::size_t{root} * 2048 + image[std::size_t{root} * 2048] * std::size_t{2};
     test::Write32(image, record + 2, root);
     const SContents contents = ContentsOf(image);
-    EXPECT_EQ(contents.folders, 1U);
+    EXPECT_EQ(contents.folders.size(), 1U);
     EXPECT_TRUE(contents.files.empty());
+}
+
+/// An image with the root records A, B and C, whose flags and lengths a test changes.
+struct SRecords {
+    Bytes image;
+    std::size_t a;
+    std::size_t b;
+
+    SRecords() {
+        test::SImageDescription description;
+        description.files = {{"A.BIN", Bytes(4096, 1)}, {"B.BIN", Bytes(100, 2)}, {"C.BIN", Bytes(5, 3)}};
+        const test::SBuiltImage built = test::BuildImage(description);
+        image = built.bytes;
+        a = built.File("\\A.BIN").recordOffset;
+        b = built.File("\\B.BIN").recordOffset;
+    }
+    /// Makes B the second extent of A.
+    void Join() {
+        image[a + 25] = 0x80;
+        image[b + 33] = 'A';
+    }
+};
+
+TEST(Contents, ExtentsOfOneFileAreJoined) {
+    SRecords records;
+    records.Join();
+    const SContents contents = ContentsOf(records.image);
+    ASSERT_EQ(contents.files.size(), 2U);
+    EXPECT_EQ(contents.files[0].path, "A.BIN");
+    EXPECT_EQ(contents.files[0].extents.size(), 2U);
+    EXPECT_EQ(contents.files[0].Size(), 4196);
+    EXPECT_TRUE(contents.files[0].IsContiguous());
+    EXPECT_EQ(contents.files[1].path, "C.BIN");
+}
+
+TEST(Contents, ExtentsApartAreNotContiguous) {
+    SRecords records;
+    records.Join();
+    test::Write32(records.image, records.a + 10, 4095);
+    EXPECT_FALSE(ContentsOf(records.image).files[0].IsContiguous()) << "the first extent ends within a sector";
+    test::Write32(records.image, records.a + 10, 2048);
+    EXPECT_FALSE(ContentsOf(records.image).files[0].IsContiguous()) << "a sector lies between the extents";
+}
+
+TEST(Contents, AnotherNameEndsAContinuedFile) {
+    SRecords records;
+    records.image[records.a + 25] = 0x80;
+    EXPECT_EQ(ContentsOf(records.image).files.size(), 3U);
 }
 
 }  // namespace

@@ -28,12 +28,12 @@ TEST(NameProblemTest, RefusesEverywhereWhatLeavesTheFolder) {
 }
 
 TEST(NameProblemTest, RefusesOnWindowsWhatWindowsCannotHold) {
-    for (const char* name : {"A:B", "C:", "A*", "A?", "A\"B", "A<", "A>", "A|B", "A.", "A ", "CON", "con.txt", "NUL",
-                             "COM1", "lpt9.bin", "AUX .x", "PRN"}) {
+    for (const char* name : {"A:B", "C:", "A*", "A?", "A\"B", "A<", "A>", "A|B", "A..", "A ", "A .", "A\x01", "CON",
+                             "con.txt", "NUL", "COM1", "lpt9.bin", "AUX .x", "PRN"}) {
         EXPECT_EQ(NameProblem(name, ENameRules::Posix), "") << name;
         EXPECT_NE(NameProblem(name, ENameRules::Windows), "") << name;
     }
-    for (const char* name : {"CONS", "COM", "COM0", "COM10", "LPTX", "NULL.BIN", ".A"}) {
+    for (const char* name : {"CONS", "A.", "COM", "COM0", "COM10", "LPTX", "NULL.BIN", ".A"}) {
         EXPECT_EQ(NameProblem(name, ENameRules::Windows), "") << name;
     }
 }
@@ -54,6 +54,8 @@ TEST(FindClashTest, FindsAFileThatIsAFolderToo) {
 TEST(FindClashTest, FoldsCasesOnlyWhenAsked) {
     EXPECT_EQ(FindClash({"Dir\\a.bin", "DIR\\A.BIN"}, false).second, "");
     EXPECT_NE(FindClash({"Dir\\a.bin", "DIR\\A.BIN"}, true).second, "");
+    EXPECT_EQ(FindClash({"DIR.\\A", "DIR\\A."}, false).second, "");
+    EXPECT_NE(FindClash({"DIR.\\A", "DIR\\A."}, true).second, "");
 }
 
 TEST(FolderFoldsCaseTest, LeavesNothingBehind) {

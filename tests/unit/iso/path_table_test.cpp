@@ -138,11 +138,11 @@ TEST_F(PathTableTest, PathsBeyondTheLimitAreNotBuilt) {
     EXPECT_EQ(PathOf(26), "too long");
 }
 
-TEST_F(PathTableTest, ControlCharactersDoNotReachTheList) {
+TEST_F(PathTableTest, OnlyCharactersThatBreakALineAreReplaced) {
     AddRoot();
-    Add("A\r\nB\x1A", 23, 1);
+    Add("A\r\nB\x1A\x01\t\x1F", 23, 1);
     Read();
-    EXPECT_EQ(PathOf(1), "\\A__B_");
+    EXPECT_EQ(PathOf(1), "\\A__B_\x01\t\x1F");
 }
 
 }  // namespace

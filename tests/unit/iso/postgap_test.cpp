@@ -33,6 +33,12 @@ protected:
         return AddSelectivePostgap({m_path, manner, false, sectors}, m_operation);
     }
 
+    /// What a strict check says when it refuses.
+    std::string StrictFailure() {
+        return test::FailureOf([&] { CheckPostgap({m_path, EUpdateManner::UndoUnlessCommitted, true}, m_operation); });
+    }
+    void AddStrictly() { AddSelectivePostgap({m_path, EUpdateManner::UndoUnlessCommitted, true, 3}, m_operation); }
+
     static Bytes WithPostgap(Bytes image) {
         const std::size_t start = image.size();
         image.resize(start + 150 * kSector);
@@ -124,6 +130,58 @@ TEST_F(Postgap, OtherImagesCountAsDvds) {
         EXPECT_EQ(m_operation.CallsOf("notify This is PS2 DVD").size(), 1U);
         EXPECT_EQ(test::ReadWhole(m_path), image);
     }
+}
+
+TEST_F(Postgap, StrictRefusesWhatIsNoImage) {
+    Bytes unmarked = Image(test::EImageKind::Cd, test::EPostgap::Missing);
+    unmarked.at(32769) = 'X';
+    Bytes foreign = Image(test::EImageKind::Dvd, test::EPostgap::None);
+    foreign.at(32777) = 'X';
+    const std::string problem = m_path + " is no image of a PlayStation 2 CD or DVD or of a PSP UMD";
+    for (const Bytes& image : {Bytes(), Bytes(100, 1), Bytes(40'960, 'L'), unmarked, foreign}) {
+        test::WriteWhole(m_path, image);
+        EXPECT_EQ(StrictFailure(), problem);
+        EXPECT_EQ(test::FailureOf([&] { AddStrictly(); }), problem);
+        EXPECT_EQ(test::ReadWhole(m_path), image);
+    }
+}
+
+TEST_F(Postgap, StrictRefusesOtherLengths) {
+    Bytes image = Image(test::EImageKind::Cd, test::EPostgap::Missing);
+    image.resize(image.size() - 1);
+    test::WriteWhole(m_path, image);
+    EXPECT_EQ(StrictFailure(), m_path + " is no whole number of sectors long");
+    image.resize(image.size() + 1 + kSector);
+    test::WriteWhole(m_path, image);
+    EXPECT_EQ(StrictFailure(), m_path + " has " + std::to_string(image.size() / kSector) + " sectors, but its volume " +
+                                   std::to_string(image.size() / kSector + 149) +
+                                   ": that is neither a complete image nor one without its postgap");
+    EXPECT_EQ(test::ReadWhole(m_path), image);
+}
+
+TEST_F(Postgap, StrictAppendsOnce) {
+    const Bytes before = Image(test::EImageKind::Cd, test::EPostgap::Missing);
+    EXPECT_EQ(StrictFailure(), "did not fail");
+    EXPECT_EQ(StrictFailure(), "did not fail");
+    EXPECT_EQ(test::ReadWhole(m_path), WithPostgap(before));
+    EXPECT_EQ(m_operation.CallsOf("complete ").size(), 1U);
+}
+
+TEST_F(Postgap, StrictSelectiveReportsWhatItDid) {
+    const Bytes cd = Image(test::EImageKind::Cd, test::EPostgap::Missing);
+    AddStrictly();
+    EXPECT_EQ(m_operation.CallsOf("complete "),
+              std::vector<std::string>{"complete 0 sectors appended, volume size set to " +
+                                       std::to_string(cd.size() / kSector) + " sectors"});
+    m_operation = {};
+    const Bytes umd = Image(test::EImageKind::Umd, test::EPostgap::None);
+    AddStrictly();
+    EXPECT_EQ(m_operation.CallsOf("complete "),
+              std::vector<std::string>{"complete 3 sectors appended, volume size set to " +
+                                       std::to_string(umd.size() / kSector + 3) + " sectors"});
+    const Bytes dvd = Image(test::EImageKind::Dvd, test::EPostgap::None);
+    EXPECT_EQ(test::FailureOf([&] { AddStrictly(); }), m_path + " is a DVD image; no sectors are appended to one");
+    EXPECT_EQ(test::ReadWhole(m_path), dvd);
 }
 
 TEST_F(Postgap, MissingImage) {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "raw/sector.h"
 #include "tests/support/recording_operation.h"
 #include "tests/support/test_folder.h"
 
@@ -26,11 +27,14 @@ Bytes RawSector(std::uint8_t mode, std::uint64_t seed) {
     return sector;
 }
 
+/// Correct Mode 2 Form 1 sectors with random user data.
 Bytes RawSectors(std::size_t count) {
-    Bytes raw;
+    Bytes raw(count * kRawSectorSize);
     for (std::size_t i = 0; i < count; ++i) {
-        const Bytes sector = RawSector(2, i);
-        raw.insert(raw.end(), sector.begin(), sector.end());
+        const Bytes data = test::RandomBytes(kUserDataSize, i);
+        EncodeSector(ESectorMode::Mode2Form1, static_cast<std::uint32_t>(i),
+                     std::span<const std::uint8_t, kUserDataSize>(data),
+                     std::span(raw).subspan(i * kRawSectorSize).first<kRawSectorSize>());
     }
     return raw;
 }
@@ -94,11 +98,34 @@ TEST(BinToIso, IgnoresAPartialLastSector) {
         BinToIso(WindowBinToIso(folder.Path(), "my.game.bin"), operation);
         EXPECT_EQ(test::ReadWhole(folder / "new-my.iso"), DataOf(RawSectors(3)));
         EXPECT_THAT(operation.CallsOf("notify"), IsEmpty()) << "only a strict conversion reports it";
-        BinToIso({folder / "my.game.bin", folder / "out.iso", EOutputManner::CommitNew, true}, operation);
-        EXPECT_THAT(operation.CallsOf("notify"),
-                    ElementsAre("notify " + (folder / "my.game.bin") + ": the last " + std::to_string(rest) +
-                                " bytes are no whole sector and were left out"));
+        SBinToIsoRequest request = {folder / "my.game.bin", folder / "out.iso", EOutputManner::CommitNew, true};
+        const std::string problem = (folder / "my.game.bin") +
+                                    ": not whole sectors of 2352 bytes: " + std::to_string(rest) +
+                                    " bytes are left over";
+        EXPECT_EQ(FailureOf([&] { BinToIso(request, operation); }), problem);
+        EXPECT_THAT(folder.Names(), ElementsAre("my.game.bin", "new-my.iso"));
+        request.ignoreErrors = true;
+        BinToIso(request, operation);
+        EXPECT_EQ(test::ReadWhole(folder / "out.iso"), DataOf(RawSectors(3)));
+        EXPECT_THAT(operation.CallsOf("notify"), ElementsAre("notify " + problem));
     }
+}
+
+TEST(BinToIso, AStrictConversionNamesDamagedSectorsOfAllPieces) {
+    const CTestFolder folder;
+    Bytes raw = RawSectors(700);
+    for (const std::size_t sector : {0, 255, 256, 257, 699}) {
+        raw[sector * kRawSectorSize + 1000] ^= 1;
+    }
+    test::WriteWhole(folder / "game.bin", raw);
+    CRecordingOperation operation;
+    const std::string path = folder / "game.bin";
+    EXPECT_EQ(FailureOf([&] { BinToIso(RequestFor(folder, true), operation); }),
+              path + ": sector 0: wrong EDC\n" + path + ": sectors 255 to 257: wrong EDC\n" + path +
+                  ": sector 699: wrong EDC");
+    EXPECT_THAT(folder.Names(), ElementsAre("game.bin"));
+    BinToIso(RequestFor(folder, false), operation);
+    EXPECT_EQ(test::ReadWhole(folder / "out.iso"), DataOf(raw)) << "the window does not check";
 }
 
 TEST(BinToIso, ChecksTheFirstSectorOnly) {

@@ -57,6 +57,43 @@ TEST(SectorCheck, AcceptsForm2WithoutEdc) {
     EXPECT_FALSE(CheckSector(sector, 0).Any());
 }
 
+TEST(SectorCheck, OnlyForm2DataBeyondAnImageSectorIsReported) {
+    Sector sector = {};
+    EncodeSector(ESectorMode::Mode2Form1, 0, std::array<std::uint8_t, kUserDataSize>{}, sector);
+    sector[kSubHeaderOffset + 2] = sector[kSubHeaderOffset + 6] = 0x20;
+    std::fill(sector.begin() + kForm1EdcOffset, sector.end(), 0);
+    sector[kForm1EdcOffset - 1] = 1;
+    EXPECT_FALSE(CheckUserData(sector).Any());
+    for (const std::size_t offset : {kForm1EdcOffset, std::size_t{2347}}) {
+        Sector full = sector;
+        full[offset] = 1;
+        EXPECT_TRUE(CheckUserData(full).longData);
+        EXPECT_EQ(TextOf(CheckUserData(full)), "2324 bytes of Form 2 data");
+        EXPECT_FALSE(CheckSector(full, 0).Any()) << "the sector itself is correct";
+    }
+}
+
+TEST(SectorCheck, UserDataDoesNotDependOnAddressAndParity) {
+    Sector sector = Encoded(ESectorMode::Mode2Form1, 5);
+    sector[kAddressOffset] ^= 1;
+    sector[kPParityOffset] ^= 1;
+    EXPECT_FALSE(CheckUserData(sector).Any());
+    EXPECT_EQ(TextOf(CheckSector(sector, 5)), "wrong address, parity");
+}
+
+TEST(SectorCheck, ASectorWithoutSyncFieldIsAudio) {
+    Sector sector = Encoded(ESectorMode::Mode1, 0);
+    sector[0] = sector[11] = 1;
+    EXPECT_EQ(KindOfSector(sector), ESectorKind::Mode1) << "two wrong bytes";
+    EXPECT_TRUE(CheckUserData(sector).sync);
+    sector[5] = 1;
+    for (const Sector& audio : {sector, Sector{}}) {
+        EXPECT_EQ(KindOfSector(audio), ESectorKind::Audio);
+        EXPECT_EQ(CheckSector(audio, 0), SSectorFaults{.audio = true});
+        EXPECT_EQ(TextOf(CheckUserData(audio)), "no data sector, perhaps audio");
+    }
+}
+
 TEST(SectorCheck, ReportsOtherModes) {
     Sector sector = Encoded(ESectorMode::Mode2Form1, 0);
     sector[kModeOffset] = 0;

@@ -122,7 +122,7 @@ TEST_F(ExportFilesTest, TheGapFileCompletesTheImage) {
         // The leading file, the extracted files and the gaps put together are the image.
         CGapFileReader gaps;
         ASSERT_TRUE(gaps.Open(m_out / "game.gaps")) << gaps.Problem();
-        Bytes image(static_cast<std::size_t>(gaps.ImageLength()));
+        Bytes image(static_cast<std::size_t>(gaps.Origin().image.length));
         const Bytes leading = ReadWhole(m_out / "game.ims");
         std::copy_n(leading.begin(), std::size_t{m_image.headerEnd} * 2048, image.begin());
         for (const SBuiltFile& file : m_image.files) {
@@ -175,6 +175,9 @@ TEST_F(ExportFilesTest, SkipsNamesThatEndInASeparator) {
     Rename("\\ABCDEFGH", "A\\..\\..\\");
     Export();
     EXPECT_EQ(m_out.Names(), (std::vector<std::string>{"game.gaps", "game.iml", "game.ims"}));
+    EXPECT_EQ(m_operation.CallsOf("notify"),
+              std::vector<std::string>{"notify 1 files are not in the layout, which cannot represent them: A\\..\\..\\ "
+                                       "(without a name)"});
 }
 
 TEST_F(ExportRefusalTest, FilesThatClash) {
@@ -260,7 +263,8 @@ TEST_F(ExportFilesTest, AVolumeAsLargeAsAnyDisc) {
 
 TEST_F(ExportRefusalTest, DirectoriesBeyondTheImage) {
     SetFiles({{"A.BIN", Bytes(1, 1)}, {"DIR/B.BIN", Bytes(1, 1)}});
-    Write32(m_image.bytes, m_image.directories[1].pathTableOffset + 2, 100000);
+    // The record of DIR in the root, behind ".", ".." and A.BIN.
+    Write32(m_image.bytes, m_image.File("\\A.BIN").recordOffset + 40 + 2, 100000);
     SaveImage();
     m_request.extractionFolder.reset();
     ExpectRefusal("before its directory at sector 100000");
@@ -332,7 +336,7 @@ TEST_F(ExportFilesTest, NotifiesAboutAnUnknownMedium) {
 TEST_F(ExportFilesTest, ALayoutInAMissingFolderFails) {
     SetFiles({{"A.BIN", Bytes(1, 1)}});
     m_request.layoutPath = m_out / "missing/game.iml";
-    EXPECT_EQ(Failure().find("Cannot create " + (m_out / "missing/game.gaps")), 0U);
+    EXPECT_EQ(Failure().find("Code 4101 - Error Opening " + (m_out / "missing/game.ims")), 0U);
 }
 
 }  // namespace

@@ -19,13 +19,26 @@ protected:
     }
 
     /// The list, or the text of the failure.
-    std::string Outcome(bool strict = false) {
+    std::string Outcome() {
         WriteWhole(m_folder / "game.iso", m_image.bytes);
         const SWalkFilePaths sideFiles = WindowWalkFiles(m_folder.Path(), "game.iso");
-        const SWalkRequest request = {m_folder / "game.iso", sideFiles, strict};
         CRecordingOperation operation;
-        const std::string failure = FailureOf([&] { WalkIsoImage(request, operation); });
+        const std::string failure = FailureOf([&] { WalkIsoImage({m_folder / "game.iso", sideFiles}, operation); });
         return failure == "did not fail" ? ReadText(sideFiles.fileList) : failure;
+    }
+    /// The listed paths of a strict walk, or the text of the failure.
+    std::string Strict() {
+        WriteWhole(m_folder / "game.iso", m_image.bytes);
+        CRecordingOperation operation;
+        std::string paths;
+        const std::string failure = FailureOf([&] {
+            const SWalkedImage walked = WalkIsoImage({m_folder / "game.iso", std::nullopt, true}, operation);
+            m_notices = walked.notices;
+            for (const SWalkedFile& file : walked.files) {
+                paths += file.path + "\n";
+            }
+        });
+        return failure == "did not fail" ? paths : failure;
     }
 
     std::string Refusal() const { return "Code 9999 - invalid file header " + (m_folder / "game.iso"); }
@@ -33,6 +46,7 @@ protected:
 
     CTestFolder m_folder;
     SBuiltImage m_image;
+    std::vector<std::string> m_notices;
 };
 
 constexpr const char* kAllFiles =
@@ -61,7 +75,38 @@ TEST_F(HostileImageTest, ADirectoryThatContainsItself) {
 TEST_F(HostileImageTest, DirectoriesBeyondTheImage) {
     Write32(m_image.bytes, m_image.directories[2].pathTableOffset + 2, 0xFFFFFFFF);
     EXPECT_EQ(Outcome(), "00000019|00000BB8|00000002|\\A.BIN\r\n0000001B|0000000A|00000001|\\DIR\\B.BIN\r\n");
-    EXPECT_EQ(Outcome(true), (m_folder / "game.iso") + " ends at sector 29, before its directory at sector 4294967295");
+    EXPECT_EQ(m_notices.size(), 0U);
+    Strict();
+    EXPECT_EQ(m_notices, std::vector<std::string>{
+                             "The path table of " + (m_folder / "game.iso") +
+                             " disagrees with its directories: it names 2 of 3 directories, and 1 others; the "
+                             "layout follows the directories"});
+    // The record of SUB follows that of B.BIN.
+    const std::size_t file = RecordOf("\\DIR\\B.BIN");
+    Write32(m_image.bytes, file + m_image.bytes[file] + 2, 0xFFFFFFFF);
+    EXPECT_EQ(Strict(), (m_folder / "game.iso") + " ends at sector 29, before its directory at sector 4294967295");
+}
+
+TEST_F(HostileImageTest, AStrictWalkDoesNotNeedThePathTable) {
+    const std::string all = "A.BIN\nDIR\\B.BIN\nDIR\\SUB\\C.BIN\n";
+    EXPECT_EQ(Strict(), all);
+    EXPECT_TRUE(m_notices.empty());
+    const std::size_t table = std::size_t{m_image.pathTableSector} * 2048;
+    std::fill_n(m_image.bytes.begin() + static_cast<std::ptrdiff_t>(table), 2048, std::uint8_t{0});
+    EXPECT_EQ(Strict(), all);
+    ASSERT_EQ(m_notices.size(), 1U);
+    EXPECT_NE(m_notices[0].find("it names 0 of 3 directories"), std::string::npos) << m_notices[0];
+}
+
+TEST_F(HostileImageTest, AStrictWalkNamesFilesThatALayoutCannotList) {
+    m_image.bytes[RecordOf("\\A.BIN") + 25] = 4;
+    m_image.bytes[RecordOf("\\DIR\\B.BIN") + 25] = 1;
+    EXPECT_EQ(Strict(), "DIR\\B.BIN\nDIR\\SUB\\C.BIN\n");
+    EXPECT_EQ(m_notices,
+              (std::vector<std::string>{
+                  "1 files are not in the layout, which cannot represent them: A.BIN (associated)",
+                  "1 files have properties that the layout does not record; the leading structures keep them: "
+                  "DIR\\B.BIN (hidden)"}));
 }
 
 TEST_F(HostileImageTest, ADirectoryThatClaimsFourGigabytes) {
@@ -162,7 +207,8 @@ TEST_F(HostileImageTest, RandomDamage) {
             const std::size_t at = (16 + random() % 9) * 2048 + random() % 256;
             m_image.bytes[at] = static_cast<std::uint8_t>(random());
         }
-        Outcome(round % 2 == 0);
+        Outcome();
+        Strict();
     }
 }
 

@@ -146,8 +146,8 @@ TEST_F(LayoutWriterTest, EmptyPathsAreSkippedAndNotCounted) {
     m_image.files = {{0x19, 61, ""}, {0x1A, 1, "A"}, {0x1B, 1, ""}, {0x1C, 1, "DIR\\"}};
     EXPECT_EQ(
         Entries(),
-        "# the number of entries: 2\r\n#Start   End      Mode Fno Path\r\n0        24       2.1  0   \"out.ims\"\r\n"
-        "26       26       2.1  0   \"A\"\r\n[/LOC]\r\n\r\n");
+        "# the number of entries: 3\r\n#Start   End      Mode Fno Path\r\n0        24       2.1  0   \"out.ims\"\r\n"
+        "26       26       2.1  0   \"A\"\r\n28       28       2.1  0   \"DIR\\\"\r\n[/LOC]\r\n\r\n");
 }
 
 TEST_F(LayoutWriterTest, AnImageWithoutFilesHasItsLeadingEntryOnly) {

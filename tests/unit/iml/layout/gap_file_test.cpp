@@ -47,7 +47,7 @@ protected:
         const Areas areas = AreasWithData(image, uncovered);
         COutputFile output;
         ASSERT_TRUE(output.Open(m_folder / "out.gaps", EOutputManner::CommitReplace));
-        ASSERT_TRUE(WriteGapFile(image, areas, output));
+        ASSERT_TRUE(WriteGapFile(image, kOrigin, areas, output));
         ASSERT_TRUE(output.Commit());
     }
 
@@ -56,20 +56,25 @@ protected:
         return CGapFileReader().Open(m_folder / "some.gaps");
     }
 
+    static constexpr SGapOrigin kOrigin = {{5 * 2048 + 100, 0x89ABCDEF}, {1234, 0x10203040}};
+
     CTestFolder m_folder;
     Bytes m_image;
 };
 
 TEST_F(GapFileTest, HoldsAreasWithData) {
     Write({{2000, 2000}, {3 * 2048, 2048}, {4 * 2048, 2048}, {5 * 2048, 100}});
-    Bytes expected = {'I', 'M', 'L', 'G', 'A', 'P', 'S', '1'};
-    expected.resize(24 + 3 * 16);
+    Bytes expected = {'I', 'M', 'L', 'G', 'A', 'P', 'S', '2'};
+    expected.resize(40 + 3 * 16);
     Write64(expected, 8, 5 * 2048 + 100);
     Write32(expected, 16, 3);
+    Write32(expected, 20, 0x89ABCDEF);
+    Write64(expected, 24, 1234);
+    Write32(expected, 32, 0x10203040);
     const Areas areas = {{2000, 2000}, {3 * 2048, 2048}, {5 * 2048, 100}};
     for (std::size_t i = 0; i < areas.size(); ++i) {
-        Write64(expected, 24 + 16 * i, static_cast<std::uint64_t>(areas[i].position));
-        Write64(expected, 32 + 16 * i, static_cast<std::uint64_t>(areas[i].length));
+        Write64(expected, 40 + 16 * i, static_cast<std::uint64_t>(areas[i].position));
+        Write64(expected, 48 + 16 * i, static_cast<std::uint64_t>(areas[i].length));
         const auto start = m_image.begin() + areas[i].position;
         expected.insert(expected.end(), start, start + areas[i].length);
     }
@@ -80,7 +85,8 @@ TEST_F(GapFileTest, IsReadBack) {
     Write({{2000, 2000}, {5 * 2048, 100}});
     CGapFileReader reader;
     ASSERT_TRUE(reader.Open(m_folder / "out.gaps")) << reader.Problem();
-    EXPECT_EQ(reader.ImageLength(), 5 * 2048 + 100);
+    EXPECT_EQ(reader.Origin().image, kOrigin.image);
+    EXPECT_EQ(reader.Origin().layout, kOrigin.layout);
     ExpectAreas(reader.Areas(), {{2000, 2000}, {5 * 2048, 100}});
     Bytes data(100);
     EXPECT_EQ(reader.ReadAt(1, 0, data), 100U);
@@ -96,9 +102,10 @@ TEST_F(GapFileTest, HoldsTheLengthOfAnImageWithoutAreas) {
     Write({{4 * 2048, 2048}});
     CGapFileReader reader;
     ASSERT_TRUE(reader.Open(m_folder / "out.gaps"));
-    EXPECT_EQ(reader.ImageLength(), 5 * 2048 + 100);
+    EXPECT_EQ(reader.Origin().image, kOrigin.image);
+    EXPECT_EQ(reader.Origin().layout, kOrigin.layout);
     EXPECT_TRUE(reader.Areas().empty());
-    EXPECT_EQ(ReadWhole(m_folder / "out.gaps").size(), 24U);
+    EXPECT_EQ(ReadWhole(m_folder / "out.gaps").size(), 40U);
 }
 
 TEST_F(GapFileTest, RefusesDamagedFiles) {
@@ -119,11 +126,11 @@ TEST_F(GapFileTest, RefusesDamagedFiles) {
     EXPECT_FALSE(readsWith64(0, 0)) << "magic";
     EXPECT_FALSE(readsWith64(8, 5 * 2048 + 99)) << "an area beyond the image";
     EXPECT_FALSE(readsWith64(8, 0x8000000000000000U)) << "a negative length of the image";
-    EXPECT_FALSE(readsWith64(16, 0xFFFFFFFF)) << "a count beyond the file";
-    EXPECT_FALSE(readsWith64(24, 9000)) << "overlapping areas";
-    EXPECT_FALSE(readsWith64(24, 0xFFFFFFFFFFFFF000U)) << "a negative position";
-    EXPECT_FALSE(readsWith64(32, 0)) << "an area without length";
-    EXPECT_FALSE(readsWith64(40, 1000)) << "areas that do not ascend";
+    EXPECT_FALSE(readsWith64(16, 0x89ABCDEFFFFFFFFFU)) << "a count beyond the file";
+    EXPECT_FALSE(readsWith64(40, 9000)) << "overlapping areas";
+    EXPECT_FALSE(readsWith64(40, 0xFFFFFFFFFFFFF000U)) << "a negative position";
+    EXPECT_FALSE(readsWith64(48, 0)) << "an area without length";
+    EXPECT_FALSE(readsWith64(56, 1000)) << "areas that do not ascend";
 }
 
 TEST_F(GapFileTest, NamesTheProblem) {
@@ -133,6 +140,10 @@ TEST_F(GapFileTest, NamesTheProblem) {
     WriteText(m_folder / "text", "no gaps");
     EXPECT_FALSE(reader.Open(m_folder / "text"));
     EXPECT_EQ(reader.Problem(), (m_folder / "text") + ": not a gap file");
+    WriteText(m_folder / "old", "IMLGAPS1" + std::string(16, '\0'));
+    EXPECT_FALSE(reader.Open(m_folder / "old"));
+    EXPECT_EQ(reader.Problem(),
+              (m_folder / "old") + ": a gap file of an earlier version, without checksums; export the image again");
 }
 
 TEST(LayoutNamesTest, ReplaceTheExtension) {

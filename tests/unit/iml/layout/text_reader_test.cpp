@@ -101,6 +101,8 @@ TEST(LayoutPath, ResolvesBelowTheFolder) {
     EXPECT_EQ(resolver.Resolve("SUB\\NAME.BIN"), folder / "Sub/Name.Bin");
     EXPECT_EQ(resolver.Resolve("Sub/NAME.bin"), folder / "Sub/Name.Bin");
     EXPECT_EQ(resolver.Resolve("sub\\other"), folder / "Sub/other");
+    EXPECT_EQ(resolver.Resolve("sub.\\name.bin."), folder / "Sub/Name.Bin");
+    EXPECT_EQ(resolver.Resolve("sub\\other."), folder / "Sub/other.");
     EXPECT_EQ(resolver.Resolve(folder / "sub/name.bin"), folder / "Sub/Name.Bin");
     EXPECT_EQ(resolver.Resolve(""), folder.Path());
     CPathResolver literal("");

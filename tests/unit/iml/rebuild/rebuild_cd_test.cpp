@@ -50,6 +50,34 @@ TEST_F(RebuildCd, EverySizeInEveryPosition) {
     }
 }
 
+/// An export names the ".ims" file like the layout, the rebuild like its base name.
+TEST_F(RebuildCd, TheLeadingFileThatTheLayoutNames) {
+    Add(20, 20, "A.BIN", test::RandomBytes(100, 1));
+    WriteLayout();
+    const std::string text = test::ReadText(m_folder / "game.iml");
+    std::string named = text;
+    named.replace(named.find("game.ims"), 8, "slus_200.62.ims");
+    test::WriteText(m_folder / "slus_200.62.iml", named);
+    test::WriteWhole(m_folder / "slus_200.62.ims", m_leading);
+    const SRebuildRequest request = WindowRebuild(m_folder.Path(), "slus_200.62.iml");
+    EXPECT_EQ(request.leadingPath, m_folder / "slus_200.62.ims");
+    EXPECT_EQ(request.outputPath, m_folder / "slus_200.iso");
+    RebuildImage(request, m_operation);
+    RebuildImage(InPlace(), m_operation);
+    EXPECT_EQ(test::ReadWhole(m_folder / "slus_200.iso"), test::ReadWhole(m_folder / "game.iso"));
+    // The base name's file comes first.
+    test::WriteWhole(m_folder / "slus_200.ims", m_leading);
+    EXPECT_EQ(WindowRebuild(m_folder.Path(), "slus_200.62.iml").leadingPath, m_folder / "slus_200.ims");
+    // A name with folders, and one that does not exist, are not followed.
+    RemoveFile(m_folder / "slus_200.ims");
+    for (const char* other : {"..\\..\\slus_200.62.ims", "slus_999.ims"}) {
+        named = text;
+        named.replace(named.find("game.ims"), 8, other);
+        test::WriteText(m_folder / "slus_200.62.iml", named);
+        EXPECT_EQ(WindowRebuild(m_folder.Path(), "slus_200.62.iml").leadingPath, m_folder / "slus_200.ims");
+    }
+}
+
 TEST_F(RebuildCd, ShortFileLeavesTheNextAtItsSector) {
     Add(18, 22, "SHORT", test::RandomBytes(100, 1));
     Add(23, 23, "NEXT", test::RandomBytes(50, 2));
@@ -287,10 +315,10 @@ TEST_F(RebuildCd, CountBeyondTheFileIsRefused) {
     for (const char* count : {"100000", "2147483647"}) {
         m_layout.count = count;
         WriteLayout();
-        const std::string expected =
-            "The number of entries in the layout " + (m_folder / "game.iml") + " is larger than the file";
-        EXPECT_EQ(Failure(InPlace()), expected);
-        EXPECT_EQ(Failure(Strict()), expected);
+        EXPECT_EQ(Failure(InPlace()),
+                  "The number of entries in the layout " + (m_folder / "game.iml") + " is larger than the file");
+        EXPECT_EQ(Failure(Strict()),
+                  (m_folder / "game.iml") + ", line 24: the number of entries is " + count + ", but there are 2");
     }
 }
 
@@ -476,8 +504,10 @@ TEST_F(RebuildCd, StrictRebuildRefusesWhatTheWindowAccepts) {
     m_prefix = "";
     Add(18, 18, "A", test::RandomBytes(3, 1));
     const std::string iml = m_folder / "game.iml";
+    // A layout that starts in another way has no check of its lines before.
     const auto failure = [&] {
         WriteLayout();
+        test::WriteText(iml, test::ReadText(iml).replace(0, 5, "[sys]"));
         return Failure(Strict());
     };
     m_layout.count = "3";
@@ -497,7 +527,7 @@ TEST_F(RebuildCd, StrictRebuildRefusesWhatTheWindowAccepts) {
     };
     // Two lines behind a count line that comes too early, as in a damaged track table, there is no entry.
     EXPECT_EQ(replaced("[LOC]\r\n", "[LOC]\r\n# the number of entries: 2\r\n"),
-              "The layout " + iml + " has no entry of its leading structures");
+              iml + ", line 26: no entry: the path has to start with a quote in column 28");
     EXPECT_EQ(replaced("0        17 ", "0        -1 "),
               "The layout " + iml + " has no entry of its leading structures");
     WriteLayout();

@@ -1,149 +1,157 @@
-// The exact rebuild: placement and refusals.
-#include "iml/layout/gap_file.h"
-#include "tests/unit/iml/rebuild/rebuild_fixture.h"
+// The exact rebuild of exported images: what it places, and what it refuses before the image gets its name.
+#include <gtest/gtest.h>
+
+#include "iml/export/export.h"
+#include "iml/layout/layout_names.h"
+#include "iml/rebuild/rebuild.h"
+#include "tests/support/image_builder.h"
+#include "tests/support/recording_operation.h"
 
 namespace vantrel {
 namespace {
 
 using test::Bytes;
+using test::EEmptyFile;
+using test::SImageDescription;
 
-class RebuildExact : public RebuildTest {
+class RebuildExact : public testing::Test {
 protected:
-    RebuildExact() { m_prefix = ""; }
+    RebuildExact() {
+        m_description.files = {{"A.BIN", test::RandomBytes(2043, 1)},
+                               {"B.BIN", test::RandomBytes(2047, 2)},
+                               {"DIR/C.BIN", test::RandomBytes(5000, 3), 3}};
+        m_description.holeFill = 0x5A;
+        m_description.tailSectors = 4;
+    }
 
-    SRebuildRequest Exact() const {
-        SRebuildRequest request = Strict();
+    void Export(const Bytes& image) {
+        test::WriteWhole(m_folder / "disc.iso", image);
+        SExportRequest request;
+        request.imagePath = m_folder / "disc.iso";
+        request.layoutPath = m_folder / "game.iml";
         request.manner = EOutputManner::CommitReplace;
+        request.extractionFolder = m_folder.Path();
+        ExportImage(request, m_operation);
+        m_names = m_folder.Names();
+    }
+
+    void Export() { Export(test::BuildImage(m_description).bytes); }
+
+    /// An image with two records of the place of A.BIN.
+    Bytes ImageWithTwoNames() {
+        m_description.files[1].content = m_description.files[0].content;
+        const test::SBuiltImage built = test::BuildImage(m_description);
+        Bytes image = built.bytes;
+        const std::size_t first = built.File("\\A.BIN").recordOffset;
+        const std::size_t second = built.File("\\B.BIN").recordOffset;
+        std::copy_n(image.begin() + static_cast<std::ptrdiff_t>(first) + 2, 16,
+                    image.begin() + static_cast<std::ptrdiff_t>(second) + 2);
+        return image;
+    }
+
+    std::string ProblemOf(const std::string& leadingName = "game.ims") {
+        SRebuildRequest request;
+        request.layoutPath = m_folder / "game.iml";
+        request.leadingPath = m_folder / leadingName;
+        request.gapsPath = GapPathOf(request.layoutPath);
+        request.outputPath = m_folder / "game.iso";
+        request.manner = EOutputManner::CommitNew;
+        request.filesFolder = m_folder.Path();
+        request.strict = true;
         request.exact = true;
-        request.gapsPath = m_folder / "game.gaps";
-        return request;
+        return test::FailureOf([&] { RebuildImage(request, m_operation); });
     }
 
-    Bytes RebuiltExactly() {
-        RebuildImage(Exact(), m_operation);
-        return test::ReadWhole(m_folder / "game.iso");
+    void ExpectRefused(const std::string& problem) {
+        EXPECT_EQ(ProblemOf(), problem);
+        EXPECT_EQ(m_folder.Names(), m_names);
     }
 
-    /// Writes the layout for an image of `sectors` sectors; the volume size is that.
-    void WriteLayoutOf(std::uint32_t sectors) {
-        WriteLayout();
-        test::Write32(m_leading, 0x8050, sectors);
-        test::WriteWhole(m_folder / "game.ims", m_leading);
-    }
-
-    /// A gap file for an image of `length` bytes with one area.
-    void WriteGaps(std::uint64_t length, std::uint64_t position, const Bytes& data) {
-        Bytes file = {'I', 'M', 'L', 'G', 'A', 'P', 'S', '1'};
-        file.resize(40);
-        test::Write64(file, 8, length);
-        test::Write32(file, 16, 1);
-        test::Write64(file, 24, position);
-        test::Write64(file, 32, data.size());
-        file.insert(file.end(), data.begin(), data.end());
-        test::WriteWhole(m_folder / "game.gaps", file);
-    }
+    test::CTestFolder m_folder;
+    std::vector<std::string> m_names;
+    SImageDescription m_description;
+    test::CRecordingOperation m_operation;
 };
 
-TEST_F(RebuildExact, FilesAtTheirSectorsAndZerosElsewhere) {
-    Add(20, 21, "A", test::RandomBytes(3000, 1));
-    Add(22, 22, "EMPTY", {});
-    Add(22, 22, "B", test::RandomBytes(5, 2));
-    WriteLayoutOf(40);
-    Bytes expected = m_leading;
-    Put(expected, 20, test::RandomBytes(3000, 1));
-    Put(expected, 22, test::RandomBytes(5, 2));
-    expected.resize(40 * kSector);
-    EXPECT_EQ(RebuiltExactly(), expected);
-    EXPECT_EQ(m_operation.CallsOf("complete "), std::vector<std::string>{"complete Rebuilding [cd] ISO done!"});
+TEST_F(RebuildExact, AFileThatGrewWithinItsSectors) {
+    Export();
+    test::WriteWhole(m_folder / "A.BIN", test::RandomBytes(2048, 4));
+    ExpectRefused("A.BIN has 2048 bytes, but the image records 2043: an exact rebuild takes unchanged files");
 }
 
-TEST_F(RebuildExact, DvdFilesAtTheirSectorsToo) {
-    m_layout.media = test::ELayoutMedia::Dvd;
-    Add(20, 25, "A", test::RandomBytes(100, 1));
-    Add(26, 26, "B", test::RandomBytes(2048, 2));
-    m_layout.volumeLast = 29;
-    WriteLayoutOf(30);
-    Bytes expected(m_leading.begin(), m_leading.end() - kSector);
-    Put(expected, 20, test::RandomBytes(100, 1));
-    Put(expected, 26, test::RandomBytes(2048, 2));
-    Put(expected, 29, {m_leading.end() - kSector, m_leading.end()});
-    EXPECT_EQ(RebuiltExactly(), expected);
-    EXPECT_EQ(m_operation.CallsOf("complete "), std::vector<std::string>{"complete Rebuilding [dvd] ISO done!"});
+TEST_F(RebuildExact, AFileThatGrewOverItsNeighbour) {
+    Export();
+    test::WriteWhole(m_folder / "B.BIN", test::RandomBytes(2100, 4));
+    ExpectRefused("B.BIN has 2100 bytes, but the image records 2047: an exact rebuild takes unchanged files");
 }
 
-TEST_F(RebuildExact, FilesOverwriteStoredGaps) {
-    Add(20, 21, "A", test::RandomBytes(3000, 1));
-    WriteLayoutOf(40);
-    const Bytes gap = test::RandomBytes(5000, 3);
-    WriteGaps(30 * kSector + 77, 20 * kSector + 2900, gap);
-    Bytes expected = m_leading;
-    expected.resize(30 * kSector + 77);
-    std::copy(gap.begin(), gap.end(), expected.begin() + 20 * kSector + 2900);
-    const Bytes file = test::RandomBytes(3000, 1);
-    std::copy(file.begin(), file.end(), expected.begin() + 20 * kSector);
-    EXPECT_EQ(RebuiltExactly(), expected);
+TEST_F(RebuildExact, AFileWithOtherContent) {
+    Export();
+    test::WriteWhole(m_folder / "A.BIN", test::RandomBytes(2043, 4));
+    ExpectRefused("The image would differ from the one that " + (m_folder / "game.iml") +
+                  " was exported from: a file or the leading structures have changed");
 }
 
-TEST_F(RebuildExact, AnImageThatEndsWithinItsLeadingStructures) {
-    WriteLayoutOf(18);
-    const Bytes stored = test::RandomBytes(10, 3);
-    WriteGaps(17 * kSector + 77, 17 * kSector + 50, stored);
-    Bytes expected(m_leading.begin(), m_leading.begin() + 17 * kSector + 77);
-    std::copy(stored.begin(), stored.end(), expected.begin() + 17 * kSector + 50);
-    EXPECT_EQ(RebuiltExactly(), expected);
+TEST_F(RebuildExact, ContentInAnEmptyFileThatSharesASector) {
+    m_description.files[0] = {"A.BIN", {}, 0, EEmptyFile::SharesSector};
+    Export();
+    test::WriteWhole(m_folder / "A.BIN", test::RandomBytes(5, 4));
+    ExpectRefused("A.BIN has 5 bytes, but the image records it as empty, at the sector of B.BIN");
 }
 
-TEST_F(RebuildExact, StoredGapsReplaceTheTrailingSector) {
-    m_layout.media = test::ELayoutMedia::Dvd;
-    Add(20, 20, "A", test::RandomBytes(10, 1));
-    m_layout.volumeLast = 29;
-    WriteLayoutOf(30);
-    const Bytes anchor = test::RandomBytes(kSector, 4);
-    WriteGaps(30 * kSector, 29 * kSector, anchor);
-    Bytes expected(m_leading.begin(), m_leading.end() - kSector);
-    Put(expected, 20, test::RandomBytes(10, 1));
-    Put(expected, 29, anchor);
-    EXPECT_EQ(RebuiltExactly(), expected);
+TEST_F(RebuildExact, TwoNamesOfOnePlace) {
+    const Bytes image = ImageWithTwoNames();
+    Export(image);
+    EXPECT_EQ(ProblemOf(), "did not fail");
+    EXPECT_TRUE(test::ReadWhole(m_folder / "game.iso") == image);
+    RemoveFile(m_folder / "game.iso");
+    test::WriteWhole(m_folder / "B.BIN", test::RandomBytes(2043, 4));
+    ExpectRefused("A.BIN and B.BIN are two names of the same sectors, but their contents differ");
 }
 
-TEST_F(RebuildExact, FileThatDoesNotFitIsRefused) {
-    Add(20, 21, "A", test::RandomBytes(4097, 1));
-    WriteLayoutOf(40);
-    EXPECT_EQ(Failure(Exact()), "A has 4097 bytes, but its sectors in the image hold only 4096");
-    EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"A", "game.iml", "game.ims"}));
+TEST_F(RebuildExact, WithoutAGapFile) {
+    Export();
+    RemoveFile(m_folder / "game.gaps");
+    EXPECT_EQ(ProblemOf(), (m_folder / "game.gaps") +
+                               " is missing: an exact rebuild needs the gap file that \"vantrel iso2iml --extract\" "
+                               "writes");
 }
 
-TEST_F(RebuildExact, FilesThatShareTheirSectors) {
-    // For the second and third file at the same sectors, a layout records the last sector only.
-    Add(20, 22, "A", test::RandomBytes(5000, 1));
-    Add(22, 22, "B", test::RandomBytes(5000, 1));
-    Add(22, 22, "C", test::RandomBytes(5000, 1));
-    WriteLayoutOf(30);
-    Bytes expected = m_leading;
-    Put(expected, 20, test::RandomBytes(5000, 1));
-    expected.resize(30 * kSector);
-    EXPECT_EQ(RebuiltExactly(), expected);
-    test::WriteWhole(m_folder / "C", test::RandomBytes(3000, 1));
-    EXPECT_EQ(Failure(Exact()), "C has 3000 bytes, but its sectors in the image hold only 2048");
+TEST_F(RebuildExact, AGapFileOfAnotherLayout) {
+    Export();
+    const std::string layout = test::ReadText(m_folder / "game.iml");
+    test::WriteText(m_folder / "game.iml", layout + "\r\n");
+    ExpectRefused((m_folder / "game.gaps") + " belongs to another layout than " + (m_folder / "game.iml") +
+                  ": an exact rebuild needs both as one export wrote them");
 }
 
-TEST_F(RebuildExact, LeadingStructuresBehindAFileStay) {
-    Add(17, 17, "A", test::RandomBytes(10, 1));
-    WriteLayoutOf(18);
-    Bytes expected = m_leading;
-    const Bytes file = test::RandomBytes(10, 1);
-    std::copy(file.begin(), file.end(), expected.begin() + 17 * kSector);
-    EXPECT_EQ(RebuiltExactly(), expected);
-}
-
-TEST_F(RebuildExact, ImagesLargerThanAnyDiscAreRefused) {
-    Add(20, 20, "A", test::RandomBytes(10, 1));
-    WriteLayoutOf(1U << 24U);
-    EXPECT_EQ(Failure(Exact()), (m_folder / "game.ims") + " describes an image larger than any disc");
-    WriteGaps(1ULL << 36U, 0, {1});
-    EXPECT_EQ(Failure(Exact()), (m_folder / "game.gaps") + " describes an image larger than any disc");
+TEST_F(RebuildExact, AGapFileOfAnImageLargerThanAnyDisc) {
+    Export();
+    Bytes gaps = test::ReadWhole(m_folder / "game.gaps");
+    test::Write64(gaps, 8, 1ULL << 36U);
+    test::WriteWhole(m_folder / "game.gaps", gaps);
+    ExpectRefused((m_folder / "game.gaps") + " describes an image larger than any disc");
     test::WriteText(m_folder / "game.gaps", "something else");
-    EXPECT_EQ(Failure(Exact()), (m_folder / "game.gaps") + ": not a gap file");
+    ExpectRefused((m_folder / "game.gaps") + ": not a gap file");
+}
+
+TEST_F(RebuildExact, LeadingStructuresOfAnotherDisc) {
+    Export();
+    const Bytes leading = test::ReadWhole(m_folder / "game.ims");
+    m_description.files[0].path = "OTHER.BIN";
+    Bytes other = test::BuildImage(m_description).bytes;
+    other.resize(leading.size());
+    test::WriteWhole(m_folder / "other.ims", other);
+    EXPECT_TRUE(ProblemOf("other.ims").starts_with("The directories have no file A.BIN at sectors "));
+}
+
+TEST_F(RebuildExact, ChangedLeadingStructures) {
+    Export();
+    Bytes leading = test::ReadWhole(m_folder / "game.ims");
+    leading[5] ^= 1U;
+    test::WriteWhole(m_folder / "game.ims", leading);
+    ExpectRefused("The image would differ from the one that " + (m_folder / "game.iml") +
+                  " was exported from: a file or the leading structures have changed");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "image/inspect/fault_ranges.h"
+#include "raw/fault_ranges.h"
 
 namespace vantrel {
 

@@ -1,5 +1,5 @@
 // Faults are combined into ranges.
-#include "image/inspect/fault_ranges.h"
+#include "raw/fault_ranges.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

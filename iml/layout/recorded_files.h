@@ -1,0 +1,33 @@
+// The directory records behind the entries of a layout. The layout alone is ambiguous: it shortens the range of a file
+// that shares its first sector with another one. The records in the leading structures say where each file lies and how
+// long it is.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "files/byte_source.h"
+#include "iso/contents.h"
+
+namespace vantrel {
+
+class CRecordedFiles {
+public:
+    /// Reads the directories of the leading structures.
+    explicit CRecordedFiles(CByteSource& leading);
+
+    /// The record of the entry with this path and these sectors, both inclusive; null if there is none. The path may
+    /// start with a folder that the layout puts before every path.
+    const SContentFile* Find(const std::string& path, std::uint32_t first, std::uint32_t last) const;
+
+    /// A file with content at the same first sector, other than `file`; null if there is none.
+    const SContentFile* SharesSectorsWith(const SContentFile& file) const;
+
+private:
+    SContents m_contents;
+    std::multimap<std::string, const SContentFile*> m_byPath;
+    std::multimap<std::uint32_t, const SContentFile*> m_bySector;  ///< files with content
+};
+
+}  // namespace vantrel

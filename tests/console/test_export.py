@@ -1,0 +1,97 @@
+"""iso2iml of the built program: folders, stale companions, path texts; what it writes can be rebuilt."""
+import os
+import subprocess
+import unittest
+
+from support import IS_WINDOWS, ConsoleTest
+
+
+class Export(ConsoleTest):
+    def master(self, name, **files):
+        """An image with the marks of a PSP title; files are given as NAME="content"."""
+        source = self.path("src-" + name)
+        os.mkdir(source)
+        for file, content in files.items():
+            self.write("src-%s/%s.BIN" % (name, file.upper()), content.encode())
+        subprocess.run(["genisoimage", "-quiet", "-sysid", "PSP GAME", "-A", "PSP GAME", "-o", self.path(name), source],
+                       check=True, stderr=subprocess.DEVNULL)
+        image = bytearray(self.read(name))
+        image[33792:33800] = b"CD-XA001"
+        self.write(name, image)
+        return bytes(image)
+
+    def test_several_images_have_folders_of_their_own(self):
+        one = self.master("one.v1.iso", game="first", only1="1")
+        two = self.master("two.iso", game="second")
+        self.assert_done_in_batch(self.run_here("iso2iml", "one.v1.iso", "two.iso", "--extract", "files"))
+        self.assertEqual(sorted(os.listdir(self.path("files"))), ["one.v1", "two"])
+        self.assertEqual(self.read("files/one.v1/GAME.BIN"), b"first")
+        self.assertEqual(self.read("files/two/GAME.BIN"), b"second")
+        for name, image in ("one.v1", one), ("two", two):
+            self.assert_done(self.run_here("iml2iso", "--exact", "--files", os.path.join("files", name),
+                                           "-o", "again", "-f", name + ".iml"))
+            self.assertEqual(self.read("again"), image)
+
+    def assert_done_in_batch(self, result):
+        self.assertEqual(result.status, 0, result)
+        self.assertEqual(result.err.count("\n"), 1, result)
+
+    def test_without_a_folder_the_layouts_name_the_folders(self):
+        images = {"one": self.master("one.iso", game="first"), "two": self.master("two.iso", game="second")}
+        self.assert_done_in_batch(self.run_here("iso2iml", "--output-dir", "out", "one.iso", "two.iso", "--extract"))
+        for name, image in images.items():
+            self.assertIn(b'"%s\\GAME.BIN"' % name.encode(), self.read("out/%s.iml" % name))
+            self.assert_done(self.run_here("iml2iso", "--exact", os.path.join("out", name + ".iml")))
+            self.assertEqual(self.read("out/%s.iso" % name), image)
+
+    def test_layouts_are_verified_with_files_of_another_folder(self):
+        self.master("game.iso", game="first")
+        self.assert_done(self.run_here("iso2iml", "game.iso", "--extract", "files"))
+        self.assertEqual(self.run_here("verify", "game.iml").status, 1)
+        self.assertIn("GAME.BIN is missing", self.run_here("verify", "game.iml").out)
+        self.assert_done(self.run_here("verify", "--files", "files", "game.iml"))
+        self.assertIn("missing: none\n", self.run_here("info", "game.iml", "--files", "files").out)
+
+    def test_images_of_the_same_name_are_not_mixed(self):
+        for folder in "a", "b":
+            os.mkdir(self.path(folder))
+        result = self.run_here("iso2iml", "-f", os.path.join("a", "game.iso"), os.path.join("b", "Game.bin"),
+                               "--extract", "files")
+        self.assertEqual((result.status, result.out), (2, ""))
+        self.assertIn("two images have the name Game; export them one by one", result.err)
+
+    def test_one_image_needs_no_folder_of_its_own(self):
+        self.master("game.iso", game="first")
+        self.assert_done(self.run_here("iso2iml", "game.iso", "--extract", os.path.join("new", "files")))
+        self.assertEqual(os.listdir(self.path("new/files")), ["GAME.BIN"])
+
+    def test_a_stale_rest_of_an_earlier_export_is_refused(self):
+        self.master("game.iso", game="first")
+        self.assert_done(self.run_here("iso2iml", "game.iso", "--extract"))
+        before = self.state()
+        result = self.run_here("iso2iml", "-f", "game.iso")
+        self.assertEqual((result.status, result.err), (1, "vantrel iso2iml: game.iso: game.gaps of an earlier export "
+                                                          "would not belong to the new layout; use --extract again, "
+                                                          "or delete it\n"))
+        self.assertEqual(self.state(), before)
+        self.assert_done(self.run_here("iso2iml", "-f", "game.iso", "--extract"))
+        os.remove(self.path("game.gaps"))
+        self.assert_done(self.run_here("iso2iml", "-f", "game.iso"))
+
+    def test_a_path_ends_with_a_separator_of_its_own_kind(self):
+        self.master("game.iso", game="first")
+        own = "\\" if IS_WINDOWS else "/"
+        for path, text in (("C:\\Game_Folder", "\\Game_Folder\\GAME.BIN"), ("C:\\Game\\", "\\Game\\GAME.BIN"),
+                           ("/games/game/", "/games/game/GAME.BIN"), ("/games/game", "/games/game%sGAME.BIN" % own)):
+            self.assert_done(self.run_here("iso2iml", "-f", "game.iso", "--path", path))
+            self.assertIn(b'"%s"' % text.encode(), self.read("game.iml"))
+
+    @unittest.skipIf(IS_WINDOWS, "a folder of this system there")
+    def test_files_are_not_extracted_to_a_folder_of_another_system(self):
+        result = self.run_here("iso2iml", "game.iso", "--path", "C:\\Game", "--extract")
+        self.assertEqual(result.status, 2)
+        self.assertIn("--extract: needs a folder, because that of --path is one of another system", result.err)
+
+
+if __name__ == "__main__":
+    unittest.main()
