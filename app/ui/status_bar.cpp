@@ -173,7 +173,6 @@ void CStatusBar::PaintPane(HDC context, int pane) {
         FillRect(context, &line, GetSysColorBrush(COLOR_3DDKSHADOW));
     }
     rect.left += Scaled(m_window, kTextMargin);
-    rect.right -= Scaled(m_window, 1);
     const std::wstring& text = m_texts[static_cast<std::size_t>(pane)];
     if (pane == 0) {
         DrawTextW(context, text.c_str(), -1, &rect, kPaneText | DT_PATH_ELLIPSIS);

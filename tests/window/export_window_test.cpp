@@ -106,7 +106,7 @@ TEST_F(ExportWindowTest, TheDialogIsUsableAfterACancelledChoice) {
     box.Close();
     Require("browse button", [&] { return dialog.IsEnabled(IDC_BROWSE); });
     ExpectEnabled(dialog, {IDC_BROWSE, IDC_FULL_PATH, IDC_RELATIVE_PATH});
-    EXPECT_TRUE(dialog.AcceptsDrops());
+    Require("dropping", [&] { return dialog.AcceptsDrops(); });
     EXPECT_EQ(dialog.Text(IDC_OUTPUT_NAME), "");
 
     // A second attempt exports the image. A name without extension gets that of layouts.

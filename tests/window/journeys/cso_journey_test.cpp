@@ -80,7 +80,7 @@ TEST_F(CsoJourney, NothingHappensWithoutASelectedLevel) {
     dialog.Choose(m_folder / "game.iso");
     dialog.Select(IDC_COMPRESSION, -1);
     dialog.Press(IDC_ISO_TO_CSO);
-    Require("greyed buttons", [&] { return !dialog.IsEnabled(IDC_CSO_TO_ISO) && !dialog.IsEnabled(IDC_BROWSE); });
+    Require("greyed buttons", [&] { return !dialog.IsEnabled(IDC_ISO_TO_CSO) && !dialog.IsEnabled(IDC_BROWSE); });
     ExpectAllConversionsGreyed(dialog);
     EXPECT_TRUE(dialog.IsEnabled(IDC_COMPRESSION));
     EXPECT_FALSE(HasBox(m_program));

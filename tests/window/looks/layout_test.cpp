@@ -236,7 +236,7 @@ TEST(Layout, StatusPanesHaveRoomForTheirTexts) {
 
 /// The status bar sets a text that is too long with up to one pixel less between characters.
 TEST(Layout, StatusPanesHaveRoomForTheStartTexts) {
-    constexpr int kMargins = 3;
+    constexpr int kMargin = 2;
     const CShippedDialog dialog(IDD_MAIN);
     std::list<CIconButton> buttons;
     CStatusBar bar;
@@ -248,7 +248,7 @@ TEST(Layout, StatusPanesHaveRoomForTheStartTexts) {
                                     L"Converting ISO2BIN, please Wait", L"Converting bin2iso, please Wait",
                                     L"Rebuilding ISO, please Wait", L"checking ISO postgap, please Wait"}) {
         const LONG squeezed = static_cast<LONG>(text.size()) * Scaled(bar.Handle(), 1);
-        EXPECT_LE(Extent(bar.Handle(), text).cx - squeezed, place.right - place.left - Scaled(bar.Handle(), kMargins))
+        EXPECT_LE(Extent(bar.Handle(), text).cx - squeezed, place.right - place.left - Scaled(bar.Handle(), kMargin))
             << Utf8Of(text);
     }
 }
