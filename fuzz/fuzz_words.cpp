@@ -119,7 +119,8 @@ void SplitName(const std::string& path) {
     const SPathParts parts = SplitPath(path);
     Expect(parts.drive + parts.folder + parts.name + parts.extension == path, "the parts of a path make up the path");
     const std::string base = BaseNameOf(FileNameOf(path));
-    Expect(base.size() <= 30 && base.find('.') == std::string::npos, "a base name has 30 bytes at most and no dot");
+    Expect(WideOf(base).size() <= 30 && base.find('.') == std::string::npos,
+           "a base name has 30 characters at most and no dot");
     Expect(Utf8Of(WideOf(path)) == path, "every name survives the conversion to UTF-16");
 }
 

@@ -69,11 +69,7 @@ std::optional<SListHead> ReadListHead(CInputFile& layout, std::int64_t position,
     return head;
 }
 
-std::string LeadingNameIn(const std::string& layoutPath) {
-    CInputFile layout;
-    if (!layout.Open(layoutPath)) {
-        return {};
-    }
+std::string LeadingNameIn(CInputFile& layout) {
     const SLayoutShape& shape = IsDvdLetter(MediaLetterOf(layout)) ? kDvdShape : kCdShape;
     const std::optional<std::int64_t> position = FindListHead(layout, shape.hashes);
     CLineBuffer line;

@@ -45,7 +45,7 @@ std::optional<std::int64_t> FindListHead(CInputFile& layout, int hashes);
 std::optional<SListHead> ReadListHead(CInputFile& layout, std::int64_t position, CLineBuffer& line);
 
 /// The name of the ".ims" file in the entry of the leading structures; empty if the layout cannot be read that far.
-std::string LeadingNameIn(const std::string& layoutPath);
+std::string LeadingNameIn(CInputFile& layout);
 
 /// A file in the list.
 struct SListedFile {

@@ -72,7 +72,12 @@ bool SLayoutFile::Fits() const {
 std::string FindLeadingStructures(const std::string& layoutPath) {
     const std::string folder = FolderOf(layoutPath);
     const std::string byBase = ResolveFileCase(folder + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
-    const std::string named = LeadingNameIn(layoutPath);
+    CInputFile layout;
+    if (!layout.Open(layoutPath) && FileKindOf(layoutPath) != EFileKind::Missing) {
+        throw CRefused(layoutPath + ": " + LastFileError());
+    }
+    const std::string named = LeadingNameIn(layout);
+    RefuseIfUnread(layout);
     for (const std::string& path : {named.empty() ? byBase : ResolveFileCase(folder + named), byBase,
                                     ResolveFileCase(LeadingPathOf(layoutPath))}) {
         if (FileKindOf(path) != EFileKind::Missing) {
@@ -103,9 +108,12 @@ SLayoutSummary SummarizeLayout(const std::string& layoutPath, const std::string&
     summary.leadingFound = FileKindOf(summary.leadingPath) == EFileKind::File;
     CPathResolver resolver(filesFolder);
     CInputFile leading;
-    leading.Open(summary.leadingPath);
+    if (summary.leadingFound && !leading.Open(summary.leadingPath)) {
+        throw CRefused(summary.leadingPath + ": " + LastFileError());
+    }
     ReadFiles(layout, *head, head->entries - shape.unplaced, resolver, CRecordedFiles(leading), summary);
     RefuseIfUnread(layout);
+    RefuseIfUnread(leading);
     return summary;
 }
 

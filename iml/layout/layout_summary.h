@@ -28,7 +28,7 @@ struct SLayoutSummary {
 };
 
 /// The ".ims" file of a layout: the one beside it that its leading entry names, else the one with its base name, else
-/// the one with its whole name.
+/// the one with its whole name. Throws CRefused if the layout exists but cannot be read.
 std::string FindLeadingStructures(const std::string& layoutPath);
 
 /// Reads a layout and looks for its files; relative paths start at `filesFolder` (with its separator). Throws CRefused

@@ -30,9 +30,10 @@ bool CanBeOpened(const std::string& path) {
 /// with a long name or several dots has written.
 std::string WindowLeadingPath(const std::string& folder, const std::string& base, const std::string& layoutPath) {
     const std::string byBase = ResolveFileCase(base + ".ims");
-    const std::string name = CanBeOpened(byBase) ? std::string() : LeadingNameIn(layoutPath);
-    const std::string named = ResolveFileCase(folder + name);
-    return !name.empty() && CanBeOpened(named) ? named : byBase;
+    CInputFile layout;
+    const std::string name = !CanBeOpened(byBase) && layout.Open(layoutPath) ? LeadingNameIn(layout) : std::string();
+    const std::string named = name.empty() ? byBase : ResolveFileCase(folder + name);
+    return CanBeOpened(named) ? named : byBase;
 }
 
 }  // namespace
