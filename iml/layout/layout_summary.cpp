@@ -73,8 +73,12 @@ std::string FindLeadingStructures(const std::string& layoutPath) {
     const std::string folder = FolderOf(layoutPath);
     const std::string byBase = ResolveFileCase(folder + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
     CInputFile layout;
-    if (!layout.Open(layoutPath) && FileKindOf(layoutPath) != EFileKind::Missing) {
-        throw CRefused(layoutPath + ": " + LastFileError());
+    if (!layout.Open(layoutPath)) {
+        const std::string problem = layoutPath + ": " + LastFileError();
+        if (FileKindOf(layoutPath) == EFileKind::Missing) {
+            return byBase;
+        }
+        throw CRefused(problem);
     }
     const std::string named = LeadingNameIn(layout);
     RefuseIfUnread(layout);
