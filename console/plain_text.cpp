@@ -29,7 +29,8 @@ struct SValueText {
     std::string operator()(double value) const { return Format(" %.1f\n", value); }
     /// Damaged names may contain NUL; the text ends there.
     std::string operator()(const std::string& text) const {
-        return Format(" %s\n", escape ? Escaped(text.c_str()).c_str() : text.c_str());
+        const std::string shown = text.substr(0, text.find('\0'));
+        return ' ' + (escape ? Escaped(shown) : shown) + '\n';
     }
     std::string operator()(const CReport::Object& members) const { return '\n' + LinesOf(members, indent, escape); }
 

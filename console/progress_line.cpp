@@ -60,7 +60,7 @@ std::string ProgressText(const std::string& name, const SProgressState& state, i
     return ShortenedTo(std::max(columns - ColumnsOf(tail), 0), name) + tail;
 }
 
-CProgressLine::CProgressLine(bool shown, std::string name, std::int64_t totalBytes)
+CProgressLine::CProgressLine(bool shown, const std::string& name, std::int64_t totalBytes)
     : m_shown(shown), m_name(Escaped(name)), m_totalBytes(totalBytes) {}
 
 void CProgressLine::Update(std::int64_t done, std::int64_t total) {

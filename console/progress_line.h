@@ -25,7 +25,7 @@ std::string ProgressText(const std::string& name, const SProgressState& state, i
 class CProgressLine {
 public:
     /// If `shown` is false, because stderr is not a terminal or the user wants no messages, no call does anything.
-    CProgressLine(bool shown, std::string name, std::int64_t totalBytes);
+    CProgressLine(bool shown, const std::string& name, std::int64_t totalBytes);
     CProgressLine(const CProgressLine&) = delete;
     CProgressLine& operator=(const CProgressLine&) = delete;
     ~CProgressLine() { Clear(); }

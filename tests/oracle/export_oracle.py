@@ -216,8 +216,8 @@ def check_refusals(image, work):
         sys.exit("a missing image is not named")
     if work + "/none/out.ims" not in refused(image, "-o", work + "/none/out.iml"):
         sys.exit("a missing folder is not named")
-    if "no-such-folder" not in refused(image, "-o", layout, "--extract=" + work + "/no-such-folder/below"):
-        sys.exit("a missing folder for extraction is not named")
+    if damaged not in refused(image, "-o", layout, "--extract=" + damaged + "/below"):
+        sys.exit("a file in the way of the extraction is not named")
     check("files after refusals", sorted(os.listdir(work)), before)
     run(vantrel, "iso2iml", image, "-o", layout, "--extract")
     written = {name: os.stat(os.path.join(work, name)).st_mtime_ns for name in os.listdir(work)}
