@@ -115,7 +115,8 @@ SLayoutSummary SummarizeLayout(const std::string& layoutPath, const std::string&
     if (summary.leadingFound && !leading.Open(summary.leadingPath)) {
         throw CRefused(summary.leadingPath + ": " + LastFileError());
     }
-    ReadFiles(layout, *head, head->entries - shape.unplaced, resolver, CRecordedFiles(leading), summary);
+    const CRecordedFiles records = summary.leadingFound ? CRecordedFiles(leading) : CRecordedFiles();
+    ReadFiles(layout, *head, head->entries - shape.unplaced, resolver, records, summary);
     RefuseIfUnread(layout);
     RefuseIfUnread(leading);
     return summary;

@@ -14,8 +14,13 @@ namespace vantrel {
 
 class CRecordedFiles {
 public:
+    /// Without any record.
+    CRecordedFiles() = default;
     /// Reads the directories of the leading structures.
     explicit CRecordedFiles(CByteSource& leading);
+
+    CRecordedFiles(const CRecordedFiles&) = delete;
+    CRecordedFiles& operator=(const CRecordedFiles&) = delete;
 
     /// The record of the entry with this path and these sectors, both inclusive; null if there is none. The path may
     /// start with a folder that the layout puts before every path.
