@@ -51,8 +51,8 @@ EDaxFault CDaxReader::ReadAreas() {
     }
     std::uint32_t plainFrames = 0;
     for (std::uint32_t area = 0; area < AreaCount(); ++area) {
-        const std::uint32_t first = areas.Get(2 * area);
-        const std::uint32_t count = areas.Get(2 * area + 1);
+        const std::uint32_t first = areas.Get(std::uint64_t{2} * area);
+        const std::uint32_t count = areas.Get(std::uint64_t{2} * area + 1);
         if (first > FrameCount() || count > FrameCount() - first || count > FrameCount() - plainFrames) {
             return EDaxFault::Tables;
         }

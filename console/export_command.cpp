@@ -63,7 +63,7 @@ public:
     }
 
     std::string UsageProblem() const override {
-        const std::string problem = CConversionCommand::UsageProblem();
+        std::string problem = CConversionCommand::UsageProblem();
         if (!problem.empty() || !m_extract) {
             return problem;
         }

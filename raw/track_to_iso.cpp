@@ -133,7 +133,7 @@ void RefuseOverwriting(const SRawDisc& disc, const std::string& output, COperati
 /// Each problem in a line of its own, behind the file that has it.
 void AddLines(std::string& text, const std::string& path, const std::vector<std::string>& problems) {
     for (const std::string& problem : problems) {
-        text += (text.empty() ? "" : "\n") + path + ": " + problem;
+        text.append(text.empty() ? "" : "\n").append(path).append(": ").append(problem);
     }
 }
 

@@ -43,6 +43,10 @@ std::string UnlistedBecause(const SContentFile& file) {
     return file.IsContiguous() ? "" : "in separate extents";
 }
 
+std::string Named(const std::string& path, const std::string& property) {
+    return Format("%s (%s)", path.c_str(), property.c_str());
+}
+
 /// A property of a listed file that a layout does not record, or empty.
 std::string UnrecordedProperty(const SContentFile& file) {
     if (file.extents.size() > 1) {
@@ -129,11 +133,11 @@ private:
         for (const SContentFile& file : m_contents.files) {
             const std::string path = LineName(file.path);
             if (const std::string reason = UnlistedBecause(file); !reason.empty()) {
-                unlisted.push_back(path + " (" + reason + ")");
+                unlisted.push_back(Named(path, reason));
                 continue;
             }
             if (const std::string property = UnrecordedProperty(file); !property.empty()) {
-                special.push_back(path + " (" + property + ")");
+                special.push_back(Named(path, property));
             }
             m_walk.files.push_back({file.Sector(), file.Size(), path});
         }

@@ -71,7 +71,7 @@ bool SLayoutFile::Fits() const {
 
 std::string FindLeadingStructures(const std::string& layoutPath) {
     const std::string folder = FolderOf(layoutPath);
-    const std::string byBase = ResolveFileCase(folder + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
+    std::string byBase = ResolveFileCase(folder + BaseNameOf(FileNameOf(layoutPath)) + ".ims");
     CInputFile layout;
     if (!layout.Open(layoutPath)) {
         const std::string problem = layoutPath + ": " + LastFileError();

@@ -19,7 +19,7 @@ void PlaceFiles(const CPlacements& placements, CImageWriter& writer, COperation&
         const SPlacement& file = placements.Files()[i];
         placing.Show(file);
         // The product has 32 bits and wraps at 4 GiB.
-        writer.Seek(file.first * static_cast<std::uint32_t>(kSectorSize));
+        writer.Seek(static_cast<std::uint32_t>(file.first * kSectorSize));
         placing.Place(file, placements.GapBehind(i));
     }
 }
