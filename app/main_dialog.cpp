@@ -94,7 +94,8 @@ LRESULT CMainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         case WM_ACTIVATE: {
             const LRESULT result = Default(message, wParam, lParam);
-            if (LOWORD(wParam) != WA_INACTIVE) {
+            // A minimised window gets back its focus when it is restored.
+            if (LOWORD(wParam) != WA_INACTIVE && HIWORD(wParam) == 0) {
                 LeaveGreyedControl(GetFocus());
             }
             return result;
