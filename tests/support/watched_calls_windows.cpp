@@ -70,7 +70,9 @@ HANDLE WINAPI WatchedCreateFile(LPCWSTR path, DWORD access, DWORD sharing, LPSEC
                                 DWORD disposition, DWORD attributes, HANDLE pattern) {
     const bool written = (access & GENERIC_WRITE) != 0;
     // Without access rights, the call only examines the file.
-    if (FailsAt(path, access == 0 ? ECall::Look : ECall::Open, EFailure::Device, written)) {
+    // Without access to the data, a file is only looked at or gets its date.
+    const bool looks = access == 0 || access == FILE_WRITE_ATTRIBUTES;
+    if (FailsAt(path, looks ? ECall::Look : ECall::Open, EFailure::Device, written)) {
         return INVALID_HANDLE_VALUE;
     }
     const HANDLE file = __real___imp_CreateFileW(path, access, sharing, security, disposition, attributes, pattern);

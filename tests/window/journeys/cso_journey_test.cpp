@@ -131,7 +131,8 @@ TEST_F(CsoJourney, ClosedWindowStillFinishesTheContainer) {
     dialog.Press(IDC_ISO_TO_CSO);
     Require("progress", [&] { return dialog.ProgressPosition().value_or(0) > 10; });
     dialog.PressCloseBox();
-    EXPECT_EQ(m_program.WaitForEnd(kConversion), 0u);
+    WaitForBox(m_program, kConversion).Close();
+    EXPECT_EQ(m_program.WaitForEnd(), 0u);
     EXPECT_TRUE(ReadWhole(m_folder / "game.cso") == CsoByHand(image, 9));
 }
 
