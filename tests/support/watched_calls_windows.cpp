@@ -69,8 +69,7 @@ DWORD TransferOf(HANDLE file, DWORD count) {
 HANDLE WINAPI WatchedCreateFile(LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
                                 DWORD disposition, DWORD attributes, HANDLE pattern) {
     const bool written = (access & GENERIC_WRITE) != 0;
-    // Without access rights, the call only examines the file.
-    // Without access to the data, a file is only looked at or gets its date.
+    // Without access to the data, the call examines the file or prepares to set its date.
     const bool looks = access == 0 || access == FILE_WRITE_ATTRIBUTES;
     if (FailsAt(path, looks ? ECall::Look : ECall::Open, EFailure::Device, written)) {
         return INVALID_HANDLE_VALUE;
