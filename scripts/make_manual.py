@@ -93,7 +93,7 @@ def manual(commands, version):
         if command.notes:
             out += [".PP", ".nf", roff(command.notes), ".fi"]
     out += [".SH EXIT STATUS", ".TP", "0", "Done.", ".TP", "1",
-            "A conversion failed, or a file that was looked at is damaged or differs.", ".TP", "2", "Wrong usage.",
+            "A conversion failed, or an inspected file is damaged or differs.", ".TP", "2", "Wrong usage.",
             ".TP", "129, 130, 143",
             "Ended by a signal: hang-up, Ctrl-C, termination (128 and the number of the signal). Nothing unfinished is "
             "left. A signal that is ignored at the start, as under nohup, stays ignored.", ".TP", "141",

@@ -104,7 +104,7 @@ class Json(ConsoleTest):
         self.check("verify --against", self.reports("verify", "psp.cso", "psp.dax", "--against", "psp.iso")
                    + self.reports("verify", "psp.cso", "--against", "cd.iso"))
         self.check("list", self.reports("list", *files[:-1]))
-        self.check("A file that cannot be looked at", self.reports("info", "text.iso"))
+        self.check("A file that cannot be read", self.reports("info", "text.iso"))
 
     def test_a_failing_file_has_an_object_too(self):
         for command in "info", "verify", "list":
