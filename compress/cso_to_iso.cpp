@@ -2,9 +2,9 @@
 #include <utility>
 
 #include "compress/block_pipeline.h"
+#include "compress/completion.h"
 #include "compress/cso.h"
 #include "compress/cso_reader.h"
-#include "compress/finish.h"
 #include "files/checked_file.h"
 #include "files/path.h"
 #include "operation/progress.h"
@@ -33,7 +33,7 @@ public:
         m_operation.Yield();
         ExpandBlocks(count);
         m_output.CommitOrFail();
-        FinishConversion(m_request, m_output, count, "ciso decompress cso2iso Done !", m_operation);
+        CompleteConversion(m_request, m_output, count, "ciso decompress cso2iso Done !", m_operation);
     }
 
 private:

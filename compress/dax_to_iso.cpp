@@ -3,9 +3,9 @@
 #include <utility>
 
 #include "compress/block_pipeline.h"
+#include "compress/completion.h"
 #include "compress/dax.h"
 #include "compress/dax_reader.h"
-#include "compress/finish.h"
 #include "files/checked_file.h"
 #include "operation/progress.h"
 #include "operation/text.h"
@@ -99,8 +99,9 @@ private:
         if (m_request.strict) {
             m_output.CommitOrFail();
         }
-        const bool completed = FinishConversion(m_request, m_output, m_dax.FrameCount(), "Decompression dax2iso Done !",
-                                                m_operation, [this] { CloseFiles(); });
+        const bool completed =
+            CompleteConversion(m_request, m_output, m_dax.FrameCount(), "Decompression dax2iso Done !", m_operation,
+                               [this] { CloseFiles(); });
         if (!completed) {
             m_output.LeaveOpen();
             m_dax.LeaveOpen();

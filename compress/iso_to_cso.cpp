@@ -3,9 +3,9 @@
 #include <utility>
 
 #include "compress/block_pipeline.h"
+#include "compress/completion.h"
 #include "compress/cso.h"
 #include "compress/cso_header.h"
-#include "compress/finish.h"
 #include "compress/number_table.h"
 #include "compress/psp_image.h"
 #include "files/checked_file.h"
@@ -46,7 +46,7 @@ public:
         WriteIndex();
         m_image.Close();
         m_output.CommitOrFail();
-        FinishConversion(m_request, m_output, m_blockCount, "Compression iso2cso Done !", m_operation);
+        CompleteConversion(m_request, m_output, m_blockCount, "Compression iso2cso Done !", m_operation);
     }
 
 private:

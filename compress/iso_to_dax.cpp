@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "compress/block_pipeline.h"
+#include "compress/completion.h"
 #include "compress/dax.h"
 #include "compress/dax_header.h"
-#include "compress/finish.h"
 #include "compress/number_table.h"
 #include "compress/psp_image.h"
 #include "files/checked_file.h"
@@ -46,7 +46,7 @@ public:
         }
         WriteTables();
         m_output.CommitOrFail();
-        FinishConversion(m_request, m_output, m_wholeFrames, "Compression iso2dax Done !", m_operation);
+        CompleteConversion(m_request, m_output, m_wholeFrames, "Compression iso2dax Done !", m_operation);
     }
 
 private:

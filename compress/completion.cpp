@@ -1,11 +1,11 @@
-#include "compress/finish.h"
+#include "compress/completion.h"
 
 #include "operation/text.h"
 
 namespace vantrel {
 
-bool FinishConversion(const SCompressionRequest& request, const COutputFile& output, std::int64_t units,
-                      const char* doneText, COperation& operation, const std::function<void()>& closeFiles) {
+bool CompleteConversion(const SCompressionRequest& request, const COutputFile& output, std::int64_t units,
+                        const char* doneText, COperation& operation, const std::function<void()>& closeFiles) {
     operation.SetDone(units);
     operation.SetPane(EPane::File, request.outputPath);
     operation.SetPane(EPane::Percent, "100%");
