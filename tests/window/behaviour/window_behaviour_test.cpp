@@ -83,14 +83,16 @@ private:
     int m_height = 0;
 };
 
-/// The picture, once two in a row are equal.
+/// The picture, once many in a row are equal.
 CClientPicture SettledPicture(HWND window) {
+    constexpr int kEnough = 15;
     CClientPicture last(window);
+    int equal = 0;
     Require("settled window", [&] {
-        Sleep(150);
         CClientPicture now(window);
+        equal = now == last ? equal + 1 : 0;
         std::swap(last, now);
-        return last == now;
+        return equal >= kEnough;
     });
     return last;
 }
@@ -279,7 +281,7 @@ TEST_F(CWindowBehaviour, AboutBoxIsInTheMiddleOfTheWindow) {
         return std::abs(owner.left + owner.right - own.left - own.right) <= 2 &&
                std::abs(owner.top + owner.bottom - own.top - own.bottom) <= 2;
     };
-    EXPECT_TRUE(WaitUntil(isCentred, Milliseconds(3000)));
+    EXPECT_TRUE(WaitUntil(isCentred));
 }
 
 TEST_F(CWindowBehaviour, AboutBoxStaysOnTheScreen) {
@@ -291,7 +293,7 @@ TEST_F(CWindowBehaviour, AboutBoxStaysOnTheScreen) {
         const RECT own = ScreenPlace(about);
         return own.left >= 0 && own.bottom <= GetSystemMetrics(SM_CYSCREEN);
     };
-    EXPECT_TRUE(WaitUntil(isVisible, Milliseconds(3000)));
+    EXPECT_TRUE(WaitUntil(isVisible));
 }
 
 TEST_F(CWindowBehaviour, AboutIconAndNameHaveTheSameMiddle) {
@@ -308,15 +310,18 @@ TEST_F(CWindowBehaviour, AboutIconAndNameHaveTheSameMiddle) {
 TEST_F(CWindowBehaviour, TooltipsAppearUnderTheMouse) {
     const CDrivenDialog dialog = m_program.Start();
     const RECT place = ScreenPlace(dialog.Control(IDC_BROWSE));
-    SetCursorPos(place.left + 5, place.top + 5);
-    Sleep(100);
-    SetCursorPos(place.left + 10, place.top + 10);
     const auto isShown = [&] {
         return FindWindowOf(m_program.ProcessId(), [](HWND window) {
                    return lstrcmpiW(ClassOf(window).c_str(), L"tooltips_class32") == 0;
                }) != nullptr;
     };
-    EXPECT_TRUE(WaitUntil(isShown, Milliseconds(10'000)));
+    int offset = 5;
+    EXPECT_TRUE(WaitUntil([&] {
+        constexpr Milliseconds kRest{3'000};  // of the pointer; longer than the delay of tooltips
+        offset = 15 - offset;
+        SetCursorPos(place.left + offset, place.top + offset);
+        return WaitUntil(isShown, kRest);
+    }));
     SetCursorPos(1, 1);
 }
 

@@ -320,13 +320,10 @@ TEST_F(CInputTest, TheFocusLeavesAButtonThatIsGreyed) {
             WaitForBox(program).Close();
         }
         Require("greyed iso2iml", [&] { return !dialog.IsEnabled(IDC_ISO_TO_IML); });
-        EXPECT_TRUE(WaitUntil(
-            [&] {
-                const int focused = FocusedControl(dialog);
-                return focused != 0 && focused != IDC_ISO_TO_IML && dialog.IsEnabled(focused);
-            },
-            Milliseconds(3000)))
-            << FocusedControl(dialog);
+        EXPECT_TRUE(WaitUntil([&] {
+            const int focused = FocusedControl(dialog);
+            return focused != 0 && focused != IDC_ISO_TO_IML && dialog.IsEnabled(focused);
+        })) << FocusedControl(dialog);
     }
 }
 

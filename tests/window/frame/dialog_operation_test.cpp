@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "operation/progress.h"
+#include "tests/window/driver/poll.h"
 #include "tests/window/frame/frame_dialog.h"
 
 namespace vantrel::test {
@@ -324,7 +325,7 @@ TEST_F(CDialogOperationTest, PumpMessagesProcessesWhatFollowsTheQuitMessage) {
         g_events.emplace_back("timer");
     });
     PostQuitMessage(0);
-    Sleep(100);
+    Require("expired timer", [] { return (HIWORD(GetQueueStatus(QS_TIMER)) & QS_TIMER) != 0; });
     EXPECT_EQ(PumpMessages(m_loop), 0);
     EXPECT_THAT(g_events, ElementsAre("timer"));
     MSG message{};
