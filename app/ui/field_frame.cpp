@@ -54,7 +54,8 @@ void PaintFieldFrame(HWND window) {
 
 void AttachFieldFrame(HWND control) {
     SetWindowSubclass(control, Receive, kSubclassId, 0);
-    SetWindowPos(control, nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
+    SetWindowPos(control, nullptr, 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
 }
 
 }  // namespace vantrel

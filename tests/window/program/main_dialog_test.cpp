@@ -109,7 +109,8 @@ private:
     static LRESULT CALLBACK RecordRelayed(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
                                           DWORD_PTR self) {
         if (message == TTM_RELAYEVENT) {
-            reinterpret_cast<CScriptedDialog*>(self)->m_relayed.push_back(reinterpret_cast<const MSG*>(lParam)->message);
+            reinterpret_cast<CScriptedDialog*>(self)->m_relayed.push_back(
+                reinterpret_cast<const MSG*>(lParam)->message);
         }
         return DefSubclassProc(window, message, wParam, lParam);
     }
@@ -188,8 +189,9 @@ TEST_F(CMainDialogTest, EveryIconButtonShowsItsIcon) {
                                               {1032, 204}, {1033, 206}, {1034, 207}};
     Run([&](const CScriptedDialog& dialog) {
         dialog.ParkFocus();
-        const HWND other = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_MAIN), nullptr,
-                                              [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
+        const HWND other = CreateDialogParamW(
+            GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_MAIN), nullptr,
+            [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
         SendMessageW(other, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(other, IDC_ALWAYS_ON_TOP)), TRUE);
         for (const auto& [buttonId, iconId] : kIcons) {
             SCOPED_TRACE(buttonId);
@@ -202,6 +204,40 @@ TEST_F(CMainDialogTest, EveryIconButtonShowsItsIcon) {
             EXPECT_EQ(Picture(dialog.Item(buttonId).Handle()), Picture(button.Window()));
         }
         DestroyWindow(other);
+    });
+}
+
+/// The sizes of an icon resource.
+std::vector<int> SizesOf(int iconId) {
+    const HRSRC found = FindResourceW(nullptr, MAKEINTRESOURCEW(iconId), MAKEINTRESOURCEW(14));  // RT_GROUP_ICON
+    const auto* bytes = static_cast<const std::uint8_t*>(LockResource(LoadResource(nullptr, found)));
+    constexpr int kHeader = 6;
+    constexpr int kEntry = 14;
+    std::vector<int> sizes;
+    for (int i = 0; i < bytes[4]; ++i) {
+        sizes.push_back(bytes[kHeader + i * kEntry]);
+    }
+    return sizes;
+}
+
+TEST_F(CMainDialogTest, EveryIconIsDrawnInEverySizeOfTheButtons) {
+    for (const int iconId : {183, 184, 185, 190, 193, 194, 198, 199, 201, 202, 204, 206, 207}) {
+        SCOPED_TRACE(iconId);
+        for (const int size : {16, 24, 32, 40, 48, 64}) {
+            EXPECT_EQ(ButtonIconSize(size), size);
+            EXPECT_THAT(SizesOf(iconId), ::testing::Contains(size));
+        }
+    }
+}
+
+/// Anyone may put a DLL of the same name beside the program.
+TEST_F(CMainDialogTest, VisualStylesComeFromTheSystemFolderOnEveryWindows) {
+    Run([](const CScriptedDialog&) {
+        std::wstring folder(MAX_PATH, L'\0');
+        folder.resize(GetSystemDirectoryW(folder.data(), MAX_PATH));
+        EXPECT_THAT(g_calls.libraries, ::testing::Contains(folder + L"\\UxTheme.dll"));
+        EXPECT_THAT(g_calls.libraries, Each(::testing::StartsWith(folder + L"\\")));
+        EXPECT_TRUE(CThemeLibrary().IsActive());
     });
 }
 

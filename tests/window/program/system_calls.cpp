@@ -56,7 +56,18 @@ BOOL WINAPI AnswerSetting(UINT setting, UINT number, void* value, UINT update) {
         return TRUE;
     }
     return SystemFunction<decltype(SystemParametersInfoW)>(L"user32.dll", "SystemParametersInfoW")(setting, number,
-                                                                                                    value, update);
+                                                                                                   value, update);
+}
+
+HMODULE WINAPI RecordLibrary(const wchar_t* path) {
+    g_calls.libraries.emplace_back(path);
+    return SystemFunction<decltype(LoadLibraryW)>(L"kernel32.dll", "LoadLibraryW")(path);
+}
+
+/// Like a Windows 7 without updates, which knows none of the flags that choose the folders to search.
+HMODULE WINAPI RefuseLibraryFlags(const wchar_t*, HANDLE, DWORD) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return nullptr;
 }
 
 int WINAPI RecordBox(HWND, const wchar_t* text, const wchar_t* caption, UINT style) {
@@ -105,6 +116,8 @@ extern const decltype(&DragAcceptFiles) __imp_DragAcceptFiles;
 extern const decltype(&SetTimer) __imp_SetTimer;
 extern const decltype(&PatBlt) __imp_PatBlt;
 extern const decltype(&SystemParametersInfoW) __imp_SystemParametersInfoW;
+extern const decltype(&LoadLibraryW) __imp_LoadLibraryW;
+extern const decltype(&LoadLibraryExW) __imp_LoadLibraryExW;
 extern const decltype(&MessageBoxW) __imp_MessageBoxW;
 extern const decltype(&GetOpenFileNameW) __imp_GetOpenFileNameW;
 extern const decltype(&GetSaveFileNameW) __imp_GetSaveFileNameW;
@@ -113,6 +126,8 @@ const decltype(&DragAcceptFiles) __imp_DragAcceptFiles = vantrel::test::RecordDr
 const decltype(&SetTimer) __imp_SetTimer = vantrel::test::RecordTimer;
 const decltype(&PatBlt) __imp_PatBlt = vantrel::test::RecordFrame;
 const decltype(&SystemParametersInfoW) __imp_SystemParametersInfoW = vantrel::test::AnswerSetting;
+const decltype(&LoadLibraryW) __imp_LoadLibraryW = vantrel::test::RecordLibrary;
+const decltype(&LoadLibraryExW) __imp_LoadLibraryExW = vantrel::test::RefuseLibraryFlags;
 const decltype(&MessageBoxW) __imp_MessageBoxW = vantrel::test::RecordBox;
 const decltype(&GetOpenFileNameW) __imp_GetOpenFileNameW = vantrel::test::RecordOpenDialog;
 const decltype(&GetSaveFileNameW) __imp_GetSaveFileNameW = vantrel::test::RecordSaveDialog;

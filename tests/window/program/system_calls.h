@@ -2,9 +2,8 @@
 // define; system_calls.cpp defines them.
 #pragma once
 
-#include <windows.h>
-
 #include <commdlg.h>
+#include <windows.h>
 
 #include <functional>
 #include <string>
@@ -32,10 +31,12 @@ struct SRecordedFileDialog {
 struct SSystemCalls {
     std::vector<std::pair<int, bool>> enabled;  ///< EnableWindow: id of the control, and whether it is enabled.
     std::vector<bool> drops;                    ///< DragAcceptFiles: whether files are accepted.
-    std::vector<RECT> frames;                   ///< Frames of an animation, each drawn by PatBlt and removed by another.
+    std::vector<RECT> frames;  ///< Frames of an animation, each drawn by PatBlt and removed by another.
     std::vector<std::pair<UINT_PTR, UINT>> timers;  ///< SetTimer: id and period.
     std::vector<SRecordedBox> boxes;                ///< MessageBox; not shown.
     std::vector<SRecordedFileDialog> fileDialogs;   ///< Open and save dialogs; not shown.
+
+    std::vector<std::wstring> libraries;  ///< LoadLibrary: names or paths.
 
     std::wstring chosenFile;      ///< The answer of the file dialogs; empty: cancelled.
     bool areAnimationsOn = true;  ///< The answer of the system's settings for animations.
