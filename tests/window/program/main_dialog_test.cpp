@@ -5,7 +5,9 @@
 #include <gmock/gmock.h>
 #include <shlobj.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <functional>
 
 #include "app/resource_file.h"
 #include "files/native_file.h"

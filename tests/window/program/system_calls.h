@@ -2,10 +2,11 @@
 // define; system_calls.cpp defines them.
 #pragma once
 
-#include <commdlg.h>
+// clang-format off
 #include <windows.h>
+#include <commdlg.h>  // needs the types of windows.h
+// clang-format on
 
-#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
