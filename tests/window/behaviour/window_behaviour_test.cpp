@@ -399,7 +399,10 @@ TEST_F(CWindowBehaviour, TabReachesEveryCommandInReadingOrder) {
         const HWND focus = FocusOf(dialog.Window());
         order.push_back(GetDlgCtrlID(focus));
         PostMessageW(focus, WM_KEYDOWN, VK_TAB, 1);
-        Require("moved focus", [&] { return FocusOf(dialog.Window()) != focus; });
+        Require("moved focus", [&] {
+            const HWND now = FocusOf(dialog.Window());
+            return now != nullptr && now != focus;
+        });
         if (FocusOf(dialog.Window()) == dialog.Control(order.front())) {
             break;
         }
