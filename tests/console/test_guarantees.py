@@ -1,9 +1,7 @@
 """Guarantees of every conversion: a full disk, an interrupt or a closed pipe leaves the folder unchanged."""
 import os
-import pty
 import random
 import resource
-import select
 import shutil
 import signal
 import struct
@@ -244,26 +242,6 @@ class Guarantees(ConsoleTest):
                 done = subprocess.run(COMMAND + words, cwd=self.folder, stdout=full, stderr=subprocess.PIPE, text=True)
             self.assertEqual((done.returncode, done.stderr),
                              (1, "vantrel: cannot write the results: No space left on device\n"), words)
-
-    def test_a_terminal_gets_a_progress_line_and_a_pipe_does_not(self):
-        self.write_large()
-        result = self.run_here("iso2cso", "-f", "game.iso")
-        self.assertEqual((result.status, result.err), (0, ""))
-        leader, follower = pty.openpty()
-        process = subprocess.Popen(COMMAND + ["iso2cso", "-f", "game.iso"], cwd=self.folder, stderr=follower,
-                                   stdout=subprocess.DEVNULL, env={**os.environ, "TERM": "xterm"})
-        os.close(follower)
-        shown = b""
-        while select.select([leader], [], [], 30)[0]:
-            try:
-                shown += os.read(leader, 4096)
-            except OSError:
-                break
-        os.close(leader)
-        self.assertEqual(process.wait(30), 0)
-        self.assertIn(b"game.iso", shown)
-        self.assertIn(b"%", shown)
-        self.assertTrue(shown.endswith(b"\r\x1b[K"), "the line is removed at the end")
 
 
 if __name__ == "__main__":

@@ -42,6 +42,14 @@ class Terminal(ConsoleTest):
         os.close(leader)
         return process.wait(30), shown.decode("utf-8", "surrogateescape")
 
+    def test_a_terminal_gets_a_progress_line_and_a_pipe_does_not(self):
+        self.write("game.iso", psp_image(8192))
+        self.assert_done(self.run_here("iso2cso", "game.iso"))
+        status, shown = self.on_terminal("iso2cso", "-f", "game.iso", stdout=False)
+        self.assertEqual(status, 0)
+        self.assertRegex(shown, r"game\.iso .*%")
+        self.assertTrue(shown.endswith(ERASE), "the line is removed at the end")
+
     def test_the_progress_line_fits_the_terminal(self):
         for name in ("game", "x" * 200, "\u30b2\u30fc\u30e0" * 20, "cafe\u0301 " * 20):
             name += ".iso"
