@@ -71,6 +71,12 @@ class ConsoleTest(unittest.TestCase):
     def names(self):
         return sorted(os.listdir(self.folder))
 
+    def files_below(self, folder):
+        """The contents of all files in a folder and its folders, by paths with slashes."""
+        root = self.path(folder)
+        return {os.path.relpath(os.path.join(place, name), root).replace(os.sep, "/"): self.read(os.path.join(place, name))
+                for place, _, names in os.walk(root) for name in names}
+
     def state(self):
         """The contents of all files in the folder, for comparison."""
         return {name: self.read(name) for name in self.names() if os.path.isfile(self.path(name))}

@@ -238,24 +238,15 @@ class Inspect(ConsoleTest):
         self.assertEqual(len(report["files"]), 4)
         self.assertEqual(set(report["files"][0]), {"sector", "bytes", "path"})
 
-    def extracted(self, folder):
-        found = {}
-        for place, _, names in os.walk(self.path(folder)):
-            for name in names:
-                path = os.path.join(place, name)
-                with open(path, "rb") as file:
-                    found[os.path.relpath(path, self.path(folder)).replace(os.sep, "/")] = file.read()
-        return found
-
     def test_extract_everything(self):
         self.make_forms()
         for name in "game.iso", "psp.cso", "psp.dax", "game.bin":
             self.assert_done(self.run_here("extract", name, "-C", "out-" + name))
-            self.assertEqual(self.extracted("out-" + name), self.files)
+            self.assertEqual(self.files_below("out-" + name), self.files)
 
     def test_extract_some(self):
         self.assert_done(self.run_here("extract", "game.iso", "a.txt", "/DIR/SUB/", "-C", "out"))
-        self.assertEqual(sorted(self.extracted("out")), ["A.TXT", "DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"])
+        self.assertEqual(sorted(self.files_below("out")), ["A.TXT", "DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"])
         result = self.run_here("extract", "game.iso", "NOTHING", "-C", "out2")
         self.assertEqual((result.status, result.err), (1, "vantrel extract: game.iso: holds no NOTHING\n"))
         self.assertFalse(os.path.exists(self.path("out2")))
@@ -265,7 +256,7 @@ class Inspect(ConsoleTest):
                                 (["*.txt"], ["A.TXT"]), (["DIR/?.bin"], ["DIR/B.BIN"]), (["DIR\\SUB"], ["DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"]),
                                 (["*/*/C*"], ["DIR/SUB/C.BIN"]), (["D*"], ["DIR/B.BIN", "DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"])):
             self.assert_done(self.run_here("extract", "game.iso", *words, "-C", "out"))
-            self.assertEqual(sorted(self.extracted("out")), expected, words)
+            self.assertEqual(sorted(self.files_below("out")), expected, words)
             shutil.rmtree(self.path("out"))
         for word in "*.bin", "DIR/*.txt", "A.TXT/X":
             result = self.run_here("extract", "game.iso", word, "-C", "out")
@@ -297,9 +288,9 @@ class Inspect(ConsoleTest):
         result = self.run_here("extract", "game.iso", "-C", "out")
         self.assertEqual(result.status, 1)
         self.assertIn("A.TXT exists already; -f replaces it", result.err)
-        self.assertEqual(self.extracted("out"), {"A.TXT": b"older"})
+        self.assertEqual(self.files_below("out"), {"A.TXT": b"older"})
         self.assert_done(self.run_here("extract", "-f", "game.iso", "-C", "out"))
-        self.assertEqual(self.extracted("out"), self.files)
+        self.assertEqual(self.files_below("out"), self.files)
 
     def test_extract_never_leaves_the_folder(self):
         image = self.image.replace(b"A.TXT;1", b"../UP;1")
@@ -322,7 +313,7 @@ class Inspect(ConsoleTest):
                 self.assertEqual(self.names(), before)
             else:
                 self.assert_done(result)
-                found = self.extracted("out")
+                found = self.files_below("out")
                 self.assertEqual((found["DIR/B.BIN"], found["DIR/b.bin"]), (self.files["DIR/B.BIN"], b"small letters"))
                 shutil.rmtree(self.path("out"))
 
