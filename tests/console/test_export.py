@@ -100,6 +100,17 @@ class Export(ConsoleTest):
             self.assert_done(self.run_here("iml2iso", "--exact", "--files", folder, "-f", "-o", "again.iso", "game.iml"))
             self.assertEqual(self.read("again.iso"), image)
 
+    def test_extracted_files_keep_recorded_dates(self):
+        date = 1_000_000_000
+        os.mkdir(self.path("src"))
+        self.write("src/GAME.BIN", b"first")
+        os.utime(self.path("src/GAME.BIN"), (date, date))
+        self.psp("game.iso")
+        self.assert_done(self.run_here("iso2iml", "game.iso", "--extract", "files"))
+        self.assertEqual(os.stat(self.path("files/GAME.BIN")).st_mtime, date)
+        self.assert_done(self.run_here("iso2iml", "-f", "--no-dates", "game.iso", "--extract", "files"))
+        self.assertGreater(os.stat(self.path("files/GAME.BIN")).st_mtime, date)
+
     def test_a_path_ends_with_a_separator_of_its_own_kind(self):
         self.master("game.iso", game="first")
         own = "\\" if IS_WINDOWS else "/"
