@@ -4,6 +4,7 @@
 #include <span>
 #include <sstream>
 
+#include "console/command_input.h"
 #include "console/commands.h"
 #include "console/console_operation.h"
 #include "console/file_patterns.h"
@@ -107,6 +108,7 @@ private:
         const std::size_t count = files.size();
         SExtractionRequest request;
         request.imagePath = m_file;
+        request.inputs = InputOf(m_file).files;
         request.folder = WithSeparator(m_folder);
         request.manner = m_force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
         request.existsHint = "; -f replaces it";

@@ -259,6 +259,15 @@ class CsoCommands(ConsoleTest):
                 self.assertIn("the output would be the input itself", result.err)
         self.assertEqual(self.read("game.iso"), image)
 
+    def test_the_output_is_no_other_input(self):
+        for name, seed in ("game.iso", 1), ("game.cso", 2):
+            self.write(name, psp_image(seed=seed))
+        before = self.state()
+        result = self.run_here("iso2cso", "-f", "game.iso", "game.cso")
+        self.assertEqual((result.status, result.out), (1, ""))
+        self.assertIn("game.iso: the output would be game.cso, another input\n", result.err)
+        self.assertEqual(self.state(), before)
+
     def test_a_truncated_image_is_converted_with_a_notice(self):
         self.check_truncated_images("iso2cso", "cso2iso", "game.cso")
 

@@ -30,6 +30,9 @@ class CueSheets(ConsoleTest):
         self.files = {"A.TXT": b"hello\n", "DIR/B.BIN": random.Random(1).randbytes(50_000)}
         for name, content in self.files.items():
             self.write("src/" + name, content)
+        self.master()
+
+    def master(self):
         subprocess.run(["genisoimage", "-quiet", "-V", "GAME", "-o", self.path("plain.iso"), self.path("src")],
                        check=True, stderr=subprocess.DEVNULL)
         self.image = self.read("plain.iso")
@@ -197,6 +200,26 @@ class CueSheets(ConsoleTest):
                              (1, "vantrel bin2iso: game.cue: %s: the output would be a file of the input\n" % name))
             self.assertEqual(self.read(name), content)
         self.assertEqual(self.names(), before)
+
+    def test_extracted_files_replace_no_file_of_the_sheet(self):
+        self.write("src/GAME.BIN", b"a file of the image")
+        self.master()
+        raw = self.raw(1)
+        self.write("GAME.BIN", raw)
+        self.sheet('FILE "GAME.BIN" BINARY', "TRACK 01 MODE1/2352", "INDEX 01 00:00:00")
+        before = self.state()
+        result = self.run_here("extract", "-f", "game.cue")
+        self.assertEqual((result.status, result.out, result.err), (
+            1, "", 'vantrel extract: game.cue: "GAME.BIN" cannot be extracted: GAME.BIN is a file of the image\n'))
+        self.assertEqual(self.state(), before)
+
+    def test_the_summary_counts_the_data_track(self):
+        self.write("game.bin", self.raw(1) + AUDIO)
+        self.sheet('FILE "game.bin" BINARY', "TRACK 01 MODE1/2352", "INDEX 01 00:00:00", "TRACK 02 AUDIO",
+                   "INDEX 01 " + position(self.sectors))
+        self.write("other.cue", self.read("game.cue"))
+        result = self.run_here("bin2iso", "-k", "game.cue", "other.cue")
+        self.assertIn("; %d bytes in, %d bytes out, " % (2 * 2352 * self.sectors, 2 * len(self.image)), result.err)
 
     def test_sheets_of_iso2bin(self):
         image = bytearray(self.image)
