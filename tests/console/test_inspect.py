@@ -338,9 +338,22 @@ class Inspect(ConsoleTest):
                             for text in report["problems"]), report)
         layout = self.read("game.iml")
         self.write("cut.iml", layout[:layout.index(b"DIR\\SUB")])
-        self.assertIn("the layout counts 5 entries and has fewer", self.report("verify", "cut.iml")[1]["problems"])
-        self.write("no.iml", b"[SYS]\r\nVERSION=1.00\r\n")
-        self.assertEqual(self.run_here("info", "no.iml").status, 1)
+        line = layout[:layout.index(b"# the number")].count(b"\n") + 1
+        for problem, changed in (
+                ("line %d: the number of entries is 5, but there are 3" % line, layout[:layout.rindex(b"\n", 0, layout.index(b"DIR\\SUB")) + 1]),
+                ("line %d: text behind the closing quote" % (line + 4), layout.replace(b'DIR\\B.BIN"', b'DIR\\B.BIN" ')),
+                ("line %d: the number of entries is 4, but there are 5" % line,
+                 layout.replace(b"entries: 5", b"entries: 4"))):
+            self.write("changed.iml", changed)
+            self.assertIn(problem, self.report("verify", "changed.iml")[1]["problems"])
+            self.assertIn("changed.iml, " + problem, self.run_here("iml2iso", "changed.iml").err)
+        for changed, problem in ((b"[SYS]\r\nVERSION=1.00\r\n", "line 3: the layout ends before its number of entries"),
+                                 (layout.replace(b"\r\n", b"\n"), "line 1: ends with LF alone")):
+            self.write("no.iml", changed)
+            for command in "info", "verify", "iml2iso":
+                result = self.run_here(command, "no.iml")
+                self.assertEqual((result.status, result.out), (1, ""))
+                self.assertIn("no.iml, " + problem, result.err)
 
 
 if __name__ == "__main__":
