@@ -101,6 +101,12 @@ class Guarantees(ConsoleTest):
                 self.assertEqual(self.read(name), expected)
                 self.assert_done(self.run_here(expand, "-f", "-j", "16", "-o", "new.iso", name, preexec_fn=limit))
                 self.assertEqual(self.read("new.iso"), self.read("game.iso"))
+        # The sums of the image and of the sheet's file, which other threads compute.
+        self.write("game.cue", b"FILE game.iso BINARY\nTRACK 01 MODE1/2048\nINDEX 01 00:00:00\n")
+        expected = self.run_here("verify", "game.cue").out
+        self.assertEqual(expected.count("sha1: "), 2, expected)
+        for limit in without, few:
+            self.assertEqual(self.run_here("verify", "game.cue", preexec_fn=limit).out, expected)
 
     @unittest.skipUnless(os.geteuid() == 0 and shutil.which("unshare"), "needs a file system of its own")
     def test_a_full_disk(self):
