@@ -24,12 +24,17 @@ bool IsSheet(const std::string& path) {
 }  // namespace
 
 SCommandInput InputOf(const std::string& path) {
-    SCommandInput input = {{path}, FileSizeOf(path)};
+    SCommandInput input = {{path}, {}, FileSizeOf(path)};
     if (IsSheet(path)) {
         const SRawDisc disc = ReadRawDisc(path);
         const std::vector<std::string> named = disc.Files();
         input.files.insert(input.files.end(), named.begin(), named.end());
         input.bytes = disc.DataTrack().Bytes();
+        for (const STrack& other : disc.OtherTracks()) {
+            if (!other.IsAudio()) {
+                input.unread.push_back(path + ": " + TextOfLeftOut(other));
+            }
+        }
     }
     std::erase_if(input.files, [](const std::string& file) { return FileKindOf(file) == EFileKind::Missing; });
     input.bytes = std::max<std::int64_t>(input.bytes, 0);

@@ -8,8 +8,9 @@
 namespace vantrel {
 
 struct SCommandInput {
-    std::vector<std::string> files;  ///< Existing files that no output may replace.
-    std::int64_t bytes = 0;          ///< Length of the file, of a sheet that of its data track; 0 if unknown.
+    std::vector<std::string> files;   ///< Existing files that no output may replace.
+    std::vector<std::string> unread;  ///< Names each further data track of a sheet, whose files no command reads.
+    std::int64_t bytes = 0;           ///< Length of the file, of a sheet that of its data track; 0 if unknown.
 };
 
 /// Throws CRefused for a CUE sheet that cannot be used. Any other file is examined no further, even if it is missing.

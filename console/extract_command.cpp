@@ -85,11 +85,15 @@ public:
                 WriteToOutput();
                 return EExit::Done;
             }
-            const std::size_t count = Extract();
+            const SCommandInput input = InputOf(m_file);
+            const std::size_t count = Extract(input);
             if (!m_quiet) {
                 PrintResults(Shown(m_file, EStream::Output) + ": " + std::to_string(count) + " files extracted\n");
             }
-            return EExit::Done;
+            for (const std::string& text : input.unread) {
+                PrintError(Name(), m_file, text);
+            }
+            return input.unread.empty() ? EExit::Done : EExit::Failed;
         } catch (const CConversionFailed& failure) {
             PrintError(Name(), m_file, FailureText(failure));
         } catch (const CRefused& refusal) {
@@ -100,7 +104,7 @@ public:
 
 private:
     /// Returns the number of files.
-    std::size_t Extract() const {
+    std::size_t Extract(const SCommandInput& input) const {
         const std::unique_ptr<CImageSource> image = OpenImage(m_file);
         const SContents contents = ReadContents(*image);
         RefuseDamaged(*image, m_file);
@@ -108,7 +112,7 @@ private:
         const std::size_t count = files.size();
         SExtractionRequest request;
         request.imagePath = m_file;
-        request.inputs = InputOf(m_file).files;
+        request.inputs = input.files;
         request.folder = WithSeparator(m_folder);
         request.manner = m_force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
         request.existsHint = "; -f replaces it";

@@ -13,12 +13,12 @@ namespace {
 class CIsoToBinCommand : public CConversionCommand {
 public:
     CIsoToBinCommand()
-        : CConversionCommand({"iso2bin", "Expand a PlayStation 2 CD image into a raw image with a CUE sheet",
-                              "The CUE sheet gets the raw image's name with the extension .cue. An image that is exactly 150 "
-                              "sectors shorter than its volume gets its postgap; a truncated one is converted with a "
-                              "notice.\n"
-                              "Examples:\n  vantrel iso2bin game.iso\n  vantrel iso2bin -o /discs/game.bin game.iso"}) {
-    }
+        : CConversionCommand(
+              {"iso2bin", "Expand a PlayStation 2 CD image into a raw image with a CUE sheet",
+               "The CUE sheet gets the raw image's name with the extension .cue. An image that is exactly 150 "
+               "sectors shorter than its volume gets its postgap; a truncated one is converted with a "
+               "notice.\n"
+               "Examples:\n  vantrel iso2bin game.iso\n  vantrel iso2bin -o /discs/game.bin game.iso"}) {}
 
     std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".bin"); }
     std::vector<std::string> Companions(const std::string& output) const override { return {CuePathOf(output)}; }

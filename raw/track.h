@@ -37,6 +37,7 @@ struct STrack {
     bool startsDisc = true;     ///< The first sector's address must be 00:02:00.
 
     bool IsAudio() const { return mode == ETrackMode::Audio; }
+    bool IsReadableData() const { return !IsAudio() && sectors >= 0; }
     /// Length of its whole sectors as stored; negative if the file is missing.
     std::int64_t Bytes() const { return sectors * static_cast<std::int64_t>(SectorSizeOf(mode)); }
 };

@@ -127,16 +127,6 @@ void AddLines(std::string& text, const std::string& path, const std::vector<std:
     }
 }
 
-std::vector<std::string> TracksLeftOut(const SRawDisc& disc) {
-    std::vector<std::string> texts;
-    for (const STrack& track : disc.tracks) {
-        if (&track != &disc.DataTrack()) {
-            texts.push_back(Format("track %u (%s) is not in the image", track.number, NameOf(track.mode)));
-        }
-    }
-    return texts;
-}
-
 }  // namespace
 
 void ConvertDataTrack(const SBinToIsoRequest& request, COperation& operation) {
@@ -155,7 +145,9 @@ void ConvertDataTrack(const SBinToIsoRequest& request, COperation& operation) {
         operation.Fail(problems);
     }
     output.CommitOrFail();
-    AddLines(problems, request.inputPath, TracksLeftOut(disc));
+    for (const STrack& other : disc.OtherTracks()) {
+        AddLines(problems, request.inputPath, {TextOfLeftOut(other)});
+    }
     if (!problems.empty()) {
         operation.Warn(problems);
     }

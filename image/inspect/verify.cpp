@@ -1,6 +1,7 @@
 #include "image/inspect/verify.h"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "image/inspect/layout_report.h"
 #include "image/inspect/raw_report.h"
 #include "image/inspect/whole_reading.h"
+#include "operation/text.h"
 
 namespace vantrel {
 
@@ -48,9 +50,23 @@ CReport::List ReportOn(const std::vector<SFileSums>& files) {
 CReport::List CheckedTracks(const SRawDisc& disc) {
     CReport::List tracks = ReportOnTracks(disc);
     for (std::size_t i = 0; i < tracks.size(); ++i) {
-        tracks[i].Add("checked", i == disc.dataTrack);
+        tracks[i].Add("checked", disc.tracks[i].IsReadableData());
     }
     return tracks;
+}
+
+/// What is wrong in further data tracks, which are not part of the image.
+std::vector<std::string> ProblemsOfOtherTracks(const SRawDisc& disc, const std::function<void()>& afterChunk) {
+    std::vector<std::string> problems;
+    for (const STrack& track : disc.OtherTracks()) {
+        if (track.IsReadableData()) {
+            for (const std::string& problem :
+                 ReadWhole(*ChunksOf(track), "sector", [&](std::int64_t) { afterChunk(); }).problems) {
+                problems.push_back(Format("track %u: %s", track.number, problem.c_str()));
+            }
+        }
+    }
+    return problems;
 }
 
 /// The disc in a raw image; without tracks for other forms.
@@ -82,6 +98,7 @@ CReport VerifyImage(const std::string& path, const CDatFile* dat, COperation& op
         operation.SetDone(bytes + sums.DoneBytes());
     };
     SReading reading = ReadWhole(*ChunksOf(path, *image), image->BlockNoun(), showProgress);
+    Append(reading.problems, ProblemsOfOtherTracks(disc, [&] { showProgress(image->Size()); }));
     Append(reading.problems, ContainerProblems(path, image->Form()));
     Append(reading.problems, ImageProblems(*image));
     const std::vector<SFileSums> files = sums.Wait([&] { showProgress(image->Size()); });
