@@ -23,8 +23,9 @@ bool IsSheet(const std::string& path) {
 
 }  // namespace
 
-SCommandInput InputOf(const std::string& path) {
-    SCommandInput input = {{path}, {}, FileSizeOf(path)};
+SCommandInput InputOf(const std::string& path, std::vector<std::string> further) {
+    SCommandInput input = {std::move(further), {}, FileSizeOf(path)};
+    input.files.push_back(path);
     if (IsSheet(path)) {
         const SRawDisc disc = ReadRawDisc(path);
         const std::vector<std::string> named = disc.Files();

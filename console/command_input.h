@@ -13,7 +13,8 @@ struct SCommandInput {
     std::int64_t bytes = 0;           ///< Length of the file, of a sheet that of its data track; 0 if unknown.
 };
 
-/// Throws CRefused for a CUE sheet that cannot be used. Any other file is examined no further, even if it is missing.
-SCommandInput InputOf(const std::string& path);
+/// `further` are more files that are read. Throws CRefused for a CUE sheet that cannot be used. Any other file is
+/// examined no further, even if it is missing.
+SCommandInput InputOf(const std::string& path, std::vector<std::string> further = {});
 
 }  // namespace vantrel

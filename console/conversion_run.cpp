@@ -63,7 +63,7 @@ private:
         try {
             job.output = OutputOf(input);
             job.manner = m_options.force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
-            const SCommandInput read = InputOf(input);
+            const SCommandInput read = InputOf(input, m_command.FurtherInputs(input));
             RefuseOverwriting(job, read.files);
             const std::string warning = Convert(job, read.bytes);
             if (warning.empty()) {

@@ -53,6 +53,20 @@ class Rebuild(ConsoleTest):
                       result.err)
         self.assertEqual(self.names(), ["A", "game.iml", "game.ims"])
 
+    def test_no_input_is_replaced(self):
+        self.write_layout((18, 18, "A"))
+        self.write("A", b"x" * 2048)
+        self.write("game.gaps", b"of an export")
+        before = self.state()
+        for name, problem in (("game.ims", "game.ims: the output would be a file of the input"),
+                              ("game.gaps", "game.gaps: the output would be a file of the input"),
+                              ("game.iml", "game.iml: the output would be the input itself"),
+                              ("A", "The image would replace %sA, which the layout lists" % os.path.join(".", ""))):
+            result = self.run_here("iml2iso", "-f", "-o", name, "game.iml")
+            self.assertEqual((result.status, result.out), (1, ""))
+            self.assertIn(problem, result.err)
+            self.assertEqual(self.state(), before)
+
 
 if __name__ == "__main__":
     unittest.main()
