@@ -62,7 +62,8 @@ public:
     CExtractCommand()
         : CCommand({"extract", "Extract files from an image",
                     "PATH names a file or a folder of the image, in upper or lower case; * and ? stand "
-                    "for any characters and for one. A failed extraction leaves nothing behind.\n"
+                    "for any characters and for one. A failed extraction leaves nothing behind. Of a CUE sheet, the "
+                    "first data track is read; if there are others, they are named and the exit status is 1.\n"
                     "Examples:\n  vantrel extract game.cso -C game\n"
                     "  vantrel extract game.iso SYSTEM.CNF PSP_GAME/SYSDIR\n"
                     "  vantrel extract game.iso --stdout SYSTEM.CNF"}) {}
@@ -88,7 +89,8 @@ public:
             const SCommandInput input = InputOf(m_file);
             const std::size_t count = Extract(input);
             if (!m_quiet) {
-                PrintResults(Shown(m_file, EStream::Output) + ": " + std::to_string(count) + " files extracted\n");
+                const char* const noun = count == 1 ? " file" : " files";
+                PrintResults(Shown(m_file, EStream::Output) + ": " + std::to_string(count) + noun + " extracted\n");
             }
             for (const std::string& text : input.unread) {
                 PrintError(Name(), m_file, text);

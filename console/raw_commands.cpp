@@ -34,15 +34,14 @@ public:
         : CConversionCommand({"bin2iso", "Extract the plain image from a raw image or the data track of a CUE sheet",
                               "Sync field, mode and EDC of every sector are checked; an image with damaged sectors is "
                               "refused.\n"
-                              "The exit status is 1 if the image does not hold all data of the input: with "
-                              "--ignore-errors,\n"
-                              "and for a sheet with audio tracks.\n"
+                              "The exit status is 1 if the image does not hold all data of the input: for damaged "
+                              "sectors with --ignore-errors, and for a sheet with further tracks.\n"
                               "Examples:\n  vantrel bin2iso game.bin\n  vantrel bin2iso game.cue\n"
                               "  vantrel bin2iso -o game.iso game.bin"}) {}
 
     void Declare(COptionSet& options) override {
         CConversionCommand::Declare(options);
-        options.AddFlag("--ignore-errors", m_ignoreErrors, "Convert damaged sectors, too; the exit status is still 1");
+        options.AddFlag("--ignore-errors", m_ignoreErrors, "Convert damaged sectors, too, with exit status 1");
     }
 
     std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".iso"); }

@@ -255,7 +255,9 @@ class Inspect(ConsoleTest):
         for words, expected in ((["./A.TXT"], ["A.TXT"]), (["A.TXT;1"], ["A.TXT"]), (["/DIR/./B.BIN"], ["DIR/B.BIN"]),
                                 (["*.txt"], ["A.TXT"]), (["DIR/?.bin"], ["DIR/B.BIN"]), (["DIR\\SUB"], ["DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"]),
                                 (["*/*/C*"], ["DIR/SUB/C.BIN"]), (["D*"], ["DIR/B.BIN", "DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"])):
-            self.assert_done(self.run_here("extract", "game.iso", *words, "-C", "out"))
+            result = self.run_here("extract", "game.iso", *words, "-C", "out")
+            self.assert_done(result)
+            self.assertEqual(result.out, "game.iso: %d file%s extracted\n" % (len(expected), "s" * (len(expected) != 1)))
             self.assertEqual(sorted(self.files_below("out")), expected, words)
             shutil.rmtree(self.path("out"))
         for word in "*.bin", "DIR/*.txt", "A.TXT/X":
