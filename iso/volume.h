@@ -44,8 +44,8 @@ SPrimaryVolumeDescriptor ReadPrimaryVolume(CByteSource& image);
 /// The descriptor at a byte position. A supplementary volume descriptor has the same fields (ECMA-119 8.5).
 SPrimaryVolumeDescriptor ReadVolume(CByteSource& image, std::int64_t position);
 
-/// A notice if an image of `length` bytes is shorter than its volume; empty if it is not, or if the volume is not marked
-/// as ISO 9660 (ECMA-119 8.4.2), because its size means nothing then.
+/// A notice if an image of `length` bytes is shorter than its volume; empty if it is not, or if the volume is not
+/// marked as ISO 9660 (ECMA-119 8.4.2), because its size means nothing then.
 std::string TruncationNotice(const std::string& path, std::int64_t length, const SPrimaryVolumeDescriptor& volume);
 
 /// How the length of a PlayStation 2 CD image fits its volume size, which includes the postgap.

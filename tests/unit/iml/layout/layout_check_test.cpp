@@ -61,7 +61,8 @@ TEST_F(LayoutCheck, NumberOfEntriesThatTheRebuildDoesNotFind) {
     EXPECT_EQ(ProblemOf(Changed("DISCNAME=\"", "DISCNAME=\"#")), misplaced);
     EXPECT_EQ(ProblemOf(Changed("MEDIA=CD\r\n", "MEDIA=D\r\n")), misplaced);
     EXPECT_EQ(ProblemOf(Changed("#Track", "Track")), misplaced);
-    EXPECT_EQ(ProblemOf(Changed("# the number", "#the number")), "line 30: the layout ends before its number of entries");
+    EXPECT_EQ(ProblemOf(Changed("# the number", "#the number")),
+              "line 30: the layout ends before its number of entries");
     EXPECT_EQ(ProblemOf("[SYS]\r\n"), "line 2: the layout ends before its number of entries");
 }
 
