@@ -14,7 +14,7 @@
 #include "files/path.h"
 #include "files/refused.h"
 #include "image/image_source.h"
-#include "iso/contents.h"
+#include "image/inspect/file_report.h"
 #include "iso/extraction.h"
 #include "iso/iso9660.h"
 
@@ -108,9 +108,7 @@ private:
     /// Returns the number of files.
     std::size_t Extract(const SCommandInput& input) const {
         const std::unique_ptr<CImageSource> image = OpenImage(m_file);
-        const SContents contents = ReadContents(*image);
-        RefuseDamaged(*image, m_file);
-        std::vector<SExtractedFile> files = Choose(contents.files);
+        std::vector<SExtractedFile> files = Choose(ContentsOf(*image, m_file).files);
         const std::size_t count = files.size();
         SExtractionRequest request;
         request.imagePath = m_file;
@@ -120,19 +118,29 @@ private:
         request.existsHint = "; -f replaces it";
         CProgressLine progress(!m_quiet && CanDrawProgress(), FileNameOf(m_file), image->Size());
         CConsoleOperation operation(progress);
-        CExtraction extraction(request, *image, std::move(files), operation);
-        extraction.Check();
-        extraction.Write();
-        extraction.Keep();
+        try {
+            CExtraction extraction(request, *image, std::move(files), operation);
+            extraction.Check();
+            extraction.Write();
+            extraction.Keep();
+        } catch (const CConversionFailed& failure) {
+            ThrowWithDamage(failure, *image);
+        }
         return count;
+    }
+
+    /// Adds the cause if a damaged block ended a read.
+    [[noreturn]] static void ThrowWithDamage(const CConversionFailed& failure, const CImageSource& image) {
+        const bool isKnown = image.Fault().empty() || !failure.Cause().empty();
+        throw CConversionFailed(
+            failure.what(),
+            isKnown ? failure.Cause() : std::string("damaged ") + image.BlockNoun() + ": " + image.Fault());
     }
 
     /// Writes the one chosen file to stdout.
     void WriteToOutput() const {
         const std::unique_ptr<CImageSource> image = OpenImage(m_file);
-        const SContents contents = ReadContents(*image);
-        RefuseDamaged(*image, m_file);
-        const std::vector<SExtractedFile> files = Choose(contents.files);
+        const std::vector<SExtractedFile> files = Choose(ContentsOf(*image, m_file).files);
         if (files.size() != 1) {
             throw CRefused(m_file + ": " + std::to_string(files.size()) + " files were chosen; --stdout writes one");
         }

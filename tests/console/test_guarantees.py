@@ -169,6 +169,15 @@ class Guarantees(ConsoleTest):
             self.assertIn("Permission denied", result.err, command)
             self.assertEqual(self.names(), before)
 
+    def test_pipes_are_refused_at_once(self):
+        """Without anybody who writes to it, opening a pipe could wait forever, and ignore Ctrl-C."""
+        os.mkfifo(self.path("game.iso"))
+        for command in "iso2cso", "cso2iso", "iso2bin", "bin2iso", "iso2iml", "iml2iso", "info", "verify", "list", "extract":
+            result = self.run_here(command, *(["-o", "out"] if "2" in command else []), "game.iso")
+            self.assertEqual((result.status, result.out), (1, ""), result)
+            self.assertIn("game.iso", result.err)
+            self.assertEqual(self.names(), ["game.iso"])
+
     def write_image(self, system, volume_sectors):
         """An image of 60 sectors, whose kind depends on its system identifier."""
         image = bytearray(psp_image(60))

@@ -284,6 +284,30 @@ class Inspect(ConsoleTest):
         self.assert_done(self.run_here("extract", "-f", "--no-dates", "game.iso", "-C", "out"))
         self.assertGreater(os.stat(self.path("out/DIR/B.BIN")).st_mtime, date)
 
+    def test_extract_says_why_a_file_cannot_be_read(self):
+        self.make_forms()
+        raw = bytearray(self.read("game.bin"))
+        sector = next(file["sector"] for file in self.report("list", "game.bin")[1]["files"] if file["path"] == "DIR/B.BIN")
+        raw[RAW * (sector + 1) + 100] ^= 1
+        self.write("game.bin", raw)
+        result = self.run_here("extract", "game.bin", "-C", "out")
+        self.assertEqual((result.status, result.out, result.err), (
+            1, "", 'vantrel extract: game.bin: Cannot read "DIR\\B.BIN" from game.bin (damaged sector: wrong EDC)\n'))
+        self.assertFalse(os.path.exists(self.path("out")))
+        self.assert_done(self.run_here("extract", "game.bin", "A.TXT", "-C", "out"))
+
+    def test_images_without_all_of_their_directories(self):
+        root = int.from_bytes(self.image[32768 + 158:32768 + 162], "little")
+        folder = self.image.index(b"B.BIN;1") // SECTOR
+        for length, problem in ((root, "the image has no readable root directory"),
+                                (folder, "the image does not hold all of the directory at sector %d" % folder)):
+            self.write("game.iso", self.image[:length * SECTOR])
+            for words in ["list", "game.iso"], ["extract", "game.iso", "-C", "out"], ["extract", "game.iso", "--stdout", "A"]:
+                result = self.run_here(*words)
+                self.assertEqual((result.status, result.out, result.err),
+                                 (1, "", "vantrel %s: game.iso: %s\n" % (words[0], problem)))
+        self.assertFalse(os.path.exists(self.path("out")))
+
     def test_extract_replaces_files_only_with_force(self):
         os.mkdir(self.path("out"))
         self.write("out/A.TXT", b"older")
