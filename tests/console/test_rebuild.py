@@ -2,7 +2,7 @@
 import os
 import unittest
 
-from support import ConsoleTest
+from support import IS_WINDOWS, ConsoleTest
 
 SECTOR = 2048
 
@@ -61,7 +61,7 @@ class Rebuild(ConsoleTest):
         for name, problem in (("game.ims", "game.ims: the output would be a file of the input"),
                               ("game.gaps", "game.gaps: the output would be a file of the input"),
                               ("game.iml", "game.iml: the output would be the input itself"),
-                              ("A", "The image would replace %sA, which the layout lists" % os.path.join(".", ""))):
+                              ("A", "The image would replace .%sA, which the layout lists" % ("\\" if IS_WINDOWS else "/"))):
             result = self.run_here("iml2iso", "-f", "-o", name, "game.iml")
             self.assertEqual((result.status, result.out), (1, ""))
             self.assertIn(problem, result.err)
