@@ -63,8 +63,13 @@ private:
         try {
             job.output = OutputOf(input);
             job.manner = m_options.force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
-            const SCommandInput read = InputOf(input, m_command.FurtherInputs(input));
-            RefuseOverwriting(job, read.files);
+            SCommandInput read = InputOf(input);
+            for (const std::string& further : m_command.FurtherInputs(input)) {
+                if (FileKindOf(further) != EFileKind::Missing) {
+                    read.files.push_back(further);
+                }
+            }
+            RefuseOverwriting(job, read);
             const std::string warning = Convert(job, read.bytes);
             if (warning.empty()) {
                 ++m_tally.converted;
@@ -107,8 +112,7 @@ private:
 
     bool IsInPlace(const SConversionJob& job) const { return m_command.OutputName(FileNameOf(job.input)).empty(); }
 
-    /// `inputs` are the files that this job reads.
-    void RefuseOverwriting(const SConversionJob& job, const std::vector<std::string>& inputs) const {
+    void RefuseOverwriting(const SConversionJob& job, const SCommandInput& read) const {
         if (IsInPlace(job)) {
             return;
         }
@@ -119,7 +123,10 @@ private:
             if (kind == EFileKind::Missing) {
                 continue;
             }
-            for (const std::string& input : inputs) {
+            if (!read.problem.empty()) {
+                throw CRefused(read.problem);
+            }
+            for (const std::string& input : read.files) {
                 if (IsSameFile(input, output)) {
                     throw CRefused(input + ": the output would be " +
                                    (input == job.input ? "the input itself" : "a file of the input"));
