@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <utility>
 
 #include "files/byte_source.h"
 #include "tests/support/test_folder.h"
@@ -20,12 +21,12 @@ public:
         if (position < 0 || position >= m_size) {
             return 0;
         }
-        const auto count =
-            static_cast<std::size_t>(std::min(m_size - position, static_cast<std::int64_t>(buffer.size())));
-        for (std::size_t i = 0; i < count; ++i) {
-            const std::size_t at = static_cast<std::size_t>(position) + i;
-            buffer[i] = at < m_bytes.size() ? m_bytes[at] : std::uint8_t{0};
-        }
+        const auto wanted = static_cast<std::int64_t>(buffer.size());
+        const auto count = static_cast<std::size_t>(std::min(m_size - position, wanted));
+        const std::size_t start = std::min(static_cast<std::size_t>(position), m_bytes.size());
+        const std::size_t known = std::min(count, m_bytes.size() - start);
+        const auto end = std::copy_n(m_bytes.begin() + static_cast<std::ptrdiff_t>(start), known, buffer.begin());
+        std::fill_n(end, count - known, std::uint8_t{0});
         return count;
     }
 
