@@ -71,7 +71,7 @@ public:
             m_isFirst = true;
             m_reader.Visit(
                 folder.sector, [&](const SDirectoryEntry& entry) { Visit(folder, entry); }, [] {});
-            if (m_isFirst && folder.sectors > 0) {
+            if (m_isFirst && m_reader.HasDirectory(folder.sector)) {
                 AddMissingSelf(folder);
             }
         }

@@ -9,6 +9,7 @@
 #include "image/inspect/overlap_check.h"
 #include "image/inspect/path_table_check.h"
 #include "image/inspect/tree_comparison.h"
+#include "iso/postgap.h"
 #include "iso/udf/unsupported.h"
 #include "iso/volume.h"
 #include "operation/text.h"
@@ -18,6 +19,8 @@ namespace vantrel {
 namespace {
 
 constexpr std::uint32_t kFirstDescriptor = 16;
+/// Bytes of zeros behind the volume that count as its padding.
+constexpr std::int64_t kLongestPadding = 1 << 20;
 /// Sectors around the end of a volume in which a second one may begin.
 constexpr std::int64_t kNextVolumeRange = 32;
 
@@ -56,7 +59,7 @@ private:
             m_problems.push_back(Format("the image is not a whole number of sectors: %lld bytes are left over",
                                         static_cast<long long>(left)));
         }
-        if (m_sectors != volumeSectors && !HasUncountedPostgap(primary) && !HasSecondVolume(volumeSectors)) {
+        if (m_sectors != volumeSectors && !EndsInPadding(volumeSectors) && !HasSecondVolume(volumeSectors)) {
             m_problems.push_back(Format("the image has %lld sectors, its volume descriptor says %u",
                                         static_cast<long long>(m_sectors), volumeSectors));
         }
@@ -68,10 +71,19 @@ private:
         }
     }
 
-    /// Some programs do not count the postgap of a CD.
-    bool HasUncountedPostgap(const SPrimaryVolumeDescriptor& primary) const {
-        return KindByApplication(primary) == ImageKind::Cd &&
-               m_sectors == primary.volumeSpaceSize.Value() + kPostgapSectors;
+    /// Some programs do not count the postgap of a CD or the zeros that pad an image.
+    bool EndsInPadding(std::uint32_t volumeSectors) {
+        const std::int64_t start = volumeSectors * kSectorSize;
+        const std::int64_t length = m_image.Size() - start;
+        if (length <= 0 || length > kLongestPadding) {
+            return false;
+        }
+        std::vector<std::uint8_t> bytes(static_cast<std::size_t>(length));
+        m_image.ReadAt(start, bytes);
+        const bool hasMark = length == kPostgapSectors * kSectorSize &&
+                             std::equal(kPostgapMark.begin(), kPostgapMark.end(), bytes.begin());
+        return std::all_of(bytes.begin() + (hasMark ? kPostgapMark.size() : 0), bytes.end(),
+                           [](std::uint8_t byte) { return byte == 0; });
     }
 
     /// The second layer of a DVD is a volume of its own, which the first one does not count.

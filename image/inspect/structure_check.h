@@ -11,7 +11,7 @@
 
 namespace vantrel {
 
-/// What is wrong, each as a line that names the file or structure. Unreadable bytes of the image count as zeros.
+/// What is wrong, each as a line that names the file or structure. The image must be readable.
 std::vector<std::string> StructureProblems(CByteSource& image);
 
 }  // namespace vantrel
