@@ -24,12 +24,6 @@ std::int64_t SizeOf(const std::vector<SExtent>& extents) {
                            [](std::int64_t sum, const SExtent& extent) { return sum + extent.size; });
 }
 
-bool SameExtents(const std::vector<SExtent>& a, const std::vector<SExtent>& b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const SExtent& one, const SExtent& other) {
-        return one.sector == other.sector && one.size == other.size;
-    });
-}
-
 void CheckVolume(const SUdfVolume& volume, std::int64_t imageSize) {
     Expect(!volume.files.empty() && volume.files[0].isFolder && volume.files[0].path.empty(), "the root is first");
     const std::int64_t end = (std::int64_t{volume.partitionStart} + volume.partitionSectors) * kSectorSize;
@@ -82,7 +76,7 @@ void Replace(const Bytes& before, const SUdfVolume& volume, const SUdfFile& file
         const SUdfFile& is = again->files[i];
         Expect(is.path == was.path, "a patched volume has the same names");
         if (was.entrySector != file.entrySector) {
-            Expect(is.size == was.size && SameExtents(is.extents, was.extents), "other files stay as they are");
+            Expect(is.size == was.size && is.extents == was.extents, "other files stay as they are");
             continue;
         }
         Expect(is.size == size && !is.embedded && SizeOf(is.extents) == size, "a patched file has its new size");

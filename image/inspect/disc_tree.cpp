@@ -14,7 +14,6 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::uint32_t kFirstDescriptor = 16;
 constexpr std::uint32_t kMostDescriptors = 16;
 /// Records of a tree that are read; no disc has as many.
 constexpr std::size_t kMostRecords = 1U << 20U;

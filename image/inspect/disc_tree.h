@@ -15,6 +15,9 @@
 
 namespace vantrel {
 
+/// Sector of the first volume descriptor.
+inline constexpr std::uint32_t kFirstDescriptor = 16;
+
 struct STreeFile {
     std::string path;              ///< folders and name in UTF-8, separated by '/', without version
     std::vector<SExtent> extents;  ///< adjacent ones joined; none if the file is empty

@@ -25,6 +25,7 @@ std::string Text(const SNamedExtent& named) {
 
 void CheckOverlaps(const SDiscTree& tree, const std::vector<SNamedArea>& areas, CLimitedLines& problems) {
     std::vector<SNamedExtent> all;
+    all.reserve(areas.size() + tree.files.size());
     for (const SNamedArea& area : areas) {
         all.push_back({&area.extent, &area.name});
     }

@@ -18,7 +18,6 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::uint32_t kFirstDescriptor = 16;
 /// Bytes of zeros behind the volume that count as its padding.
 constexpr std::int64_t kLongestPadding = 1 << 20;
 /// Sectors around the end of a volume in which a second one may begin.
@@ -82,7 +81,7 @@ private:
         m_image.ReadAt(start, bytes);
         const bool hasMark = length == kPostgapSectors * kSectorSize &&
                              std::equal(kPostgapMark.begin(), kPostgapMark.end(), bytes.begin());
-        return std::all_of(bytes.begin() + (hasMark ? kPostgapMark.size() : 0), bytes.end(),
+        return std::all_of(bytes.begin() + (hasMark ? std::ssize(kPostgapMark) : 0), bytes.end(),
                            [](std::uint8_t byte) { return byte == 0; });
     }
 

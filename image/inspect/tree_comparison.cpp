@@ -1,6 +1,5 @@
 #include "image/inspect/tree_comparison.h"
 
-#include <algorithm>
 #include <unordered_map>
 
 #include "iso/extracted_path.h"
@@ -11,10 +10,7 @@ namespace vantrel {
 namespace {
 
 bool SamePlace(const STreeFile& a, const STreeFile& b) {
-    return a.size == b.size && std::equal(a.extents.begin(), a.extents.end(), b.extents.begin(), b.extents.end(),
-                                          [](const SExtent& one, const SExtent& other) {
-                                              return one.sector == other.sector && one.size == other.size;
-                                          });
+    return a.size == b.size && a.extents == b.extents;
 }
 
 /// The files of a tree by name and by place.

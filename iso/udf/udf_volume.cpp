@@ -299,7 +299,7 @@ private:
         if (LoadLe16(head.entry.partition) != 0) {
             throw CRefused("the entry of \"" + *name + "\" is in a partition that does not exist");
         }
-        const std::string path = folder.empty() ? *name : folder + '/' + *name;
+        std::string path = folder.empty() ? *name : folder + '/' + *name;
         if (path.size() > kLongestPath) {
             throw CUnsupportedUdf(Format("paths of more than %zu bytes are not supported", kLongestPath));
         }
