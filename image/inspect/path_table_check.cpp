@@ -72,18 +72,18 @@ struct SPlacedTable {
     SExtent place;
 };
 
-/// The tables of a volume. The optional ones may be missing.
+/// The tables of a volume, the type L one first. Only that one must exist.
 std::vector<SPlacedTable> TablesOf(const SPrimaryVolumeDescriptor& descriptor) {
     const std::int64_t size = std::min(descriptor.pathTableSize.Value(), kLongestTable);
-    std::vector<SPlacedTable> tables = {
-        {"path table", EOrder::Little, {LoadLe32(descriptor.pathTableLocation), size}},
-        {"type M path table", EOrder::Big, {LoadBe32(descriptor.pathTableLocationM), size}}};
-    if (const std::uint32_t sector = LoadLe32(descriptor.optionalPathTableLocation)) {
-        tables.push_back({"optional path table", EOrder::Little, {sector, size}});
-    }
-    if (const std::uint32_t sector = LoadBe32(descriptor.optionalPathTableLocationM)) {
-        tables.push_back({"optional type M path table", EOrder::Big, {sector, size}});
-    }
+    std::vector<SPlacedTable> tables = {{"path table", EOrder::Little, {LoadLe32(descriptor.pathTableLocation), size}}};
+    const auto addIfPresent = [&](const char* name, EOrder order, std::uint32_t sector) {
+        if (sector != 0) {
+            tables.push_back({name, order, {sector, size}});
+        }
+    };
+    addIfPresent("type M path table", EOrder::Big, LoadBe32(descriptor.pathTableLocationM));
+    addIfPresent("optional path table", EOrder::Little, LoadLe32(descriptor.optionalPathTableLocation));
+    addIfPresent("optional type M path table", EOrder::Big, LoadBe32(descriptor.optionalPathTableLocationM));
     return tables;
 }
 

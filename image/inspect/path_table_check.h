@@ -11,7 +11,7 @@ namespace vantrel {
 /// (ECMA-119 6.9, 9.4).
 void CheckPathTables(CByteSource& image, const SIsoVolume& volume, CLimitedLines& problems);
 
-/// The places of the path tables that the volume has, two to four.
+/// The places of the path tables that the volume has, one to four.
 std::vector<SExtent> PathTablePlaces(const SPrimaryVolumeDescriptor& descriptor);
 
 }  // namespace vantrel
