@@ -154,9 +154,13 @@ private:
         for (const std::uint32_t sector :
              {LoadLe32(volume.pathTableLocation), LoadLe32(volume.optionalPathTableLocation),
               LoadBe32(volume.pathTableLocationM), LoadBe32(volume.optionalPathTableLocationM)}) {
-            if (sector != 0) {
-                AddStructure(sector, sectors);
+            if (sector == 0) {
+                continue;
             }
+            if (sector + sectors > m_map.Sectors()) {
+                throw CRefused(Format("the path table at sector %u lies outside of the image", sector));
+            }
+            AddStructure(sector, sectors);
         }
     }
 
@@ -338,7 +342,7 @@ private:
 
     [[noreturn]] static void RefuseUdfFile(const SUdfFile& file, const SDiscPlace& place) {
         throw CRefused(Format("%s: ISO 9660 records %lld bytes at sector %u, UDF %lld bytes at sector %u",
-                              place.Path().c_str(), static_cast<long long>(place.Size()), place.Sector(),
+                              file.path.c_str(), static_cast<long long>(place.Size()), place.Sector(),
                               static_cast<long long>(file.size),
                               file.extents.empty() ? file.entrySector : file.extents.front().sector));
     }
