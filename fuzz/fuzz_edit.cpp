@@ -69,7 +69,8 @@ void CheckPlace(const SDiscPlace& before, const SDiscPlace& after, const SFileEd
         // Behind the end of an image whose last sector is partial, there are zeros.
         const std::int64_t inside = std::min(extent.End(), static_cast<std::int64_t>(old.size())) - extent.Position();
         const auto start = old.begin() + std::min(extent.Position(), static_cast<std::int64_t>(old.size()));
-        Expect(extent.size == 0 || HasContent(image, extent.Position(), {start, start + std::max<std::int64_t>(inside, 0)}),
+        Expect(extent.size == 0 ||
+                   HasContent(image, extent.Position(), {start, start + std::max<std::int64_t>(inside, 0)}),
                "other files keep their content");
     }
 }
