@@ -96,6 +96,9 @@ std::vector<SNamedImage> Images() {
     special.udfHoleBeforeEntries = 3;
     special.anchorAt256 = false;
     images.push_back({"dvd-bridge", special});
+    special = Image(EImageKind::Dvd, FewFiles());
+    special.udf = test::EUdf::Volume;
+    images.push_back({"dvd-udf", special});
     return images;
 }
 
@@ -114,6 +117,7 @@ void MakeImageSeeds() {
     }
 }
 
+<<<<<<< HEAD
 /// Edits that stay in place, move files, empty and fill them.
 void MakeEditSeeds() {
     for (const SNamedImage& image : Images()) {
@@ -124,6 +128,34 @@ void MakeEditSeeds() {
         WriteSeed("edit", image.name + "-empty",
                   CPartWriter().Byte(3).Byte(2).Number(0).Byte(1).Number(5).Byte(4).Number(900).Raw(patches).Bytes());
         WriteSeed("edit", image.name + "-keep", CPartWriter().Byte(5).Byte(3).Number(1400).Raw(patches).Bytes());
+=======
+/// UDF volumes with every kind of allocation, without ISO 9660.
+void MakeUdfSeeds() {
+    using test::EUdfAllocation;
+    constexpr std::uint32_t kSectors = 300;
+    for (const auto allocation : {EUdfAllocation::Short, EUdfAllocation::Long, EUdfAllocation::Embedded}) {
+        test::SUdfDescription udf;
+        udf.start = 66;
+        udf.lastSector = kSectors - 1;
+        udf.folderAllocation = allocation;
+        udf.files = {{"A/B/ONE", {{280, 2048}, {282, 2048}, {284, 5}}, allocation},
+                     {"\xE6\x97\xA5/TWO", {{285, 6000}}, allocation, {}, 0, true},
+                     {"CHAIN", {{280, 2048}, {282, 2048}, {284, 5}}, EUdfAllocation::Short, {}, 1}};
+        if (allocation == EUdfAllocation::Embedded) {
+            udf.files[0].embedded = udf.files[1].embedded = Sparse(20);
+        }
+        udf.files.push_back({"A/LINK"});
+        udf.files.back().sharesEntryOf = "CHAIN";
+        Bytes image(kSectors * std::size_t{test::kImageSector});
+        for (const std::size_t sector : {16U, 17U}) {
+            std::copy_n("CD001", 5, image.begin() + static_cast<std::ptrdiff_t>(sector * test::kImageSector + 1));
+        }
+        test::WriteUdfVolume(image, udf);
+        for (const std::uint8_t choice : {std::uint8_t{3}, std::uint8_t{5}}) {
+            const auto seed = CPartWriter().Byte(choice).Byte(choice).Number(5000).Raw(PatchesOf(image));
+            WriteSeed("udf", std::to_string(static_cast<int>(allocation)) + "-" + std::to_string(choice), seed.Bytes());
+        }
+>>>>>>> udf
     }
 }
 
@@ -283,7 +315,11 @@ int main(int argc, char* argv[]) {
     }
     g_folder = vantrel::WithSeparator(argv[1]);
     MakeImageSeeds();
+<<<<<<< HEAD
     MakeEditSeeds();
+=======
+    MakeUdfSeeds();
+>>>>>>> udf
     MakeRebuildSeeds();
     MakeCompressedSeeds();
     MakeBinSeeds();
