@@ -118,6 +118,19 @@ void MakeImageSeeds() {
     }
 }
 
+/// Edits that stay in place, move files, empty and fill them.
+void MakeEditSeeds() {
+    for (const SNamedImage& image : Images()) {
+        const Bytes patches = PatchesOf(test::BuildImage(image.description).bytes);
+        WriteSeed("edit", image.name + "-place", CPartWriter().Byte(1).Byte(0).Number(3).Raw(patches).Bytes());
+        WriteSeed("edit", image.name + "-move",
+                  CPartWriter().Byte(2).Byte(0).Number(2000).Byte(1).Number(700).Raw(patches).Bytes());
+        WriteSeed("edit", image.name + "-empty",
+                  CPartWriter().Byte(3).Byte(2).Number(0).Byte(1).Number(5).Byte(4).Number(900).Raw(patches).Bytes());
+        WriteSeed("edit", image.name + "-keep", CPartWriter().Byte(5).Byte(3).Number(1400).Raw(patches).Bytes());
+    }
+}
+
 /// UDF volumes with every kind of allocation, without ISO 9660.
 void MakeUdfSeeds() {
     using test::EUdfAllocation;
@@ -193,6 +206,8 @@ void MakeRebuildSeeds() {
         MakeRebuildSeed(image, 0);
         MakeRebuildSeed(image, 1);
         MakeRebuildSeed(image, 4);
+        MakeRebuildSeed(image, 8);
+        MakeRebuildSeed(image, 10);
     }
     MakeLayoutSeed("plain-cd", test::ELayoutMedia::Cd);
     MakeLayoutSeed("plain-umd", test::ELayoutMedia::Umd);
@@ -307,6 +322,7 @@ void MakeWordSeeds() {
         {"extract", "cextract\ngame.iso\nDIR/FILE\n-C\nfolder\n--force"},
         {"export", "ciso2iml\ngame.iso\n--path\n/games/\n--extract=out"},
         {"rebuild", "ciml2iso\n--exact\n--files\n/disc\ngame.iml"},
+        {"replace", "creplace\ngame.iso\nDIR/FILE=new\n-o\nnew.iso\n--keep-places\n--dry-run"},
         {"postgap", "cadd-postgap\n--count\n3\ngame.iso"},
         {"dry", "ccheck-postgap\n--dry-run\ngame.iso"},
         {"converter", "n/disc/in\n/disc/out\n/Mode2\n/POSTGAP"},
@@ -333,6 +349,7 @@ int main(int argc, char* argv[]) {
     }
     g_folder = vantrel::WithSeparator(argv[1]);
     MakeImageSeeds();
+    MakeEditSeeds();
     MakeUdfSeeds();
     MakeRebuildSeeds();
     MakeCompressedSeeds();
