@@ -35,23 +35,26 @@ class File:
 
 @dataclass
 class Tree:
-    """One volume of ISO 9660: files and folders by path ("DIR/SUB/NAME", without version), and the areas (sector, sectors)
-    of its structures."""
+    """One volume of ISO 9660: files and folders by path ("DIR/SUB/NAME", without version), the byte positions of their
+    records, and the areas (sector, sectors) of its structures."""
     name: str
     descriptor: int
     volume_sectors: int
     files: dict = field(default_factory=dict)
     folders: dict = field(default_factory=dict)
+    records: dict = field(default_factory=dict)
     areas: list = field(default_factory=list)
 
 
 @dataclass
 class Udf:
+    """The UDF side: files and folders by path, and the sectors of their file entries."""
     anchors: list
     partition_start: int = 0
     partition_sectors: int = 0
     files: dict = field(default_factory=dict)
     folders: dict = field(default_factory=dict)
+    entries: dict = field(default_factory=dict)
     areas: list = field(default_factory=list)
 
     @property
@@ -162,7 +165,7 @@ class Disc:
             seen.add(place[0])
             tree.areas.append((place[0], sectors(place[1])))
             parts = []
-            for number, (name, entry, flags) in enumerate(self.records(tree, path, place, joliet)):
+            for number, (name, entry, flags, position) in enumerate(self.records(tree, path, place)):
                 if number < 2:
                     # xorriso writes the folder itself as the parent of a Joliet folder.
                     accepted = ((place,), (parent, place) if joliet else (parent,))[number]
@@ -171,6 +174,7 @@ class Disc:
                     continue
                 text = name.decode("utf-16-be" if joliet else "latin-1")
                 full = (path + "/" if path else "") + (text if flags & 2 else text.split(";")[0])
+                tree.records[full] = position
                 if flags & 2:
                     tree.folders[full] = entry
                     queue.append((full, entry, place))
@@ -190,8 +194,8 @@ class Disc:
                 self.problem("%s: %s is outside of the image", tree.name, path)
         tree.files[path] = File(path, size, extents)
 
-    def records(self, tree, path, place, joliet):
-        """(name, (sector, length), flags) of each record of a directory."""
+    def records(self, tree, path, place):
+        """(name, (sector, length), flags, byte position) of each record of a directory."""
         sector, length = place
         if length % SECTOR or not length:
             self.problem("%s: the folder %s has %d bytes", tree.name, path, length)
@@ -206,7 +210,7 @@ class Disc:
                     break
                 what = "%s: a record of %s" % (tree.name, path)
                 entry = (self.both(record, 2, 4, what), self.both(record, 10, 4, what))
-                yield bytes(record[33:33 + record[32]]), entry, record[25]
+                yield bytes(record[33:33 + record[32]]), entry, record[25], sector * SECTOR + start + offset
                 offset += size
             if any(block[offset:]):
                 self.problem("%s: bytes behind the records of the folder %s", tree.name, path)
@@ -263,7 +267,7 @@ class Disc:
         for sector in sorted({256, self.sectors - 1, self.sectors - 257}):
             if 16 < sector < self.sectors:
                 data = self.part(sector, 16, "anchor")
-                if data[:2] == b"\2\0" and sum(data[:4] + data[5:16]) % 256 == data[4] and any(data[4:16]):
+                if data[:4] in (b"\2\0\2\0", b"\2\0\3\0") and any(data[4:16]):
                     found.append(sector)
         return found
 
@@ -348,6 +352,7 @@ class Disc:
         data = self.part(udf.partition_start + block, SECTOR, what)
         identifier = self.tag(data, block, what, (FILE_ENTRY, EXTENDED_FILE_ENTRY))
         udf.areas.append((udf.partition_start + block, 1))
+        udf.entries[path] = udf.partition_start + block
         later = 40 if identifier == EXTENDED_FILE_ENTRY else 0
         size, = struct.unpack_from("<Q", data, 56)
         recorded, = struct.unpack_from("<Q", data, 72 if later else 64)
