@@ -77,10 +77,10 @@ class Damage(unittest.TestCase):
             self.assert_found("path table %s names other folders" % ("L" if order == "little" else "M"))
 
     def test_every_descriptor_of_udf(self):
-        start = self.disc.udf.partition_start
         entries = self.disc.udf.entries
+        file_set = entries[""] - 2
         names = self.disc.udf.folders["DATA"].extents[0][0]
-        for sector in 32, 33, 34, 35, 36, 37, 48, 50, 53, 64, 256, self.disc.closing_anchor, start + 5, entries["DATA"], \
+        for sector in 32, 33, 34, 35, 36, 37, 48, 50, 53, 64, 256, self.disc.closing_anchor, file_set, entries["DATA"], \
                 entries["SYSTEM.CNF"], names:
             for position, text in ((4, "checksum"), (8, "CRC"), (12, "instead of"), (20, "CRC")):
                 self.setUp()
