@@ -261,15 +261,17 @@ class Disc:
             self.problem("%s: version %d of the tag", what, version)
         return identifier
 
+    def is_anchor(self, sector):
+        data = self.image[sector * SECTOR:sector * SECTOR + 16]
+        return data[:4] in (b"\2\0\2\0", b"\2\0\3\0") and any(data[4:])
+
     def anchor_sectors(self):
-        """The sectors that hold an anchor: 256, the last one, or 256 before the last."""
-        found = []
-        for sector in sorted({256, self.sectors - 1, self.sectors - 257}):
-            if 16 < sector < self.sectors:
-                data = self.part(sector, 16, "anchor")
-                if data[:4] in (b"\2\0\2\0", b"\2\0\3\0") and any(data[4:16]):
-                    found.append(sector)
-        return found
+        """The sectors that hold an anchor: 256, 256 before the last, and all at the end. genisoimage pads with anchors."""
+        closing = self.sectors
+        while closing > 257 and self.is_anchor(closing - 1):
+            closing -= 1
+        others = {sector for sector in (256, self.sectors - 257) if 16 < sector < closing and self.is_anchor(sector)}
+        return sorted(others) + list(range(closing, self.sectors))
 
     def read_udf(self):
         found = self.anchor_sectors()
@@ -462,15 +464,20 @@ class Disc:
         return not covered and not any(self.image[sector * SECTOR:(sector + 1) * SECTOR])
 
     @property
-    def closing_anchor(self):
-        return self.udf.anchors[-1] if self.udf and self.udf.anchors[-1] == self.sectors - 1 and self.sectors > 257 else None
+    def closing_anchors(self):
+        """Number of anchors at the end of the image."""
+        anchors, count = self.udf.anchors if self.udf else [], 0
+        while count < len(anchors) and anchors[-1 - count] == self.sectors - 1 - count and anchors[-1 - count] > 256:
+            count += 1
+        return count
 
     @property
     def content_end(self):
-        """The first sector behind everything that is described and behind the last byte that is not zero."""
-        closing = self.closing_anchor
-        described = max(first + count for first, count, _ in self.areas() if first != closing)
-        data = bytes(self.image[described * SECTOR:closing * SECTOR if closing else len(self.image)])
+        """The first sector behind everything that is described and behind the last byte that is not zero, but for the
+        anchors at the end."""
+        closing = self.sectors - self.closing_anchors
+        described = max(first + count for first, count, _ in self.areas() if first < closing)
+        data = bytes(self.image[described * SECTOR:closing * SECTOR])
         return described + sectors(len(data.rstrip(b"\0")))
 
 
@@ -486,7 +493,8 @@ def main():
         for file in sorted(tree.files.values(), key=lambda file: (file.sector, file.path)):
             print("  %8d %10d %s" % (file.sector, file.size, file.path))
     if disc.udf:
-        print("UDF: anchors %s, partition %d to %d" % (disc.udf.anchors, disc.udf.partition_start, disc.udf.partition_end))
+        print("UDF: anchors %s, %d at the end, partition %d to %d" % (
+            disc.udf.anchors[:2], disc.closing_anchors, disc.udf.partition_start, disc.udf.partition_end))
         for file in disc.udf.files.values():
             print("  %8s %10d %s" % (file.sector, file.size, file.path))
     print("%d sectors, content ends at %d" % (disc.sectors, disc.content_end))

@@ -39,7 +39,7 @@ class Damage(unittest.TestCase):
         self.assertEqual(self.disc.content(file)[:5], b"BOOT2")
         self.assertEqual(self.disc.content(self.disc.udf.files["DATA/TWIN.BIN"]),
                          self.disc.content(self.disc.primary.files["DATA/ALPHA.BIN"]))
-        self.assertEqual(self.disc.udf.anchors, [256, self.disc.closing_anchor])
+        self.assertEqual(self.disc.udf.anchors, [256, self.disc.sectors - 1])
 
     def test_byte_orders(self):
         record = self.disc.primary.records["SYSTEM.CNF"]
@@ -80,7 +80,7 @@ class Damage(unittest.TestCase):
         entries = self.disc.udf.entries
         file_set = entries[""] - 2
         names = self.disc.udf.folders["DATA"].extents[0][0]
-        for sector in 32, 33, 34, 35, 36, 37, 48, 50, 53, 64, 256, self.disc.closing_anchor, file_set, entries["DATA"], \
+        for sector in 32, 33, 34, 35, 36, 37, 48, 50, 53, 64, 256, self.disc.sectors - 1, file_set, entries["DATA"], \
                 entries["SYSTEM.CNF"], names:
             for position, text in ((4, "checksum"), (8, "CRC"), (12, "instead of"), (20, "CRC")):
                 self.setUp()
@@ -105,8 +105,9 @@ class Damage(unittest.TestCase):
             self.assert_found(text)
 
     def test_a_lost_closing_anchor(self):
-        self.put(self.disc.closing_anchor * SECTOR, bytes(SECTOR))
-        self.assertIsNone(Disc(bytes(self.image)).closing_anchor)
+        self.assertEqual(self.disc.closing_anchors, 1)
+        self.put((self.disc.sectors - 1) * SECTOR, bytes(SECTOR))
+        self.assertEqual(Disc(bytes(self.image)).closing_anchors, 0)
 
 
 if __name__ == "__main__":

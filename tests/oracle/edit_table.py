@@ -178,8 +178,9 @@ def check_ends(base, new, changes):
     for name, tree in base.trees.items():
         expect(new.trees[name].volume_sectors == tree.volume_sectors + added, "%s: volume of %d sectors instead of %d", name,
                new.trees[name].volume_sectors, tree.volume_sectors + added)
-    if base.closing_anchor:
-        expect(new.closing_anchor == new.sectors - 1, "the closing anchor is not at the end")
+    expect(new.closing_anchors == base.closing_anchors, "%d anchors at the end instead of %d", new.closing_anchors,
+           base.closing_anchors)
+    if base.udf:
         expect(new.udf.anchors[0] == 256, "the anchor 256 is lost")
         expect(new.udf.partition_end == base.udf.partition_end + added, "the partition ends at %d instead of %d",
                new.udf.partition_end, base.udf.partition_end + added)
@@ -251,7 +252,7 @@ class Bench:
         leading = len(self.read("game.ims")) // SECTOR - (self.base.image[65925:65928] == b"DVD")
         kept = bytearray(len(self.image))
         areas = [(0, leading)] + [(sector, sectors(size)) for sector, size, _ in places(self.base)]
-        areas += [(self.base.closing_anchor, 1)] if self.base.closing_anchor else []
+        areas += [(self.base.sectors - 1, 1)] if self.base.closing_anchors else []
         for first, count in areas:
             part = slice(first * SECTOR, (first + count) * SECTOR)
             kept[part] = self.image[part]
