@@ -1,10 +1,12 @@
 """replace: files of an image are changed, into a new image or where it stands."""
 import json
+import mmap
 import os
 import re
 import resource
 import shutil
 import signal
+import struct
 import subprocess
 import unittest
 
@@ -206,6 +208,27 @@ class Limits(Replacing):
         self.assert_refused(self.run_here("replace", "game.iso", SMALL + "=huge", "-o", "out.iso"), "4294967296")
         self.assertEqual(self.names(), ["game.iso", "huge", "new"])
 
+    def test_a_file_of_more_than_a_gibibyte(self):
+        """Its file entry of UDF has two allocation descriptors, because each describes less than a gibibyte."""
+        self.write_image("dvd")
+        size = (1 << 30) + 5000
+        self.sparse("large", size)
+        with open(self.path("large"), "r+b") as file:
+            file.write(b"begin")
+            file.seek(size - 3)
+            file.write(b"end")
+        self.assert_done(self.run_here("replace", "--in-place", "game.iso", GAMMA + "=large"))
+        with open(self.path("game.iso"), "rb") as file, mmap.mmap(file.fileno(), 0, access=mmap.ACCESS_READ) as image:
+            disc = Disc(image)
+            self.assertEqual(disc.problems, [])
+            for file in disc.primary.files[GAMMA], disc.udf.files[GAMMA]:
+                self.assertEqual(file.extents, ((self.disc.content_end, size),))
+                start = file.sector * SECTOR
+                self.assertEqual((image[start:start + 5], image[start + size - 3:start + size]), (b"begin", b"end"))
+            descriptors, = struct.unpack_from("<I", image, disc.udf.entries[GAMMA] * SECTOR + 172)
+            self.assertEqual(descriptors, 16)
+            self.assertEqual(disc.closing_anchors, 1)
+
     def test_more_than_a_medium_holds(self):
         for name, count, size in ("umd", 878000, 20 << 20), ("cd", 332900, 1 << 20):
             self.write_image(name)
@@ -261,7 +284,7 @@ class InPlace(Replacing):
         self.assert_refused(result, "out.iso", "File too large")
         self.assertEqual(self.state(), before)
 
-    @unittest.skipUnless(os.name == "posix" and os.geteuid() == 0 and shutil.which("unshare"),
+    @unittest.skipUnless(not IS_WINDOWS and os.geteuid() == 0 and shutil.which("unshare"),
                          "needs a file system of its own")
     def test_a_full_disk_is_undone(self):
         script = """set -e
