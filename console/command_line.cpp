@@ -68,6 +68,7 @@ Commands AllCommands() {
     AddExportCommand(commands);
     AddRawCommands(commands);
     AddRebuildCommand(commands);
+    AddReplaceCommand(commands);
     AddPostgapCommands(commands);
     return commands;
 }

@@ -23,6 +23,9 @@ void AddRawCommands(Commands& commands);
 /// iml2iso
 void AddRebuildCommand(Commands& commands);
 
+/// replace
+void AddReplaceCommand(Commands& commands);
+
 /// check-postgap, add-postgap
 void AddPostgapCommands(Commands& commands);
 

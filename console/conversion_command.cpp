@@ -24,6 +24,11 @@ void CConversionCommand::DeclareOutput(COptionSet& options) {
     options.AddFlag("-f,--force", m_options.force, "Replace an existing output");
 }
 
+void CConversionCommand::DeclareReport(COptionSet& options) {
+    options.AddFlag("--dry-run", m_options.dryRun, "Write nothing, and report what would change");
+    options.AddFlag("--json", m_options.json, "Report as JSON, one object in a line for each file");
+}
+
 std::string CConversionCommand::UsageProblem() const {
     if (m_options.output == "-") {
         return "--output: results cannot go to standard output, because files are renamed when they are complete";

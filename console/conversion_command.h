@@ -24,6 +24,8 @@ struct SConversionOptions {
     bool force = false;
     bool quiet = false;
     bool keepGoing = false;
+    bool dryRun = false;
+    bool json = false;  ///< The command prints the results of its conversions itself.
 };
 
 class CConversionCommand : public CCommand {
@@ -46,7 +48,11 @@ protected:
     void DeclareFiles(COptionSet& options);
     /// --output, --output-dir and --force.
     void DeclareOutput(COptionSet& options);
+    /// --dry-run and --json.
+    void DeclareReport(COptionSet& options);
     const std::vector<std::string>& Files() const { return m_options.files; }
+    bool IsDryRun() const { return m_options.dryRun; }
+    bool ReportsJson() const { return m_options.json; }
 
 private:
     SConversionOptions m_options;

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "console/console_operation.h"
+#include "console/edit_result.h"
 #include "console/messages.h"
 #include "files/native_file.h"
 #include "files/new_folders.h"
@@ -54,7 +55,7 @@ public:
                 RunOne(input);
             }
         }
-        if (m_options.files.size() > 1 && !m_options.quiet) {
+        if (m_options.files.size() > 1 && !m_options.quiet && !m_options.json) {
             PrintSummary();
         }
         return m_tally.failed > 0 ? EExit::Failed : EExit::Done;
@@ -91,7 +92,7 @@ private:
         m_tally.bytesIn += size;
         m_tally.bytesOut += SizeOf(job.output);
         m_written.insert(job.output);
-        if (!m_options.quiet) {
+        if (!m_options.quiet && !m_options.json) {
             PrintResult(job, operation);
         }
         return operation.Warning();
@@ -112,7 +113,7 @@ private:
     bool IsInPlace(const SConversionJob& job) const { return m_command.OutputName(FileNameOf(job.input)).empty(); }
 
     void RefuseOverwriting(const SConversionJob& job) const {
-        if (IsInPlace(job)) {
+        if (IsInPlace(job) || m_options.dryRun) {
             return;
         }
         std::vector<std::string> outputs = m_command.Companions(job.output);
@@ -139,6 +140,9 @@ private:
 
     void PrintFailure(const std::string& input, const std::string& text) {
         ++m_tally.failed;
+        if (m_options.json) {
+            PrintResults(FailureJson(input, text));
+        }
         PrintError(m_command.Name(), input, text);
     }
 

@@ -11,6 +11,11 @@ void SChecksum::Add(std::span<const std::uint8_t> bytes) {
     crc32 = static_cast<std::uint32_t>(crc32_z(crc32, bytes.data(), bytes.size()));
 }
 
+void SChecksum::Append(const SChecksum& next) {
+    crc32 = static_cast<std::uint32_t>(crc32_combine64(crc32, next.crc32, next.length));
+    length += next.length;
+}
+
 SChecksum ChecksumOf(CByteSource& source, const std::function<void()>& afterPiece) {
     constexpr std::size_t kPieceSize = 1U << 20U;
     std::vector<std::uint8_t> piece(kPieceSize);

@@ -86,6 +86,7 @@ private:
     void WriteLeadingStructures();
     void CopyHeader();
     void WriteTrailingSector();
+    void WriteLeading(std::span<const std::uint8_t> bytes);
     void WriteLayout();
     std::int32_t CountEntries() const;
     void WriteHead(CTextOutput& text, std::int32_t entries);
@@ -104,6 +105,7 @@ private:
     std::string m_leadingPath;
     CCheckedOutput m_leading;
     CCheckedOutput m_layout;
+    SChecksum m_leadingSum;
 };
 
 void CLayoutWriter::Write() {
@@ -143,7 +145,7 @@ void CLayoutWriter::CopyHeader() {
     for (std::int64_t sector = 0; sector < sectors; ++sector) {
         std::array<std::uint8_t, kSectorSize> bytes = {};
         source.Read(bytes);
-        m_leading.Write(bytes);
+        WriteLeading(bytes);
         m_operation.Yield();
     }
     source.FailIfUnread();
@@ -155,7 +157,12 @@ void CLayoutWriter::WriteTrailingSector() {
     std::copy(m_image.anchorTag.begin(), m_image.anchorTag.end(), bytes.begin());
     const auto number = Le32(LastVolumeSector());
     std::copy(number.begin(), number.end(), bytes.begin() + kTagHeadSize);
+    WriteLeading(bytes);
+}
+
+void CLayoutWriter::WriteLeading(std::span<const std::uint8_t> bytes) {
     m_leading.Write(bytes);
+    m_leadingSum.Add(bytes);
 }
 
 std::int32_t CLayoutWriter::CountEntries() const {
@@ -173,7 +180,7 @@ void CLayoutWriter::WriteLayout() {
     text.Write("[/LOC]\n\n");
     text.Flush();
     m_layout.FinishOrFail();
-    m_request.beforeCommit(text.Sum());
+    m_request.beforeCommit(text.Sum(), m_leadingSum);
 }
 
 void CLayoutWriter::WriteHead(CTextOutput& text, std::int32_t entries) {

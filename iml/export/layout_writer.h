@@ -24,8 +24,9 @@ struct SLayoutRequest {
     std::optional<SWalkFilePaths> sideFiles = std::nullopt;
     EOutputManner manner = EOutputManner::InPlace;
     std::function<SLayoutTime()> clock = LayoutTimeNow;
-    /// Called with the checksum of the finished layout, before it gets its name.
-    std::function<void(const SChecksum& layout)> beforeCommit = [](const SChecksum&) {};
+    /// Called with the checksums of the finished layout and its leading structures, before they get their names.
+    std::function<void(const SChecksum& layout, const SChecksum& leading)> beforeCommit = [](const SChecksum&,
+                                                                                             const SChecksum&) {};
 };
 
 /// The folder that the path field puts before every path: its text without drive, and without the part behind the last
