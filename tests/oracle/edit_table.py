@@ -7,6 +7,7 @@ Every image of the group (see edit_images.py) is changed in every way of CHANGES
 file), by "replace -o" and by "replace --in-place". Afterwards all trees must name the new content, everything else must be
 where it was, and volume sizes, closing anchor and postgap must be at the new end.
 """
+import json
 import os
 import random
 import shutil
@@ -201,14 +202,35 @@ def check_rest(base, new, changes):
         expect(sector in touched or base.image[part] == new.image[part], "sector %d differs", sector)
 
 
-def check(base, image, changes):
+def check_report(base, new, changes, report):
+    """What the report counts, in names, and where it says that files went."""
+    told, counts = {}, {"in place": 0, "moved": 0}
+    for file in report["files"]:
+        numbers = (file["from_sector"], file["to_sector"], file["bytes_before"], file["bytes"])
+        told.update(dict.fromkeys(file["paths"], numbers))
+        counts[file["action"]] += len(file["paths"])
+    before, after = base.primary.files, new.primary.files
+    actual = {path: (before[path].sector, after[path].sector, before[path].size, len(wanted))
+              for path, wanted in changes.items()}
+    for path, numbers in actual.items():
+        moved = numbers[0] != numbers[1]
+        # Without a gap file, nothing tells whether a file of the same length is another one.
+        expect(path in told or (report["notices"] and not moved and numbers[2] == numbers[3]), "%s is not reported", path)
+        expect(told.get(path, numbers) == numbers, "reported: %s; found: %s", told[path], numbers)
+    expect(set(told) <= set(actual), "reported but unchanged: %s", set(told) - set(actual))
+    wanted = {"unchanged": len(before) - len(told), "changed_in_place": counts["in place"], "moved": counts["moved"],
+              "sectors": new.sectors, "sectors_added": new.sectors - base.sectors}
+    expect({name: report[name] for name in wanted} == wanted, "the report counts %s; found: %s", report, wanted)
+
+
+def check(base, image, changes, report):
     new = Disc(image)
     expect(not new.problems, "%s", "; ".join(new.problems[:3]))
     check_files(base, new, changes)
     check_places(base, new, changes)
     check_ends(base, new, changes)
     check_rest(base, new, changes)
-    return new
+    check_report(base, new, changes, report)
 
 
 # How it is edited
@@ -229,6 +251,7 @@ class Bench:
             text = file.read().replace(b'"game.ims"', b'"bare.ims"')
         self.write("bare.iml", text)
         self.covered = Disc(self.without_gaps())
+        self.is_accepted = self.status("verify", "game.iso") == 0
 
     def path(self, name):
         return os.path.join(self.folder, name)
@@ -241,14 +264,19 @@ class Bench:
         with open(self.path(name), "rb") as file:
             return file.read()
 
-    def run(self, *words):
+    def status(self, *words):
         done = subprocess.run([self.vantrel, *words], cwd=self.folder, stdin=subprocess.DEVNULL, capture_output=True,
                               text=True, errors="replace", timeout=60)
         self.told = done.stdout + done.stderr
-        expect(done.returncode == 0, "%s: status %d: %s", " ".join(words)[:200], done.returncode, self.told[-500:])
+        return done.returncode
+
+    def run(self, *words):
+        status = self.status(*words)
+        expect(status == 0, "%s: status %d: %s", " ".join(words)[:200], status, self.told[-500:])
 
     def without_gaps(self):
-        """The image with zeros wherever neither leading structures nor files are; a DVD's last sector is its anchor."""
+        """The image with zeros wherever neither leading structures nor files are; a DVD's last sector is its anchor. It
+        ends with the volume, because nothing else tells its length."""
         leading = len(self.read("game.ims")) // SECTOR - (self.base.image[65925:65928] == b"DVD")
         kept = bytearray(len(self.image))
         areas = [(0, leading)] + [(sector, sectors(size)) for sector, size, _ in places(self.base)]
@@ -256,7 +284,7 @@ class Bench:
         for first, count in areas:
             part = slice(first * SECTOR, (first + count) * SECTOR)
             kept[part] = self.image[part]
-        return bytes(kept)
+        return bytes(kept[:max(self.base.primary.volume_sectors, self.base.content_end) * SECTOR])
 
     def with_files(self, changes, action):
         """Does something while the changed files stand among the extracted ones."""
@@ -270,7 +298,7 @@ class Bench:
                 self.write("files/" + path, data)
 
     def rebuilt(self, layout, changes):
-        self.with_files(changes, lambda: self.run("iml2iso", "-f", layout, "--files", "files", "-o", "new.iso"))
+        self.with_files(changes, lambda: self.run("iml2iso", "--json", "-f", layout, "--files", "files", "-o", "new.iso"))
         return self.read("new.iso")
 
     def words_of(self, changes):
@@ -289,44 +317,51 @@ class Bench:
         return files[one].size and files[one].extents == files[other].extents
 
     def replaced(self, changes):
-        self.run("replace", "-f", "game.iso", *self.words_of(changes), "-o", "new.iso")
+        self.run("replace", "--json", "-f", "game.iso", *self.words_of(changes), "-o", "new.iso")
         return self.read("new.iso")
 
     def replaced_in_place(self, changes):
         shutil.copy(self.path("game.iso"), self.path("place.iso"))
-        self.run("replace", "--in-place", "place.iso", *self.words_of(changes))
+        self.run("replace", "--json", "--in-place", "place.iso", *self.words_of(changes))
         return self.read("place.iso")
 
     # The four ways
 
     def check_layout(self, changes):
         image = self.rebuilt("game.iml", changes)
-        check(self.base, image, changes)
+        check(self.base, image, changes, json.loads(self.told))
         expect(changes or image == self.image, "nothing is changed, but the image differs")
 
     def check_bare_layout(self, changes):
         if self.covered.problems:
-            return self.check_refused_or_told(changes)
+            return self.check_lost_side(changes)
         image = self.rebuilt("bare.iml", changes)
-        check(self.covered, image, changes)
+        check(self.covered, image, changes, json.loads(self.told))
         expect("gap" in self.told, "no notice on the missing gap file: %s", self.told)
         expect(changes or image == self.covered.image, "nothing is changed, but the image differs")
 
-    def check_refused_or_told(self, changes):
-        """Structures of this image lie outside of what the layout keeps."""
+    def check_lost_side(self, changes):
+        """Joliet or UDF lie outside of what the layout keeps: the primary tree is right, and the status tells the rest."""
         try:
             self.rebuilt("bare.iml", changes)
         except Wrong:
-            expect("status 1" in self.told or self.told, "refused without a reason")
-        expect("gap" in self.told, "lost structures are not told: %s", self.told)
+            expect("cannot be read" in self.told, "refused: %s", self.told)
+        else:
+            raise Wrong("status 0: " + self.told)
+        expect("gap" in self.told, "no notice on the missing gap file: %s", self.told)
+        new = Disc(self.read("new.iso"))
+        check_tree(self.covered, new, self.covered.primary.files, new.primary.files, changes, "primary")
 
     def check_replace(self, changes):
         if not changes:
             return
         image = self.replaced(changes)
-        check(self.base, image, changes)
+        report = json.loads(self.told)
+        check(self.base, image, changes, report)
         expect(self.replaced_in_place(changes) == image, "in place, the result differs")
-        self.run("verify", "new.iso")
+        expect(json.loads(self.told) == {**report, "output": "place.iso", "file": "place.iso"}, "in place: %s", self.told)
+        if self.is_accepted:
+            self.run("verify", "new.iso")
         if self.with_tools:
             check_with_tools(self.path("new.iso"), Disc(image), self.folder)
 
