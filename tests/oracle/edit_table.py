@@ -216,7 +216,7 @@ def check_report(base, new, changes, report):
         moved = numbers[0] != numbers[1]
         # Without a gap file, nothing tells whether a file of the same length is another one.
         expect(path in told or (report["notices"] and not moved and numbers[2] == numbers[3]), "%s is not reported", path)
-        expect(told.get(path, numbers) == numbers, "reported: %s; found: %s", told[path], numbers)
+        expect(told.get(path, numbers) == numbers, "reported: %s; found: %s", told.get(path), numbers)
     expect(set(told) <= set(actual), "reported but unchanged: %s", set(told) - set(actual))
     wanted = {"unchanged": len(before) - len(told), "changed_in_place": counts["in place"], "moved": counts["moved"],
               "sectors": new.sectors, "sectors_added": new.sectors - base.sectors}
