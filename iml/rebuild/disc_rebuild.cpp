@@ -410,6 +410,7 @@ private:
             m_notices.push_back(text);
         }
         if (!warning.empty()) {
+            warning += Format("\n\"vantrel iso2iml --extract\" keeps all of it in %s", m_request.gapsPath.c_str());
             m_operation.Warn(warning);
         }
         m_report.notices = m_notices;

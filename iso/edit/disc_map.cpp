@@ -1,11 +1,11 @@
 #include "iso/edit/disc_map.h"
 
 #include <algorithm>
-#include <array>
+#include <functional>
+#include <iterator>
 #include <map>
 #include <numeric>
 #include <set>
-#include <span>
 #include <string_view>
 
 #include "files/letter_case.h"
@@ -53,6 +53,25 @@ std::string ComparablePath(const std::string& path) {
     return comparable;
 }
 
+bool IsSame(const std::vector<SExtent>& first, const std::vector<SExtent>& second) {
+    return std::equal(first.begin(), first.end(), second.begin(), second.end(), [](const SExtent& a, const SExtent& b) {
+        return a.sector == b.sector && a.size == b.size;
+    });
+}
+
+/// Extents that follow each other as one.
+std::vector<SExtent> JoinedExtents(const std::vector<SExtent>& extents) {
+    std::vector<SExtent> joined;
+    for (const SExtent& extent : extents) {
+        if (!joined.empty() && joined.back().End() == extent.Position()) {
+            joined.back().size += extent.size;
+        } else {
+            joined.push_back(extent);
+        }
+    }
+    return joined;
+}
+
 /// Sectors of a file or a structure.
 struct SArea {
     std::int64_t first;
@@ -70,6 +89,7 @@ public:
         for (std::size_t i = 0; i < m_volumes.size(); ++i) {
             AddVolume(i);
         }
+        AddUdf();
         std::stable_sort(m_map.places.begin(), m_map.places.end(),
                          [](const SDiscPlace& a, const SDiscPlace& b) { return a.Sector() < b.Sector(); });
         CheckOverlaps();
@@ -166,18 +186,17 @@ private:
         SDiscName name = {std::move(file.path), volume, std::move(file.records)};
         if (file.Size() == 0) {
             m_emptyBySector.emplace(file.Sector(), m_map.places.size());
-            m_map.places.push_back({std::move(file.extents), {std::move(name)}, std::move(file.obstacle)});
+            m_map.places.push_back({std::move(file.extents), {std::move(name)}, {}, std::move(file.obstacle)});
             return;
         }
         const auto [found, isNew] =
             m_placeBySector.try_emplace(file.Sector(), m_map.places.size());
         if (isNew) {
-            m_map.places.push_back({std::move(file.extents), {std::move(name)}, std::move(file.obstacle)});
+            m_map.places.push_back({std::move(file.extents), {std::move(name)}, {}, std::move(file.obstacle)});
             return;
         }
         SDiscPlace& place = m_map.places[found->second];
-        if (!std::equal(place.extents.begin(), place.extents.end(), file.extents.begin(), file.extents.end(),
-                        [](const SExtent& a, const SExtent& b) { return a.sector == b.sector && a.size == b.size; })) {
+        if (!IsSame(place.extents, file.extents)) {
             throw CRefused(Format("%s: it starts at sector %u like %s, but is not the same file", name.path.c_str(),
                                   file.Sector(), place.Path().c_str()));
         }
@@ -193,36 +212,135 @@ private:
             bySector[file.Sector()].push_back(&file);
         }
         for (auto& [sector, files] : bySector) {
-            LinkEmptyFiles(volume, sector, files);
+            std::vector<std::size_t> places;
+            const auto [begin, end] = m_emptyBySector.equal_range(sector);
+            std::transform(begin, end, std::back_inserter(places), [](const auto& entry) { return entry.second; });
+            LinkByName<STreeFile*>(
+                files, places, [](const STreeFile* file) -> const std::string& { return file->path; },
+                [&](STreeFile* file, std::size_t place) {
+                    m_map.places[place].names.push_back({std::move(file->path), volume, std::move(file->records)});
+                });
         }
     }
 
-    void LinkEmptyFiles(std::size_t volume, std::uint32_t sector, const std::vector<STreeFile*>& files) {
-        const auto [begin, end] = m_emptyBySector.equal_range(sector);
-        const bool isOnlyPair = files.size() == 1 && std::distance(begin, end) == 1;
-        std::map<std::string, std::vector<std::size_t>> byPath;
-        for (auto i = begin; i != end; ++i) {
-            byPath[isOnlyPair ? "" : ComparablePath(m_map.places[i->second].Path())].push_back(i->second);
+    /// Calls `link` for each empty file and the empty place of the same name. If a file has no such place, the places
+    /// that no file has cannot be changed.
+    template <typename File>
+    void LinkByName(const std::vector<File>& files, const std::vector<std::size_t>& places,
+                    const std::function<const std::string&(File)>& pathOf,
+                    const std::function<void(File, std::size_t)>& link) {
+        const bool isOnlyPair = files.size() == 1 && places.size() == 1;
+        std::multimap<std::string, std::size_t> byPath;
+        for (const std::size_t place : places) {
+            byPath.emplace(isOnlyPair ? "" : ComparablePath(m_map.places[place].Path()), place);
         }
         bool areAllLinked = true;
-        for (STreeFile* const file : files) {
-            const auto found = byPath.find(isOnlyPair ? "" : ComparablePath(file->path));
-            if (found == byPath.end() || found->second.size() != 1) {
+        for (const File file : files) {
+            const auto found = byPath.find(isOnlyPair ? "" : ComparablePath(pathOf(file)));
+            if (found == byPath.end()) {
                 areAllLinked = false;
                 continue;
             }
-            m_map.places[found->second.front()].names.push_back({file->path, volume, file->records});
+            link(file, found->second);
             byPath.erase(found);
         }
-        if (areAllLinked) {
-            return;
-        }
-        for (const auto& [path, places] : byPath) {
-            for (const std::size_t place : places) {
+        for (const auto& [path, place] : byPath) {
+            if (!areAllLinked) {
                 m_map.places[place].obstacle =
                     "is empty, and its record in another volume cannot be told from those of other empty files";
             }
         }
+    }
+
+    void AddUdf() {
+        try {
+            m_map.udf = ReadUdfVolume(m_image);
+        } catch (const CRefused& refused) {
+            if (m_rule == EMapRule::Complete) {
+                throw;
+            }
+            m_map.warnings.push_back(Format("The UDF volume cannot be read (%s): readers that prefer it will not find "
+                                            "the files",
+                                            refused.what()));
+        }
+        if (!m_map.udf) {
+            return;
+        }
+        for (const SExtent& extent : m_map.udf->structures) {
+            AddStructure(extent.sector, SectorsFor(extent.size));
+        }
+        std::vector<std::size_t> empty;
+        std::vector<std::size_t> others;
+        for (std::size_t i = 0; i < m_map.udf->files.size(); ++i) {
+            const SUdfFile& file = m_map.udf->files[i];
+            if (file.isFolder) {
+                continue;
+            }
+            if (file.size == 0) {
+                empty.push_back(i);
+            } else if (file.extents.empty() || !LinkUdfFile(i)) {
+                others.push_back(i);
+            }
+        }
+        LinkEmptyUdfFiles(empty);
+        AddOtherUdfFiles(others);
+    }
+
+    /// Links a file to the place at its first sector; false if there is none.
+    bool LinkUdfFile(std::size_t index) {
+        const SUdfFile& file = m_map.udf->files[index];
+        const auto found = m_placeBySector.find(file.extents.front().sector);
+        if (found == m_placeBySector.end()) {
+            return false;
+        }
+        SDiscPlace& place = m_map.places[found->second];
+        if (!IsSame(JoinedExtents(place.extents), file.extents)) {
+            RefuseUdfFile(file, place);
+        }
+        place.udfFiles.push_back(index);
+        return true;
+    }
+
+    void LinkEmptyUdfFiles(const std::vector<std::size_t>& files) {
+        std::vector<std::size_t> places;
+        for (const auto& [sector, place] : m_emptyBySector) {
+            places.push_back(place);
+        }
+        LinkByName<std::size_t>(
+            files, places, [this](std::size_t i) -> const std::string& { return m_map.udf->files[i].path; },
+            [this](std::size_t i, std::size_t place) { m_map.places[place].udfFiles.push_back(i); });
+    }
+
+    /// Files at places of their own, and those with the content in the file entry. A file of the same name must be
+    /// alike.
+    void AddOtherUdfFiles(const std::vector<std::size_t>& files) {
+        std::multimap<std::string, std::size_t> byPath;
+        for (std::size_t i = 0; i < m_map.places.size() && !files.empty(); ++i) {
+            for (const SDiscName& name : m_map.places[i].names) {
+                byPath.emplace(ComparablePath(name.path), i);
+            }
+        }
+        for (const std::size_t index : files) {
+            const SUdfFile& file = m_map.udf->files[index];
+            const auto found = byPath.find(ComparablePath(file.path));
+            if (found != byPath.end()) {
+                SDiscPlace& place = m_map.places[found->second];
+                if (!file.embedded || place.Size() != file.size) {
+                    RefuseUdfFile(file, place);
+                }
+                place.udfFiles.push_back(index);
+            }
+            for (const SExtent& extent : file.extents) {
+                AddStructure(extent.sector, SectorsFor(extent.size));
+            }
+        }
+    }
+
+    [[noreturn]] static void RefuseUdfFile(const SUdfFile& file, const SDiscPlace& place) {
+        throw CRefused(Format("%s: ISO 9660 records %lld bytes at sector %u, UDF %lld bytes at sector %u",
+                              place.Path().c_str(), static_cast<long long>(place.Size()), place.Sector(),
+                              static_cast<long long>(file.size),
+                              file.extents.empty() ? file.entrySector : file.extents.front().sector));
     }
 
     void CheckOverlaps() {
@@ -248,6 +366,7 @@ private:
             farthest = area.end > farthest.end ? area : farthest;
             m_map.occupied.Add(static_cast<std::uint32_t>(area.first), static_cast<std::uint32_t>(area.end));
         }
+        m_fileEnd = static_cast<std::uint32_t>(file.end);
     }
 
     [[noreturn]] static void RefuseOverlap(const SArea& file, const SArea& other) {
@@ -257,17 +376,24 @@ private:
                               otherName.c_str()));
     }
 
-    /// The postgap of a CD: the last 150 sectors, which nothing occupies, zeros apart from the mark.
     void FindClosingSector() {
-        const std::uint32_t sectors = m_map.Sectors();
-        m_map.closingSector = sectors;
-        const std::int64_t first = sectors - kPostgapSectors;
-        if (m_map.kind == ImageKind::Cd && m_map.length % kSectorSize == 0 && first > 0 &&
-            m_map.occupied.IsFree(static_cast<std::uint32_t>(first), sectors) && IsPostgap(first)) {
-            m_map.closingSector = static_cast<std::uint32_t>(first);
+        m_map.closingSector = m_map.Sectors();
+        const std::int64_t postgap = m_map.Sectors() - kPostgapSectors;
+        if (m_map.udf && m_map.udf->closingAnchors > 0) {
+            const std::size_t anchor = m_map.udf->anchors.back() + 1 - m_map.udf->closingAnchors;
+            EndContentAt(static_cast<std::uint32_t>(anchor));
+        } else if (m_map.kind == ImageKind::Cd && m_map.length % kSectorSize == 0 && postgap > 0 &&
+                   m_map.occupied.IsFree(static_cast<std::uint32_t>(postgap), m_map.Sectors()) && IsPostgap(postgap)) {
+            m_map.closingSector = static_cast<std::uint32_t>(postgap);
         }
     }
 
+    /// Takes the closing anchors as the end of the content unless files lie behind them.
+    void EndContentAt(std::uint32_t sector) {
+        m_map.closingSector = m_fileEnd <= sector ? sector : m_map.Sectors();
+    }
+
+    /// The postgap of a CD: the last 150 sectors, which nothing occupies, zeros apart from the mark.
     bool IsPostgap(std::int64_t first) {
         std::vector<std::uint8_t> bytes(static_cast<std::size_t>(kPostgapSectors * kSectorSize));
         m_image.ReadAt(first * kSectorSize, bytes);
@@ -285,6 +411,7 @@ private:
     std::set<std::uint32_t> m_roots;
     std::map<std::uint32_t, std::size_t> m_placeBySector;  ///< places with content
     std::multimap<std::uint32_t, std::size_t> m_emptyBySector;
+    std::uint32_t m_fileEnd = 0;  ///< first sector behind all files
 };
 
 }  // namespace

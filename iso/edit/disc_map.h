@@ -10,6 +10,7 @@
 #include "files/byte_source.h"
 #include "iso/edit/occupied_sectors.h"
 #include "iso/extent.h"
+#include "iso/udf/udf_volume.h"
 #include "iso/volume.h"
 
 namespace vantrel {
@@ -26,6 +27,7 @@ struct SDiscName {
 struct SDiscPlace {
     std::vector<SExtent> extents;  ///< in the order of the content; at least one
     std::vector<SDiscName> names;  ///< those in the primary volume first; at least one
+    std::vector<std::size_t> udfFiles;  ///< indices in the UDF volume of those with this content
     std::string obstacle;          ///< why the place cannot be changed, as the predicate of a sentence; empty if it can
 
     std::uint32_t Sector() const { return extents.front().sector; }
@@ -47,6 +49,7 @@ struct SDiscMap {
     std::vector<SVolumeSize> volumeSizes;
     COccupiedSectors occupied;       ///< sectors of files and structures
     std::uint32_t closingSector = 0;  ///< where the postgap or the closing anchor begins; else the image's sectors
+    std::optional<SUdfVolume> udf;
     std::vector<std::string> warnings;  ///< sides of the image that cannot be read
 
     std::uint32_t Sectors() const { return static_cast<std::uint32_t>(SectorsFor(length)); }

@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <iterator>
 #include <limits>
+#include <set>
 
 #include "files/refused.h"
+#include "iso/udf/udf_patches.h"
 #include "operation/text.h"
 
 namespace vantrel {
@@ -75,6 +78,7 @@ public:
             PatchRecords(m_map.places[m_changes[i].place], m_plan.edits[i]);
         }
         PatchVolumeSizes();
+        PatchUdfVolume();
         CountUnchanged();
         std::sort(m_plan.zeros.begin(), m_plan.zeros.end(),
                   [](const SImageArea& a, const SImageArea& b) { return a.position < b.position; });
@@ -231,12 +235,45 @@ private:
     }
 
     void PatchRecords(const SDiscPlace& place, const SFileEdit& edit) {
-        if (edit.from == edit.to && edit.oldSize == edit.newSize) {
+        const bool isEmbedded = std::any_of(place.udfFiles.begin(), place.udfFiles.end(),
+                                            [this](std::size_t i) { return m_map.udf->files[i].embedded; });
+        if (!edit.IsMoved() && edit.oldSize == edit.newSize && !isEmbedded) {
             return;
         }
         for (const SDiscName& name : place.names) {
             m_plan.patches.push_back(
                 RecordPatch(name.records.front(), edit.to, static_cast<std::uint32_t>(edit.newSize)));
+        }
+        std::set<std::uint32_t> patched;  // entries, which several names may share
+        for (const std::size_t index : place.udfFiles) {
+            const SUdfFile& file = m_map.udf->files[index];
+            if (patched.insert(file.entrySector).second) {
+                Append(PatchUdfFile(m_base, *m_map.udf, file, edit.to, edit.newSize));
+            }
+        }
+    }
+
+    void Append(std::vector<SSectorPatch> patches) {
+        std::move(patches.begin(), patches.end(), std::back_inserter(m_plan.patches));
+    }
+
+    /// The closing anchors, which have moved, and what the volume says of its length.
+    void PatchUdfVolume() {
+        if (!m_map.udf) {
+            return;
+        }
+        const auto added = static_cast<std::uint32_t>(m_plan.SectorsAdded());
+        const SUdfVolume& volume = *m_map.udf;
+        if (m_contentEnd > std::int64_t{volume.partitionStart} + volume.partitionSectors + added) {
+            throw CRefused("the UDF partition ends before the sectors to which a file would move");
+        }
+        if (added > 0) {
+            const bool hasClosing = m_map.closingSector < m_map.Sectors();
+            if (volume.closingAnchors > 0 && !hasClosing) {
+                throw CRefused("files lie behind the closing anchor of the UDF volume, so it cannot be lengthened");
+            }
+            const std::uint32_t last = volume.closingAnchors > 0 ? volume.anchors.back() : m_map.Sectors() - 1;
+            Append(PatchUdfLength(m_base, volume, last, last + added));
         }
     }
 
