@@ -94,6 +94,27 @@ class Default(Edited):
         self.assertEqual(new.content(new.primary.files[GAMMA]), content)
         self.assertIn("GAMMA", self.rebuild("-f").out)
 
+    def test_files_below_another_folder_in_any_case(self):
+        os.rename(self.path("files/DATA"), self.path("files/Data"))
+        os.rename(self.path("files/SYSTEM.CNF"), self.path("files/system.cnf"))
+        os.rename(self.path("files"), self.path("elsewhere"))
+        self.assert_done(self.run_here("iml2iso", "game.iml", "--files", "elsewhere", "-o", "new.iso"))
+        self.assertEqual(self.read("new.iso"), self.image)
+
+    def test_a_layout_whose_name_has_dots(self):
+        self.write("game.v2.iso", self.image)
+        self.assert_done(self.run_here("iso2iml", "game.v2.iso", "--extract", "other"))
+        os.remove(self.path("game.v2.iso"))
+        self.assert_done(self.run_here("iml2iso", "game.v2.iml", "--files", "other"))
+        self.assertEqual(self.read("game.v2.iso"), self.image)
+
+    def test_a_failure_leaves_everything_unchanged(self):
+        os.remove(self.path("files/" + GAMMA))
+        self.write("new.iso", b"older")
+        before = self.state()
+        self.assertEqual(self.rebuild("-f").status, 1)
+        self.assertEqual(self.state(), before)
+
     def test_the_gaps_of_another_export_are_refused(self):
         gaps = self.read("game.gaps")
         self.export("cd")
