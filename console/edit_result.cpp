@@ -17,6 +17,7 @@ std::string EditJson(const std::string& input, const std::string& output, const 
     return JsonText({{"file", input},
                      {"output", output.empty() ? CReport(nullptr) : CReport(output)},
                      {"unchanged", report.unchanged},
+                     {"compared", report.comparesContent},
                      {"changed_in_place", report.InPlace()},
                      {"moved", report.Moved()},
                      {"sectors", report.sectors},

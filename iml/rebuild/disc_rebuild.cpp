@@ -62,14 +62,14 @@ public:
         OpenLeading();
         OpenGaps();
         CheckOrigin();
-        CComposedImage structures(LengthOfImage());
+        CComposedImage structures(m_gaps ? m_gaps->Origin().image.length : m_leadingLength);
         AddStructures(structures);
         const CRecordedFiles records(structures);
         FindFiles(records);
         if (!m_isExact) {
             CheckListing(records);
         }
-        CComposedImage base(structures.Size());
+        CComposedImage base(LengthOfImage());
         AddFiles(base);
         AddStructures(base);
         const SEditPlan plan = Plan(base);
@@ -160,8 +160,9 @@ private:
         }
         std::int64_t sectors = std::max<std::int64_t>(ReadPrimaryVolume(m_leading).volumeSpaceSize.Value(),
                                                       SectorsFor(m_leadingLength));
-        for (const SPlacement& file : m_placements.Files()) {
-            sectors = std::max<std::int64_t>(sectors, std::int64_t{file.last} + 1);
+        for (const SFoundFile& file : m_files) {
+            const std::int64_t size = file.record->Size();
+            sectors = size > 0 ? std::max(sectors, file.record->Sector() + SectorsFor(size)) : sectors;
         }
         if (m_isDvd) {
             sectors = std::max<std::int64_t>(sectors, std::int64_t{TrailingLocation()} + 1);
@@ -344,6 +345,7 @@ private:
         m_leading.FailIfUnread();
         ThrowProblemOf(base);
         if (!m_gaps) {
+            m_report.comparesContent = false;
             CountUnchanged();
             return;
         }

@@ -22,6 +22,8 @@ constexpr std::size_t kMostDescriptors = 64;
 constexpr std::uint8_t kSupplementaryVolume = 2;  ///< also an enhanced one (ECMA-119 8.5)
 constexpr std::uint8_t kSetTerminator = 255;
 constexpr std::uint32_t kSystemAreaSectors = 16;
+/// What closes an image is kept in memory when it moves.
+constexpr std::uint32_t kMostClosingSectors = 4096;
 
 /// A volume descriptor with its place.
 struct SVolume {
@@ -154,9 +156,13 @@ private:
         for (const std::uint32_t sector :
              {LoadLe32(volume.pathTableLocation), LoadLe32(volume.optionalPathTableLocation),
               LoadBe32(volume.pathTableLocationM), LoadBe32(volume.optionalPathTableLocationM)}) {
-            if (sector != 0) {
-                AddStructure(sector, sectors);
+            if (sector == 0) {
+                continue;
             }
+            if (sector + sectors > m_map.Sectors()) {
+                throw CRefused(Format("the path table at sector %u lies outside of the image", sector));
+            }
+            AddStructure(sector, sectors);
         }
     }
 
@@ -338,7 +344,7 @@ private:
 
     [[noreturn]] static void RefuseUdfFile(const SUdfFile& file, const SDiscPlace& place) {
         throw CRefused(Format("%s: ISO 9660 records %lld bytes at sector %u, UDF %lld bytes at sector %u",
-                              place.Path().c_str(), static_cast<long long>(place.Size()), place.Sector(),
+                              file.path.c_str(), static_cast<long long>(place.Size()), place.Sector(),
                               static_cast<long long>(file.size),
                               file.extents.empty() ? file.entrySector : file.extents.front().sector));
     }
@@ -380,17 +386,23 @@ private:
         m_map.closingSector = m_map.Sectors();
         const std::int64_t postgap = m_map.Sectors() - kPostgapSectors;
         if (m_map.udf && m_map.udf->closingAnchors > 0) {
-            const std::size_t anchor = m_map.udf->anchors.back() + 1 - m_map.udf->closingAnchors;
-            EndContentAt(static_cast<std::uint32_t>(anchor));
+            FindClosingAnchors(*m_map.udf);
         } else if (m_map.kind == ImageKind::Cd && m_map.length % kSectorSize == 0 && postgap > 0 &&
                    m_map.occupied.IsFree(static_cast<std::uint32_t>(postgap), m_map.Sectors()) && IsPostgap(postgap)) {
             m_map.closingSector = static_cast<std::uint32_t>(postgap);
         }
     }
 
-    /// Takes the closing anchors as the end of the content unless files lie behind them.
-    void EndContentAt(std::uint32_t sector) {
-        m_map.closingSector = m_fileEnd <= sector ? sector : m_map.Sectors();
+    /// The closing anchors, and the sectors between the partition and them, end the content unless files lie there.
+    void FindClosingAnchors(const SUdfVolume& volume) {
+        const auto anchor = static_cast<std::uint32_t>(volume.anchors.back() + 1 - volume.closingAnchors);
+        const std::uint32_t partitionEnd = volume.partitionStart + volume.partitionSectors;
+        const bool isPartition = partitionEnd < anchor && m_fileEnd <= partitionEnd &&
+                                 m_map.occupied.IsFree(partitionEnd, anchor);
+        const std::uint32_t closing = isPartition ? partitionEnd : anchor;
+        if (m_fileEnd <= closing && m_map.Sectors() - closing <= kMostClosingSectors) {
+            m_map.closingSector = closing;
+        }
     }
 
     /// The postgap of a CD: the last 150 sectors, which nothing occupies, zeros apart from the mark.

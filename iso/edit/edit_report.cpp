@@ -1,21 +1,33 @@
 #include "iso/edit/edit_report.h"
 
-#include <algorithm>
+#include <iterator>
 
 #include "operation/text.h"
 
 namespace vantrel {
 
+namespace {
+
+std::int64_t CountNames(const std::vector<SFileEdit>& edits, bool moved) {
+    std::int64_t count = 0;
+    for (const SFileEdit& edit : edits) {
+        count += edit.IsMoved() == moved ? std::ssize(edit.names) : 0;
+    }
+    return count;
+}
+
+}  // namespace
+
 std::int64_t SEditReport::InPlace() const {
-    return static_cast<std::int64_t>(edits.size()) - Moved();
+    return CountNames(edits, false);
 }
 
 std::int64_t SEditReport::Moved() const {
-    return std::count_if(edits.begin(), edits.end(), [](const SFileEdit& edit) { return edit.IsMoved(); });
+    return CountNames(edits, true);
 }
 
 SEditReport ReportOn(const SEditPlan& plan) {
-    return {plan.edits, plan.unchanged, SectorsFor(plan.newLength), plan.SectorsAdded(), {}};
+    return {plan.edits, plan.unchanged, true, SectorsFor(plan.newLength), plan.SectorsAdded(), {}};
 }
 
 std::string LineOf(const SFileEdit& edit) {
@@ -30,8 +42,9 @@ std::string LineOf(const SFileEdit& edit) {
 }
 
 std::string SummaryOf(const SEditReport& report) {
-    return Format("%lld files unchanged, %lld changed in place, %lld moved, %lld sectors added",
-                  static_cast<long long>(report.unchanged), static_cast<long long>(report.InPlace()),
+    return Format("%lld files %s, %lld changed in place, %lld moved, %lld sectors added",
+                  static_cast<long long>(report.unchanged),
+                  report.comparesContent ? "unchanged" : "of unchanged length", static_cast<long long>(report.InPlace()),
                   static_cast<long long>(report.Moved()), static_cast<long long>(report.sectorsAdded));
 }
 

@@ -12,10 +12,13 @@ namespace vantrel {
 struct SEditReport {
     std::vector<SFileEdit> edits;
     std::int64_t unchanged = 0;  ///< files
-    std::int64_t sectors = 0;    ///< of the new image
+    /// Whether unchanged files have the content of the export; otherwise only their lengths are known to be the same.
+    bool comparesContent = true;
+    std::int64_t sectors = 0;  ///< of the new image
     std::int64_t sectorsAdded = 0;
     std::vector<std::string> notices;
 
+    // Every name of a file counts.
     std::int64_t InPlace() const;
     std::int64_t Moved() const;
 };
