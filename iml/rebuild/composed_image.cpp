@@ -9,7 +9,7 @@
 namespace vantrel {
 
 std::size_t CComposedImage::AddFile(std::int64_t position, std::int64_t length, const std::string& path) {
-    m_files.push_back({path, length, {}});
+    m_files.push_back({&path, {}});
     Add(position, length, EPart::File, m_files.size() - 1);
     return m_files.size() - 1;
 }
@@ -95,17 +95,17 @@ std::size_t CComposedImage::ReadPart(const SPart& part, std::int64_t position, s
 }
 
 std::size_t CComposedImage::ReadFile(std::size_t index, std::int64_t offset, std::span<std::uint8_t> buffer) {
-    const SFile& file = m_files[index];
+    const std::string& path = *m_files[index].path;
     if (m_openIndex != index || !m_openFile.IsOpen()) {
-        if (!m_openFile.Open(file.path)) {
-            m_problem = "Cannot read " + file.path + ": " + LastFileError();
+        if (!m_openFile.Open(path)) {
+            m_problem = "Cannot read " + path + ": " + LastFileError();
             return 0;
         }
         m_openIndex = index;
     }
     const std::size_t count = m_openFile.ReadAt(offset, buffer);
     if (count != buffer.size() && m_problem.empty()) {
-        m_problem = m_openFile.HasFailed() ? m_openFile.Problem() : "Cannot read all of " + file.path;
+        m_problem = m_openFile.HasFailed() ? m_openFile.Problem() : "Cannot read all of " + path;
     }
     return count;
 }

@@ -19,7 +19,7 @@ public:
     /// `length` is that of the image, in bytes; whatever reaches beyond it is cut.
     explicit CComposedImage(std::int64_t length) : m_length(length) {}
 
-    // Each part takes the bytes that no earlier part has. Sources must outlive the image.
+    // Each part takes the bytes that no earlier part has. Sources and paths must outlive the image.
 
     /// A file that is opened when it is read; returns its number.
     std::size_t AddFile(std::int64_t position, std::int64_t length, const std::string& path);
@@ -52,8 +52,7 @@ private:
     };
 
     struct SFile {
-        std::string path;
-        std::int64_t length;
+        const std::string* path;
         SChecksum sum;
     };
 

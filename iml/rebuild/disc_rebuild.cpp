@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "files/checked_file.h"
@@ -27,11 +28,18 @@ namespace {
 
 /// A listed file: its record, and its content on the disk.
 struct SFoundFile {
-    const std::string* path;  ///< as in the layout
-    const SContentFile* record;
-    std::string source;
-    std::int64_t length;
-    std::size_t number;  ///< in the composed image; meaningful if the length is the recorded one
+    const std::string* listedPath;  ///< as in the layout
+    std::string path;               ///< in the directories, with '/'
+    std::uint32_t sector;
+    std::int64_t size;    ///< as recorded
+    std::string source;   ///< path on the disk
+    std::int64_t length;  ///< on the disk
+};
+
+/// A file of recorded length in the composed image.
+struct SKeptFile {
+    std::size_t index;   ///< of the found file
+    std::size_t number;  ///< in the composed image
 };
 
 /// A path of the directories with the separator that the disc map uses.
@@ -62,13 +70,7 @@ public:
         OpenLeading();
         OpenGaps();
         CheckOrigin();
-        CComposedImage structures(m_gaps ? m_gaps->Origin().image.length : m_leadingLength);
-        AddStructures(structures);
-        const CRecordedFiles records(structures);
-        FindFiles(records);
-        if (!m_isExact) {
-            CheckListing(records);
-        }
+        FindFiles();
         CComposedImage base(LengthOfImage());
         AddFiles(base);
         AddStructures(base);
@@ -161,8 +163,7 @@ private:
         std::int64_t sectors = std::max<std::int64_t>(ReadPrimaryVolume(m_leading).volumeSpaceSize.Value(),
                                                       SectorsFor(m_leadingLength));
         for (const SFoundFile& file : m_files) {
-            const std::int64_t size = file.record->Size();
-            sectors = size > 0 ? std::max(sectors, file.record->Sector() + SectorsFor(size)) : sectors;
+            sectors = file.size > 0 ? std::max(sectors, file.sector + SectorsFor(file.size)) : sectors;
         }
         if (m_isDvd) {
             sectors = std::max<std::int64_t>(sectors, std::int64_t{TrailingLocation()} + 1);
@@ -207,7 +208,12 @@ private:
         return {anchor.begin(), anchor.end()};
     }
 
-    void FindFiles(const CRecordedFiles& records) {
+    /// Finds the records of all listed files, and the files themselves.
+    void FindFiles() {
+        CComposedImage structures(m_gaps ? m_gaps->Origin().image.length : m_leadingLength);
+        AddStructures(structures);
+        const CRecordedFiles records(structures);
+        std::set<const SContentFile*> found;
         CListedFiles listed(m_request, m_operation);
         CCheckedInput file(m_operation);
         for (const SPlacement& placement : m_placements.Files()) {
@@ -220,9 +226,16 @@ private:
             if (m_isExact && length != record->Size()) {
                 RefuseLength(placement, length, *record, records);
             }
-            m_files.push_back({&placement.path, record, std::move(source), length, 0});
+            m_files.push_back({&placement.path, MapPath(record->path), record->Sector(), record->Size(),
+                               std::move(source), length});
+            found.insert(record);
             m_operation.Yield();
         }
+        if (!m_isExact) {
+            CheckListing(records, found);
+        }
+        std::stable_sort(m_files.begin(), m_files.end(),
+                         [](const SFoundFile& a, const SFoundFile& b) { return a.sector < b.sector; });
     }
 
     [[noreturn]] void RefuseUnknown(const SPlacement& file) {
@@ -248,11 +261,7 @@ private:
     }
 
     /// Fails for a file that was taken out of the layout.
-    void CheckListing(const CRecordedFiles& records) {
-        std::set<const SContentFile*> listed;
-        for (const SFoundFile& file : m_files) {
-            listed.insert(file.record);
-        }
+    void CheckListing(const CRecordedFiles& records, const std::set<const SContentFile*>& listed) {
         for (const SContentFile& record : records.All()) {
             const bool wasExported = m_gaps && m_gaps->FindFile(record.Sector(), record.Size()) != nullptr;
             if (!listed.contains(&record) && (MustBeListed(record) || wasExported)) {
@@ -265,38 +274,30 @@ private:
 
     /// Adds the files of recorded length. Names of the same place must have the same content.
     void AddFiles(CComposedImage& base) {
-        std::map<std::uint32_t, std::size_t> bySector;
+        std::map<std::pair<std::uint32_t, std::int64_t>, std::size_t> firstNames;
         for (std::size_t i = 0; i < m_files.size(); ++i) {
             SFoundFile& file = m_files[i];
-            if (file.record->Size() == 0) {
-                if (file.length > 0) {
-                    m_changed.push_back(i);
-                }
-                continue;
-            }
-            const auto [first, isFirst] = bySector.try_emplace(file.record->Sector(), i);
-            const bool isSamePlace = !isFirst && m_files[first->second].record->Size() == file.record->Size();
-            if (isSamePlace) {
+            const auto [first, isFirst] = firstNames.try_emplace({file.sector, file.size}, i);
+            if (file.size > 0 && !isFirst) {
                 CheckSameContent(m_files[first->second], file);
-            } else if (file.length == file.record->Size()) {
-                file.number = base.AddFile(file.record->Sector() * kSectorSize, file.length, file.source);
-                m_unchanged.push_back(i);
-            } else {
+            } else if (file.length != file.size) {
                 m_changed.push_back(i);
+            } else if (file.size > 0) {
+                m_kept.push_back({i, base.AddFile(file.sector * kSectorSize, file.length, file.source)});
             }
         }
     }
 
     void CheckSameContent(const SFoundFile& first, const SFoundFile& second) {
-        if (first.length != second.length || SumOfFile(first) != SumOfFile(second)) {
+        if (first.length != second.length || SumOfFile(first.source) != SumOfFile(second.source)) {
             m_operation.Fail(Format("%s and %s are two names of the same sectors, but their contents differ",
-                                    first.path->c_str(), second.path->c_str()));
+                                    first.listedPath->c_str(), second.listedPath->c_str()));
         }
     }
 
-    SChecksum SumOfFile(const SFoundFile& found) {
+    SChecksum SumOfFile(const std::string& path) {
         CCheckedInput file(m_operation);
-        file.OpenOrFail(found.source, "Cannot open %s");
+        file.OpenOrFail(path, "Cannot open %s");
         return SumOf(file);
     }
 
@@ -308,11 +309,10 @@ private:
         std::vector<SFileChange> changes;
         for (const std::size_t index : m_changed) {
             const SFoundFile& file = m_files[index];
-            const auto place =
-                map.FindPlace(file.record->Sector(), file.record->Size(), MapPath(file.record->path));
+            const auto place = map.FindPlace(file.sector, file.size, file.path);
             if (!place) {
                 m_operation.Fail(Format("%s cannot be changed: the directories contradict themselves about it",
-                                        file.path->c_str()));
+                                        file.listedPath->c_str()));
             }
             changes.push_back({*place, file.length, file.source});
         }
@@ -349,17 +349,19 @@ private:
             CountUnchanged();
             return;
         }
-        for (const std::size_t index : m_unchanged) {
-            const SFoundFile& file = m_files[index];
-            SChecksum sum = base.FileSum(file.number);
+        for (const SKeptFile& kept : m_kept) {
+            const SFoundFile& file = m_files[kept.index];
+            SChecksum sum = base.FileSum(kept.number);
             if (sum.length != file.length) {
-                sum = SumOfFile(file);  // another file covers a part of it
+                sum = SumOfFile(file.source);  // another file covers a part of it
             }
-            const SExportedFile* const exported = m_gaps->FindFile(file.record->Sector(), file.length);
+            const SExportedFile* const exported = m_gaps->FindFile(file.sector, file.length);
             if (exported != nullptr && exported->sum != sum) {
                 AddChangedContent(file);
             }
         }
+        std::sort(m_report.edits.begin(), m_report.edits.end(),
+                  [](const SFileEdit& a, const SFileEdit& b) { return a.from < b.from; });
         const bool isSame = plan.edits.empty() && m_report.edits.empty() && m_isLeadingUnchanged;
         if ((isSame || m_isExact) && base.Sum() != m_gaps->Origin().image) {
             m_operation.Fail(
@@ -376,17 +378,17 @@ private:
     void AddChangedContent(const SFoundFile& file) {
         if (m_isExact) {
             m_operation.Fail(
-                Format("%s has changed: an exact rebuild takes unchanged files", file.path->c_str()));
+                Format("%s has changed: an exact rebuild takes unchanged files", file.listedPath->c_str()));
         }
-        SFileEdit edit = {{}, file.record->Sector(), file.record->Sector(), file.length, file.length, file.source};
-        for (const SFoundFile& other : m_files) {
-            if (other.record->Sector() == edit.from && other.record->Size() == edit.oldSize) {
-                edit.names.push_back(MapPath(other.record->path));
+        SFileEdit edit = {{}, file.sector, file.sector, file.length, file.length, file.source};
+        const auto first = std::lower_bound(m_files.begin(), m_files.end(), file.sector,
+                                            [](const SFoundFile& a, std::uint32_t sector) { return a.sector < sector; });
+        for (auto other = first; other != m_files.end() && other->sector == file.sector; ++other) {
+            if (other->size == file.size) {
+                edit.names.push_back(other->path);
             }
         }
         m_report.edits.push_back(std::move(edit));
-        std::sort(m_report.edits.begin(), m_report.edits.end(),
-                  [](const SFileEdit& a, const SFileEdit& b) { return a.from < b.from; });
     }
 
     void CountUnchanged() {
@@ -436,8 +438,8 @@ private:
     std::int64_t m_leadingLength = 0;  ///< without the trailing sector of a DVD
     std::optional<CGapFileReader> m_gaps;
     bool m_isLeadingUnchanged = true;
-    std::vector<SFoundFile> m_files;
-    std::vector<std::size_t> m_unchanged;  ///< files of recorded length, one for each place
+    std::vector<SFoundFile> m_files;  ///< in the order of the recorded sectors
+    std::vector<SKeptFile> m_kept;         ///< files of recorded length, one for each place
     std::vector<std::size_t> m_changed;    ///< files of another length, one for each place
     std::vector<std::string> m_notices;
     std::vector<std::string> m_warnings;

@@ -174,6 +174,7 @@ private:
     }
 
     void AddTree(std::size_t volume, STreeRecords tree) {
+        m_map.places.reserve(volume == 0 ? tree.files.size() : m_map.places.size());
         for (const STreeFolder& folder : tree.folders) {
             AddStructure(folder.extent.sector, SectorsFor(folder.extent.size));
         }
@@ -189,16 +190,16 @@ private:
     }
 
     void AddFile(std::size_t volume, STreeFile file) {
-        SDiscName name = {std::move(file.path), volume, std::move(file.records)};
+        SDiscName name = {std::move(file.path), volume, file.record};
         if (file.Size() == 0) {
             m_emptyBySector.emplace(file.Sector(), m_map.places.size());
-            m_map.places.push_back({std::move(file.extents), {std::move(name)}, {}, std::move(file.obstacle)});
+            AddPlace(std::move(file), std::move(name));
             return;
         }
         const auto [found, isNew] =
             m_placeBySector.try_emplace(file.Sector(), m_map.places.size());
         if (isNew) {
-            m_map.places.push_back({std::move(file.extents), {std::move(name)}, {}, std::move(file.obstacle)});
+            AddPlace(std::move(file), std::move(name));
             return;
         }
         SDiscPlace& place = m_map.places[found->second];
@@ -207,7 +208,14 @@ private:
                                   file.Sector(), place.Path().c_str()));
         }
         place.names.push_back(std::move(name));
-        place.obstacle = place.obstacle.empty() ? std::move(file.obstacle) : std::move(place.obstacle);
+        place.obstacle = *place.obstacle == '\0' ? file.obstacle : place.obstacle;
+    }
+
+    void AddPlace(STreeFile file, SDiscName name) {
+        SDiscPlace& place = m_map.places.emplace_back();
+        place.extents = std::move(file.extents);
+        place.names.push_back(std::move(name));
+        place.obstacle = file.obstacle;
     }
 
     /// Empty files share sectors with each other and with other files, so their names tell which records belong
@@ -224,7 +232,7 @@ private:
             LinkByName<STreeFile*>(
                 files, places, [](const STreeFile* file) -> const std::string& { return file->path; },
                 [&](STreeFile* file, std::size_t place) {
-                    m_map.places[place].names.push_back({std::move(file->path), volume, std::move(file->records)});
+                    m_map.places[place].names.push_back({std::move(file->path), volume, file->record});
                 });
         }
     }

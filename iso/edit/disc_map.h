@@ -17,9 +17,9 @@ namespace vantrel {
 
 /// One name of a place, in the tree of one volume.
 struct SDiscName {
-    std::string path;                   ///< folders and name, separated by '/', without version
-    std::size_t volume = 0;             ///< 0 is the primary volume; supplementary and enhanced ones follow
-    std::vector<std::int64_t> records;  ///< byte positions of its directory records, one for each extent
+    std::string path;         ///< folders and name, separated by '/', without version
+    std::size_t volume = 0;   ///< 0 is the primary volume; supplementary and enhanced ones follow
+    std::int64_t record = 0;  ///< byte position of its directory record, the first one of several
 };
 
 /// The sectors of a file, and all that names them. Several names of the same sectors share their content. An empty file
@@ -28,7 +28,7 @@ struct SDiscPlace {
     std::vector<SExtent> extents;  ///< in the order of the content; at least one
     std::vector<SDiscName> names;  ///< those in the primary volume first; at least one
     std::vector<std::size_t> udfFiles;  ///< indices in the UDF volume of those with this content
-    std::string obstacle;          ///< why the place cannot be changed, as the predicate of a sentence; empty if it can
+    const char* obstacle = "";  ///< why the place cannot be changed, as the predicate of a sentence; empty if it can
 
     std::uint32_t Sector() const { return extents.front().sector; }
     std::int64_t Size() const;

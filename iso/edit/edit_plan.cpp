@@ -91,8 +91,8 @@ private:
     void Check(const SFileChange& change) const {
         const SDiscPlace& place = PlaceOf(change);
         const char* const name = place.Path().c_str();
-        if (!place.obstacle.empty()) {
-            throw CRefused(Format("%s: it %s, so it cannot be changed", name, place.obstacle.c_str()));
+        if (*place.obstacle != '\0') {
+            throw CRefused(Format("%s: it %s, so it cannot be changed", name, place.obstacle));
         }
         if (change.size > kLargestFile) {
             throw CRefused(Format("%s: %lld bytes are too many for a file of a disc, which has less than 4 GiB", name,
@@ -242,7 +242,7 @@ private:
         }
         for (const SDiscName& name : place.names) {
             m_plan.patches.push_back(
-                RecordPatch(name.records.front(), edit.to, static_cast<std::uint32_t>(edit.newSize)));
+                RecordPatch(name.record, edit.to, static_cast<std::uint32_t>(edit.newSize)));
         }
         std::set<std::uint32_t> patched;  // entries, which several names may share
         for (const std::size_t index : place.udfFiles) {

@@ -45,7 +45,7 @@ std::string DecodedName(std::string_view recorded, ENameCoding coding) {
     return name.substr(0, name.find(kVersionSeparator));
 }
 
-std::string ObstacleOf(const SDirectoryRecord& record) {
+const char* ObstacleOf(const SDirectoryRecord& record) {
     if (record.extendedAttributeLength != 0) {
         return "has an extended attribute record";
     }
@@ -144,13 +144,12 @@ private:
     void AddExtent(const std::string& path, const SDirectoryRecord& record, const SExtent& extent,
                    std::int64_t position) {
         if (!m_continued) {
-            m_tree.files.push_back({path, {}, {}, ObstacleOf(record)});
+            m_tree.files.push_back({path, {}, position, ObstacleOf(record)});
         } else if (*m_continued != path) {
             Refuse(*m_continued, "its last extent is missing");
         }
         STreeFile& file = m_tree.files.back();
         file.extents.push_back(extent);
-        file.records.push_back(position);
         if ((record.flags & kFileFlagContinued) != 0) {
             m_continued = path;
         } else {

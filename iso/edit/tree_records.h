@@ -16,10 +16,10 @@ namespace vantrel {
 enum class ENameCoding { Bytes, Ucs2 };
 
 struct STreeFile {
-    std::string path;                   ///< folders and name, separated by '/', without version
-    std::vector<SExtent> extents;       ///< in the order of the content; at least one
-    std::vector<std::int64_t> records;  ///< byte positions of its records in the image, one for each extent
-    std::string obstacle;               ///< why it cannot be changed, as the predicate of a sentence; empty if it can
+    std::string path;              ///< folders and name, separated by '/', without version
+    std::vector<SExtent> extents;  ///< in the order of the content; at least one
+    std::int64_t record = 0;       ///< byte position in the image of its directory record, the first one of several
+    const char* obstacle = "";     ///< why it cannot be changed, as the predicate of a sentence; empty if it can
 
     std::uint32_t Sector() const { return extents.front().sector; }
     std::int64_t Size() const;
