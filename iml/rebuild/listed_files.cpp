@@ -20,10 +20,11 @@ std::string CListedFiles::OpenOrFail(const std::string& listedPath, CCheckedInpu
     // Reading a pipe or a device might never end.
     const EFileKind kind = FileKindOf(found);
     if (kind != EFileKind::File || !file.Open(found)) {
-        const std::string cause =
-            kind == EFileKind::Missing ? found + ": no such file; an empty file in its place empties it in the image"
-            : kind == EFileKind::Other ? found + ": not a regular file"
-                                       : OpeningProblem(found);
+        const char* const hint =
+            m_request.rule == ERebuildRule::Edited ? "; an empty file in its place empties it in the image" : "";
+        const std::string cause = kind == EFileKind::Missing ? found + ": no such file" + hint
+                                  : kind == EFileKind::Other ? found + ": not a regular file"
+                                                             : OpeningProblem(found);
         m_operation.Fail(Format("Code 3041 - Error!!! Opening [%s]", listedPath.c_str()), cause);
     }
     const std::int64_t length = file.SizeOrFail();

@@ -5,12 +5,24 @@
 
 #include "operation/progress.h"
 #include "operation/text.h"
+#include "pipeline/ordered_pipeline.h"
 
 namespace vantrel {
 
 namespace {
 
 constexpr std::int64_t kPieceSize = 1 << 20;
+
+/// Pieces that are read ahead, and the length of a run for which that is worth a thread.
+constexpr std::size_t kPieces = 4;
+constexpr std::int64_t kShortRun = 8 * kPieceSize;
+
+/// A piece of the base.
+struct SPiece {
+    std::vector<std::uint8_t> bytes;
+    std::size_t size;
+    bool complete;
+};
 
 /// A run of bytes in the new image.
 struct SRun {
@@ -74,31 +86,58 @@ private:
     /// Copies bytes of the base, and zeros behind its end.
     void CopyBase(std::int64_t start, std::int64_t end) {
         const std::int64_t copied = std::clamp(m_plan.oldLength, start, end);
-        Copy(m_base.image, start, copied - start, [this] {
+        const bool isWorthAThread = m_base.image.PlainFile() == nullptr && copied - start > kShortRun;
+        const bool complete = isWorthAThread ? CopyAhead(start, copied) : Copy(m_base.image, start, copied - start);
+        if (!complete) {
             m_base.throwIfDamaged();
             m_operation.Fail(Format("Cannot read all of %s", m_base.name.c_str()));
-        });
+        }
         WriteZeros(end - copied);
+    }
+
+    /// Copies bytes of the base, which a thread reads ahead. Returns false if the base ends early.
+    bool CopyAhead(std::int64_t start, std::int64_t end) {
+        const auto pieces = static_cast<std::uint64_t>((end - start + kPieceSize - 1) / kPieceSize);
+        COrderedPipeline<SPiece> pipeline(
+            pieces, 1, std::vector<SPiece>(kPieces, {std::vector<std::uint8_t>(m_buffer.size()), 0, false}),
+            [this, start, end](SPiece& piece, std::uint64_t number) {
+                const std::int64_t position = start + static_cast<std::int64_t>(number) * kPieceSize;
+                piece.size = static_cast<std::size_t>(std::min(end - position, kPieceSize));
+                piece.complete = m_base.image.ReadAt(position, std::span(piece.bytes).first(piece.size)) == piece.size;
+            },
+            [](SPiece&, std::uint64_t, std::uint32_t) {});
+        while (const SPiece* piece = pipeline.Next()) {
+            if (!piece->complete) {
+                return false;
+            }
+            m_output.WriteOrFail(std::span(piece->bytes).first(piece->size));
+            Advance(static_cast<std::int64_t>(piece->size));
+        }
+        return true;
     }
 
     void CopyContent(const SFileEdit& edit) {
         CCheckedInput file(m_operation);
         OpenSource(edit, file, m_operation);
         m_operation.SetPane(EPane::File, edit.source);
-        Copy(file, 0, edit.newSize, [&file] { file.FailIncomplete(); });
+        if (!Copy(file, 0, edit.newSize)) {
+            file.FailIncomplete();
+        }
     }
 
-    void Copy(CByteSource& source, std::int64_t position, std::int64_t length, const std::function<void()>& fail) {
+    /// Returns false if the source ends early.
+    bool Copy(CByteSource& source, std::int64_t position, std::int64_t length) {
         for (std::int64_t done = 0; done < length; done += kPieceSize) {
             const std::int64_t size = std::min(length - done, kPieceSize);
             const auto piece = std::span(m_buffer).first(static_cast<std::size_t>(size));
             const std::size_t count = m_output.Copy(source, position + done, piece);
             m_output.FailIfUnwritten();
             if (count != piece.size()) {
-                fail();
+                return false;
             }
             Advance(size);
         }
+        return true;
     }
 
     void WriteZeros(std::int64_t length) {
