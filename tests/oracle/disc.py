@@ -13,6 +13,8 @@ from dataclasses import dataclass, field
 SECTOR = 2048
 ANCHOR, FILE_SET, FILE_IDENTIFIER, TERMINATOR, FILE_ENTRY, EXTENDED_FILE_ENTRY = 2, 256, 257, 8, 261, 266
 FOLDER_TYPE = 4
+POSTGAP = 150
+POSTGAP_MARK = b"postgap"
 
 
 def sectors(length):
@@ -472,10 +474,16 @@ class Disc:
         return count
 
     @property
+    def marked_postgap(self):
+        """Number of sectors of a postgap that begins with its mark."""
+        tail = bytes(self.image[-POSTGAP * SECTOR:])
+        return POSTGAP if tail == POSTGAP_MARK.ljust(POSTGAP * SECTOR, b"\0") else 0
+
+    @property
     def content_end(self):
         """The first sector behind everything that is described and behind the last byte that is not zero, but for the
-        anchors at the end."""
-        closing = self.sectors - self.closing_anchors
+        anchors or the postgap at the end."""
+        closing = self.sectors - self.closing_anchors - self.marked_postgap
         described = max(first + count for first, count, _ in self.areas() if first < closing)
         data = bytes(self.image[described * SECTOR:closing * SECTOR])
         return described + sectors(len(data.rstrip(b"\0")))

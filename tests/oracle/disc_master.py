@@ -45,7 +45,8 @@ class Master:
     hole_fill: int = 0
     attributes: bool = False
     postgap: int = 0            # sectors at the end, which ...
-    postgap_counted: bool = True  # ... the volume size includes
+    postgap_counted: bool = True  # ... the volume size includes, and ...
+    postgap_mark: bytes = b""     # ... which begin with this
     places: dict = field(default_factory=dict)
 
 
@@ -339,8 +340,8 @@ class Image:
         self.write_iso(end + (master.postgap if master.postgap_counted else 0))
         if master.udf:
             self.write_udf(end - 1)
-        self.data += bytes((end + master.postgap) * SECTOR - len(self.data))
-        return bytes(self.data)
+        self.data += bytes(end * SECTOR - len(self.data))
+        return bytes(self.data) + master.postgap_mark.ljust(master.postgap * SECTOR, b"\0")
 
 
 def make(master):

@@ -15,11 +15,9 @@ import subprocess
 import sys
 import tempfile
 
-from disc import SECTOR, Disc, sectors
+from disc import POSTGAP, SECTOR, Disc, sectors
 from disc_readers import check_with_tools
 from edit_images import GROUPS, image_of
-
-POSTGAP = 150
 
 
 class Wrong(Exception):
@@ -185,6 +183,7 @@ def check_ends(base, new, changes):
         expect(new.udf.anchors[0] == 256, "the anchor 256 is lost")
         expect(new.udf.partition_end >= base.udf.partition_end + added, "the partition ends at %d instead of %d",
                new.udf.partition_end, base.udf.partition_end + added)
+    expect(new.marked_postgap == base.marked_postgap, "the mark of the postgap is lost")
     if base.sectors - base.content_end >= POSTGAP and base.image[32776:32779] == b"PLA" and not base.udf:
         expect(new.sectors - new.content_end >= POSTGAP, "a postgap of %d sectors", new.sectors - new.content_end)
 
@@ -301,28 +300,26 @@ class Bench:
         self.with_files(changes, lambda: self.run("iml2iso", "--json", "-f", layout, "--files", "files", "-o", "new.iso"))
         return self.read("new.iso")
 
-    def words_of(self, changes):
-        """PATH=FILE of one name of each place, in a case of its own."""
-        words = []
-        for index, (path, data) in enumerate(changes.items()):
-            if data == changes.get(next((other for other in changes if other < path and self.same_place(other, path)), None)):
+    def words_of(self, changes, disc):
+        """PATH=FILE of the first name of each place, in a case of its own."""
+        words, seen = [], set()
+        for index, (path, data) in enumerate(sorted(changes.items())):
+            file = disc.primary.files[path]
+            if file.size and file.extents in seen:
                 continue
+            seen.add(file.extents)
             name = "with-%d" % index
             self.write(name, data)
             words.append("%s=%s" % (path.lower().replace("/", "\\") if index % 2 else path, name))
         return words
 
-    def same_place(self, one, other):
-        files = self.base.primary.files
-        return files[one].size and files[one].extents == files[other].extents
-
     def replaced(self, changes):
-        self.run("replace", "--json", "-f", "game.iso", *self.words_of(changes), "-o", "new.iso")
+        self.run("replace", "--json", "-f", "game.iso", *self.words_of(changes, self.base), "-o", "new.iso")
         return self.read("new.iso")
 
     def replaced_in_place(self, changes):
         shutil.copy(self.path("game.iso"), self.path("place.iso"))
-        self.run("replace", "--json", "--in-place", "place.iso", *self.words_of(changes))
+        self.run("replace", "--json", "--in-place", "place.iso", *self.words_of(changes, self.base))
         return self.read("place.iso")
 
     # The four ways
@@ -367,6 +364,19 @@ class Bench:
         if self.is_accepted:
             self.run("verify", "new.iso")
         check_with_tools(self.path("new.iso"), Disc(image), self.folder)
+        if len(changes) > 2:
+            self.check_way_back(image, changes)
+
+    def check_way_back(self, image, changes):
+        """The edited image gets its older contents again, and comes through a layout unchanged."""
+        self.write("edited.iso", image)
+        self.run("iso2iml", "-q", "-f", "edited.iso", "--extract", "edited")
+        self.run("iml2iso", "-q", "-f", "edited.iml", "--files", "edited", "-o", "new.iso")
+        expect(self.read("new.iso") == image, "the edited image does not come through a layout")
+        edited = Disc(image)
+        older = {path: self.base.content(self.base.primary.files[path]) for path in changes}
+        self.run("replace", "--json", "-f", "edited.iso", *self.words_of(older, edited), "-o", "new.iso")
+        check(edited, self.read("new.iso"), older, json.loads(self.told))
 
 
 WAYS = {"layout": Bench.check_layout, "layout without gaps": Bench.check_bare_layout, "replace": Bench.check_replace}
