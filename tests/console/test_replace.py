@@ -74,6 +74,16 @@ class Outputs(Replacing):
             self.assert_done(self.run_here("replace", "-f", name, GAMMA + "=new", "-o", "out.iso"))
             self.assert_content("out.iso", GAMMA, self.read("new"))
 
+    def test_an_image_with_an_odd_tail(self):
+        tail = b"tail" * 25
+        self.write("game.iso", self.image + tail)
+        end = len(self.image)
+        for content in b"short", bytes(range(256)) * 400:
+            self.write("new", content)
+            self.assert_done(self.run_here("replace", "-f", "game.iso", GAMMA + "=new", "-o", "out.iso"))
+            self.assert_content("out.iso", GAMMA, content)
+            self.assertEqual(self.read("out.iso")[end:end + 2048].rstrip(b"\0"), tail)
+
     def test_raw_images_and_sheets(self):
         self.write_image("cd")
         self.assert_done(self.run_here("iso2bin", "game.iso"))

@@ -460,10 +460,12 @@ class Disc:
             if area[0] + area[1] > end:
                 end, before = area[0] + area[1], area
 
+    def covered(self, sector):
+        return any(first <= sector < first + count for first, count, _ in self.areas())
+
     def free(self, sector):
         """Whether nothing describes this sector and all its bytes are zero."""
-        covered = any(first <= sector < first + count for first, count, _ in self.areas())
-        return not covered and not any(self.image[sector * SECTOR:(sector + 1) * SECTOR])
+        return not self.covered(sector) and not any(self.image[sector * SECTOR:(sector + 1) * SECTOR])
 
     @property
     def closing_anchors(self):

@@ -44,9 +44,10 @@ class Master:
     empty_files_own_sectors: bool = False
     hole_fill: int = 0
     attributes: bool = False
-    postgap: int = 0            # sectors at the end, which ...
-    postgap_counted: bool = True  # ... the volume size includes, and ...
-    postgap_mark: bytes = b""     # ... which begin with this
+    postgap: int = 0            # sectors at the end, which begin with ...
+    postgap_mark: bytes = b""   # ... this, and ...
+    postgap_counted: bool = True  # ... which the volume size includes
+    missing: int = 0            # sectors that the volume size includes without being there
     places: dict = field(default_factory=dict)
 
 
@@ -337,7 +338,7 @@ class Image:
         master = self.master
         self.place_everything()
         end = self.next + (1 if master.udf else 0)
-        self.write_iso(end + (master.postgap if master.postgap_counted else 0))
+        self.write_iso(end + (master.postgap if master.postgap_counted else 0) + master.missing)
         if master.udf:
             self.write_udf(end - 1)
         self.data += bytes(end * SECTOR - len(self.data))

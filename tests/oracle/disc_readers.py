@@ -55,8 +55,10 @@ def listed_by_isoinfo(path, *options):
 
 
 def check_with_tools(path, disc, folder):
+    # 7z reads an image that is shorter than its volume, but with an error status.
+    accepted = (0, 2) if disc.sectors < disc.primary.volume_sectors else (0,)
     wanted = {name.upper(): disc.content(file) for name, file in disc.primary.files.items()}
-    compare("7z (ISO 9660)", extracted(folder, "7z", "x", "-y", "-tiso", "-o{}", path), wanted)
+    compare("7z (ISO 9660)", extracted(folder, "7z", "x", "-y", "-tiso", "-o{}", path, accepted=accepted), wanted)
     if disc.udf:
         compare("7z (UDF)", extracted(folder, "7z", "x", "-y", "-tudf", "-o{}", path), wanted)
     compare("xorriso", extracted(folder, "xorriso", "-osirrox", "on", "-indev", path, "-extract", "/", "{}"), wanted)

@@ -28,6 +28,7 @@ OURS = {
     "cd": dict(kind="cd", attributes=True, postgap=POSTGAP, hole=9),
     "cd-bare": dict(kind="cd", empty_files_own_sectors=True),
     "cd-marked-postgap": dict(kind="cd", postgap=POSTGAP, postgap_mark=b"postgap"),
+    "cd-missing-postgap": dict(kind="cd", missing=POSTGAP, hole=5),
     "cd-postgap-not-counted": dict(kind="cd", postgap=POSTGAP, postgap_counted=False, hole=4, hole_fill=0x77),
     "dvd": dict(kind="dvd", udf=True, hole=12),
     "dvd-own-empty": dict(kind="dvd", udf=True, empty_files_own_sectors=True),
@@ -56,7 +57,7 @@ THEIRS = {
     "xorriso-joliet": (XORRISO + ("-J",) + PSP, "umd"),
 }
 GROUPS = {
-    "cd": ("cd", "cd-bare", "cd-marked-postgap", "cd-postgap-not-counted", "genisoimage-cd", "xorriso-cd"),
+    "cd": ("cd", "cd-bare", "cd-marked-postgap", "cd-missing-postgap", "cd-postgap-not-counted", "genisoimage-cd", "xorriso-cd"),
     "dvd": ("dvd", "dvd-own-empty", "dvd-without-udf", "dvd-joliet"),
     "udf": ("genisoimage-udf", "genisoimage-udf-joliet"),
     "umd": ("umd", "umd-filled-hole", "genisoimage-umd", "xorriso-umd", "genisoimage-enhanced"),

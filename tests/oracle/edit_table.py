@@ -97,6 +97,11 @@ def partial(size):
     return 1 < size % SECTOR < SECTOR - 1
 
 
+def before_unnamed_data(disc, sector, size):
+    end = sector + sectors(size)
+    return end < disc.content_end and not disc.covered(end) and not disc.free(end)
+
+
 CHANGES = {
     "unchanged": lambda disc: {},
     "same length": sized(lambda disc, sector, size: size > 5000, lambda disc, sector, size: size),
@@ -111,6 +116,7 @@ CHANGES = {
     "grown over all free sectors": sized(lambda disc, sector, size: free_behind(disc, sector, size) > 2,
                                          lambda disc, sector, size:
                                          (sectors(size) + free_behind(disc, sector, size)) * SECTOR + 1),
+    "grown towards data without a name": sized(before_unnamed_data, lambda disc, sector, size: size + 2 * SECTOR),
     "beyond": sized(lambda disc, sector, size: size > 2 * SECTOR and not free_behind(disc, sector, size),
                     lambda disc, sector, size: size + 40 * SECTOR),
     "last shorter": at(-1, -7000),
@@ -283,7 +289,8 @@ class Bench:
         for first, count in areas:
             part = slice(first * SECTOR, (first + count) * SECTOR)
             kept[part] = self.image[part]
-        return bytes(kept[:max(self.base.primary.volume_sectors, self.base.content_end) * SECTOR])
+        length = max(self.base.primary.volume_sectors, self.base.content_end) * SECTOR
+        return bytes(kept[:length]).ljust(length, b"\0")
 
     def with_files(self, changes, action):
         """Does something while the changed files stand among the extracted ones."""
