@@ -24,7 +24,8 @@ constexpr const char* kNotes =
     "case.\n"
     "\n"
     "The image is the exported one with the files as they are now. A changed file stays at its sector if it fits there "
-    "or if the sectors behind it are free. Otherwise it moves behind everything else; no other file moves. Directories, "
+    "or if the sectors behind it are free. Otherwise it moves behind everything else; no other file moves. "
+    "Directories, "
     "UDF and the sizes of the volumes are corrected. Files cannot be added, renamed or removed; an empty file in the "
     "place of a file empties it.\n"
     "\n"
@@ -41,8 +42,9 @@ public:
         options.AddText("--files", m_filesFolder, "Folder in which the layout's relative paths start");
         options.AddFlag("--keep-places", m_keepPlaces, "Refuse changes for which a file would have to move");
         options.AddFlag("--exact", m_exact, "Restore the exported image; refuse any change");
-        options.AddFlag("--like-window", m_likeWindow, "Rebuild as the window does; status 0 does not mean that readers "
-                                                       "find changed files");
+        options.AddFlag("--like-window", m_likeWindow,
+                        "Rebuild as the window does; status 0 does not mean that readers "
+                        "find changed files");
         for (const char* const option : {"--exact", "--keep-places"}) {
             options.Exclude("--like-window", option);
         }
@@ -62,9 +64,7 @@ public:
         request.manner = job.manner;
         request.strict = true;
         request.filesFolder = FilesFolder(job.input);
-        request.rule = m_exact        ? ERebuildRule::Exact
-                       : m_likeWindow ? ERebuildRule::LikeWindow
-                                      : ERebuildRule::Edited;
+        request.rule = m_exact ? ERebuildRule::Exact : m_likeWindow ? ERebuildRule::LikeWindow : ERebuildRule::Edited;
         request.gapsPath = ResolveFileCase(GapPathOf(job.input));
         request.editRules.keepPlaces = m_keepPlaces;
         request.dryRun = IsDryRun();

@@ -18,7 +18,8 @@ namespace vantrel {
 namespace {
 
 constexpr const char* kNotes =
-    "CHANGE is PATH=FILE: the file PATH of the image gets the content of FILE. PATH may be in upper or lower case, with "
+    "CHANGE is PATH=FILE: the file PATH of the image gets the content of FILE. PATH may be in upper or lower case, "
+    "with "
     "/ or \\ between folders and name; an empty FILE empties it.\n"
     "\n"
     "A file stays at its sector if it fits there or if the sectors behind it are free. Otherwise it moves behind "
@@ -112,9 +113,10 @@ private:
     SEditReport ReplaceHere(const SReplaceRequest& request, COperation& operation) const {
         const EForm form = FormOfFile(m_image);
         if (form != EForm::Iso) {
-            throw CRefused(Format("%s: only an ISO image can be changed in place, and this is %s; --output writes a new "
-                                  "image",
-                                  m_image.c_str(), NameOf(form)));
+            throw CRefused(
+                Format("%s: only an ISO image can be changed in place, and this is %s; --output writes a new "
+                       "image",
+                       m_image.c_str(), NameOf(form)));
         }
         return ReplaceInPlace(request, operation);
     }
@@ -151,7 +153,7 @@ private:
         for (const SFileEdit& edit : report.edits) {
             PrintResults(Shown(LineOf(edit), EStream::Output) + '\n');
         }
-        const std::string result = m_dryRun     ? m_image + ": " + SummaryOf(report) + "; nothing was written"
+        const std::string result = m_dryRun    ? m_image + ": " + SummaryOf(report) + "; nothing was written"
                                    : m_inPlace ? m_image + ": " + SummaryOf(report)
                                                : m_image + " -> " + m_output + ": " + SummaryOf(report);
         PrintResults(Shown(result, EStream::Output) + '\n');

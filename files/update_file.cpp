@@ -4,6 +4,13 @@
 
 namespace vantrel {
 
+namespace {
+
+/// Overwritten bytes that are kept in memory.
+constexpr std::size_t kMostInMemory = 16U << 20U;
+
+}  // namespace
+
 CUpdateFile::~CUpdateFile() {
     Undo();
 }
@@ -87,13 +94,41 @@ bool CUpdateFile::Keep(std::size_t count) {
     if (m_manner != EUpdateManner::UndoUnlessCommitted || old <= 0) {
         return true;
     }
-    SOverwritten overwritten{m_position, std::vector<std::uint8_t>(static_cast<std::size_t>(old))};
+    SOverwritten overwritten{m_position, static_cast<std::size_t>(old),
+                             std::vector<std::uint8_t>(static_cast<std::size_t>(old)), 0};
     bool failed = false;
     if (m_file.Read(overwritten.bytes, failed) != overwritten.bytes.size() || !m_file.Seek(m_position)) {
         return NoteWriteFailure();
     }
+    if (m_inMemory + overwritten.length <= kMostInMemory) {
+        m_inMemory += overwritten.length;
+    } else if (!Save(overwritten)) {
+        return false;
+    }
     m_overwritten.push_back(std::move(overwritten));
     return true;
+}
+
+/// Moves the bytes to the temporary file.
+bool CUpdateFile::Save(SOverwritten& overwritten) {
+    if (!m_saved.IsOpen() && !m_saved.Open(m_path, EOutputManner::CommitNew)) {
+        return NoteWriteFailure();
+    }
+    overwritten.saved = m_saved.Position();
+    if (!m_saved.Write(overwritten.bytes)) {
+        return NoteWriteFailure();
+    }
+    overwritten.bytes = {};
+    return true;
+}
+
+std::vector<std::uint8_t> CUpdateFile::BytesOf(const SOverwritten& overwritten) {
+    std::vector<std::uint8_t> bytes = overwritten.bytes;
+    if (bytes.size() != overwritten.length) {
+        bytes.resize(overwritten.length);
+        bytes.resize(m_saved.ReadBack(overwritten.saved, bytes));
+    }
+    return bytes;
 }
 
 bool CUpdateFile::Write(std::span<const std::uint8_t> bytes) {
@@ -111,13 +146,19 @@ void CUpdateFile::Undo() {
         // Undoing the last change first restores bytes that were changed twice.
         for (auto change = m_overwritten.rbegin(); change != m_overwritten.rend(); ++change) {
             if (m_file.Seek(change->position)) {
-                m_file.Write(change->bytes);
+                m_file.Write(BytesOf(*change));
             }
         }
         m_file.Resize(m_oldSize);
     }
-    m_overwritten.clear();
+    Forget();
     m_file.Close();
+}
+
+void CUpdateFile::Forget() {
+    m_overwritten.clear();
+    m_inMemory = 0;
+    m_saved.Abandon();
 }
 
 bool CUpdateFile::Commit() {
@@ -126,7 +167,7 @@ bool CUpdateFile::Commit() {
         return false;
     }
     CloseForGood();
-    m_overwritten.clear();
+    Forget();
     return m_writeProblem.empty();
 }
 

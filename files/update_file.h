@@ -8,12 +8,14 @@
 
 #include "files/byte_source.h"
 #include "files/native_file.h"
+#include "files/output_file.h"
 
 namespace vantrel {
 
 enum class EUpdateManner {
     InPlace,              ///< Every change stays.
-    UndoUnlessCommitted,  ///< Overwritten bytes and the length are restored unless Commit succeeds.
+    UndoUnlessCommitted,  ///< Overwritten bytes, which a temporary file keeps if they are many, and the length are
+                          ///< restored unless Commit succeeds.
     ReadOnly,             ///< Opened for reading; writing fails.
 };
 
@@ -56,11 +58,17 @@ public:
 private:
     struct SOverwritten {
         std::int64_t position;
-        std::vector<std::uint8_t> bytes;
+        std::size_t length;
+        std::vector<std::uint8_t> bytes;  ///< empty if they are in the temporary file
+        std::int64_t saved;               ///< their position there
     };
 
     bool Keep(std::size_t count);
+    bool Save(SOverwritten& overwritten);
+    std::vector<std::uint8_t> BytesOf(const SOverwritten& overwritten);
     void Undo();
+    /// Drops what an undo needs.
+    void Forget();
     void CloseForGood();
     bool MoveTo(std::int64_t position);
     bool NoteWriteFailure();
@@ -75,6 +83,8 @@ private:
     std::int64_t m_oldSize = 0;
     bool m_changed = false;
     std::vector<SOverwritten> m_overwritten;
+    std::size_t m_inMemory = 0;  ///< bytes of it
+    COutputFile m_saved;         ///< a temporary file beside this one, for further bytes
 };
 
 }  // namespace vantrel

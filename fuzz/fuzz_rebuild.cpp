@@ -105,8 +105,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Report();
     ReadGaps();
-    RebuildStrictly((flags & 1U) != 0   ? ERebuildRule::Exact
-                    : (flags & 8U) != 0 ? ERebuildRule::Edited
-                                        : ERebuildRule::LikeWindow);
+    RebuildStrictly((flags & 1U) != 0   ? vantrel::ERebuildRule::Exact
+                    : (flags & 8U) != 0 ? vantrel::ERebuildRule::Edited
+                                        : vantrel::ERebuildRule::LikeWindow);
     return 0;
 }

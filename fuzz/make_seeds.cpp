@@ -96,6 +96,9 @@ std::vector<SNamedImage> Images() {
     special.udfHoleBeforeEntries = 3;
     special.anchorAt256 = false;
     images.push_back({"dvd-bridge", special});
+    special = Image(EImageKind::Dvd, FewFiles());
+    special.udf = test::EUdf::Volume;
+    images.push_back({"dvd-udf", special});
     return images;
 }
 
@@ -111,6 +114,48 @@ void MakeImageSeeds() {
         for (std::size_t choice = 0; choice < 6; ++choice) {
             WriteSeed("image", image.name + "-" + std::to_string(choice), seed(choice));
         }
+    }
+}
+
+<<<<<<< HEAD
+/// Edits that stay in place, move files, empty and fill them.
+void MakeEditSeeds() {
+    for (const SNamedImage& image : Images()) {
+        const Bytes patches = PatchesOf(test::BuildImage(image.description).bytes);
+        WriteSeed("edit", image.name + "-place", CPartWriter().Byte(1).Byte(0).Number(3).Raw(patches).Bytes());
+        WriteSeed("edit", image.name + "-move",
+                  CPartWriter().Byte(2).Byte(0).Number(2000).Byte(1).Number(700).Raw(patches).Bytes());
+        WriteSeed("edit", image.name + "-empty",
+                  CPartWriter().Byte(3).Byte(2).Number(0).Byte(1).Number(5).Byte(4).Number(900).Raw(patches).Bytes());
+        WriteSeed("edit", image.name + "-keep", CPartWriter().Byte(5).Byte(3).Number(1400).Raw(patches).Bytes());
+=======
+/// UDF volumes with every kind of allocation, without ISO 9660.
+void MakeUdfSeeds() {
+    using test::EUdfAllocation;
+    constexpr std::uint32_t kSectors = 300;
+    for (const auto allocation : {EUdfAllocation::Short, EUdfAllocation::Long, EUdfAllocation::Embedded}) {
+        test::SUdfDescription udf;
+        udf.start = 66;
+        udf.lastSector = kSectors - 1;
+        udf.folderAllocation = allocation;
+        udf.files = {{"A/B/ONE", {{280, 2048}, {282, 2048}, {284, 5}}, allocation},
+                     {"\xE6\x97\xA5/TWO", {{285, 6000}}, allocation, {}, 0, true},
+                     {"CHAIN", {{280, 2048}, {282, 2048}, {284, 5}}, EUdfAllocation::Short, {}, 1}};
+        if (allocation == EUdfAllocation::Embedded) {
+            udf.files[0].embedded = udf.files[1].embedded = Sparse(20);
+        }
+        udf.files.push_back({"A/LINK"});
+        udf.files.back().sharesEntryOf = "CHAIN";
+        Bytes image(kSectors * std::size_t{test::kImageSector});
+        for (const std::size_t sector : {16U, 17U}) {
+            std::copy_n("CD001", 5, image.begin() + static_cast<std::ptrdiff_t>(sector * test::kImageSector + 1));
+        }
+        test::WriteUdfVolume(image, udf);
+        for (const std::uint8_t choice : {std::uint8_t{3}, std::uint8_t{5}}) {
+            const auto seed = CPartWriter().Byte(choice).Byte(choice).Number(5000).Raw(PatchesOf(image));
+            WriteSeed("udf", std::to_string(static_cast<int>(allocation)) + "-" + std::to_string(choice), seed.Bytes());
+        }
+>>>>>>> udf
     }
 }
 
@@ -160,6 +205,8 @@ void MakeRebuildSeeds() {
         MakeRebuildSeed(image, 0);
         MakeRebuildSeed(image, 1);
         MakeRebuildSeed(image, 4);
+        MakeRebuildSeed(image, 8);
+        MakeRebuildSeed(image, 10);
     }
     MakeLayoutSeed("plain-cd", test::ELayoutMedia::Cd);
     MakeLayoutSeed("plain-umd", test::ELayoutMedia::Umd);
@@ -241,6 +288,7 @@ void MakeWordSeeds() {
         {"extract", "cextract\ngame.iso\nDIR/FILE\n-C\nfolder\n--force"},
         {"export", "ciso2iml\ngame.iso\n--path\n/games/\n--extract=out"},
         {"rebuild", "ciml2iso\n--exact\n--files\n/disc\ngame.iml"},
+        {"replace", "creplace\ngame.iso\nDIR/FILE=new\n-o\nnew.iso\n--keep-places\n--dry-run"},
         {"postgap", "cadd-postgap\n--count\n3\ngame.iso"},
         {"dry", "ccheck-postgap\n--dry-run\ngame.iso"},
         {"converter", "n/disc/in\n/disc/out\n/Mode2\n/POSTGAP"},
@@ -267,6 +315,11 @@ int main(int argc, char* argv[]) {
     }
     g_folder = vantrel::WithSeparator(argv[1]);
     MakeImageSeeds();
+<<<<<<< HEAD
+    MakeEditSeeds();
+=======
+    MakeUdfSeeds();
+>>>>>>> udf
     MakeRebuildSeeds();
     MakeCompressedSeeds();
     MakeBinSeeds();

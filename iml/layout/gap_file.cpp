@@ -181,8 +181,8 @@ bool CGapFileReader::Open(const std::string& path) {
                        LoadLe32(fields.subspan<kLayoutCrcOffset, 4>())};
     m_origin.leading = {Load64(fields.subspan<kLeadingLengthOffset, 8>()),
                         LoadLe32(fields.subspan<kLeadingCrcOffset, 4>())};
-    if (m_origin.image.length < 0 || !ReadIndex(LoadLe32(fields.subspan<kCountOffset, 4>()),
-                                                LoadLe32(fields.subspan<kFileCountOffset, 4>()))) {
+    if (m_origin.image.length < 0 ||
+        !ReadIndex(LoadLe32(fields.subspan<kCountOffset, 4>()), LoadLe32(fields.subspan<kFileCountOffset, 4>()))) {
         return Refuse(path, "damaged gap file");
     }
     return true;

@@ -50,8 +50,7 @@ std::size_t CComposedImage::ReadAt(std::int64_t position, std::span<std::uint8_t
     if (position < 0 || position >= m_length) {
         return 0;
     }
-    buffer = buffer.first(
-        static_cast<std::size_t>(std::min<std::int64_t>(std::ssize(buffer), m_length - position)));
+    buffer = buffer.first(static_cast<std::size_t>(std::min<std::int64_t>(std::ssize(buffer), m_length - position)));
     std::size_t done = 0;
     auto next = m_parts.upper_bound(position);
     if (next != m_parts.begin() && std::prev(next)->second.end > position) {
@@ -127,8 +126,7 @@ void CComposedImage::AddToSums(const SPart* part, std::int64_t position, std::sp
     if (position == m_sum.length) {
         m_sum.Append(piece);
     }
-    if (part != nullptr && part->kind == EPart::File &&
-        position - part->origin == m_files[part->index].sum.length) {
+    if (part != nullptr && part->kind == EPart::File && position - part->origin == m_files[part->index].sum.length) {
         m_files[part->index].sum.Append(piece);
     }
 }

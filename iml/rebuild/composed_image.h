@@ -45,7 +45,7 @@ private:
     enum class EPart { File, Gap, Source, Bytes };
 
     struct SPart {
-        std::int64_t end;     ///< in the image
+        std::int64_t end;  ///< in the image
         EPart kind;
         std::size_t index;    ///< of the file, gap, source or bytes
         std::int64_t origin;  ///< position in the image of its first byte

@@ -100,8 +100,7 @@ private:
             m_operation.Fail(Format("The image would replace %s", m_request.leadingPath.c_str()));
         }
         if (m_leadingLength < 0 || m_leadingLength / kSectorSize <= m_pass.LeadingLast()) {
-            m_operation.Fail(
-                Format("The file %s is shorter than the layout says", m_request.leadingPath.c_str()));
+            m_operation.Fail(Format("The file %s is shorter than the layout says", m_request.leadingPath.c_str()));
         }
     }
 
@@ -112,9 +111,10 @@ private:
                     "%s is missing: an exact rebuild needs the gap file that \"vantrel iso2iml --extract\" writes",
                     m_request.gapsPath.c_str()));
             }
-            Notify(Format("There is no %s: whatever no listed file covers becomes zeros. \"vantrel iso2iml --extract\" "
-                          "keeps it in that file",
-                          m_request.gapsPath.c_str()));
+            Notify(
+                Format("There is no %s: whatever no listed file covers becomes zeros. \"vantrel iso2iml --extract\" "
+                       "keeps it in that file",
+                       m_request.gapsPath.c_str()));
             return;
         }
         m_gaps.emplace();
@@ -160,8 +160,8 @@ private:
         if (m_gaps) {
             return m_gaps->Origin().image.length;
         }
-        std::int64_t sectors = std::max<std::int64_t>(ReadPrimaryVolume(m_leading).volumeSpaceSize.Value(),
-                                                      SectorsFor(m_leadingLength));
+        std::int64_t sectors =
+            std::max<std::int64_t>(ReadPrimaryVolume(m_leading).volumeSpaceSize.Value(), SectorsFor(m_leadingLength));
         for (const SFoundFile& file : m_files) {
             sectors = file.size > 0 ? std::max(sectors, file.sector + SectorsFor(file.size)) : sectors;
         }
@@ -226,8 +226,8 @@ private:
             if (m_isExact && length != record->Size()) {
                 RefuseLength(placement, length, *record, records);
             }
-            m_files.push_back({&placement.path, MapPath(record->path), record->Sector(), record->Size(),
-                               std::move(source), length});
+            m_files.push_back(
+                {&placement.path, MapPath(record->path), record->Sector(), record->Size(), std::move(source), length});
             found.insert(record);
             m_operation.Yield();
         }
@@ -265,9 +265,10 @@ private:
         for (const SContentFile& record : records.All()) {
             const bool wasExported = m_gaps && m_gaps->FindFile(record.Sector(), record.Size()) != nullptr;
             if (!listed.contains(&record) && (MustBeListed(record) || wasExported)) {
-                m_operation.Fail(Format("The layout does not list %s, which the directories have; a rebuild cannot "
-                                        "remove files, but an empty file in its place empties it",
-                                        LineName(record.path).c_str()));
+                m_operation.Fail(
+                    Format("The layout does not list %s, which the directories have; a rebuild cannot "
+                           "remove files, but an empty file in its place empties it",
+                           LineName(record.path).c_str()));
             }
         }
     }
@@ -381,8 +382,9 @@ private:
                 Format("%s has changed: an exact rebuild takes unchanged files", file.listedPath->c_str()));
         }
         SFileEdit edit = {{}, file.sector, file.sector, file.length, file.length, file.source};
-        const auto first = std::lower_bound(m_files.begin(), m_files.end(), file.sector,
-                                            [](const SFoundFile& a, std::uint32_t sector) { return a.sector < sector; });
+        const auto first =
+            std::lower_bound(m_files.begin(), m_files.end(), file.sector,
+                             [](const SFoundFile& a, std::uint32_t sector) { return a.sector < sector; });
         for (auto other = first; other != m_files.end() && other->sector == file.sector; ++other) {
             if (other->size == file.size) {
                 edit.names.push_back(other->path);
@@ -438,9 +440,9 @@ private:
     std::int64_t m_leadingLength = 0;  ///< without the trailing sector of a DVD
     std::optional<CGapFileReader> m_gaps;
     bool m_isLeadingUnchanged = true;
-    std::vector<SFoundFile> m_files;  ///< in the order of the recorded sectors
-    std::vector<SKeptFile> m_kept;         ///< files of recorded length, one for each place
-    std::vector<std::size_t> m_changed;    ///< files of another length, one for each place
+    std::vector<SFoundFile> m_files;     ///< in the order of the recorded sectors
+    std::vector<SKeptFile> m_kept;       ///< files of recorded length, one for each place
+    std::vector<std::size_t> m_changed;  ///< files of another length, one for each place
     std::vector<std::string> m_notices;
     std::vector<std::string> m_warnings;
     SEditReport m_report;

@@ -1,5 +1,5 @@
-// Rebuilds the image that was exported: as it was, or with changed files and structures that describe them. Never in the
-// window.
+// Rebuilds the image that was exported: as it was, or with changed files and structures that describe them. Never in
+// the window.
 #pragma once
 
 #include "iml/layout/layout_reader.h"

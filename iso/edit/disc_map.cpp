@@ -56,9 +56,8 @@ std::string ComparablePath(const std::string& path) {
 }
 
 bool IsSame(const std::vector<SExtent>& first, const std::vector<SExtent>& second) {
-    return std::equal(first.begin(), first.end(), second.begin(), second.end(), [](const SExtent& a, const SExtent& b) {
-        return a.sector == b.sector && a.size == b.size;
-    });
+    return std::equal(first.begin(), first.end(), second.begin(), second.end(),
+                      [](const SExtent& a, const SExtent& b) { return a.sector == b.sector && a.size == b.size; });
 }
 
 /// Extents that follow each other as one.
@@ -126,8 +125,8 @@ private:
     static void CheckBlockSize(const SPrimaryVolumeDescriptor& volume) {
         const unsigned size = LoadLe16(volume.logicalBlockSize.little);
         if (size != kSectorSize && size != 0) {
-            throw CRefused(Format("the volume has logical blocks of %u bytes; only those of 2048 bytes are supported",
-                                  size));
+            throw CRefused(
+                Format("the volume has logical blocks of %u bytes; only those of 2048 bytes are supported", size));
         }
     }
 
@@ -145,9 +144,10 @@ private:
             if (index == 0 || m_rule == EMapRule::Complete) {
                 throw;
             }
-            m_map.warnings.push_back(Format("The directories of the %s volume cannot be read (%s): readers that prefer "
-                                            "them will not find the files",
-                                            IsJoliet(volume) ? "Joliet" : "supplementary", refused.what()));
+            m_map.warnings.push_back(
+                Format("The directories of the %s volume cannot be read (%s): readers that prefer "
+                       "them will not find the files",
+                       IsJoliet(volume) ? "Joliet" : "supplementary", refused.what()));
         }
     }
 
@@ -196,8 +196,7 @@ private:
             AddPlace(std::move(file), std::move(name));
             return;
         }
-        const auto [found, isNew] =
-            m_placeBySector.try_emplace(file.Sector(), m_map.places.size());
+        const auto [found, isNew] = m_placeBySector.try_emplace(file.Sector(), m_map.places.size());
         if (isNew) {
             AddPlace(std::move(file), std::move(name));
             return;
@@ -273,9 +272,10 @@ private:
             if (m_rule == EMapRule::Complete) {
                 throw;
             }
-            m_map.warnings.push_back(Format("The UDF volume cannot be read (%s): readers that prefer it will not find "
-                                            "the files",
-                                            refused.what()));
+            m_map.warnings.push_back(
+                Format("The UDF volume cannot be read (%s): readers that prefer it will not find "
+                       "the files",
+                       refused.what()));
         }
         if (!m_map.udf) {
             return;
@@ -405,8 +405,8 @@ private:
     void FindClosingAnchors(const SUdfVolume& volume) {
         const auto anchor = static_cast<std::uint32_t>(volume.anchors.back() + 1 - volume.closingAnchors);
         const std::uint32_t partitionEnd = volume.partitionStart + volume.partitionSectors;
-        const bool isPartition = partitionEnd < anchor && m_fileEnd <= partitionEnd &&
-                                 m_map.occupied.IsFree(partitionEnd, anchor);
+        const bool isPartition =
+            partitionEnd < anchor && m_fileEnd <= partitionEnd && m_map.occupied.IsFree(partitionEnd, anchor);
         const std::uint32_t closing = isPartition ? partitionEnd : anchor;
         if (m_fileEnd <= closing && m_map.Sectors() - closing <= kMostClosingSectors) {
             m_map.closingSector = closing;

@@ -25,8 +25,8 @@ struct SDiscName {
 /// The sectors of a file, and all that names them. Several names of the same sectors share their content. An empty file
 /// is a place of its own.
 struct SDiscPlace {
-    std::vector<SExtent> extents;  ///< in the order of the content; at least one
-    std::vector<SDiscName> names;  ///< those in the primary volume first; at least one
+    std::vector<SExtent> extents;       ///< in the order of the content; at least one
+    std::vector<SDiscName> names;       ///< those in the primary volume first; at least one
     std::vector<std::size_t> udfFiles;  ///< indices in the UDF volume of those with this content
     const char* obstacle = "";  ///< why the place cannot be changed, as the predicate of a sentence; empty if it can
 
@@ -47,7 +47,7 @@ struct SDiscMap {
     ImageKind kind = ImageKind::Unknown;
     std::vector<SDiscPlace> places;  ///< by ascending sector
     std::vector<SVolumeSize> volumeSizes;
-    COccupiedSectors occupied;       ///< sectors of files and structures
+    COccupiedSectors occupied;        ///< sectors of files and structures
     std::uint32_t closingSector = 0;  ///< where the postgap or the closing anchor begins; else the image's sectors
     std::optional<SUdfVolume> udf;
     std::vector<std::string> warnings;  ///< sides of the image that cannot be read

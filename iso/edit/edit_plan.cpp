@@ -99,8 +99,8 @@ private:
                                   static_cast<long long>(change.size)));
         }
         if (place.extents.size() > 1) {
-            throw CRefused(Format("%s: it is recorded in %zu extents, so it cannot be changed", name,
-                                  place.extents.size()));
+            throw CRefused(
+                Format("%s: it is recorded in %zu extents, so it cannot be changed", name, place.extents.size()));
         }
     }
 
@@ -241,8 +241,7 @@ private:
             return;
         }
         for (const SDiscName& name : place.names) {
-            m_plan.patches.push_back(
-                RecordPatch(name.record, edit.to, static_cast<std::uint32_t>(edit.newSize)));
+            m_plan.patches.push_back(RecordPatch(name.record, edit.to, static_cast<std::uint32_t>(edit.newSize)));
         }
         std::set<std::uint32_t> patched;  // entries, which several names may share
         for (const std::size_t index : place.udfFiles) {

@@ -41,10 +41,10 @@ struct SFileEdit {
 struct SEditPlan {
     std::int64_t oldLength = 0;
     std::int64_t newLength = 0;
-    std::vector<SFileEdit> edits;         ///< in the order of the old sectors
-    std::int64_t unchanged = 0;           ///< files of the primary volume without a change
-    std::vector<SImageArea> zeros;        ///< ascending; apart from each other and from the new content
-    std::vector<SSectorPatch> patches;    ///< a later one replaces bytes of an earlier one
+    std::vector<SFileEdit> edits;       ///< in the order of the old sectors
+    std::int64_t unchanged = 0;         ///< files of the primary volume without a change
+    std::vector<SImageArea> zeros;      ///< ascending; apart from each other and from the new content
+    std::vector<SSectorPatch> patches;  ///< a later one replaces bytes of an earlier one
 
     std::int64_t SectorsAdded() const { return SectorsFor(newLength) - SectorsFor(oldLength); }
 };
@@ -55,8 +55,8 @@ SEditPlan PlanNothing(const CByteSource& base);
 /// Plans the changes of places in the map, which was read from `base`. A file stays at its sector if its own sectors
 /// and free ones directly behind them hold the new content; free sectors belong to nothing and are all zeros. Any other
 /// file moves behind the last content of the image; the postgap or the closing anchor then moves, too. No further file
-/// moves. What a file leaves becomes zeros. Throws CRefused if the changes cannot be made, or if the image would outgrow
-/// its medium.
+/// moves. What a file leaves becomes zeros. Throws CRefused if the changes cannot be made, or if the image would
+/// outgrow its medium.
 SEditPlan PlanEdit(CByteSource& base, const SDiscMap& map, std::vector<SFileChange> changes, const SEditRules& rules);
 
 }  // namespace vantrel

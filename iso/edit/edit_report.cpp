@@ -44,8 +44,9 @@ std::string LineOf(const SFileEdit& edit) {
 std::string SummaryOf(const SEditReport& report) {
     return Format("%lld files %s, %lld changed in place, %lld moved, %lld sectors added",
                   static_cast<long long>(report.unchanged),
-                  report.comparesContent ? "unchanged" : "of unchanged length", static_cast<long long>(report.InPlace()),
-                  static_cast<long long>(report.Moved()), static_cast<long long>(report.sectorsAdded));
+                  report.comparesContent ? "unchanged" : "of unchanged length",
+                  static_cast<long long>(report.InPlace()), static_cast<long long>(report.Moved()),
+                  static_cast<long long>(report.sectorsAdded));
 }
 
 }  // namespace vantrel

@@ -185,7 +185,8 @@ void ApplyEdit(const SEditPlan& plan, CCheckedUpdate& image, COperation& operati
         }
         image.SeekOrFail(run.position);
         for (std::int64_t done = 0; done < run.length; done += kPieceSize) {
-            const auto piece = std::span(buffer).first(static_cast<std::size_t>(std::min(run.length - done, kPieceSize)));
+            const auto piece =
+                std::span(buffer).first(static_cast<std::size_t>(std::min(run.length - done, kPieceSize)));
             if (run.edit != nullptr && file.ReadAt(done, piece) != piece.size()) {
                 file.FailIncomplete();
             }

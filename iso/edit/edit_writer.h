@@ -14,7 +14,7 @@ namespace vantrel {
 /// The image as it was before the edit.
 struct SEditBase {
     CByteSource& image;
-    std::string name;                    ///< path for messages
+    std::string name;                      ///< path for messages
     std::function<void()> throwIfDamaged;  ///< throws CRefused if a read has failed; called when a read ends early
 };
 

@@ -23,8 +23,7 @@ void COccupiedSectors::Add(std::uint32_t first, std::uint32_t end) {
 
 bool COccupiedSectors::IsFree(std::uint32_t first, std::uint32_t end) const {
     const auto next = m_ends.lower_bound(first);
-    return (next == m_ends.end() || next->first >= end) &&
-           (next == m_ends.begin() || std::prev(next)->second <= first);
+    return (next == m_ends.end() || next->first >= end) && (next == m_ends.begin() || std::prev(next)->second <= first);
 }
 
 std::uint32_t COccupiedSectors::EndBefore(std::uint32_t limit) const {

@@ -70,13 +70,13 @@ private:
             m_operation.Fail(Format("%s has no file %s; \"vantrel list\" shows its files", m_request.imagePath.c_str(),
                                     path.c_str()));
         }
-        const auto volume =
-            std::min_element(begin, end, [](const auto& a, const auto& b) { return a.second < b.second; })->second.first;
+        const auto volume = std::min_element(begin, end, [](const auto& a, const auto& b) {
+                                return a.second < b.second;
+                            })->second.first;
         std::size_t place = m_map.places.size();
         for (auto i = begin; i != end; ++i) {
             if (i->second.first == volume && place != m_map.places.size() && place != i->second.second) {
-                m_operation.Fail(
-                    Format("%s has several files %s", m_request.imagePath.c_str(), path.c_str()));
+                m_operation.Fail(Format("%s has several files %s", m_request.imagePath.c_str(), path.c_str()));
             }
             if (i->second.first == volume) {
                 place = i->second.second;
@@ -130,8 +130,8 @@ SEditReport ReplaceInCopy(const SReplaceRequest& request, CByteSource& image,
 
 SEditReport ReplaceInPlace(const SReplaceRequest& request, COperation& operation) {
     CCheckedUpdate image(operation);
-    image.OpenOrFail(request.imagePath,
-                     request.dryRun ? EUpdateManner::ReadOnly : EUpdateManner::UndoUnlessCommitted, "Cannot open %s");
+    image.OpenOrFail(request.imagePath, request.dryRun ? EUpdateManner::ReadOnly : EUpdateManner::UndoUnlessCommitted,
+                     "Cannot open %s");
     const SEditPlan plan = CReplacing(request, image, operation).Plan();
     image.FailIfUnread();
     SEditReport report = ReportOn(plan);

@@ -168,9 +168,9 @@ TEST_F(GapFileTest, NamesTheProblem) {
     for (const char* const magic : {"IMLGAPS1", "IMLGAPS2"}) {
         WriteText(m_folder / "old", magic + std::string(16, '\0'));
         EXPECT_FALSE(reader.Open(m_folder / "old"));
-        EXPECT_EQ(reader.Problem(),
-                  (m_folder / "old") +
-                      ": a gap file of an earlier version, without all checksums; export the image again");
+        EXPECT_EQ(
+            reader.Problem(),
+            (m_folder / "old") + ": a gap file of an earlier version, without all checksums; export the image again");
     }
     WriteText(m_folder / "new", "IMLGAPS4" + std::string(80, '\0'));
     EXPECT_FALSE(reader.Open(m_folder / "new"));

@@ -88,12 +88,14 @@ TEST_F(EditWriter, BothWaysGiveTheSameImage) {
         }
         for (const test::SBuiltFile& file : m_built.files) {
             const std::string name = file.path.substr(1);
-            if (std::none_of(changes.begin(), changes.end(), [&](const auto& change) { return change.first == name; })) {
+            if (std::none_of(changes.begin(), changes.end(),
+                             [&](const auto& change) { return change.first == name; })) {
                 const auto start = written.begin() + std::ptrdiff_t{file.sector} * 2048;
                 EXPECT_TRUE(std::equal(file.content.begin(), file.content.end(), start)) << name;
             }
         }
-        EXPECT_TRUE(std::all_of(written.end() - 150 * 2048, written.end(), [](std::uint8_t byte) { return byte == 0; }));
+        EXPECT_TRUE(
+            std::all_of(written.end() - 150 * 2048, written.end(), [](std::uint8_t byte) { return byte == 0; }));
     }
 }
 

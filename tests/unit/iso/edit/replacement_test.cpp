@@ -42,8 +42,8 @@ protected:
 };
 
 TEST_F(Replacement, EverySpellingOfAPath) {
-    for (const char* const path :
-         {"DIR/SUB/B.BIN", "dir\\sub\\b.bin", "./Dir//Sub/B.BIN;1", "/DIR/SUB/B.BIN", "no_extension", "NO_EXTENSION.;1"}) {
+    for (const char* const path : {"DIR/SUB/B.BIN", "dir\\sub\\b.bin", "./Dir//Sub/B.BIN;1", "/DIR/SUB/B.BIN",
+                                   "no_extension", "NO_EXTENSION.;1"}) {
         EXPECT_EQ(Failure({{path, "new"}}), "did not fail") << path;
         ASSERT_EQ(m_report.edits.size(), 1U);
         EXPECT_EQ(m_report.unchanged, 2);
@@ -52,8 +52,8 @@ TEST_F(Replacement, EverySpellingOfAPath) {
 
 TEST_F(Replacement, PathsThatNameNoFile) {
     for (const char* const path : {"DIR", "DIR/B.BIN", "SUB/B.BIN", "B", "DIR/SUB/B.BINS"}) {
-        EXPECT_EQ(Failure({{path, "new"}}), (m_folder / "game.iso") + " has no file " + path +
-                                                "; \"vantrel list\" shows its files");
+        EXPECT_EQ(Failure({{path, "new"}}),
+                  (m_folder / "game.iso") + " has no file " + path + "; \"vantrel list\" shows its files");
     }
     EXPECT_TRUE(test::ReadWhole(m_folder / "game.iso") == m_built.bytes);
 }
