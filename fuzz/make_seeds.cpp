@@ -117,7 +117,6 @@ void MakeImageSeeds() {
     }
 }
 
-<<<<<<< HEAD
 /// Edits that stay in place, move files, empty and fill them.
 void MakeEditSeeds() {
     for (const SNamedImage& image : Images()) {
@@ -128,7 +127,9 @@ void MakeEditSeeds() {
         WriteSeed("edit", image.name + "-empty",
                   CPartWriter().Byte(3).Byte(2).Number(0).Byte(1).Number(5).Byte(4).Number(900).Raw(patches).Bytes());
         WriteSeed("edit", image.name + "-keep", CPartWriter().Byte(5).Byte(3).Number(1400).Raw(patches).Bytes());
-=======
+    }
+}
+
 /// UDF volumes with every kind of allocation, without ISO 9660.
 void MakeUdfSeeds() {
     using test::EUdfAllocation;
@@ -155,7 +156,6 @@ void MakeUdfSeeds() {
             const auto seed = CPartWriter().Byte(choice).Byte(choice).Number(5000).Raw(PatchesOf(image));
             WriteSeed("udf", std::to_string(static_cast<int>(allocation)) + "-" + std::to_string(choice), seed.Bytes());
         }
->>>>>>> udf
     }
 }
 
@@ -315,11 +315,8 @@ int main(int argc, char* argv[]) {
     }
     g_folder = vantrel::WithSeparator(argv[1]);
     MakeImageSeeds();
-<<<<<<< HEAD
     MakeEditSeeds();
-=======
     MakeUdfSeeds();
->>>>>>> udf
     MakeRebuildSeeds();
     MakeCompressedSeeds();
     MakeBinSeeds();

@@ -76,6 +76,7 @@ public:
             position = run.position + run.length;
         }
         CopyBase(position, m_plan.newLength);
+        m_base.throwIfDamaged();
         for (const SSectorPatch& patch : m_plan.patches) {
             m_output.SeekOrFail(patch.position);
             m_output.WriteOrFail(patch.bytes);

@@ -15,7 +15,7 @@ namespace vantrel {
 struct SEditBase {
     CByteSource& image;
     std::string name;                      ///< path for messages
-    std::function<void()> throwIfDamaged;  ///< throws CRefused if a read has failed; called when a read ends early
+    std::function<void()> throwIfDamaged;  ///< throws CRefused if a read has failed
 };
 
 /// Writes the image of the plan to an open, empty output. Fails if the base or a file with new content cannot be read

@@ -106,7 +106,8 @@ private:
             case ECall::Close:
                 return !call.written || m_after == m_before;
             case ECall::Open:
-                return call.file.ends_with(".tmp/");
+                // The name of a missing file is looked for in its folder, in any case.
+                return call.file.ends_with(".tmp/") || call.file.empty();
             case ECall::List:
             case ECall::Copy:
             case ECall::ReadEnd:
