@@ -12,7 +12,13 @@ void SChecksum::Add(std::span<const std::uint8_t> bytes) {
 }
 
 void SChecksum::Append(const SChecksum& next) {
-    crc32 = static_cast<std::uint32_t>(crc32_combine64(crc32, next.crc32, next.length));
+    // On Windows, the library takes lengths of 31 bits.
+    constexpr std::int64_t kLongestStep = 1 << 30;
+    std::int64_t left = next.length;
+    for (; left > kLongestStep; left -= kLongestStep) {
+        crc32 = static_cast<std::uint32_t>(crc32_combine(crc32, 0, static_cast<z_off_t>(kLongestStep)));
+    }
+    crc32 = static_cast<std::uint32_t>(crc32_combine(crc32, next.crc32, static_cast<z_off_t>(left)));
     length += next.length;
 }
 

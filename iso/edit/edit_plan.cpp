@@ -267,6 +267,10 @@ private:
             throw CRefused("the UDF partition ends before the sectors to which a file would move");
         }
         if (added > 0) {
+            // A damaged copy of a descriptor would keep the old length.
+            if (!volume.findings.empty()) {
+                throw CRefused("the UDF volume cannot be lengthened: " + volume.findings.front());
+            }
             const bool hasClosing = m_map.closingSector < m_map.Sectors();
             if (volume.closingAnchors > 0 && !hasClosing) {
                 throw CRefused("files lie behind the closing anchor of the UDF volume, so it cannot be lengthened");
