@@ -73,33 +73,41 @@ def memory_within(title, words):
     return peak <= MAX_MEMORY
 
 
-def large(folder, size):
-    image, new, copy, small, list_file = (os.path.join(folder, name)
-                                          for name in ("game.iso", "new.iso", "copy.iso", "small", "list"))
-    write_dvd(image, size)
-    with open(small, "wb") as file:
-        file.write(b"s" * SMALL)
-    vantrel = program("vantrel")
-    good = compare("replace -o", [vantrel, "replace", "-q", "-f", image, "F0.BIN=" + small, "-o", new],
-                   ["cp", image, copy], MAX_RATIO)
-    os.remove(new)
-    patch = [vantrel, "replace", "-q", "--in-place", image, "PATCH.BIN=" + small]
-    with open(image, "r+b") as file:  # a file of its own behind the others
-        file.seek(20 * SECTOR)
-        directory = file.read(SECTOR)
-        end = len(directory.rstrip(b"\0"))
-        end += end % 2
-        file.seek(0, 2)
+def add_small_file(image):
+    """Adds PATCH.BIN behind the other files."""
+    with open(image, "r+b") as file:
+        file.seek(0, os.SEEK_END)
         sector = file.tell() // SECTOR
         file.write(bytes(SECTOR))
-        file.seek(20 * SECTOR + end)
+        file.seek(20 * SECTOR)
+        end = len(file.read(SECTOR).rstrip(b"\0"))
+        file.seek(20 * SECTOR + end + end % 2)
         file.write(record(b"PATCH.BIN;1", sector, SMALL))
-    times = [(timed(patch), timed([vantrel, "list", image])) for _ in range(15)]
+        file.seek(16 * SECTOR + 80)
+        file.write(both(sector + 1))
+
+
+def patch_within(image, small):
+    patch = [program("vantrel"), "replace", "-q", "--in-place", image, "PATCH.BIN=" + small]
+    times = [(timed(patch), timed([program("vantrel"), "list", image])) for _ in range(15)]
     patched, listed = (min(column) for column in zip(*times))
     limit = 0.1 * listed + 0.05
     print("replace --in-place of %d bytes %.3f s  list %.3f s  limit %.3f s  %s"
           % (SMALL, patched, listed, limit, "ok" if patched <= limit else "OVER"))
-    good &= patched <= limit
+    return patched <= limit
+
+
+def large(folder, size):
+    image, new, copy, small = (os.path.join(folder, name) for name in ("game.iso", "new.iso", "copy.iso", "small"))
+    write_dvd(image, size)
+    add_small_file(image)
+    with open(small, "wb") as file:
+        file.write(b"s" * SMALL)
+    vantrel = program("vantrel")
+    good = patch_within(image, small)
+    good &= compare("replace -o", [vantrel, "replace", "-q", "-f", image, "PATCH.BIN=" + small, "-o", new],
+                    ["cp", image, copy], MAX_RATIO)
+    os.remove(new)
     layout = os.path.join(folder, "game.iml")
     timed([vantrel, "iso2iml", "-q", image, "--extract", os.path.join(folder, "files")])
     os.remove(image)

@@ -52,7 +52,7 @@ private:
     };
 
     struct SFile {
-        const std::string* path;
+        const std::string* path = nullptr;
         SChecksum sum;
     };
 

@@ -42,10 +42,10 @@ struct SKeptFile {
     std::size_t number;  ///< in the composed image
 };
 
-/// A path of the directories with the separator that the disc map uses.
+/// A path of the directories as the disc map has it.
 std::string MapPath(std::string path) {
     std::replace(path.begin(), path.end(), '\\', '/');
-    return path;
+    return LineName(std::move(path));
 }
 
 /// Whether every export lists such a record, so that a layout without it was changed.

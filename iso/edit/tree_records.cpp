@@ -11,6 +11,7 @@
 
 #include "files/refused.h"
 #include "files/utf.h"
+#include "iso/path_table.h"
 #include "operation/text.h"
 
 namespace vantrel {
@@ -42,7 +43,7 @@ std::string DecodedName(std::string_view recorded, ENameCoding coding) {
         }
         name = Utf8Of(wide);
     }
-    return name.substr(0, name.find(kVersionSeparator));
+    return LineName(name.substr(0, name.find(kVersionSeparator)));
 }
 
 const char* ObstacleOf(const SDirectoryRecord& record) {

@@ -16,7 +16,7 @@ namespace vantrel {
 enum class ENameCoding { Bytes, Ucs2 };
 
 struct STreeFile {
-    std::string path;              ///< folders and name, separated by '/', without version
+    std::string path;              ///< folders and name, separated by '/', without version; see LineName
     std::vector<SExtent> extents;  ///< in the order of the content; at least one
     std::int64_t record = 0;       ///< byte position in the image of its directory record, the first one of several
     const char* obstacle = "";     ///< why it cannot be changed, as the predicate of a sentence; empty if it can
