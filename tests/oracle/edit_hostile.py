@@ -80,7 +80,7 @@ def wrong_after(base_image, new_image, path, content):
     for old_files, new_files in sides:
         file = new_files.get(path)
         if path in old_files and (file is None or new.content(file) != content):
-            return "%s has not its new content" % path
+            return "%s lacks its new content" % path
     return None
 
 

@@ -116,7 +116,7 @@ CHANGES = {
     "grown over all free sectors": sized(lambda disc, sector, size: free_behind(disc, sector, size) > 2,
                                          lambda disc, sector, size:
                                          (sectors(size) + free_behind(disc, sector, size)) * SECTOR + 1),
-    "grown towards data without a name": sized(before_unnamed_data, lambda disc, sector, size: size + 2 * SECTOR),
+    "grown towards unnamed data": sized(before_unnamed_data, lambda disc, sector, size: size + 2 * SECTOR),
     "beyond": sized(lambda disc, sector, size: size > 2 * SECTOR and not free_behind(disc, sector, size),
                     lambda disc, sector, size: size + 40 * SECTOR),
     "last shorter": at(-1, -7000),
@@ -150,7 +150,7 @@ def check_tree(base, new, before, after, changes, name):
                    after[path].extents)
             expect(new.content(after[path]) == base.content(file), "%s: %s has other content", name, path)
         else:
-            expect(new.content(after[path]) == wanted, "%s: %s has not its new content, %d bytes of %d", name, path,
+            expect(new.content(after[path]) == wanted, "%s: %s lacks its new content, %d bytes of %d", name, path,
                    after[path].size, len(wanted))
 
 
