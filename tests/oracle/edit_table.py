@@ -160,12 +160,15 @@ def check_places(base, new, changes):
     for path, wanted in changes.items():
         before, after = base.primary.files[path], new.primary.files[path]
         own, needed = sectors(before.size), sectors(len(wanted))
-        alone = len(changes) <= 2
-        if needed <= own or (own and alone and needed <= own + free_behind(base, before.sector, before.size)):
+        room = own + free_behind(base, before.sector, before.size)
+        is_last = before.sector + own >= base.content_end
+        if needed <= own or (own and len(changes) <= 2 and needed <= room):
             expect(after.sector == before.sector, "%s fits but has moved from %d to %d", path, before.sector, after.sector)
         elif after.sector != before.sector:
             expect(after.sector >= base.content_end, "%s has moved to %d; the content ends at %d", path, after.sector,
                    base.content_end)
+        else:
+            expect(needed <= room or is_last, "%s stays, but it has room in %d sectors only, not %d", path, room, needed)
         end = after.sector * SECTOR + len(wanted) if wanted else 0
         expect(not any(new.image[end:end + -end % SECTOR]), "bytes behind the end of %s", path)
         left = [sector for sector in range(before.sector, before.sector + own)
