@@ -56,6 +56,10 @@ public:
 
     std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".iso"); }
 
+    std::vector<std::string> FurtherInputs(const std::string& input) const override {
+        return {FindLeadingStructures(input), GapsOf(input)};
+    }
+
     void Convert(const SConversionJob& job, COperation& operation) const override {
         SRebuildRequest request;
         request.layoutPath = job.input;
@@ -65,7 +69,7 @@ public:
         request.strict = true;
         request.filesFolder = FilesFolder(job.input);
         request.rule = m_exact ? ERebuildRule::Exact : m_likeWindow ? ERebuildRule::LikeWindow : ERebuildRule::Edited;
-        request.gapsPath = ResolveFileCase(GapPathOf(job.input));
+        request.gapsPath = GapsOf(job.input);
         request.editRules.keepPlaces = m_keepPlaces;
         request.dryRun = IsDryRun();
         const SEditReport report = RebuildImage(request, operation);
@@ -75,6 +79,8 @@ public:
     }
 
 private:
+    static std::string GapsOf(const std::string& layout) { return ResolveFileCase(GapPathOf(layout)); }
+
     std::string FilesFolder(const std::string& layout) const {
         if (!m_filesFolder.empty()) {
             return WithSeparator(m_filesFolder);

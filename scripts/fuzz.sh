@@ -30,7 +30,7 @@ longest_of() {
     case $1 in
     bin) echo 60000 ;;
     words) echo 600 ;;
-    wav) echo 4096 ;;
+    facts | wav) echo 4096 ;;
     *) echo 12000 ;;
     esac
 }
