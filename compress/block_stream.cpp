@@ -1,6 +1,48 @@
 #include "compress/block_stream.h"
 
+#include "compress/lz4_decoder.h"
+#include "compress/lz4_encoder.h"
+
 namespace vantrel {
+
+namespace {
+
+class CLz4Coder : public CBlockCoder {
+public:
+    SStreamOutcome Run(std::span<const std::uint8_t> input, std::span<std::uint8_t> output) override {
+        SStreamOutcome outcome;
+        outcome.produced = m_encoder.Encode(input, output);
+        if (outcome.produced == 0) {
+            outcome.failedStep = EStreamStep::Work;
+            outcome.result = Z_BUF_ERROR;
+        }
+        return outcome;
+    }
+
+private:
+    CLz4Encoder m_encoder;
+};
+
+}  // namespace
+
+std::unique_ptr<CBlockCoder> NewCoder(const SStreamSettings& settings, EStreamUse use) {
+    if (settings.form == EStreamForm::Lz4) {
+        return std::make_unique<CLz4Coder>();
+    }
+    return std::make_unique<CBlockStream>(settings, use);
+}
+
+SStreamOutcome ExpandLz4(std::span<const std::uint8_t> input, std::span<std::uint8_t> output) {
+    SStreamOutcome outcome;
+    if (const std::optional<std::size_t> produced = DecodeLz4(input, output)) {
+        outcome.produced = *produced;
+    } else {
+        outcome.failedStep = EStreamStep::Work;
+        outcome.result = Z_DATA_ERROR;
+        outcome.message = "invalid LZ4 data";
+    }
+    return outcome;
+}
 
 CBlockStream::~CBlockStream() {
     if (m_isOpen) {

@@ -47,6 +47,8 @@ protected:
     /// --output, --output-dir and --force.
     void DeclareOutput(COptionSet& options);
     const std::vector<std::string>& Files() const { return m_options.files; }
+    /// The value of --output.
+    const std::string& Output() const { return m_options.output; }
 
 private:
     SConversionOptions m_options;

@@ -9,6 +9,7 @@
 #include "files/path.h"
 #include "files/refused.h"
 #include "iml/export/export.h"
+#include "image/conversion.h"
 #include "iml/layout/layout_names.h"
 
 namespace vantrel {
@@ -75,8 +76,10 @@ public:
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
         RefuseStaleGaps(job);
+        const std::unique_ptr<CImageSource> image = OpenContainer(job.input, job.output);
         SExportRequest request;
         request.imagePath = job.input;
+        request.image = image.get();
         request.layoutPath = job.output;
         request.folderText = FolderText(job.input);
         request.manner = job.manner;
@@ -85,6 +88,9 @@ public:
             request.existsHint = "; -f replaces it";
         }
         ExportImage(request, operation);
+        if (image) {
+            WarnOfOtherParts(*image, job.input, operation);
+        }
     }
 
 private:

@@ -178,6 +178,12 @@ void MakeCompressedSeeds() {
         IsoToCso(DirectConversion(folder / "game.iso", cso, EOutputManner::CommitReplace, 1, level), operation);
         IsoToDax(DirectConversion(folder / "game.iso", dax, EOutputManner::CommitReplace, 1, level), operation);
         WriteSeed("compressed", "cso-" + std::to_string(level), test::ReadWhole(cso));
+        SCompressionRequest toZso =
+            DirectConversion(folder / "game.iso", folder / "game.zso", EOutputManner::CommitReplace, 1, level);
+        toZso.magic = kZsoMagic;
+        toZso.blockSize = level == 1 ? 2048 : 16384;
+        ImageToCso(toZso, operation);
+        WriteSeed("compressed", "zso-" + std::to_string(level), test::ReadWhole(toZso.outputPath));
         WriteSeed("compressed", "dax-" + std::to_string(level), test::ReadWhole(dax));
     }
 }

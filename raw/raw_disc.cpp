@@ -129,6 +129,16 @@ SRawDisc DiscOfFile(const std::string& path, std::int64_t size) {
 
 }  // namespace
 
+std::vector<std::string> TracksLeftOut(const SRawDisc& disc) {
+    std::vector<std::string> texts;
+    for (const STrack& track : disc.tracks) {
+        if (&track != &disc.DataTrack()) {
+            texts.push_back(Format("track %u (%s) is not in the image", track.number, NameOf(track.mode)));
+        }
+    }
+    return texts;
+}
+
 std::vector<std::string> SRawDisc::Files() const {
     std::vector<std::string> files;
     for (const STrack& track : tracks) {

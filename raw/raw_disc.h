@@ -23,4 +23,7 @@ struct SRawDisc {
 /// only, or if the data track's file is missing or too short.
 SRawDisc ReadRawDisc(const std::string& path);
 
+/// "track 2 (AUDIO) is not in the image" for every track but the first data track.
+std::vector<std::string> TracksLeftOut(const SRawDisc& disc);
+
 }  // namespace vantrel

@@ -137,16 +137,6 @@ void AddLines(std::string& text, const std::string& path, const std::vector<std:
     }
 }
 
-std::vector<std::string> TracksLeftOut(const SRawDisc& disc) {
-    std::vector<std::string> texts;
-    for (const STrack& track : disc.tracks) {
-        if (&track != &disc.DataTrack()) {
-            texts.push_back(Format("track %u (%s) is not in the image", track.number, NameOf(track.mode)));
-        }
-    }
-    return texts;
-}
-
 }  // namespace
 
 void ConvertDataTrack(const SBinToIsoRequest& request, COperation& operation) {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "files/byte_source.h"
-#include "image/inspect/report.h"
+#include "image/report.h"
 
 namespace vantrel {
 

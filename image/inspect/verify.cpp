@@ -7,13 +7,13 @@
 #include "files/native_file.h"
 #include "files/refused.h"
 #include "image/forms.h"
+#include "image/image_compare.h"
 #include "image/image_source.h"
-#include "image/inspect/container_report.h"
 #include "image/inspect/digest.h"
-#include "image/inspect/image_chunks.h"
+#include "image/image_chunks.h"
 #include "image/inspect/image_report.h"
 #include "image/inspect/layout_report.h"
-#include "image/inspect/raw_report.h"
+#include "image/raw_report.h"
 #include "pipeline/ordered_pipeline.h"
 #include "raw/fault_ranges.h"
 
@@ -22,8 +22,6 @@ namespace vantrel {
 namespace {
 
 constexpr std::size_t kSlots = 6;
-/// Bytes that are compared at a time; a multiple of every common block size.
-constexpr std::size_t kComparedSize = 1U << 20U;
 
 /// What reading a whole image has found out.
 struct SReading {
@@ -108,7 +106,7 @@ std::int64_t TotalSize(const std::vector<std::string>& files) {
 std::optional<SSums> SumsOfFile(const std::string& path, CWholeReader& reader, std::vector<std::string>& problems) {
     try {
         const std::unique_ptr<CImageSource> file = OpenPlainImage(path);
-        SReading reading = reader.Read(*ChunksOf(path, *file), file->BlockNoun());
+        SReading reading = reader.Read(*file->Chunks(), file->BlockNoun());
         RefuseDamaged(*file, path);
         Append(problems, reading.problems);
         return std::move(reading.sums);
@@ -166,8 +164,8 @@ CReport VerifyImage(const std::string& path, const CDatFile* dat, COperation& op
     const std::unique_ptr<CImageSource> image = OpenImage(path);
     const SRawDisc disc = RawDiscOf(path, image->Form());
     CWholeReader reader(operation, image->Size() + TotalSize(disc.Files()));
-    SReading reading = reader.Read(*ChunksOf(path, *image), image->BlockNoun());
-    Append(reading.problems, ContainerProblems(path, image->Form()));
+    SReading reading = reader.Read(*image->Chunks(), image->BlockNoun());
+    Append(reading.problems, image->MissingParts());
     Append(reading.problems, ImageProblems(*image));
     std::vector<SFileSums> files;
     for (const std::string& file : disc.Files()) {
@@ -199,26 +197,6 @@ CReport VerifyImage(const std::string& path, const CDatFile* dat, COperation& op
         report.Add("dat", *std::move(found));
     }
     return report;
-}
-
-/// The position of the first byte that differs; the length of the shorter image if that is how the other begins.
-std::int64_t FirstDifference(CImageSource& image, CImageSource& other, COperation& operation) {
-    operation.SetTotal(image.Size());
-    std::vector<std::uint8_t> bytes(kComparedSize);
-    std::vector<std::uint8_t> otherBytes(kComparedSize);
-    std::int64_t position = 0;
-    while (true) {
-        operation.Yield();
-        const std::size_t count = image.ReadAt(position, bytes);
-        const std::size_t otherCount = other.ReadAt(position, otherBytes);
-        const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(count, otherCount));
-        const auto differing = std::mismatch(bytes.begin(), end, otherBytes.begin()).first;
-        position += differing - bytes.begin();
-        if (differing != end || count != otherCount || count == 0) {
-            return position;
-        }
-        operation.SetDone(position);
-    }
 }
 
 }  // namespace

@@ -1,12 +1,10 @@
-#include "image/inspect/image_chunks.h"
+#include "image/image_chunks.h"
 
 #include <algorithm>
 #include <utility>
 
 #include "files/input_file.h"
 #include "files/refused.h"
-#include "operation/text.h"
-#include "raw/raw_disc.h"
 
 namespace vantrel {
 
@@ -60,8 +58,7 @@ private:
 /// the first one.
 class CRawChunks : public CImageChunks {
 public:
-    explicit CRawChunks(const std::string& path)
-        : m_track(ReadRawDisc(path).DataTrack()), m_sectorSize(SectorSizeOf(m_track.mode)) {
+    explicit CRawChunks(const STrack& track) : m_track(track), m_sectorSize(SectorSizeOf(m_track.mode)) {
         if (!m_file.Open(m_track.path)) {
             throw CRefused(m_track.path + ": " + LastFileError());
         }
@@ -99,10 +96,6 @@ public:
         std::vector<std::string> problems;
         if (m_track.startsDisc && m_firstNumber != 0) {
             problems.push_back("the first sector's address is not 00:02:00");
-        }
-        if (m_track.leftOver != 0) {
-            problems.push_back(Format("the file is not a whole number of sectors: %lld bytes are left over",
-                                      static_cast<long long>(m_track.leftOver)));
         }
         return problems;
     }
@@ -145,11 +138,12 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CImageChunks> ChunksOf(const std::string& path, CImageSource& image) {
-    if (image.Form() == EForm::Bin || image.Form() == EForm::Cue) {
-        return std::make_unique<CRawChunks>(path);
-    }
+std::unique_ptr<CImageChunks> ChunksOf(CImageSource& image) {
     return std::make_unique<CReadChunks>(image);
+}
+
+std::unique_ptr<CImageChunks> ChunksOf(const STrack& track) {
+    return std::make_unique<CRawChunks>(track);
 }
 
 }  // namespace vantrel
