@@ -18,8 +18,8 @@ std::vector<std::unique_ptr<CBlockCoder>> CodersFor(const SWorkPlan& plan, const
 
 std::vector<CBlockSlot> AllocateSlots(const SWorkPlan& plan, CByteSource* image) {
     std::vector<CBlockSlot> slots(plan.SlotCount());
-    const bool allocated =
-        std::ranges::all_of(slots, [&](CBlockSlot& slot) { return slot.Allocate(plan.sizes, plan.blocksPerSlot, image); });
+    const bool allocated = std::ranges::all_of(
+        slots, [&](CBlockSlot& slot) { return slot.Allocate(plan.sizes, plan.blocksPerSlot, image); });
     return allocated ? std::move(slots) : std::vector<CBlockSlot>();
 }
 

@@ -35,7 +35,8 @@ public:
     virtual bool ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& block) = 0;
 };
 
-/// Reads stored blocks, the first of them number `first`, end to end into `room`, which has `storedRoom` bytes for each.
+/// Reads stored blocks, the first of them number `first`, end to end into `room`, which has `storedRoom` bytes for
+/// each.
 void ReadStoredBlocks(CStoredBlocks& container, std::uint64_t first, std::span<SBlock> blocks,
                       std::span<std::uint8_t> room, std::size_t storedRoom);
 

@@ -43,7 +43,8 @@ class CBlockCoder {
 public:
     virtual ~CBlockCoder() = default;
 
-    /// Processes a block in one call. Fails unless all of the input is processed and the output has room for the result.
+    /// Processes a block in one call. Fails unless all of the input is processed and the output has room for the
+    /// result.
     virtual SStreamOutcome Run(std::span<const std::uint8_t> input, std::span<std::uint8_t> output) = 0;
 };
 

@@ -13,8 +13,8 @@ namespace vantrel {
 void CheckAndCommit(const SCompressionRequest& request, CCheckedOutput& output);
 
 /// Shows the last texts, reports all `units` as done and completes with the request's text, or else `windowText`. The
-/// completion calls `closeFiles` and shows the length of the output. Returns false, without calling `closeFiles`, if the
-/// runner leaves the completion early.
+/// completion calls `closeFiles` and shows the length of the output. Returns false, without calling `closeFiles`, if
+/// the runner leaves the completion early.
 bool CompleteConversion(
     const SCompressionRequest& request, const COutputFile& output, std::int64_t units, const char* windowText,
     COperation& operation, const std::function<void()>& closeFiles = [] {});

@@ -29,7 +29,8 @@ struct SCompressionRequest {
     CsoMagic magic = kCsoMagic;
     /// Block size of a CSO or ZSO file, a power of two; no value: chosen by the length of the output.
     std::optional<std::uint32_t> blockSize;
-    /// Index entries hold positions of 31 bits. A strict compression whose output is larger shifts them. Tests use fewer.
+    /// Index entries hold positions of 31 bits. A strict compression whose output is larger shifts them. Tests use
+    /// fewer.
     std::int64_t largestCso = std::numeric_limits<std::int32_t>::max();
     /// Called with the complete output before it gets its name; ends the conversion if the output is wrong.
     std::function<void(COutputFile& output)> checkOutput;

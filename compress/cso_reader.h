@@ -1,4 +1,5 @@
-// Reads the image in a CSO or ZSO file block by block. Reports kinds of faults; the texts for them belong to the callers.
+// Reads the image in a CSO or ZSO file block by block. Reports kinds of faults; the texts for them belong to the
+// callers.
 #pragma once
 
 #include <cstdint>

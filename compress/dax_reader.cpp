@@ -45,8 +45,8 @@ EDaxFault CDaxReader::ReadTables() {
 EDaxFault CDaxReader::ReadAreas() {
     CNumberTable<std::uint32_t> areas;
     if (AreaCount() > FrameCount()) {
-        return Refuse(EDaxFault::Tables, Format("DAX area count %u is not supported: the image has %u frames",
-                                                AreaCount(), FrameCount()));
+        return Refuse(EDaxFault::Tables,
+                      Format("DAX area count %u is not supported: the image has %u frames", AreaCount(), FrameCount()));
     }
     if (const EDaxFault fault = ReadTable(areas, 2 * AreaCount()); fault != EDaxFault::None) {
         return fault;

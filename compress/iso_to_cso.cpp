@@ -148,8 +148,8 @@ private:
         Write(m_index.Bytes(), m_blockCount);
     }
 
-    /// Sets an index entry to the current position of the output, which is padded to what the shift can express. Returns
-    /// false if the entry cannot hold the position.
+    /// Sets an index entry to the current position of the output, which is padded to what the shift can express.
+    /// Returns false if the entry cannot hold the position.
     bool SetEntry(std::int64_t number, std::uint32_t flags) {
         const std::int64_t rest = m_output.Position() % (std::int64_t{1} << m_header.align);
         if (rest != 0 && !m_output.WriteZeros((std::int64_t{1} << m_header.align) - rest)) {

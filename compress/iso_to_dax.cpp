@@ -66,7 +66,8 @@ private:
 
     void CompressFrames(int level) {
         // Reading one frame more than there are finds the end of the image.
-        const SWorkPlan plan = PlanWork(m_request.workers, kDaxFrameSizes, std::uint64_t{m_frameCount} + 1, m_image.PieceUnit());
+        const SWorkPlan plan =
+            PlanWork(m_request.workers, kDaxFrameSizes, std::uint64_t{m_frameCount} + 1, m_image.PieceUnit());
         std::vector<CBlockSlot> slots = AllocateSlots(plan, &m_image);
         if (!m_positions.Allocate(m_frameCount) || !m_lengths.Allocate(m_frameCount) || slots.empty()) {
             m_operation.Fail("Not enough memory for the frame tables!\n");

@@ -26,7 +26,9 @@ constexpr std::int32_t ToCost(std::size_t bytes) {
 
 /// The longest match that takes a byte less than this one, which has a continued length.
 constexpr std::size_t LongestCheaper(std::size_t length) {
-    return length < kLz4MinMatch + kLz4LongLength ? length : length - 1 - (length - kLz4MinMatch - kLz4LongLength) % kLz4LengthStep;
+    return length < kLz4MinMatch + kLz4LongLength
+               ? length
+               : length - 1 - (length - kLz4MinMatch - kLz4LongLength) % kLz4LengthStep;
 }
 
 /// Writes sequences until one does not fit.
@@ -105,8 +107,8 @@ std::size_t CLz4Encoder::Encode(std::span<const std::uint8_t> in, std::span<std:
     return writer.WriteLast() ? writer.Written() : 0;
 }
 
-/// Chooses the sequences of a segment, from its end to its beginning. Costs are the bytes that a segment's remainder takes.
-/// The bytes behind the segment that a match covers need no sequence of their own, which counts as a gain.
+/// Chooses the sequences of a segment, from its end to its beginning. Costs are the bytes that a segment's remainder
+/// takes. The bytes behind the segment that a match covers need no sequence of their own, which counts as a gain.
 void CLz4Encoder::ChooseMatches(std::size_t begin, std::size_t end) {
     const std::size_t size = end - begin;
     for (std::size_t i = 0; i < size; ++i) {
@@ -126,7 +128,8 @@ void CLz4Encoder::ChooseMatches(std::size_t begin, std::size_t end) {
         ++literals;
         m_costs[i] = m_costs[i + 1] + 1 + ToCost(Continuation(literals)) - ToCost(Continuation(literals - 1));
         const std::size_t longest = std::exchange(match.length, 0U);
-        if (longest == 0) continue;
+        if (longest == 0)
+            continue;
         for (const std::size_t length : {LongestCheaper(longest), longest}) {
             const std::int32_t cost = ToCost(MatchCost(length)) + costFrom(i + length);
             if (cost <= m_costs[i]) {

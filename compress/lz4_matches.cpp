@@ -75,20 +75,25 @@ void CLz4Matches::Search(std::size_t position) {
             if (length > longest) {
                 longest = length;
                 m_last = {static_cast<std::uint32_t>(length), static_cast<std::uint32_t>(offset)};
-                if (longest == limit) return;
+                if (longest == limit)
+                    return;
                 std::size_t next = longest - 3;
                 std::size_t other = position + next + 1 - HeadOf(position + next);
                 while (other <= offset && tries-- > 0) {
                     const std::size_t s = m_back[(position + next - other) % kWindow];
-                    if (s == 0) return;
+                    if (s == 0)
+                        return;
                     other += s;
                 }
                 if (step == 0 || other > offset + step) {
-                    offset = other; ahead = next; continue;
+                    offset = other;
+                    ahead = next;
+                    continue;
                 }
             }
         }
-        if (step == 0) return;
+        if (step == 0)
+            return;
         offset += step;
     }
 }

@@ -8,8 +8,8 @@
 #include "files/native_file.h"
 #include "files/path.h"
 #include "files/refused.h"
-#include "iml/export/export.h"
 #include "image/conversion.h"
+#include "iml/export/export.h"
 #include "iml/layout/layout_names.h"
 
 namespace vantrel {

@@ -17,8 +17,7 @@ void CCheckedInput::OpenOrFail(const std::string& path, const char* pattern, con
     }
 }
 
-void CCheckedInput::AttachOrOpen(CByteSource* source, const std::string& path, const char* pattern,
-                                 ESharing sharing) {
+void CCheckedInput::AttachOrOpen(CByteSource* source, const std::string& path, const char* pattern, ESharing sharing) {
     if (source != nullptr) {
         Attach(*source, path);
     } else {

@@ -59,7 +59,8 @@ public:
             throw CRefused(m_track.path + ": " + LastFileError());
         }
         RequireDataSectors(m_track, m_file);
-        SetGeometry({m_track.path, m_track.sectors * static_cast<std::int64_t>(kUserDataSize), kUserDataSize, "sector"});
+        SetGeometry(
+            {m_track.path, m_track.sectors * static_cast<std::int64_t>(kUserDataSize), kUserDataSize, "sector"});
     }
 
     EForm Form() const override { return m_form; }

@@ -7,7 +7,8 @@
 namespace vantrel {
 
 void CBlockPiece::Load(std::int64_t position, std::span<std::uint8_t> room) {
-    const std::uint64_t blocks = (static_cast<std::uint64_t>(m_geometry.size) + m_geometry.blockSize - 1) / m_geometry.blockSize;
+    const std::uint64_t blocks =
+        (static_cast<std::uint64_t>(m_geometry.size) + m_geometry.blockSize - 1) / m_geometry.blockSize;
     m_first = static_cast<std::uint64_t>(position) / m_geometry.blockSize;
     const std::uint64_t left = blocks - std::min(blocks, m_first);
     m_count = static_cast<std::size_t>(std::min<std::uint64_t>(room.size() / m_geometry.blockSize, left));
@@ -24,12 +25,14 @@ std::size_t CBlockPiece::Expand(std::span<std::uint8_t> room) {
     m_faulty = m_first + expanded;
     const std::int64_t start = static_cast<std::int64_t>(m_first) * m_geometry.blockSize;
     const std::int64_t left = std::max<std::int64_t>(m_geometry.size - start, 0);
-    return static_cast<std::size_t>(std::min<std::int64_t>(static_cast<std::int64_t>(expanded) * m_geometry.blockSize, left));
+    return static_cast<std::size_t>(
+        std::min<std::int64_t>(static_cast<std::int64_t>(expanded) * m_geometry.blockSize, left));
 }
 
 std::string CBlockPiece::Problem() const {
-    return m_fault.empty() ? m_fault
-                           : m_geometry.path + ": damaged " + m_geometry.noun + " " + std::to_string(m_faulty) + ": " + m_fault;
+    return m_fault.empty()
+               ? m_fault
+               : m_geometry.path + ": damaged " + m_geometry.noun + " " + std::to_string(m_faulty) + ": " + m_fault;
 }
 
 std::unique_ptr<CSourcePiece> CBlockImage::NewPiece(std::size_t size) {

@@ -84,7 +84,8 @@ private:
                 part.isZero = IsZero({part.room.get(), part.length});
             });
         while (const SImagePart* part = parts.Next()) {
-            const auto wanted = static_cast<std::size_t>(std::min<std::int64_t>(static_cast<std::int64_t>(partSize), m_size - m_done));
+            const auto wanted =
+                static_cast<std::size_t>(std::min<std::int64_t>(static_cast<std::int64_t>(partSize), m_size - m_done));
             WritePart(*part);
             Advance(part->length, wanted, part->piece->Problem());
         }

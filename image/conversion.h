@@ -25,12 +25,12 @@ struct SImageConversion {
     bool readBack = false;  ///< Compare the output with the image before it gets its name.
 };
 
-/// Writes the image in the wanted form; for BIN, also a CUE sheet. The output is the same for any number of workers. Fails
-/// if the image cannot be read in full or the form cannot hold it.
+/// Writes the image in the wanted form; for BIN, also a CUE sheet. The output is the same for any number of workers.
+/// Fails if the image cannot be read in full or the form cannot hold it.
 void ConvertImage(const SImageConversion& conversion, COperation& operation);
 
-/// Opens the input of a conversion to `output`. Throws CRefused, beyond what OpenImage refuses, if the file does not hold
-/// all of its image, or if the output is one of the files that a sheet names.
+/// Opens the input of a conversion to `output`. Throws CRefused, beyond what OpenImage refuses, if the file does not
+/// hold all of its image, or if the output is one of the files that a sheet names.
 std::unique_ptr<CImageSource> OpenInput(const std::string& path, const std::string& output);
 
 /// The same for conversions that open plain images themselves: null for those, for files of unknown form, and for files

@@ -50,8 +50,8 @@ public:
             throw CRefused(!m_cso.Refusal().empty() ? m_cso.Refusal() : path + ": " + CsoFaultText(fault));
         }
         const CsoHeader& header = m_cso.Header();
-        SetGeometry({path, static_cast<std::int64_t>(header.total_bytes - m_cso.MissingBytes()), header.block_size,
-                     "block"});
+        SetGeometry(
+            {path, static_cast<std::int64_t>(header.total_bytes - m_cso.MissingBytes()), header.block_size, "block"});
     }
 
     EForm Form() const override { return m_form; }

@@ -27,8 +27,8 @@ enum class EForm {
     Pbp,
 };
 
-/// The form of a file. Compressed and raw forms are recognised by a few bytes alone; opening the image then shows whether
-/// the file really holds one.
+/// The form of a file. Compressed and raw forms are recognised by a few bytes alone; opening the image then shows
+/// whether the file really holds one.
 EForm FormOf(CByteSource& file);
 
 /// The same for a file that is not open yet. Throws CRefused if it cannot be opened or read.

@@ -6,8 +6,8 @@
 // A damaged block ends a read early. A caller that must not miss damage calls RefuseDamaged when it has read
 // everything.
 //
-// Each form is one class. It answers facts about its container for `info`, the blocks of the image for `verify`, and the
-// bytes of the image for everything else: by position with ReadAt, or in pieces that several threads expand.
+// Each form is one class. It answers facts about its container for `info`, the blocks of the image for `verify`, and
+// the bytes of the image for everything else: by position with ReadAt, or in pieces that several threads expand.
 #pragma once
 
 #include <memory>
@@ -35,8 +35,8 @@ public:
     /// Empty as long as every read was complete.
     virtual const std::string& Fault() const = 0;
 
-    /// Header fields, ratio, and what other readers may not accept; nullopt if there is no container. Throws CRefused if
-    /// the file has become unreadable.
+    /// Header fields, ratio, and what other readers may not accept; nullopt if there is no container. Throws CRefused
+    /// if the file has become unreadable.
     virtual std::optional<CReport> Facts() { return std::nullopt; }
     /// What the file lacks of the image that its header promises, in words.
     virtual std::vector<std::string> MissingParts() const { return {}; }

@@ -20,8 +20,9 @@ struct SCdImage {
     bool NeedsPostgap() const { return volumeSectors != Sectors(); }
 };
 
-/// Attaches `source`, the image in a container, or opens the file `path`, and examines the image. Fails with code 103 if it cannot be opened, and with code 76 if its primary volume
-/// descriptor has no CD-XA mark or its application identifier does not start with "PLA".
+/// Attaches `source`, the image in a container, or opens the file `path`, and examines the image. Fails with code 103
+/// if it cannot be opened, and with code 76 if its primary volume descriptor has no CD-XA mark or its application
+/// identifier does not start with "PLA".
 SCdImage ExamineCdImage(const std::string& path, CCheckedInput& image, COperation& operation,
                         CByteSource* source = nullptr);
 

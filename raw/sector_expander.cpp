@@ -85,8 +85,8 @@ std::vector<CRawPiece> SlotsOf(CByteSource& image, std::uint32_t sectors, std::u
     return slots;
 }
 
-/// If the image could not be read in full, returns why (see CRawPiece::Problem). Only then is no other thread using it any
-/// more.
+/// If the image could not be read in full, returns why (see CRawPiece::Problem). Only then is no other thread using it
+/// any more.
 std::optional<std::string> WritePieces(CByteSource& image, const SExpansion& expansion, CCheckedOutput& output,
                                        CProgress& progress, std::uint32_t workers) {
     const std::uint32_t sectors =
