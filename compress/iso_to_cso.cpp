@@ -69,7 +69,7 @@ private:
     /// Bytes of the file if every block is stored plain behind the longest padding.
     std::uint64_t LargestSize(std::uint8_t shift) const {
         const auto blocks = static_cast<std::uint64_t>(m_blockCount);
-        const std::uint64_t padding = std::uint64_t{1} << shift;
+        const std::uint64_t padding = (std::uint64_t{1} << shift) - 1;
         return CsoHeader::kSize + (blocks + 1) * (sizeof(std::uint32_t) + padding) + blocks * m_header.block_size;
     }
 

@@ -36,14 +36,16 @@ void RefuseOtherForms(const std::string& path, EForm form) {
 /// A conversion into a compressed form or out of it.
 class CCompressCommand : public CConversionCommand {
 public:
-    /// `extension` is that of the compressed form, `input` the form of the files to convert.
+    /// `extension` is that of the compressed form, `input` the form of the files to expand, `openPattern` the text for an
+    /// image that cannot be opened.
     CCompressCommand(const char* name, const char* summary, const char* extension, EDirection direction, EForm input,
-                     Conversion conversion)
+                     Conversion conversion, const char* openPattern = "")
         : CConversionCommand({name, summary, Examples(name, extension, direction)}),
           m_extension(extension),
           m_direction(direction),
           m_input(input),
-          m_conversion(conversion) {}
+          m_conversion(conversion),
+          m_openPattern(openPattern) {}
 
     void Declare(COptionSet& options) override {
         DeclareFiles(options);
@@ -68,7 +70,8 @@ public:
 
 private:
     void ConvertFromAnyForm(SCompressionRequest& request, COperation& operation) const {
-        const std::unique_ptr<CImageSource> image = OpenContainer(request.imagePath, request.outputPath);
+        const std::unique_ptr<CImageSource> image = 
+            OpenContainer(request.imagePath, request.outputPath, m_openPattern, operation);
         request.image = image.get();
         m_conversion(request, operation);
         if (image) {
@@ -89,6 +92,7 @@ private:
     EDirection m_direction;
     EForm m_input;  ///< Of an expansion.
     Conversion m_conversion;
+    const char* m_openPattern;
     CEffortOptions m_effort;
 };
 
@@ -98,9 +102,11 @@ void AddCompressCommands(Commands& commands) {
     const auto add = [&commands](auto... arguments) {
         commands.push_back(std::make_unique<CCompressCommand>(arguments...));
     };
-    add("iso2cso", "Compress a PSP image into a CSO file", ".cso", EDirection::Compress, EForm::Iso, IsoToCso);
+    add("iso2cso", "Compress a PSP image into a CSO file", ".cso", EDirection::Compress, EForm::Iso, IsoToCso,
+        "Code 1001e - Error Opening %s");
     add("cso2iso", "Expand a CSO file into an image", ".cso", EDirection::Expand, EForm::Cso, CsoToIso);
-    add("iso2dax", "Compress a PSP image into a DAX file", ".dax", EDirection::Compress, EForm::Iso, IsoToDax);
+    add("iso2dax", "Compress a PSP image into a DAX file", ".dax", EDirection::Compress, EForm::Iso, IsoToDax,
+        "Code 9101e - Error Opening %s");
     add("dax2iso", "Expand a DAX file into an image", ".dax", EDirection::Expand, EForm::Dax, DaxToIso);
 }
 

@@ -189,9 +189,13 @@ std::unique_ptr<CImageSource> OpenInput(const std::string& path, const std::stri
     return image;
 }
 
-std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const std::string& output) {
-    CInputFile file;
-    const EForm form = file.Open(path) ? FormOf(file) : EForm::Unknown;
+std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const std::string& output,
+                                            const char* openPattern, COperation& operation) {
+    CCheckedInput file(operation);
+    file.OpenOrFail(path, openPattern);
+    const EForm form = FormOf(file);
+    file.FailIfUnread();
+    file.Close();
     return form == EForm::Unknown || form == EForm::Iso ? nullptr : OpenInput(path, output);
 }
 
