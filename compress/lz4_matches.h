@@ -23,21 +23,27 @@ public:
     SLz4Match Longest(std::size_t position);
 
 private:
-    static constexpr std::size_t kWindow = 65536;
+    static constexpr std::size_t kRing = 131072;
     static constexpr unsigned kMaxHashBits = 15;
 
     std::uint32_t Word(std::size_t position) const;
-    std::uint32_t& HeadOf(std::size_t position);
-    void InsertNext();
-    void Search(std::size_t position);
+    bool IsRun(std::size_t position) const;
+    void LinkUpTo(std::size_t last);
+    std::size_t NextOffset(std::size_t offset, std::size_t ahead) const;
+    bool Improves(std::size_t offset);
+    void SearchRuns();
+    void SearchChain(std::size_t ahead);
     std::size_t CommonLength(std::size_t earlier, std::size_t position, std::size_t limit) const;
 
     std::span<const std::uint8_t> m_block;
-    std::size_t m_next = 0;  ///< The first position that is in no chain.
-    SLz4Match m_last;        ///< At the position before `m_next`.
+    std::size_t m_linked = 0;
+    std::size_t m_position = 0;
+    std::size_t m_limit = 0;
+    int m_tries = 0;
+    SLz4Match m_best;
     unsigned m_hashBits = 0;
     std::array<std::uint32_t, 1U << kMaxHashBits> m_heads = {};  ///< By hash value: the latest position plus 1, or 0.
-    std::array<std::uint16_t, kWindow> m_back = {};  ///< By position: distance to the previous one in its chain, or 0.
+    std::array<std::uint16_t, kRing> m_back = {};  ///< By position: distance to the previous one in its chain, or 0.
 };
 
 }  // namespace vantrel
