@@ -14,10 +14,11 @@ namespace {
 constexpr int kMaxCandidates = 256;
 /// A match that is at least so long is not compared with others. The positions behind it inherit the rest of it, until
 /// that is shorter.
-constexpr std::size_t kLongEnough = 256;
+constexpr std::size_t kLongEnough = 64;
+constexpr int kFewCandidates = 16;
 
 constexpr std::size_t kWordSize = 4;
-constexpr std::size_t kLookahead = kLongEnough;
+constexpr std::size_t kLookahead = 65536;
 constexpr std::size_t kNowhere = kLz4MaxOffset + 1;
 
 }  // namespace
@@ -25,7 +26,7 @@ constexpr std::size_t kNowhere = kLz4MaxOffset + 1;
 void CLz4Matches::Begin(std::span<const std::uint8_t> block) {
     m_block = block;
     m_position = 0;
-    m_linked = 0;
+    m_linked = 0; m_runEnd = 0;
     m_best = {};
     // A small block uses few heads, because clearing all of them would take longer than encoding it.
     m_hashBits = std::min(static_cast<unsigned>(std::bit_width(block.size())), kMaxHashBits);
@@ -40,14 +41,12 @@ SLz4Match CLz4Matches::Longest(std::size_t position) {
         return m_best = {};
     }
     m_limit = m_block.size() - kLz4LastLiterals - position;
-    m_tries = kMaxCandidates;
+    m_tries = m_best.length < kLongEnough ? kMaxCandidates : kFewCandidates;
     LinkUpTo(std::min(position + kLookahead, m_block.size() - kWordSize));
-    if (m_best.length < kLongEnough) {
-        if (IsRun(position)) {
-            SearchRuns();
-        } else {
-            SearchChain(0);
-        }
+    if (IsRun(position)) {
+        SearchRuns();
+    } else {
+        SearchChain(0);
     }
     return m_best;
 }
@@ -98,7 +97,10 @@ bool CLz4Matches::Improves(std::size_t offset) {
 }
 
 void CLz4Matches::SearchRuns() {
-    const std::size_t run = 1 + CommonLength(m_position, m_position + 1, m_limit - 1);
+    if (m_runEnd <= m_position) {
+        m_runEnd = m_position + 1 + CommonLength(m_position, m_position + 1, m_limit - 1);
+    }
+    const std::size_t run = m_runEnd - m_position;
     if (m_position > 0 && m_block[m_position - 1] == m_block[m_position] && run > m_best.length) {
         m_best = {static_cast<std::uint32_t>(run), 1};
     }

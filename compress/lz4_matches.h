@@ -38,6 +38,7 @@ private:
     std::span<const std::uint8_t> m_block;
     std::size_t m_linked = 0;
     std::size_t m_position = 0;
+    std::size_t m_runEnd = 0;
     std::size_t m_limit = 0;
     int m_tries = 0;
     SLz4Match m_best;
