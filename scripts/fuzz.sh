@@ -30,7 +30,8 @@ longest_of() {
     case $1 in
     bin) echo 60000 ;;
     words) echo 600 ;;
-    lz4 | wav) echo 4096 ;;
+    lz4) echo 1500 ;;
+    wav) echo 4096 ;;
     *) echo 12000 ;;
     esac
 }
