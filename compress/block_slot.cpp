@@ -12,12 +12,25 @@ void ReadStoredBlocks(CStoredBlocks& container, std::uint64_t first, std::span<S
     }
 }
 
+namespace {
+
+/// A partial last block may be stored as what is left of the image. Only its size then tells the end of the data from
+/// the padding behind it.
+SStreamOutcome ExpandLz4Block(const SBlock& block, std::span<std::uint8_t> room) {
+    const SStreamOutcome whole = ExpandLz4(block.stored, room);
+    return whole.HasAllOutput() || block.imageSize >= room.size()
+               ? whole
+               : ExpandLz4(block.stored, room.first(block.imageSize));
+}
+
+}  // namespace
+
 void ExpandStoredBlock(SBlock& block, CBlockCoder& coder, std::span<std::uint8_t> room) {
     if (block.storedAs == EStoredAs::Plain) {
         block.content = block.stored;
     } else if (!block.isUnreadable) {
         block.outcome =
-            block.storedAs == EStoredAs::Lz4 ? ExpandLz4(block.stored, room) : coder.Run(block.stored, room);
+            block.storedAs == EStoredAs::Lz4 ? ExpandLz4Block(block, room) : coder.Run(block.stored, room);
         block.content = room.first(block.outcome.produced);
     }
 }

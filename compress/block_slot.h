@@ -20,6 +20,7 @@ struct SBlock {
         content;              ///< Expanded bytes: shorter than a block at the image's end or after a fault.
     std::size_t padding = 0;  ///< Zeros at the end of `content` that fill a partial block of an image.
     std::span<const std::uint8_t> stored;
+    std::size_t imageSize = 0;  ///< Bytes of the image in the block, if the container knows them.
     bool isUnreadable = false;  ///< The stored bytes could not be read.
     EStoredAs storedAs = EStoredAs::Stream;
     SStreamOutcome outcome;  ///< Of a block that was compressed or expanded.
@@ -30,8 +31,8 @@ class CStoredBlocks {
 public:
     virtual ~CStoredBlocks() = default;
 
-    /// Reads stored block `number` (from 0) into the buffer; sets `stored` and `storedAs` of `block`. Returns false if
-    /// the bytes cannot be read or do not fit the buffer.
+    /// Reads stored block `number` (from 0) into the buffer; sets `stored` and `storedAs` of `block`. May set `imageSize`.
+    /// Returns false if the bytes cannot be read or do not fit the buffer.
     virtual bool ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& block) = 0;
 };
 

@@ -121,6 +121,7 @@ ECsoFault CCsoReader::ReadBlock(std::uint64_t block, std::span<const std::uint8_
 
 bool CCsoReader::ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& block) {
     block.storedAs = StoredAs(number);
+    block.imageSize = m_header.ContentSize(number);
     const std::uint64_t size = StoredSize(number, buffer.size());
     if (size > buffer.size()) {
         return false;

@@ -15,20 +15,23 @@ constexpr std::size_t Continuation(std::size_t length) {
     return length < kLz4LongLength ? 0 : (length - kLz4LongLength) / kLz4LengthStep + 1;
 }
 
-/// Bytes of a sequence without its literals.
-constexpr std::size_t MatchCost(std::size_t length) {
-    return 1 + kLz4OffsetSize + Continuation(length - kLz4MinMatch);
-}
-
 constexpr std::int32_t ToCost(std::size_t bytes) {
     return static_cast<std::int32_t>(bytes);
 }
 
-/// The longest match that takes a byte less than this one, which has a continued length.
+constexpr std::int32_t LiteralsCost(std::size_t count) {
+    return ToCost(count + Continuation(count));
+}
+
+/// Of a sequence without literals.
+constexpr std::int32_t MatchCost(std::size_t length) {
+    return ToCost(1 + kLz4OffsetSize + Continuation(std::max(length, kLz4MinMatch) - kLz4MinMatch));
+}
+
+/// The longest match that takes one byte less. If none does, the same length.
 constexpr std::size_t LongestCheaper(std::size_t length) {
-    return length < kLz4MinMatch + kLz4LongLength
-               ? length
-               : length - 1 - (length - kLz4MinMatch - kLz4LongLength) % kLz4LengthStep;
+    constexpr std::size_t kLong = kLz4MinMatch + kLz4LongLength;
+    return length < kLong ? length : length - 1 - (length - kLong) % kLz4LengthStep;
 }
 
 /// Writes sequences until one does not fit.
@@ -107,34 +110,31 @@ std::size_t CLz4Encoder::Encode(std::span<const std::uint8_t> in, std::span<std:
     return writer.WriteLast() ? writer.Written() : 0;
 }
 
-/// Chooses the sequences of a segment, from its end to its beginning. Costs are the bytes that a segment's remainder
-/// takes. The bytes behind the segment that a match covers need no sequence of their own, which counts as a gain.
+/// Chooses from the segment's end to its beginning, so that the cost of what follows a position is known: the bytes
+/// that it takes. A match may go beyond the segment. What it covers there needs no sequence of its own, which counts as
+/// a gain.
 void CLz4Encoder::ChooseMatches(std::size_t begin, std::size_t end) {
     const std::size_t size = end - begin;
     for (std::size_t i = 0; i < size; ++i) {
         m_matches[i] = m_finder.Longest(begin + i);
     }
     const auto costFrom = [this, size](std::size_t i) {
-        if (i <= size) {
-            return m_costs[i];
-        }
-        const std::size_t beyond = i - size;
-        return -static_cast<std::int32_t>(beyond < kLz4MinMatch ? beyond : MatchCost(beyond));
+        return i <= size ? m_costs[i] : -std::min(ToCost(i - size), MatchCost(i - size));
     };
     m_costs[size] = 0;
-    std::size_t literals = 0;  // with which the remainder begins
+    std::size_t literals = 0;  // at the beginning of what follows
     for (std::size_t i = size; i-- > 0;) {
-        SLz4Match& match = m_matches[i];
+        const std::size_t longest = std::exchange(m_matches[i].length, 0U);
         ++literals;
-        m_costs[i] = m_costs[i + 1] + 1 + ToCost(Continuation(literals)) - ToCost(Continuation(literals - 1));
-        const std::size_t longest = std::exchange(match.length, 0U);
-        if (longest == 0)
+        m_costs[i] = m_costs[i + 1] + LiteralsCost(literals) - LiteralsCost(literals - 1);
+        if (longest == 0) {
             continue;
+        }
         for (const std::size_t length : {LongestCheaper(longest), longest}) {
-            const std::int32_t cost = ToCost(MatchCost(length)) + costFrom(i + length);
+            const std::int32_t cost = MatchCost(length) + costFrom(i + length);
             if (cost <= m_costs[i]) {
                 m_costs[i] = cost;
-                match.length = static_cast<std::uint32_t>(length);
+                m_matches[i].length = static_cast<std::uint32_t>(length);
                 literals = 0;
             }
         }

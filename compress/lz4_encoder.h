@@ -9,8 +9,8 @@
 
 namespace vantrel {
 
-/// An encoder takes 450 KiB, whatever the block size, so it belongs on the heap. One encoder compresses any number of
-/// blocks, each on its own: the output depends on the input alone.
+/// Compresses any number of blocks, each independently: the output depends on the input alone. An encoder takes 576 KiB
+/// for blocks of any size, so it belongs on the heap.
 class CLz4Encoder {
 public:
     /// Compresses a block of less than 2 GiB. Returns the number of bytes written, or 0 if they do not fit `out`. The
@@ -18,15 +18,14 @@ public:
     std::size_t Encode(std::span<const std::uint8_t> in, std::span<std::uint8_t> out);
 
 private:
-    /// Sequences are chosen for so many positions at a time.
+    /// Positions for which sequences are chosen at a time.
     static constexpr std::size_t kSegment = 16384;
 
     void ChooseMatches(std::size_t begin, std::size_t end);
-    std::int64_t BestCost(std::size_t position, std::size_t end) const;
 
     CLz4Matches m_finder;
-    std::array<SLz4Match, kSegment> m_matches = {};  ///< The longest match at each position, then the chosen one.
-    std::array<std::int32_t, kSegment + 1> m_costs = {};
+    std::array<SLz4Match, kSegment> m_matches = {};       ///< The longest match at each position, then the chosen one.
+    std::array<std::int32_t, kSegment + 1> m_costs = {};  ///< Bytes that the segment takes from a position on.
 };
 
 }  // namespace vantrel

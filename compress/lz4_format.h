@@ -22,7 +22,7 @@ inline constexpr std::size_t kLz4MaxOffset = 65535;
 inline constexpr std::size_t kLz4OffsetSize = 2;
 /// Encoders end a block with at least so many literals, ...
 inline constexpr std::size_t kLz4LastLiterals = 5;
-/// ... and begin no match in so many bytes at the end of a block. Fast decoders rely on both.
+/// ... and begin the last match at least so many bytes before its end. Fast decoders rely on both.
 inline constexpr std::size_t kLz4MatchMargin = 12;
 
 }  // namespace vantrel

@@ -2,9 +2,11 @@
 //
 //   make_seeds FOLDER        writes FOLDER/walker/cd and so on
 #include <filesystem>
+#include <memory>
 
 #include "compress/cso.h"
 #include "compress/dax.h"
+#include "compress/lz4_encoder.h"
 #include "files/byte_order.h"
 #include "files/path.h"
 #include "fuzz/input_parts.h"
@@ -188,6 +190,25 @@ void MakeCompressedSeeds() {
     }
 }
 
+void MakeLz4Seeds() {
+    const auto encoder = std::make_unique<CLz4Encoder>();
+    Bytes mixed = test::TextLikeBytes(300, 1);
+    mixed.resize(600);
+    const Bytes noise = test::RandomBytes(100, 2);
+    mixed.insert(mixed.end(), noise.begin(), noise.end());
+    const std::pair<const char*, Bytes> contents[] = {{"empty", {}},
+                                                      {"zeros", Bytes(400)},
+                                                      {"text", test::TextLikeBytes(1000, 2)},
+                                                      {"noise", noise},
+                                                      {"mixed", mixed}};
+    for (const auto& [name, content] : contents) {
+        Bytes block(content.size() + 16);
+        block.resize(encoder->Encode(content, block));
+        WriteSeed("lz4", name, block);
+        WriteSeed("lz4", std::string(name) + "-plain", content);
+    }
+}
+
 Bytes RawImage(ESectorMode mode, const Bytes& image) {
     Bytes bin(image.size() / kUserDataSize * kRawSectorSize);
     for (std::size_t i = 0; i < bin.size() / kRawSectorSize; ++i) {
@@ -275,6 +296,7 @@ int main(int argc, char* argv[]) {
     MakeImageSeeds();
     MakeRebuildSeeds();
     MakeCompressedSeeds();
+    MakeLz4Seeds();
     MakeBinSeeds();
     MakeSoundSeeds();
     MakeWordSeeds();
