@@ -123,7 +123,7 @@ bool CCsoReader::ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer
     block.storedAs = StoredAs(number);
     block.imageSize = m_header.ContentSize(number);
     const std::uint64_t size = StoredSize(number, buffer.size());
-    if (size > buffer.size()) {
+    if (size > buffer.size() || (m_strict && GoesBackwards(number))) {
         return false;
     }
     const auto bytes = buffer.first(static_cast<std::size_t>(size));
@@ -137,11 +137,14 @@ bool CCsoReader::ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer
 EStoredAs CCsoReader::StoredAs(std::uint64_t block) const {
     const bool isMarked = (Entry(block) & kCsoMarkedBlock) != 0;
     if (HasLz4Flags()) {
-        const std::uint64_t distance = Distance(block);
-        const bool isPlain = distance >= m_header.block_size && distance <= DataEnd();
+        const bool isPlain = Distance(block) >= m_header.block_size && !GoesBackwards(block);
         return isPlain ? EStoredAs::Plain : isMarked ? EStoredAs::Lz4 : EStoredAs::Stream;
     }
     return isMarked ? EStoredAs::Plain : m_header.IsZso() ? EStoredAs::Lz4 : EStoredAs::Stream;
+}
+
+bool CCsoReader::GoesBackwards(std::uint64_t block) const {
+    return (Entry(block + 1) & kCsoPositionMask) < (Entry(block) & kCsoPositionMask);
 }
 
 /// Bytes from a block to the next one, more than any file has if positions go backwards.

@@ -20,7 +20,7 @@ enum class ECsoFault {
     Unsupported,     ///< a field whose value a strict reader refuses; see Refusal
     Memory,          ///< allocation fails, or the header claims implausibly large blocks
     Index,           ///< the index does not fit the file or cannot be read
-    Read,            ///< the stored bytes of a block cannot be read, or are more than twice a block
+    Read,            ///< the stored bytes of a block cannot be read, are more than twice a block, or go backwards
     InflateBegin,    ///< inflateInit fails
     Inflate,         ///< the stored bytes are no complete deflate stream or LZ4 block of at most a block
     WrongBlockSize,  ///< the stream expands to fewer bytes than the block has
@@ -74,6 +74,7 @@ private:
     bool HasLz4Flags() const { return m_strict && m_header.version == kCsoVersionWithLz4; }
     std::uint64_t Shifted(std::uint32_t value) const;
     std::uint64_t Distance(std::uint64_t block) const;
+    bool GoesBackwards(std::uint64_t block) const;
     std::uint64_t StoredSize(std::uint64_t block, std::size_t room) const;
     std::int64_t Position(std::uint64_t block) const;
     void FindMissingBytes();

@@ -24,7 +24,7 @@ const char* CsoFaultText(ECsoFault fault) {
         case ECsoFault::Index:
             return "the index cannot be read";
         case ECsoFault::Read:
-            return "its stored bytes lie outside the file or are too many";
+            return "its stored bytes lie outside the file, are too many or end before they begin";
         case ECsoFault::InflateBegin:
         case ECsoFault::Inflate:
         case ECsoFault::InflateEnd:

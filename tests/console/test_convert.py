@@ -183,12 +183,14 @@ class Convert(ConsoleTest):
         for magic in b"ZISO", b"CISO":
             good = cso_reference.compress_strict(image, magic)
             index = struct.unpack_from("<41I", good, 24)
-            for entries, block in (({9: index[11]}, 8 if magic == b"CISO" else 9), ({5: index[3]}, 4), ({40: index[40] + 5000}, 39)):
+            beyond = {39: index[39] & 0x80000000 | len(good) + 100, 40: len(good) + 5000}
+            for entries, block in ({9: index[11]}, 9), ({5: index[3]}, 4), (beyond, 38 if magic == b"ZISO" else 39):
                 content = bytearray(good)
                 for entry, value in entries.items():
                     struct.pack_into("<I", content, 24 + 4 * entry, value)
                 self.write("a.zso", content)
-                self.assertIn("a.zso: damaged block ", self.refusal("convert", "-o", "b.iso", "a.zso"))
+                self.assertIn("a.zso: damaged block %d: its stored bytes lie outside the file, are too many or end before "
+                              "they begin" % block, self.refusal("convert", "-o", "b.iso", "a.zso"))
                 self.assertIn("a.zso: damaged block ", self.refusal("convert", "-o", "b.dax", "a.zso"))
                 self.assertIn("a.zso: damaged block ", self.refusal("convert", "-o", "b.bin", "a.zso"))
                 self.assertEqual(self.run_here("verify", "a.zso").status, 1)
