@@ -29,8 +29,7 @@ void ExpandStoredBlock(SBlock& block, CBlockCoder& coder, std::span<std::uint8_t
     if (block.storedAs == EStoredAs::Plain) {
         block.content = block.stored;
     } else if (!block.isUnreadable) {
-        block.outcome =
-            block.storedAs == EStoredAs::Lz4 ? ExpandLz4Block(block, room) : coder.Run(block.stored, room);
+        block.outcome = block.storedAs == EStoredAs::Lz4 ? ExpandLz4Block(block, room) : coder.Run(block.stored, room);
         block.content = room.first(block.outcome.produced);
     }
 }

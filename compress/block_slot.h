@@ -31,8 +31,8 @@ class CStoredBlocks {
 public:
     virtual ~CStoredBlocks() = default;
 
-    /// Reads stored block `number` (from 0) into the buffer; sets `stored` and `storedAs` of `block`. May set `imageSize`.
-    /// Returns false if the bytes cannot be read or do not fit the buffer.
+    /// Reads stored block `number` (from 0) into the buffer; sets `stored` and `storedAs` of `block`. May set
+    /// `imageSize`. Returns false if the bytes cannot be read or do not fit the buffer.
     virtual bool ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& block) = 0;
 };
 

@@ -51,6 +51,9 @@ public:
 /// The coder for these settings. An LZ4 block is always compressed, at one level.
 std::unique_ptr<CBlockCoder> NewCoder(const SStreamSettings& settings, EStreamUse use);
 
+/// Whether all bytes are zero.
+bool IsZero(std::span<const std::uint8_t> bytes);
+
 /// Expands an LZ4 block.
 SStreamOutcome ExpandLz4(std::span<const std::uint8_t> input, std::span<std::uint8_t> output);
 

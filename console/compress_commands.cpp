@@ -36,8 +36,8 @@ void RefuseOtherForms(const std::string& path, EForm form) {
 /// A conversion into a compressed form or out of it.
 class CCompressCommand : public CConversionCommand {
 public:
-    /// `extension` is that of the compressed form, `input` the form of the files to expand, `openPattern` the text for an
-    /// image that cannot be opened.
+    /// `extension` is that of the compressed form, `input` the form of the files to expand, `openPattern` the text for
+    /// an image that cannot be opened.
     CCompressCommand(const char* name, const char* summary, const char* extension, EDirection direction, EForm input,
                      Conversion conversion, const char* openPattern = "")
         : CConversionCommand({name, summary, Examples(name, extension, direction)}),
@@ -70,7 +70,7 @@ public:
 
 private:
     void ConvertFromAnyForm(SCompressionRequest& request, COperation& operation) const {
-        const std::unique_ptr<CImageSource> image = 
+        const std::unique_ptr<CImageSource> image =
             OpenContainer(request.imagePath, request.outputPath, m_openPattern, operation);
         request.image = image.get();
         m_conversion(request, operation);

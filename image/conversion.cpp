@@ -1,7 +1,6 @@
 #include "image/conversion.h"
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <utility>
 #include <vector>
@@ -32,11 +31,6 @@ struct SImagePart {
     std::size_t length = 0;
     bool isZero = false;
 };
-
-/// Compares each byte with the next one.
-bool IsZero(std::span<const std::uint8_t> bytes) {
-    return bytes.empty() || (bytes[0] == 0 && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
-}
 
 /// One conversion to a plain image.
 class CIsoWriter {
@@ -189,8 +183,8 @@ std::unique_ptr<CImageSource> OpenInput(const std::string& path, const std::stri
     return image;
 }
 
-std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const std::string& output,
-                                            const char* openPattern, COperation& operation) {
+std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const std::string& output, const char* openPattern,
+                                            COperation& operation) {
     CCheckedInput file(operation);
     file.OpenOrFail(path, openPattern);
     const EForm form = FormOf(file);

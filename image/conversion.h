@@ -33,10 +33,10 @@ void ConvertImage(const SImageConversion& conversion, COperation& operation);
 /// hold all of its image, or if the output is one of the files that a sheet names.
 std::unique_ptr<CImageSource> OpenInput(const std::string& path, const std::string& output);
 
-/// The same for conversions that open plain images themselves: null for those and for files of unknown form. Fails if the
-/// file cannot be read; `openPattern` is the text for a file that cannot be opened.
-std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const std::string& output,
-                                            const char* openPattern, COperation& operation);
+/// The same for conversions that open plain images themselves: null for those and for files of unknown form. Fails if
+/// the file cannot be read; `openPattern` is the text for a file that cannot be opened.
+std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const std::string& output, const char* openPattern,
+                                            COperation& operation);
 
 /// Warns of what the file has besides its image.
 void WarnOfOtherParts(const CImageSource& image, const std::string& path, COperation& operation);

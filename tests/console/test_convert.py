@@ -254,7 +254,7 @@ class Convert(ConsoleTest):
                 image.seek(place)
                 image.write(mark)
         for form in "cso", "zso":
-            self.assert_done(self.run_here("convert", "-q", "-l", "1", "-o", "a." + form, "a.iso"))
+            self.assert_done(self.run_here("convert", "-q", "--block", "16384", "-o", "a." + form, "a.iso"))
             self.assert_done(self.run_here("convert", "-q", "-o", "b.iso", "a." + form))
             self.assertLess(os.stat(self.path("b.iso")).st_blocks * 512, 64 << 20)
             self.assertEqual(os.path.getsize(self.path("b.iso")), 5 << 30)

@@ -142,8 +142,10 @@ TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
     ExpectRefusal("MEDIA DESCRIPTOR", "this is an MDF file, a form that is not read");
     ExpectRefusal(std::string("ECM\0", 4), "this is an ECM file, a form that is not read");
     ExpectRefusal(std::string("\0PBP", 4), "this is a PBP file, a form that is not read");
-    ExpectRefusal(std::string(100, 'x') + "NER5" + std::string(8, '\1'), "this is an NRG file, a form that is not read");
-    ExpectRefusal(std::string(100, 'x') + "NERO" + std::string(4, '\1'), "this is an NRG file, a form that is not read");
+    ExpectRefusal(std::string(100, 'x') + "NER5" + std::string(8, '\1'),
+                  "this is an NRG file, a form that is not read");
+    ExpectRefusal(std::string(100, 'x') + "NERO" + std::string(4, '\1'),
+                  "this is an NRG file, a form that is not read");
     EXPECT_THAT([] { OpenImage("/nowhere/at all"); },
                 testing::ThrowsMessage<CRefused>("/nowhere/at all: No such file or directory"));
 }
