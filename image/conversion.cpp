@@ -172,8 +172,8 @@ void ConvertImage(const SImageConversion& conversion, COperation& operation) {
 
 std::unique_ptr<CImageSource> OpenInput(const std::string& path, const std::string& output) {
     std::unique_ptr<CImageSource> image = OpenImage(path);
-    for (const std::string& part : image->MissingParts()) {
-        throw CRefused(path + ": " + part);
+    if (const std::vector<std::string> missing = image->MissingParts(); !missing.empty()) {
+        throw CRefused(path + ": " + missing.front());
     }
     for (const std::string& file : image->FurtherFiles()) {
         if (FileKindOf(output) != EFileKind::Missing && IsSameFile(file, output)) {
