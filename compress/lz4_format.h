@@ -1,9 +1,9 @@
 // The numbers of the LZ4 block format, for decoder and encoder.
 //
-// A block is a series of sequences. Each one begins with a token, which holds two lengths in four bits each: that of the
-// literals, and that of the match less 4. A length of 15 is continued: bytes are added to it, up to and including the
-// first one below 255. The token is followed by the continued length of the literals, the literals, the match's offset
-// (16 bits, little-endian) and the continued length of the match. The last sequence ends with its literals.
+// A block is a series of sequences. Each one begins with a token, which holds two lengths in four bits each: that of
+// the literals, and that of the match less 4. A length of 15 is continued: bytes are added to it, up to and including
+// the first one below 255. The token is followed by the continued length of the literals, the literals, the match's
+// offset (16 bits, little-endian) and the continued length of the match. The last sequence ends with its literals.
 #pragma once
 
 #include <cstddef>
