@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <ostream>
 #include <span>
 #include <vector>
 
@@ -13,6 +14,11 @@ struct SLz4Data {
     const char* name;
     Bytes (*make)();  ///< Always gives the same 1 MiB, except for code.
 };
+
+/// Names the tests of each kind of data.
+inline void PrintTo(const SLz4Data& data, std::ostream* out) {
+    *out << data.name;
+}
 
 /// Text, machine code, data as games have it, noise, and repetitions of many kinds.
 std::span<const SLz4Data> Lz4Corpus();
