@@ -51,6 +51,8 @@ public:
                                 "Also write the listed files below this folder (by default that of --path, or else "
                                 "the layout's)",
                                 FolderProblem);
+        options.AddFlag("--no-dates", m_noDates,
+                        "Give the extracted files the current date instead of the recorded one");
     }
 
     std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".iml"); }
@@ -86,6 +88,7 @@ public:
         request.manner = job.manner;
         if (m_extract) {
             request.extractionFolder = ExtractionFolder(job);
+            request.keepDates = !m_noDates;
             request.existsHint = "; -f replaces it";
         }
         ExportImage(request, operation);
@@ -142,6 +145,7 @@ private:
 
     std::string m_path;
     std::optional<std::string> m_extract;
+    bool m_noDates = false;
 };
 
 }  // namespace

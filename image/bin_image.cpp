@@ -75,7 +75,13 @@ public:
                        static_cast<long long>(m_track.leftOver))};
     }
 
-    std::vector<std::string> OtherParts() const override { return TracksLeftOut(m_disc); }
+    std::vector<std::string> OtherParts() const override {
+        std::vector<std::string> texts;
+        for (const STrack& track : m_disc.OtherTracks()) {
+            texts.push_back(TextOfLeftOut(track));
+        }
+        return texts;
+    }
     std::vector<std::string> FurtherFiles() const override {
         return m_disc.hasSheet ? m_disc.Files() : std::vector<std::string>();
     }

@@ -5,6 +5,7 @@
 
 #include "files/input_file.h"
 #include "files/refused.h"
+#include "operation/text.h"
 
 namespace vantrel {
 
@@ -54,7 +55,7 @@ private:
     std::int64_t m_chunkSize;
 };
 
-/// The data track of a raw image: checks everything around the user data of each sector. Addresses must count up from
+/// A data track of a raw image: checks everything around the user data of each sector. Addresses must count up from
 /// the first one.
 class CRawChunks : public CImageChunks {
 public:
@@ -96,6 +97,10 @@ public:
         std::vector<std::string> problems;
         if (m_track.startsDisc && m_firstNumber != 0) {
             problems.push_back("the first sector's address is not 00:02:00");
+        }
+        if (m_track.leftOver != 0) {
+            problems.push_back(Format("the file is not a whole number of sectors: %lld bytes are left over",
+                                      static_cast<long long>(m_track.leftOver)));
         }
         return problems;
     }

@@ -6,7 +6,7 @@
 #include "files/commit_together.h"
 #include "files/path.h"
 #include "files/text_output.h"
-#include "iso/iso9660.h"
+#include "iso/volume.h"
 #include "operation/text.h"
 #include "raw/cd_image.h"
 #include "raw/cue_sheet.h"
@@ -22,6 +22,17 @@ void WriteSheet(COutputFile& cue, const std::string& binName) {
     CTextOutput sheet(cue);
     sheet.Write(CueSheetOf(binName));
     sheet.Flush();
+}
+
+/// Whether the image lacks exactly its postgap. Gives a notice if it lacks anything else.
+bool NeedsPostgap(const std::string& path, const SCdImage& image, COperation& operation) {
+    if (PostgapStateOf(image.length / kSectorSize, image.VolumeSectors()) == EPostgapState::Missing) {
+        return true;
+    }
+    if (const std::string notice = TruncationNotice(path, image.length, image.volume); !notice.empty()) {
+        operation.Notify(notice);
+    }
+    return false;
 }
 
 void FailUnlessWholeSectors(const std::string& path, std::int64_t length, COperation& operation) {
@@ -75,8 +86,10 @@ void IsoToBin(const SIsoToBinRequest& request, COperation& operation) {
     const SCdImage found = ExamineCdImage(request.imagePath, image, operation, request.image);
     operation.SetPane(EPane::Bytes, BytesText(found.length));
     FailUnlessWholeSectors(request.imagePath, found.length, operation);
-    WriteBin(request, image, PlanExpansion(image, ESectorMode::Mode2Form1, found.NeedsPostgap(), operation), operation);
+    const bool postgap = NeedsPostgap(request.imagePath, found, operation);
+    WriteBin(request, image, PlanExpansion(image, ESectorMode::Mode2Form1, postgap, operation), operation);
 }
+
 
 void ImageToBin(const SIsoToBinRequest& request, COperation& operation) {
     CCheckedInput image(operation);

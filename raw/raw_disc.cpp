@@ -129,14 +129,18 @@ SRawDisc DiscOfFile(const std::string& path, std::int64_t size) {
 
 }  // namespace
 
-std::vector<std::string> TracksLeftOut(const SRawDisc& disc) {
-    std::vector<std::string> texts;
-    for (const STrack& track : disc.tracks) {
-        if (&track != &disc.DataTrack()) {
-            texts.push_back(Format("track %u (%s) is not in the image", track.number, NameOf(track.mode)));
+std::vector<STrack> SRawDisc::OtherTracks() const {
+    std::vector<STrack> others;
+    for (std::size_t i = 0; i < tracks.size(); ++i) {
+        if (i != dataTrack) {
+            others.push_back(tracks[i]);
         }
     }
-    return texts;
+    return others;
+}
+
+std::string TextOfLeftOut(const STrack& track) {
+    return Format("track %u (%s) is not in the image", track.number, NameOf(track.mode));
 }
 
 std::vector<std::string> SRawDisc::Files() const {

@@ -31,7 +31,7 @@ longest_of() {
     bin) echo 60000 ;;
     words) echo 600 ;;
     lz4) echo 1500 ;;
-    wav) echo 4096 ;;
+    facts | wav) echo 4096 ;;
     *) echo 12000 ;;
     esac
 }
