@@ -90,7 +90,6 @@ void IsoToBin(const SIsoToBinRequest& request, COperation& operation) {
     WriteBin(request, image, PlanExpansion(image, ESectorMode::Mode2Form1, postgap, operation), operation);
 }
 
-
 void ImageToBin(const SIsoToBinRequest& request, COperation& operation) {
     CCheckedInput image(operation);
     image.AttachOrOpen(request.image, request.imagePath, "Cannot open %s");

@@ -20,7 +20,6 @@ namespace vantrel {
 
 namespace {
 
-
 CReport ReportOn(const SSums& sums) {
     return {{"bytes", sums.bytes}, {"crc32", sums.crc32}, {"md5", sums.md5}, {"sha1", sums.sha1}};
 }

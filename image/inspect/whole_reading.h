@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "image/inspect/dat_file.h"
 #include "image/image_chunks.h"
+#include "image/inspect/dat_file.h"
 
 namespace vantrel {
 
