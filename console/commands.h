@@ -8,6 +8,9 @@ namespace vantrel {
 /// iso2cso, cso2iso, iso2dax, dax2iso
 void AddCompressCommands(Commands& commands);
 
+/// convert
+void AddConvertCommand(Commands& commands);
+
 /// info, verify, list
 void AddInspectCommands(Commands& commands);
 

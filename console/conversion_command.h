@@ -55,6 +55,8 @@ protected:
     const std::vector<std::string>& Files() const { return m_options.files; }
     bool IsDryRun() const { return m_options.dryRun; }
     bool ReportsJson() const { return m_options.json; }
+    /// The value of --output.
+    const std::string& Output() const { return m_options.output; }
 
 private:
     SConversionOptions m_options;

@@ -2,9 +2,11 @@
 //
 //   make_seeds FOLDER        writes FOLDER/walker/cd and so on
 #include <filesystem>
+#include <memory>
 
 #include "compress/cso.h"
 #include "compress/dax.h"
+#include "compress/lz4_encoder.h"
 #include "files/byte_order.h"
 #include "files/path.h"
 #include "fuzz/input_parts.h"
@@ -226,7 +228,32 @@ void MakeCompressedSeeds() {
         IsoToCso(DirectConversion(folder / "game.iso", cso, EOutputManner::CommitReplace, 1, level), operation);
         IsoToDax(DirectConversion(folder / "game.iso", dax, EOutputManner::CommitReplace, 1, level), operation);
         WriteSeed("compressed", "cso-" + std::to_string(level), test::ReadWhole(cso));
+        SCompressionRequest toZso =
+            DirectConversion(folder / "game.iso", folder / "game.zso", EOutputManner::CommitReplace, 1, level);
+        toZso.magic = kZsoMagic;
+        toZso.blockSize = level == 1 ? 2048 : 16384;
+        ImageToCso(toZso, operation);
+        WriteSeed("compressed", "zso-" + std::to_string(level), test::ReadWhole(toZso.outputPath));
         WriteSeed("compressed", "dax-" + std::to_string(level), test::ReadWhole(dax));
+    }
+}
+
+void MakeLz4Seeds() {
+    const auto encoder = std::make_unique<CLz4Encoder>();
+    Bytes mixed = test::TextLikeBytes(300, 1);
+    mixed.resize(600);
+    const Bytes noise = test::RandomBytes(100, 2);
+    mixed.insert(mixed.end(), noise.begin(), noise.end());
+    const std::pair<const char*, Bytes> contents[] = {{"empty", {}},
+                                                      {"zeros", Bytes(400)},
+                                                      {"text", test::TextLikeBytes(1000, 2)},
+                                                      {"noise", noise},
+                                                      {"mixed", mixed}};
+    for (const auto& [name, content] : contents) {
+        Bytes block(content.size() + 16);
+        block.resize(encoder->Encode(content, block));
+        WriteSeed("lz4", name, block);
+        WriteSeed("lz4", std::string(name) + "-plain", content);
     }
 }
 
@@ -353,6 +380,7 @@ int main(int argc, char* argv[]) {
     MakeUdfSeeds();
     MakeRebuildSeeds();
     MakeCompressedSeeds();
+    MakeLz4Seeds();
     MakeBinSeeds();
     MakeFactSeeds();
     MakeSoundSeeds();

@@ -28,7 +28,7 @@ class CExport {
 public:
     CExport(const SExportRequest& request, const SWalkedImage& walked, COperation& operation)
         : m_request(request), m_walked(walked), m_operation(operation), m_image(operation) {
-        m_image.OpenOrFail(ResolveFileCase(request.imagePath), "Cannot open %s", request.imagePath);
+        m_image.AttachOrOpen(request.image, ResolveFileCase(request.imagePath), "Cannot open %s");
         m_imageLength = m_image.SizeOrFail();
     }
 
@@ -75,6 +75,7 @@ private:
         layout.layoutPath = m_request.layoutPath;
         layout.folderText = m_request.folderText;
         layout.leadingSource = ResolveFileCase(m_request.imagePath);
+        layout.leadingImage = m_request.image;
         layout.manner = m_request.manner;
         layout.clock = m_request.clock;
         return layout;
@@ -219,7 +220,7 @@ bool IsoToIml(const std::string& folder, const std::string& fileName, const Choo
 }
 
 void ExportImage(const SExportRequest& request, COperation& operation) {
-    const SWalkedImage walked = WalkIsoImage({request.imagePath, std::nullopt, true}, operation);
+    const SWalkedImage walked = WalkIsoImage({request.imagePath, std::nullopt, true, request.image}, operation);
     CExport conversion(request, walked, operation);
     conversion.NotifyLimits();
     if (request.extractionFolder) {

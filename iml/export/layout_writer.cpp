@@ -140,7 +140,7 @@ void CLayoutWriter::WriteLeadingStructures() {
 
 void CLayoutWriter::CopyHeader() {
     CCheckedInput source(m_operation);
-    source.OpenOrFail(m_request.leadingSource, "Code 4101a - Error Opening %s");
+    source.AttachOrOpen(m_request.leadingImage, m_request.leadingSource, "Code 4101a - Error Opening %s");
     const std::int64_t sectors = std::min<std::int64_t>(m_image.headerSectors, SectorsFor(source.SizeOrFail()));
     for (std::int64_t sector = 0; sector < sectors; ++sector) {
         std::array<std::uint8_t, kSectorSize> bytes = {};

@@ -20,6 +20,7 @@ struct SLayoutRequest {
     std::string folderText;
     /// The file that begins with the leading structures: the window's copy of them, or the image.
     std::string leadingSource;
+    CByteSource* leadingImage = nullptr;  ///< The image in that file if the file is a container.
     /// The side files of the window, of which the copies of header and path table are deleted at the end.
     std::optional<SWalkFilePaths> sideFiles = std::nullopt;
     EOutputManner manner = EOutputManner::InPlace;

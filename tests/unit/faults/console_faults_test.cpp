@@ -163,6 +163,11 @@ std::vector<SCase> Compressing() {
         {"Iso2CsoReplacing", umdAndOlder, {"iso2cso", "-f", "@game.iso"}},
         {"Iso2Dax", WriteUmd, {"iso2dax", "@game.iso"}},
         {"Iso2DaxReplacing", umdAndOlder, {"iso2dax", "-f", "@game.iso"}},
+        {"ConvertIsoToZso", WriteUmd, {"convert", "--verify", "--to", "zso", "@game.iso"}},
+        {"ConvertIsoToBin", WriteCd, {"convert", "--to", "bin", "@game.iso"}},
+        {"ConvertCsoToIso", cso, {"convert", "--to", "iso", "@game.cso"}},
+        {"ConvertCsoToDax", cso, {"convert", "--to", "dax", "@game.cso"}},
+        {"ConvertDaxToBin", dax, {"convert", "--to", "bin", "@game.dax"}},
         {"Cso2Iso", cso, {"cso2iso", "@game.cso"}},
         {"Dax2Iso", dax, {"dax2iso", "@game.dax"}},
     };

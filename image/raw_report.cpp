@@ -1,4 +1,4 @@
-#include "image/inspect/raw_report.h"
+#include "image/raw_report.h"
 
 #include <array>
 
@@ -42,8 +42,7 @@ KindCounts CountKinds(const STrack& track, CReport& report) {
 
 }  // namespace
 
-CReport ReportOnRawImage(const std::string& path) {
-    const SRawDisc disc = ReadRawDisc(path);
+CReport ReportOnRawImage(const SRawDisc& disc) {
     CReport report;
     if (disc.hasSheet) {
         report.Add("tracks", ReportOnTracks(disc));

@@ -39,11 +39,10 @@ public:
     virtual std::vector<std::string> Problems() const = 0;
 };
 
-/// The chunks of a data track. Throws CRefused if its file cannot be opened.
+/// The chunks of an image, which must outlive them.
+std::unique_ptr<CImageChunks> ChunksOf(CImageSource& image);
+/// The chunks of a data track, with everything around the user data of its sectors checked. Throws CRefused if the file
+/// cannot be opened again.
 std::unique_ptr<CImageChunks> ChunksOf(const STrack& track);
-
-/// The chunks of an image that was opened from `path`. `image` must outlive them. Throws CRefused if a raw file cannot
-/// be opened again.
-std::unique_ptr<CImageChunks> ChunksOf(const std::string& path, CImageSource& image);
 
 }  // namespace vantrel

@@ -1,4 +1,4 @@
-#include "image/inspect/image_chunks.h"
+#include "image/image_chunks.h"
 
 #include <algorithm>
 #include <utility>
@@ -6,7 +6,6 @@
 #include "files/input_file.h"
 #include "files/refused.h"
 #include "operation/text.h"
-#include "raw/raw_disc.h"
 
 namespace vantrel {
 
@@ -60,7 +59,7 @@ private:
 /// the first one.
 class CRawChunks : public CImageChunks {
 public:
-    explicit CRawChunks(const STrack& track) : m_track(track), m_sectorSize(SectorSizeOf(track.mode)) {
+    explicit CRawChunks(const STrack& track) : m_track(track), m_sectorSize(SectorSizeOf(m_track.mode)) {
         if (!m_file.Open(m_track.path)) {
             throw CRefused(m_track.path + ": " + LastFileError());
         }
@@ -144,15 +143,12 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CImageChunks> ChunksOf(const STrack& track) {
-    return std::make_unique<CRawChunks>(track);
+std::unique_ptr<CImageChunks> ChunksOf(CImageSource& image) {
+    return std::make_unique<CReadChunks>(image);
 }
 
-std::unique_ptr<CImageChunks> ChunksOf(const std::string& path, CImageSource& image) {
-    if (image.Form() == EForm::Bin || image.Form() == EForm::Cue) {
-        return ChunksOf(ReadRawDisc(path).DataTrack());
-    }
-    return std::make_unique<CReadChunks>(image);
+std::unique_ptr<CImageChunks> ChunksOf(const STrack& track) {
+    return std::make_unique<CRawChunks>(track);
 }
 
 }  // namespace vantrel

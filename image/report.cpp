@@ -1,4 +1,4 @@
-#include "image/inspect/report.h"
+#include "image/report.h"
 
 #include <algorithm>
 #include <stdexcept>
