@@ -115,6 +115,15 @@ class Default(Edited):
         self.assertEqual(self.rebuild("-f").status, 1)
         self.assertEqual(self.state(), before)
 
+    def test_no_input_is_replaced(self):
+        before = self.state()
+        content = self.read("files/" + GAMMA)
+        for name in "game.iml", "game.ims", "game.gaps", "files/" + GAMMA:
+            result = self.run_here("iml2iso", "-f", "game.iml", "--files", "files", "-o", name)
+            self.assertEqual((result.status, result.out), (1, ""), (name, result))
+            self.assertIn(name, result.err)
+            self.assertEqual((self.state(), self.read("files/" + GAMMA)), (before, content), name)
+
     def test_the_gaps_of_another_export_are_refused(self):
         gaps = self.read("game.gaps")
         self.export("cd")

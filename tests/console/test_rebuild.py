@@ -62,7 +62,7 @@ class Rebuild(ConsoleTest):
                               ("game.gaps", "game.gaps: the output would be a file of the input"),
                               ("game.iml", "game.iml: the output would be the input itself"),
                               ("A", "The image would replace .%sA, which the layout lists" % ("\\" if IS_WINDOWS else "/"))):
-            result = self.run_here("iml2iso", "-f", "-o", name, "game.iml")
+            result = self.run_here("iml2iso", "--like-window", "-f", "-o", name, "game.iml")
             self.assertEqual((result.status, result.out), (1, ""))
             self.assertIn(problem, result.err)
             self.assertEqual(self.state(), before)
