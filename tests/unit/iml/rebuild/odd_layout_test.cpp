@@ -16,12 +16,7 @@ TEST_F(OddLayout, MissingLineRepeatsThePreviousOne) {
     m_layout.count = "9";
     m_layout.ending = "";
     const Bytes image = Rebuilt();
-    Bytes expected = m_leading;
-    Put(expected, 18, Padded(test::RandomBytes(3, 1)));
-    Put(expected, 19, Padded(test::RandomBytes(2500, 2)));
-    PutPostgap(expected);
-    PutVolumeSize(expected);
-    EXPECT_EQ(image, expected);
+    EXPECT_EQ(image, CdWith({{18, test::RandomBytes(3, 1)}, {19, test::RandomBytes(2500, 2)}}));
     EXPECT_EQ(m_operation.CallsOf("pane FILE \\..\\B").size(), 7U);
 }
 
@@ -54,12 +49,7 @@ TEST_F(OddLayout, FilesMayBeListedInAnyOrder) {
     Add(30, 30, "A", test::RandomBytes(5, 1));
     Add(20, 21, "B", test::RandomBytes(2049, 2));
     const Bytes image = Rebuilt();
-    Bytes expected = m_leading;
-    Put(expected, 30, Padded(test::RandomBytes(5, 1)));
-    Put(expected, 20, Padded(test::RandomBytes(2049, 2)));
-    PutPostgap(expected);
-    PutVolumeSize(expected);
-    EXPECT_EQ(image, expected);
+    EXPECT_EQ(image, CdWith({{30, test::RandomBytes(5, 1)}, {20, test::RandomBytes(2049, 2)}}));
 }
 
 TEST_F(OddLayout, CountWithoutANumberPlacesNothing) {

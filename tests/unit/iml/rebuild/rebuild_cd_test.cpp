@@ -14,14 +14,10 @@ TEST_F(RebuildCd, PlacesPadsAndEndsInAPostgap) {
     Add(26, 26, "C.BIN", {});
     Add(27, 27, "D.BIN", test::RandomBytes(1, 3));
     const Bytes image = Rebuilt();
-    Bytes expected = m_leading;
-    Put(expected, 20, Padded(test::RandomBytes(2043 + 2048, 1)));
-    Put(expected, 22, test::RandomBytes(2048, 2));
-    Put(expected, 26, Padded({}));
-    Put(expected, 27, Padded(test::RandomBytes(1, 3)));
-    PutPostgap(expected);
-    PutVolumeSize(expected);
-    EXPECT_EQ(image, expected);
+    EXPECT_EQ(image, CdWith({{20, test::RandomBytes(2043 + 2048, 1)},
+                             {22, test::RandomBytes(2048, 2)},
+                             {26, {}},
+                             {27, test::RandomBytes(1, 3)}}));
     EXPECT_EQ((Bytes{image.begin() + 22 * kSector - 5, image.begin() + 22 * kSector}),
               (Bytes{0x0B, 0x02, 0x13, 0x06, 0x01}));
 }
@@ -79,34 +75,20 @@ TEST_F(RebuildCd, ShortFileLeavesTheNextAtItsSector) {
     Add(18, 22, "SHORT", test::RandomBytes(100, 1));
     Add(23, 23, "NEXT", test::RandomBytes(50, 2));
     const Bytes image = Rebuilt();
-    Bytes expected = m_leading;
-    Put(expected, 18, Padded(test::RandomBytes(100, 1)));
-    Put(expected, 23, Padded(test::RandomBytes(50, 2)));
-    PutPostgap(expected);
-    PutVolumeSize(expected);
-    EXPECT_EQ(image, expected);
+    EXPECT_EQ(image, CdWith({{18, test::RandomBytes(100, 1)}, {23, test::RandomBytes(50, 2)}}));
 }
 
 TEST_F(RebuildCd, LongFileIsCutByTheNext) {
     Add(18, 18, "LONG", test::RandomBytes(5000, 1));
     Add(19, 19, "NEXT", test::RandomBytes(50, 2));
     const Bytes image = Rebuilt();
-    Bytes expected = m_leading;
-    Put(expected, 18, Padded(test::RandomBytes(5000, 1)));
-    Put(expected, 19, Padded(test::RandomBytes(50, 2)));
-    PutPostgap(expected);
-    PutVolumeSize(expected);
-    EXPECT_EQ(image, expected);
+    EXPECT_EQ(image, CdWith({{18, test::RandomBytes(5000, 1)}, {19, test::RandomBytes(50, 2)}}));
 }
 
 TEST_F(RebuildCd, FileAmongTheLeadingStructuresReplacesThem) {
     Add(17, 17, "A", test::RandomBytes(10, 1));
     Bytes image = Rebuilt();
-    Bytes expected = m_leading;
-    Put(expected, 17, Padded(test::RandomBytes(10, 1)));
-    PutPostgap(expected);
-    PutVolumeSize(expected);
-    EXPECT_EQ(image, expected);
+    EXPECT_EQ(image, CdWith({{17, test::RandomBytes(10, 1)}}));
 }
 
 TEST_F(RebuildCd, FirstSectorWrapsAtFourGigabytes) {
@@ -114,12 +96,7 @@ TEST_F(RebuildCd, FirstSectorWrapsAtFourGigabytes) {
     m_layout.entries.insert(m_layout.entries.begin(), {18, 0x200000 + 18, m_prefix + "B"});
     test::WriteWhole(m_folder / "B", test::RandomBytes(2048, 2));
     const Bytes image = Rebuilt();
-    Bytes expected = m_leading;
-    Put(expected, 18, test::RandomBytes(2048, 2));
-    Put(expected, 19, Padded(test::RandomBytes(10, 1)));
-    PutPostgap(expected);
-    PutVolumeSize(expected);
-    EXPECT_EQ(image, expected);
+    EXPECT_EQ(image, CdWith({{18, test::RandomBytes(2048, 2)}, {19, test::RandomBytes(10, 1)}}));
 }
 
 TEST_F(RebuildCd, OnlyAPlaystationCdGetsAPostgap) {

@@ -98,13 +98,8 @@ TEST_F(StrictRebuild, FindsFilesBelowTheGivenFolderIgnoringCase) {
     SRebuildRequest request = Strict();
     request.filesFolder = m_folder / "files/";
     RebuildImage(request, m_operation);
-    Bytes expected = m_leading;
-    Put(expected, 18, Padded(test::RandomBytes(70, 1)));
-    Put(expected, 19, Padded(test::RandomBytes(90, 3)));
-    Put(expected, 20, Padded(test::RandomBytes(80, 2)));
-    PutPostgap(expected);
-    PutVolumeSize(expected);
-    EXPECT_EQ(test::ReadWhole(m_folder / "game.iso"), expected);
+    EXPECT_EQ(test::ReadWhole(m_folder / "game.iso"),
+              CdWith({{18, test::RandomBytes(70, 1)}, {19, test::RandomBytes(90, 3)}, {20, test::RandomBytes(80, 2)}}));
 }
 
 }  // namespace
