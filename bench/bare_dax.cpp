@@ -8,9 +8,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <string_view>
 #include <vector>
+
+#include "bench/bare_files.h"
 
 namespace {
 
