@@ -174,6 +174,18 @@ class Structures(ConsoleTest):
         damaged.set_both(image.record("DIR") + 2, 0xFFFFFFF0)
         self.assertIn("the folder DIR (sector 4294967280) lies outside the image", self.problems(damaged))
 
+    def test_boot_catalogues(self):
+        image = self.master("-b", "A.BIN", "-no-emul-boot", "-c", "BOOT.CAT", "-no-pad")
+        self.assertEqual(self.problems(image), [])
+        sector, _ = image.place("BOOT.CAT")
+        for first, count, is_inside in ((image.sectors() - 1, 4, True), (image.sectors() - 1, 5, False),
+                                        (0xFFFFFFFF, 1, False)):
+            struct.pack_into("<HI", image.data, sector * SECTOR + 38, count, first)
+            self.assert_finds(image, *[] if is_inside else [
+                "the boot catalogue: a boot image (sector %d, %d bytes) lies outside the image" % (first, count * 512)])
+        struct.pack_into("<I", image.data, 17 * SECTOR + 71, image.sectors())
+        self.assert_finds(image, "the boot record in sector 17 names sector %d, which has no boot catalogue" % image.sectors())
+
     def test_fields_that_differ_in_their_byte_orders(self):
         image = self.master("-J")
         record = image.record("DIR/B.BIN")

@@ -203,5 +203,117 @@ TEST_F(EditPlan, FilesThatCannotBeChanged) {
     EXPECT_EQ(Refusal({{"A.BIN", 10}}), "A.BIN: it is interleaved, so it cannot be changed");
 }
 
+/// A boot record in sector 17 and a catalogue in the first sector of B, whose entries name boot images.
+class EditPlanOfBootImages : public EditPlan {
+protected:
+    EditPlanOfBootImages() {
+        m_catalogue = std::size_t{SectorOf("B.BIN")} * 2048;
+        auto& bytes = m_image.m_bytes;
+        std::copy_n(bytes.begin() + 16 * 2048, 7, bytes.begin() + 17 * 2048);
+        bytes[17 * 2048] = 0;
+        std::copy_n("EL TORITO SPECIFICATION", 24, bytes.begin() + 17 * 2048 + 7);
+        test::Write32(bytes, 17 * 2048 + 71, SectorOf("B.BIN"));
+        std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(m_catalogue), 3000, std::uint8_t{0});
+        bytes[m_catalogue] = 1;
+        bytes[m_catalogue + 30] = 0x55;
+        bytes[m_catalogue + 31] = 0xAA;
+        bytes[m_catalogue + 64] = 0x91;
+        bytes[m_catalogue + 66] = 1;
+    }
+
+    /// The default entry is number 1, the other one number 3.
+    void SetEntry(std::size_t number, std::uint32_t sector, std::uint8_t count) {
+        m_image.m_bytes[m_catalogue + number * 32 + 6] = count;
+        test::Write32(m_image.m_bytes, m_catalogue + number * 32 + 8, sector);
+    }
+
+    /// {count, sector} in the patch of an entry; {} if there is none.
+    std::vector<std::uint32_t> Patched(const SEditPlan& plan, std::size_t number) const {
+        for (const SSectorPatch& patch : plan.patches) {
+            if (patch.position == static_cast<std::int64_t>(m_catalogue + number * 32 + 6)) {
+                return {patch.bytes[0] + 256U * patch.bytes[1], test::Read32(patch.bytes, 2)};
+            }
+        }
+        return {};
+    }
+
+    /// The count of entry 1 after A, which has 5000 bytes, has changed.
+    std::uint32_t CountAfter(std::uint8_t count, std::int64_t size) {
+        SetEntry(1, SectorOf("A.BIN"), count);
+        return Patched(Plan({{"A.BIN", size}}), 1).at(0);
+    }
+
+    std::size_t m_catalogue;
+};
+
+TEST_F(EditPlanOfBootImages, EveryEntryFollowsAMovedFile) {
+    SetEntry(1, SectorOf("A.BIN"), 4);
+    SetEntry(3, SectorOf("A.BIN"), 1);
+    const SEditPlan plan = Plan({{"A.BIN", 7000}});
+    EXPECT_EQ(Patched(plan, 1), (std::vector<std::uint32_t>{4, plan.edits[0].to}));
+    EXPECT_EQ(Patched(plan, 3), (std::vector<std::uint32_t>{1, plan.edits[0].to}));
+    SetEntry(3, SectorOf("C.BIN"), 1);
+    EXPECT_EQ(Patched(Plan({{"A.BIN", 7000}}), 3), std::vector<std::uint32_t>{});
+    EXPECT_TRUE(Plan({{"A.BIN", 5000}}).patches.empty());
+}
+
+TEST_F(EditPlanOfBootImages, TheCountOfAWholeFileFollowsItsLength) {
+    EXPECT_EQ(CountAfter(10, 5500), 11U);
+    EXPECT_EQ(CountAfter(10, 9000), 18U);
+    EXPECT_EQ(CountAfter(10, 1), 1U);
+    EXPECT_EQ(CountAfter(12, 5500), 12U) << "whole sectors";
+    EXPECT_EQ(CountAfter(12, 9000), 20U);
+    EXPECT_EQ(CountAfter(12, 1), 4U);
+}
+
+TEST_F(EditPlanOfBootImages, AnyOtherCountStaysUnlessItExceedsTheFile) {
+    EXPECT_EQ(CountAfter(4, 9000), 4U);
+    EXPECT_EQ(CountAfter(4, 1), 4U) << "the rest of the sector is loaded, too";
+    EXPECT_EQ(CountAfter(8, 2048), 4U);
+    EXPECT_EQ(CountAfter(0, 9000), 0U);
+}
+
+TEST_F(EditPlanOfBootImages, ABootImageThatIsTooLarge) {
+    SetEntry(1, SectorOf("A.BIN"), 10);
+    EXPECT_EQ(Refusal({{"A.BIN", 65535 * 512}}), "not refused");
+    EXPECT_EQ(Refusal({{"A.BIN", 65535 * 512 + 1}}),
+              "A.BIN: 33553921 bytes are too many for a boot image that is loaded as a whole, which has at most "
+              "33553920");
+    SetEntry(1, SectorOf("A.BIN"), 4);
+    EXPECT_EQ(Refusal({{"A.BIN", 65535 * 512 + 1}}), "not refused");
+}
+
+TEST_F(EditPlanOfBootImages, WhatCannotBeChanged) {
+    SetEntry(1, SectorOf("A.BIN"), 4);
+    EXPECT_EQ(Refusal({{"A.BIN", 0}}), "A.BIN: it is a boot image, so it cannot be emptied");
+    EXPECT_EQ(Refusal({{"B.BIN", 3000}}), "B.BIN: it is the boot catalogue of the image, so it cannot be changed");
+    SetEntry(1, SectorOf("A.BIN") + 2, 1);
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}),
+              "A.BIN: it holds a boot image behind its first sector, so it cannot be changed");
+    SetEntry(1, SectorOf("A.BIN") + 3, 1);  // the first sector behind A is that of B
+    EXPECT_EQ(Refusal({{"A.BIN", 10}, {"C.BIN", 0}}), "not refused");
+}
+
+TEST_F(EditPlanOfBootImages, ABootImageThatNoFileNamesIsNoFreeSpace) {
+    // Three sectors are free behind B and before C.
+    SetEntry(1, SectorOf("C.BIN") - 2, 5);
+    EXPECT_FALSE(Plan({{"A.BIN", 10}}).edits[0].IsMoved());
+    const SDiscMap map = ReadDiscMap(m_image, EMapRule::Complete);
+    EXPECT_TRUE(map.occupied.IsFree(SectorOf("C.BIN") - 3, SectorOf("C.BIN") - 2));
+    EXPECT_FALSE(map.occupied.IsFree(SectorOf("C.BIN") - 2, SectorOf("C.BIN") - 1));
+    EXPECT_FALSE(map.occupied.IsFree(SectorOf("C.BIN") - 1, SectorOf("C.BIN")));
+    SetEntry(1, 0xFFFFFFFF, 255);
+    EXPECT_EQ(ReadDiscMap(m_image, EMapRule::Complete).closingSector, Sectors());
+}
+
+TEST_F(EditPlanOfBootImages, ACatalogueThatIsMissing) {
+    m_image.m_bytes[m_catalogue] = 0;
+    EXPECT_TRUE(ReadDiscMap(m_image, EMapRule::Complete).warnings.empty());
+    const SDiscMap map = ReadDiscMap(m_image, EMapRule::ReachableOnly);
+    ASSERT_EQ(map.warnings.size(), 1U);
+    EXPECT_EQ(map.warnings[0], "The boot catalogue at sector " + std::to_string(SectorOf("B.BIN")) +
+                                   " cannot be read: no computer will boot from the image");
+}
+
 }  // namespace
 }  // namespace vantrel
