@@ -36,7 +36,7 @@ public:
     CReplaceCommand() : CCommand({"replace", "Replace files in an image", kNotes}) {}
 
     void Declare(COptionSet& options) override {
-        options.AddText("IMAGE", m_image, "The image: ISO, CSO, DAX, BIN or CUE sheet");
+        options.AddText("IMAGE", m_image, "The image: ISO, CSO, ZSO, DAX, BIN or CUE sheet");
         options.Require("IMAGE");
         options.AddTexts("CHANGE", m_changes, "PATH=FILE for each file to replace");
         options.Require("CHANGE");

@@ -111,10 +111,10 @@ private:
                     "%s is missing: an exact rebuild needs the gap file that \"vantrel iso2iml --extract\" writes",
                     m_request.gapsPath.c_str()));
             }
-            Notify(
-                Format("There is no %s: whatever no listed file covers becomes zeros. \"vantrel iso2iml --extract\" "
-                       "keeps it in that file",
-                       m_request.gapsPath.c_str()));
+            Notify(Format(
+                "There is no %s: whatever no listed file covers becomes zeros, and files of their recorded length "
+                "count as unchanged. \"vantrel iso2iml --extract\" writes that file",
+                m_request.gapsPath.c_str()));
             return;
         }
         m_gaps.emplace();
@@ -141,7 +141,7 @@ private:
                        m_request.gapsPath.c_str(), m_request.layoutPath.c_str()));
         }
         if (!isLayout && !m_isLeadingUnchanged) {
-            m_operation.Fail(Format("%s belongs to another layout than %s; delete it if nothing can replace it",
+            m_operation.Fail(Format("%s belongs to another layout than %s; move it away to rebuild without it",
                                     m_request.gapsPath.c_str(), m_request.layoutPath.c_str()));
         }
         if (!m_isExact && !m_isLeadingUnchanged) {
@@ -255,7 +255,7 @@ private:
             m_operation.Fail(Format("%s has %lld bytes, but the image records it as empty, at the sector of %s",
                                     file.path.c_str(), static_cast<long long>(length), other->path.c_str()));
         }
-        m_operation.Fail(Format("%s has %lld bytes, but the image records %lld: an exact rebuild takes unchanged files",
+        m_operation.Fail(Format("%s has %lld bytes, but the image records %lld: an exact rebuild needs unchanged files",
                                 file.path.c_str(), static_cast<long long>(length),
                                 static_cast<long long>(record.Size())));
     }
@@ -379,7 +379,7 @@ private:
     void AddChangedContent(const SFoundFile& file) {
         if (m_isExact) {
             m_operation.Fail(
-                Format("%s has changed: an exact rebuild takes unchanged files", file.listedPath->c_str()));
+                Format("%s has changed: an exact rebuild needs unchanged files", file.listedPath->c_str()));
         }
         SFileEdit edit = {{}, file.sector, file.sector, file.length, file.length, file.source};
         const auto first =

@@ -111,7 +111,7 @@ private:
             throw CRefused(Format("%s: it %s, so it cannot be changed", name, place.obstacle));
         }
         if (change.size > kLargestFile) {
-            throw CRefused(Format("%s: %lld bytes are too many for a file of a disc, which has less than 4 GiB", name,
+            throw CRefused(Format("%s: %lld bytes are too many: files of a disc are smaller than 4 GiB", name,
                                   static_cast<long long>(change.size)));
         }
         if (place.extents.size() > 1) {
