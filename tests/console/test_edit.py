@@ -9,6 +9,7 @@ import zlib
 
 from support import ConsoleTest
 from disc import SECTOR, Disc, sectors
+from disc_master import Entry, Master, make
 from edit_images import own_image
 
 SMALL = "SYSTEM.CNF"
@@ -210,7 +211,9 @@ class WithoutGaps(Edited):
         self.change(GAMMA, b"short")
         result = self.rebuild()
         self.assert_done(result)
-        self.assertIn("There is no game.gaps: whatever no listed file covers becomes zeros", result.out)
+        self.assertIn("There is no game.gaps: whatever no listed file covers becomes zeros, and files of their recorded "
+                      "length count as unchanged. ", result.out)
+        self.assertIn(": 9 files of unchanged length, 1 changed in place, 0 moved, 0 sectors added", result.out)
         self.assertIn("--extract", result.out)
         new = Disc(self.read("new.iso"))
         self.assertEqual(new.content(new.primary.files[GAMMA]), b"short")
@@ -239,6 +242,46 @@ class WithoutGaps(Edited):
             new = Disc(self.read("new.iso"))
             self.assertEqual(new.problems, [], name)
             self.assertEqual(new.content(new.primary.files[SMALL]), b"grown " * 1000)
+
+
+class SeveralExtents(Edited):
+    """A file of two extents, which follow each other or not, keeps its places; all others can be changed."""
+
+    def image_with_extents(self, *entries):
+        image = bytearray(make(Master(kind="umd", entries=[Entry(name, content) for name, content in entries])))
+        records = Disc(image).primary.records
+        image[records["LARGE0.BIN"] + 25] = 0x80
+        name = records["LARGE1.BIN"] + 33
+        image[name:name + 10] = b"LARGE0.BIN"
+        return bytes(image)
+
+    def test_several_extents(self):
+        parts = [("LARGE0.BIN", b"first " * 1024), ("LARGE1.BIN", b"second " * 900)]
+        others = [("A.BIN", b"a" * 3000), ("Z.BIN", b"z" * 100)]
+        for entries in others[:1] + parts + others[1:], parts[:1] + others + parts[1:]:
+            image = self.image_with_extents(*entries)
+            self.write("game.iso", image)
+            large = parts[0][1] + parts[1][1]
+            self.assertEqual(self.run_here("extract", "game.iso", "LARGE0.BIN", "--stdout").out, large.decode())
+            self.assertIn("%10d LARGE0.BIN" % len(large), self.run_here("list", "game.iso").out)
+            self.write("longer", large + b"x")
+            self.assert_refused(self.run_here("replace", "game.iso", "LARGE0.BIN=longer", "-o", "new.iso"),
+                                "LARGE0.BIN: it is recorded in 2 extents, so it cannot be changed")
+            self.assert_done(self.run_here("iso2iml", "-f", "game.iso", "--extract", "files"))
+            self.assert_done(self.rebuild())
+            self.assertEqual(self.read("new.iso"), image)
+            for name in "A.BIN", "Z.BIN":
+                self.change(name, b"grown " * 2000)
+            new = self.rebuilt()
+            self.assertEqual(new.problems, [])
+            self.assertEqual(new.primary.files["LARGE0.BIN"].extents, Disc(image).primary.files["LARGE0.BIN"].extents)
+            self.assertEqual({name: new.content(file) for name, file in new.primary.files.items()},
+                             {"A.BIN": b"grown " * 2000, "LARGE0.BIN": large, "Z.BIN": b"grown " * 2000})
+            os.remove(self.path("new.iso"))
+            if os.path.exists(self.path("files/LARGE0.BIN")):
+                self.change("LARGE0.BIN", large + b"x")
+                self.assert_refused(self.rebuild(), "LARGE0.BIN: it is recorded in 2 extents, so it cannot be changed")
+            shutil.rmtree(self.path("files"))
 
 
 class Rules(Edited):

@@ -203,6 +203,16 @@ TEST_F(EditPlan, FilesThatCannotBeChanged) {
     EXPECT_EQ(Refusal({{"A.BIN", 10}}), "A.BIN: it is interleaved, so it cannot be changed");
 }
 
+TEST_F(EditPlan, AFileOfSeveralExtents) {
+    const std::size_t first = m_built.File("\\A.BIN").recordOffset;
+    const std::size_t second = m_built.File("\\B.BIN").recordOffset;
+    m_image.m_bytes[first + 25] = 0x80;
+    m_image.m_bytes[second + 33] = 'A';
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}), "A.BIN: it is recorded in 2 extents, so it cannot be changed");
+    EXPECT_EQ(Plan({{"C.BIN", 10}}).edits[0].to, SectorOf("C.BIN"));
+    EXPECT_TRUE(Plan({{"C.BIN", 9000}}).edits[0].IsMoved());
+}
+
 /// A boot record in sector 17 and a catalogue in the first sector of B, whose entries name boot images.
 class EditPlanOfBootImages : public EditPlan {
 protected:
