@@ -76,7 +76,7 @@ public:
     }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
-        const std::unique_ptr<CImageSource> image = OpenInput(job.input, job.output);
+        const std::unique_ptr<CImageSource> image = OpenInput(job.input);
         SImageConversion conversion = {job.input, *image, OutputForm()->form, job.output, job.manner};
         conversion.workers = m_effort.Workers();
         conversion.level = m_effort.Level();

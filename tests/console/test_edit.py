@@ -231,6 +231,10 @@ class WithoutGaps(Edited):
             self.assertIn("There is no game.gaps", result.out)
             new = Disc(self.read("new.iso"))
             self.assertEqual(new.content(new.primary.files[GAMMA]), content)
+        result = self.rebuild("-f", "--json")
+        report = json.loads(result.out)  # one object
+        self.assertEqual((result.status, report["moved"]), (1, 1), result)
+        self.assertIn("The directories of the Joliet volume cannot be read", report["notices"][1])
 
     def test_a_layout_of_other_media(self):
         """Audio and data that a window's layout never had are zeros; the files are right."""
