@@ -4,10 +4,9 @@ import os
 import random
 import struct
 import subprocess
-import sys
 import unittest
 
-from support import COMMAND, IS_WINDOWS, ConsoleTest, limited_threads
+from support import IS_WINDOWS, ConsoleTest, limited_threads
 
 SECTOR = 2048
 FILES = {"SYSTEM.CNF": 43, "A.BIN": 5000, "DIR/B.BIN": 9000, "DIR/SUB/C.DAT": 2048, "DIR/SUB/EMPTY.DAT": 0, "Z.BIN": 3000}
@@ -347,15 +346,7 @@ class Structures(ConsoleTest):
                 os.link(self.path("src/A.BIN"), self.path("src/MANY%02d/A_COMMON_NAME_%03d.BIN" % (folder, i)))
         image = self.master("-udf", "-J", "-l")
         self.write("game.iso", image.data)
-        # In a process of its own, because a child begins with the memory of its parent.
-        measure = ("import resource, subprocess, sys\n"
-                   "status = subprocess.call(sys.argv[1:], stdout=subprocess.DEVNULL)\n"
-                   "print(status, resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
-        out = subprocess.run([sys.executable, "-c", measure, *COMMAND, "verify", "game.iso"], cwd=self.folder, check=True,
-                             capture_output=True).stdout
-        status, kibibytes = map(int, out.split())
-        self.assertEqual(status, 0)
-        self.assertLess(kibibytes << 10, MOST_MEMORY)
+        self.assertLess(self.peak_memory("verify", "game.iso"), MOST_MEMORY)
 
 
 if __name__ == "__main__":
