@@ -63,7 +63,7 @@ public:
             return "--block: only CSO and ZSO files have blocks of a chosen size";
         }
         return m_block != 0 && !std::has_single_bit(static_cast<unsigned>(m_block))
-                   ? "--block: " + std::to_string(m_block) + " is no power of two"
+                   ? "--block: " + std::to_string(m_block) + " is not a power of two"
                    : std::string();
     }
 
