@@ -175,6 +175,77 @@ TEST_F(EditPlan, APartialLastSectorIsCompletedByGrowthOnly) {
     EXPECT_EQ(moved.newLength % 2048, 0);
 }
 
+TEST_F(EditPlan, AVolumeThatCountsAMissingPostgapStaysThatMuchLonger) {
+    m_description.kind = EImageKind::Cd;
+    m_description.postgap = test::EPostgap::Missing;
+    Build();
+    EXPECT_EQ(m_built.volumeSectors, Sectors() + 150);
+    EXPECT_EQ(PatchedAt(Plan({{"Z.BIN", 5000}}), 16 * 2048 + 80, 0), m_built.volumeSectors + 3);
+}
+
+TEST_F(EditPlan, AVolumeEndsBehindAllFiles) {
+    m_description.tailSectors = 10;
+    Build();
+    test::Write32(m_image.m_bytes, 16 * 2048 + 80, SectorOf("Z.BIN") + 1);
+    const SEditPlan plan = Plan({{"A.BIN", 4 * 2048}});
+    EXPECT_EQ(plan.SectorsAdded(), 0);
+    EXPECT_EQ(PatchedAt(plan, 16 * 2048 + 80, 0), SectorOf("Z.BIN") + 5);
+}
+
+/// A DVD with a UDF volume.
+class EditPlanOfUdf : public EditPlan {
+protected:
+    EditPlanOfUdf() {
+        m_description.kind = EImageKind::Dvd;
+        m_description.udf = test::EUdf::Volume;
+        Build();
+    }
+
+    /// Sets a number of a descriptor, whose tag stays valid.
+    void SetNumber(std::uint32_t sector, std::size_t offset, std::uint32_t value) {
+        auto& bytes = m_image.m_bytes;
+        const std::size_t at = std::size_t{sector} * 2048;
+        test::Write32(bytes, at + offset, value);
+        const std::size_t covered = bytes[at + 10] + 256U * bytes[at + 11];
+        test::WriteUdfTag(bytes, at, bytes[at], covered + 16, sector);
+    }
+};
+
+TEST_F(EditPlanOfUdf, TheClosingAnchorMoves) {
+    const SEditPlan plan = Plan({{"A.BIN", 9000}});
+    EXPECT_EQ(plan.edits[0].to, Sectors() - 1);
+    EXPECT_EQ(plan.SectorsAdded(), 5);
+    EXPECT_EQ(Refusal({{"A.BIN", 9000}}, {true}).substr(0, 21), "these files no longer");
+}
+
+TEST_F(EditPlanOfUdf, AVolumeWithADamagedCopyIsNotLengthened) {
+    for (std::uint32_t sector = 48; sector < 54; ++sector) {
+        m_image.m_bytes[sector * 2048 + 100] ^= 1;
+    }
+    const std::string refusal = Refusal({{"A.BIN", 9000}});
+    EXPECT_TRUE(refusal.starts_with("the UDF volume cannot be lengthened: the reserve UDF volume")) << refusal;
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}), "not refused");
+}
+
+TEST_F(EditPlanOfUdf, FilesBehindTheClosingAnchorKeepTheVolumeAsLongAsItIs) {
+    const std::uint32_t behind = Sectors();
+    m_image.m_bytes.resize(m_image.m_bytes.size() + 2048, 1);
+    test::SetRecord(m_image.m_bytes, m_built.File("\\EMPTY.DAT").recordOffset, behind, 10);
+    EXPECT_EQ(Refusal({{"A.BIN", 9000}}), "the UDF partition ends before the sectors to which a file would move");
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}), "not refused");
+    // With a partition that reaches to the end of the image.
+    for (const std::uint32_t sequence : {32U, 48U}) {
+        for (std::uint32_t sector = sequence; sector < sequence + 6; ++sector) {
+            if (m_image.m_bytes[sector * 2048] == 5) {
+                SetNumber(sector, 192, Sectors() - test::Read32(m_image.m_bytes, sector * 2048 + 188));
+            }
+        }
+    }
+    SetNumber(64, 84, test::Read32(m_image.m_bytes, 64 * 2048 + 84) + 2);
+    EXPECT_EQ(Refusal({{"A.BIN", 9000}}),
+              "files lie behind the closing anchor of the UDF volume, so it cannot be lengthened");
+}
+
 TEST_F(EditPlan, KeepPlacesNamesEveryFileThatDoesNotFit) {
     EXPECT_EQ(Refusal({{"A.BIN", 7000}, {"B.BIN", 2000}, {"Z.BIN", 4000}}, {true}),
               "these files no longer fit their places and would have to move: A.BIN (5000 bytes, now 7000), Z.BIN (10 "
@@ -185,10 +256,16 @@ TEST_F(EditPlan, KeepPlacesNamesEveryFileThatDoesNotFit) {
 TEST_F(EditPlan, LimitsOfFilesAndMedia) {
     EXPECT_TRUE(Refusal({{"A.BIN", 1LL << 32U}}).starts_with("A.BIN: 4294967296 bytes are too many"));
     EXPECT_EQ(Refusal({{"A.BIN", 1'790'000'000}}), "not refused");
-    EXPECT_NE(Refusal({{"A.BIN", 1'800'000'000}}).find("a UMD has at most 1800000000"), std::string::npos);
+    const std::int64_t mostOfUmd = (1'800'000'000 / 2048 - std::int64_t{Sectors()}) * 2048;
+    EXPECT_EQ(Refusal({{"A.BIN", mostOfUmd}}), "not refused");
+    EXPECT_EQ(Refusal({{"A.BIN", mostOfUmd + 1}}),
+              "the image would have 1800001536 bytes; a UMD has at most 1800000000");
     m_description.kind = EImageKind::Cd;
     Build();
     EXPECT_NE(Refusal({{"A.BIN", 333'000LL * 2048}}).find("a CD has at most 333000"), std::string::npos);
+    const std::int64_t most = (333'000 - std::int64_t{Sectors()}) * 2048;
+    EXPECT_EQ(Refusal({{"A.BIN", most}}), "not refused");
+    EXPECT_EQ(Refusal({{"A.BIN", most + 1}}), "the image would have 333001 sectors; a CD has at most 333000");
     m_image.m_bytes[33792] = 0;  // neither CD nor UMD
     EXPECT_EQ(Refusal({{"A.BIN", 333'000LL * 2048}}), "not refused");
 }
