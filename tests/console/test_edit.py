@@ -3,6 +3,7 @@ import json
 import os
 import re
 import shutil
+import struct
 import subprocess
 import unittest
 import zlib
@@ -125,6 +126,13 @@ class Default(Edited):
             self.assertIn(name, result.err.replace("\\", "/"))
             self.assertEqual((self.state(), self.read("files/" + GAMMA)), (before, content), name)
 
+    def test_damaged_gaps_are_refused(self):
+        self.export("umd-filled-hole")
+        gaps = self.read("game.gaps")
+        self.write("game.gaps", gaps[:-1] + bytes([gaps[-1] ^ 1]))
+        for words in [], ["--exact"], ["--dry-run"]:
+            self.assert_refused(self.rebuild(*words), "The image would differ from the one that game.iml was exported from")
+
     def test_the_gaps_of_another_export_are_refused(self):
         gaps = self.read("game.gaps")
         self.export("cd")
@@ -183,6 +191,19 @@ class Names(Edited):
         self.assert_refused(self.rebuild(), "GAMMA.BIN")
         os.remove(self.path("game.gaps"))
         self.assert_refused(self.rebuild(), "GAMMA.BIN")
+
+    def test_a_removed_name_of_a_hidden_file(self):
+        """The gap file tells that it was exported."""
+        image = bytearray(self.image)
+        image[self.disc.primary.records[GAMMA] + 25] = 1
+        self.write("game.iso", image)
+        self.assert_done(self.run_here("iso2iml", "-f", "-q", "game.iso", "--extract", "files"))
+        self.assert_done(self.rebuild())
+        self.assertEqual(self.read("new.iso"), image)
+        os.remove(self.path("new.iso"))
+        self.edit_layout(lambda text: re.sub(r"entries: (\d+)", lambda count: "entries: %d" % (int(count[1]) - 1),
+                                             re.sub(r"[^\r\n]*GAMMA\.BIN\"\r\n", "", text)))
+        self.assert_refused(self.rebuild(), "The layout does not list DATA", "GAMMA.BIN")
 
     def test_a_file_that_no_line_names_is_not_looked_at(self):
         self.change("notes.txt", b"notes")
@@ -394,6 +415,21 @@ class DamagedLayouts(Edited):
     def test_overlapping_files(self):
         self.damage_record("DATA/BETA.BIN", self.disc.primary.files["DATA/ALPHA.BIN"].sector + 1, 4096)
         self.assert_unusable("BETA.BIN")
+
+    def test_overlapping_files_of_the_exported_image(self):
+        """They are restored as they were, but no content may change: it would change another file, too."""
+        image = bytearray(self.image)
+        sector = self.disc.primary.files["DATA/ALPHA.BIN"].sector + 1
+        place = struct.pack("<I", sector) + struct.pack(">I", sector)
+        record = self.disc.primary.records["DATA/BETA.BIN"]
+        image[record + 2:record + 10] = place
+        self.write("game.iso", image)
+        self.assert_done(self.run_here("iso2iml", "-f", "-q", "game.iso", "--extract", "files"))
+        self.assert_done(self.rebuild())
+        self.assertEqual(self.read("new.iso"), image)
+        os.remove(self.path("new.iso"))
+        self.change("DATA/BETA.BIN", bytes(4096))
+        self.assert_refused(self.rebuild(), "BETA.BIN", "overlap")
 
     def test_a_file_beyond_all_sectors(self):
         self.damage_record("DATA/BETA.BIN", 0xFFFFFFF0, 0xFFFFFFF0)

@@ -282,6 +282,9 @@ class Structures(ConsoleTest):
         self.assert_finds(damaged, "the path table has a folder at sector", "the path table has another parent for the "
                           "folder DIR/SUB", "the path table lacks the folder DIR", "the type M path table")
         damaged = Image(image.data)
+        damaged.data[table * SECTOR + 28] = 1  # the parent of SUB, a known folder
+        self.assert_finds(damaged, "the path table has another parent for the folder DIR/SUB", "the type M path table")
+        damaged = Image(image.data)
         joliet = image.number(17 * SECTOR + 140)
         damaged.data[joliet * SECTOR + 2] ^= 64
         self.assertTrue(all(text.startswith("Joliet: the ") for text in self.problems(damaged)))

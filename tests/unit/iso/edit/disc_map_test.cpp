@@ -131,7 +131,7 @@ TEST_F(DiscMap, RefusesAFileWithoutItsLastExtent) {
     EXPECT_EQ(Refusal(), "A.BIN: its last extent is missing") << "before another file";
 }
 
-TEST_F(DiscMap, RefusesAUdfFileAtAnotherPlaceOfTheSameLength) {
+TEST_F(DiscMap, RefusesAUdfFileOfAnotherPlaceOrLength) {
     m_description.kind = EImageKind::Dvd;
     m_description.udf = test::EUdf::Volume;
     m_description.tailSectors = 5;
@@ -141,6 +141,9 @@ TEST_F(DiscMap, RefusesAUdfFileAtAnotherPlaceOfTheSameLength) {
     const std::uint32_t other = m_built.File("\\Z.BIN").sector + 1;
     test::SetRecord(m_image.m_bytes, RecordOf("\\A.BIN"), other, 5000);
     EXPECT_EQ(Refusal(), "A.BIN: ISO 9660 records 5000 bytes at sector " + std::to_string(other) +
+                             ", UDF 5000 bytes at sector " + std::to_string(old));
+    test::SetRecord(m_image.m_bytes, RecordOf("\\A.BIN"), old, 4999);
+    EXPECT_EQ(Refusal(), "A.BIN: ISO 9660 records 4999 bytes at sector " + std::to_string(old) +
                              ", UDF 5000 bytes at sector " + std::to_string(old));
 }
 
