@@ -145,7 +145,7 @@ private:
             m_operation.Fail(Format("%s has %lld bytes, but the image records it as empty, at the sector of %s",
                                     file.path.c_str(), static_cast<long long>(length), other->path.c_str()));
         }
-        m_operation.Fail(Format("%s has %lld bytes, but the image records %lld: an exact rebuild takes unchanged files",
+        m_operation.Fail(Format("%s has %lld bytes, but the image records %lld: an exact rebuild needs unchanged files",
                                 file.path.c_str(), static_cast<long long>(length),
                                 static_cast<long long>(record.Size())));
     }
@@ -270,7 +270,7 @@ private:
     void AddChangedContent(const SFoundFile& file) {
         if (m_isExact) {
             m_operation.Fail(
-                Format("%s has changed: an exact rebuild takes unchanged files", file.listedPath->c_str()));
+                Format("%s has changed: an exact rebuild needs unchanged files", file.listedPath->c_str()));
         }
         SFileEdit edit = {{}, file.sector, file.sector, file.length, file.length, file.source};
         const auto first =

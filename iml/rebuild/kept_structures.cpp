@@ -43,8 +43,8 @@ void CKeptStructures::OpenGaps() {
                        m_request.gapsPath.c_str()));
         }
         m_notices.push_back(
-            Format("There is no %s: whatever no listed file covers becomes zeros. \"vantrel iso2iml --extract\" "
-                   "keeps it in that file",
+            Format("There is no %s: whatever no listed file covers becomes zeros, and files of their recorded length "
+                   "count as unchanged. \"vantrel iso2iml --extract\" writes that file",
                    m_request.gapsPath.c_str()));
         return;
     }
@@ -69,7 +69,7 @@ void CKeptStructures::CheckOrigin() {
                    m_request.gapsPath.c_str(), m_request.layoutPath.c_str()));
     }
     if (!isLayout && !m_isLeadingUnchanged) {
-        m_operation.Fail(Format("%s belongs to another layout than %s; delete it if nothing can replace it",
+        m_operation.Fail(Format("%s belongs to another layout than %s; move it away to rebuild without it",
                                 m_request.gapsPath.c_str(), m_request.layoutPath.c_str()));
     }
     if (!m_isExact && !m_isLeadingUnchanged) {
