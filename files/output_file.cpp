@@ -29,12 +29,13 @@ bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing s
     m_problem.clear();
     m_position = 0;
     m_writtenEnd = 0;
+    m_isFinished = false;
     if (manner == EOutputManner::InPlace) {
         return m_file.Open(path, EOpenMode::CreateTruncate, sharing);
     }
     for (int attempt = 0; attempt < kTemporaryNameTries; ++attempt) {
         const std::string temporary = TemporaryPathBeside(m_targetPath);
-        if (m_file.Open(temporary, EOpenMode::CreateNew, sharing)) {
+        if (m_file.OpenTemporary(temporary, sharing)) {
             m_temporaryPath = temporary;
             if (manner == EOutputManner::CommitReplace) {
                 m_file.TakeModeOf(m_targetPath);
@@ -181,11 +182,13 @@ bool COutputFile::ReachEnd() {
 }
 
 bool COutputFile::Finish() {
-    if (m_file.IsOpen()) {
-        if (!Flush() || !ReachEnd() || !m_file.Close()) {
+    if (m_file.IsOpen() && !m_isFinished) {
+        const bool isInPlace = m_manner == EOutputManner::InPlace;
+        if (!Flush() || !ReachEnd() || !(isInPlace ? m_file.Close() : m_file.CompleteWrites())) {
             NoteFailure();
         }
         m_unplacedZeros = 0;
+        m_isFinished = true;
     }
     return m_problem.empty();
 }
@@ -198,23 +201,25 @@ bool COutputFile::Commit() {
     if (m_temporaryPath.empty()) {
         return true;
     }
-    if (!RenameFile(m_temporaryPath, m_targetPath, m_manner == EOutputManner::CommitReplace)) {
+    if (!m_file.GiveName(m_temporaryPath, m_targetPath, m_manner == EOutputManner::CommitReplace)) {
         NoteFailure();
         Abandon();
         return false;
     }
     m_temporaryPath.clear();
+    m_file.Close();
     return true;
 }
 
 void COutputFile::Abandon() {
     m_pending.clear();
     m_unplacedZeros = 0;
+    const bool stays = m_file.StaysWhenClosed();
     m_file.Close();
-    if (!m_temporaryPath.empty()) {
+    if (stays) {
         RemoveTemporary(m_temporaryPath);
-        m_temporaryPath.clear();
     }
+    m_temporaryPath.clear();
 }
 
 void COutputFile::LeaveOpen() {

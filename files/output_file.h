@@ -14,7 +14,7 @@ namespace vantrel {
 
 enum class EOutputManner {
     InPlace,        ///< Creates or truncates the target and writes it unbuffered.
-    CommitNew,      ///< Writes a temporary file beside the target. Commit renames it, or fails if the target exists.
+    CommitNew,      ///< Writes a temporary file, which Commit gives the target's name, or fails if the target exists.
     CommitReplace,  ///< The same, but Commit replaces an existing target, whose permissions stay; follows links.
 };
 
@@ -51,10 +51,9 @@ public:
     /// Number of bytes from the start to the end of everything written so far.
     std::int64_t Size() const;
 
-    /// Writes pending data and closes the file, so that only renaming remains. Returns false if anything has failed
-    /// since Open.
+    /// Writes all data, so that only naming the file remains. Returns false if anything has failed since Open.
     bool Finish();
-    /// Finishes and renames the output to its target. Returns false if anything has failed since Open; the output is
+    /// Finishes the output and gives it the target's name. Returns false if anything has failed since Open; the output is
     /// then removed unless it was written in place.
     bool Commit();
     /// Closes the output, and removes it if it is transactional.
@@ -83,6 +82,7 @@ private:
     ESharing m_sharing = ESharing::Anyone;
     std::string m_targetPath;
     std::string m_temporaryPath;
+    bool m_isFinished = false;
     std::string m_problem;
     std::vector<std::uint8_t> m_pending;
     std::int64_t m_position = 0;

@@ -140,6 +140,43 @@ bool CNativeFile::Open(const std::string& path, EOpenMode mode, ESharing /*shari
     return true;
 }
 
+bool CNativeFile::OpenTemporary(const std::string& path, ESharing /*sharing*/) {
+    Close();
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    if (!CanBeCreated(disk, path, PlaceOf(path))) {
+        return Refuse("No such file or directory");
+    }
+    m_temporary = ETemporary::Vanishing;
+    m_handle = disk.nextHandle++;
+    disk.handles[m_handle] = {std::make_shared<Bytes>(), 0, true};
+    return true;
+}
+
+bool CNativeFile::CompleteWrites() {
+    return true;
+}
+
+bool CNativeFile::FlushToDisk() {
+    return true;
+}
+
+bool CNativeFile::GiveName(const std::string& /*path*/, const std::string& name, bool replace) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const std::string place = PlaceOf(name);
+    const EFileKind kind = KindOfPlace(disk, place);
+    if (kind == EFileKind::Folder || (kind == EFileKind::File && !replace)) {
+        return Refuse("File exists");
+    }
+    if (!CanBeCreated(disk, name, place)) {
+        return Refuse("No such file or directory");
+    }
+    disk.files[place] = disk.handles[m_handle].content;
+    m_temporary = ETemporary::No;
+    return true;
+}
+
 bool CNativeFile::IsOpen() const {
     return m_handle >= 0;
 }
@@ -148,8 +185,13 @@ bool CNativeFile::Close() {
     if (IsOpen()) {
         SDisk& disk = Disk();
         const std::lock_guard lock(disk.mutex);
+        const auto found = disk.handles.find(m_handle);
+        if (m_temporary == ETemporary::Vanishing && found != disk.handles.end()) {
+            disk.free += static_cast<std::int64_t>(found->second.content->size());
+        }
         disk.handles.erase(m_handle);
         m_handle = -1;
+        m_temporary = ETemporary::No;
     }
     return true;
 }
@@ -286,6 +328,14 @@ bool RenameFile(const std::string& from, const std::string& to, bool replace) {
     const std::shared_ptr<Bytes> content = found->second;
     disk.files.erase(found);
     disk.files[place] = content;
+    return true;
+}
+
+void RemoveUnused(const std::string& path) {
+    RemoveFile(path);
+}
+
+bool FlushFolder(const std::string& /*path*/) {
     return true;
 }
 

@@ -9,9 +9,9 @@ std::optional<CWatch> g_watch;
 
 namespace {
 
-constexpr std::array<const char*, 15> kNames = {"open",      "close", "read",   "read the end of", "write",
-                                                "copy into", "seek",  "size",   "resize",          "look at",
-                                                "rename",    "link",  "remove", "make folder",     "list"};
+constexpr std::array<const char*, 19> kNames = {
+    "open",   "close", "read",   "read the end of", "write", "copy into", "seek", "size",  "resize", "look at",
+    "rename", "link",  "remove", "make folder",     "list",  "duplicate", "lock", "flush", "mark"};
 
 /// "a\.vantrel-01234567.tmp/b" becomes "a/.vantrel-*.tmp/b".
 std::string Simplified(std::string path) {
@@ -46,6 +46,11 @@ void CWatch::Keep(Handle handle, std::string_view path, bool written) {
         const std::lock_guard lock(m_mutex);
         m_open[handle] = {ECall::Open, *file, written};
     }
+}
+
+void CWatch::KeepSecond(Handle handle, const std::string& file) {
+    const std::lock_guard lock(m_mutex);
+    m_open[handle] = {ECall::Open, file, false};
 }
 
 std::optional<SCall> CWatch::CallOn(Handle handle, ECall kind) {

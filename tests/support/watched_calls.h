@@ -26,7 +26,11 @@ enum class ECall {
     Link,
     Remove,
     MakeFolder,
-    List
+    List,
+    Duplicate,  ///< Of a handle, when a temporary file is complete.
+    Lock,
+    Flush,
+    Mark  ///< Windows: as a file that the system removes with its last handle.
 };
 
 /// A call and the path of its file below the watched folder, without the random part of temporary names.
@@ -57,6 +61,7 @@ std::string SystemText(EFailure failure);
 struct SSystem {
     bool renamesWithoutReplacing = true;  ///< POSIX: renameat2 with RENAME_NOREPLACE
     bool linksFiles = true;
+    bool vanishingFiles = true;  ///< Temporary files that the system removes if they get no name.
     bool transfersWhole = true;  ///< If not, transfers are interrupted or move half of the requested bytes.
 };
 

@@ -26,6 +26,9 @@ extern decltype(&CreateDirectoryW) __real___imp_CreateDirectoryW;
 extern decltype(&RemoveDirectoryW) __real___imp_RemoveDirectoryW;
 extern decltype(&FindFirstFileW) __real___imp_FindFirstFileW;
 extern decltype(&FindNextFileW) __real___imp_FindNextFileW;
+extern decltype(&SetFileInformationByHandle) __real___imp_SetFileInformationByHandle;
+extern decltype(&DuplicateHandle) __real___imp_DuplicateHandle;
+extern decltype(&FlushFileBuffers) __real___imp_FlushFileBuffers;
 extern decltype(&FindClose) __real___imp_FindClose;
 }
 
@@ -160,6 +163,40 @@ BOOL WINAPI WatchedRemoveDirectory(LPCWSTR path) {
     return FailsAt(path, ECall::Remove) ? FALSE : __real___imp_RemoveDirectoryW(path);
 }
 
+std::string NameIn(LPVOID renaming) {
+    const auto* const information = static_cast<const FILE_RENAME_INFO*>(renaming);
+    return Utf8Of(std::wstring(information->FileName, information->FileNameLength / sizeof(wchar_t)));
+}
+
+BOOL WINAPI WatchedSetFileInformation(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, LPVOID data, DWORD length) {
+    if (kind == FileDispositionInfo && g_watch && !g_watch->System().vanishingFiles &&
+        g_watch->CallOn(HandleOf(file), ECall::Mark)) {
+        ::SetLastError(ERROR_INVALID_FUNCTION);
+        return FALSE;
+    }
+    const bool fails = kind == FileRenameInfo ? FailsAt(WideOf(NameIn(data)).c_str(), ECall::Rename)
+                                              : FailsOn(file, ECall::Mark);
+    return fails ? FALSE : __real___imp_SetFileInformationByHandle(file, kind, data, length);
+}
+
+/// All data was written through the first handle.
+BOOL WINAPI WatchedDuplicateHandle(HANDLE process, HANDLE file, HANDLE target, LPHANDLE second, DWORD access,
+                                   BOOL inherit, DWORD options) {
+    const std::optional<SCall> call = g_watch ? g_watch->CallOn(HandleOf(file), ECall::Duplicate) : std::nullopt;
+    if (FailsOn(file, ECall::Duplicate)) {
+        return FALSE;
+    }
+    const BOOL done = __real___imp_DuplicateHandle(process, file, target, second, access, inherit, options);
+    if (call && done) {
+        g_watch->KeepSecond(HandleOf(*second), call->file);
+    }
+    return done;
+}
+
+BOOL WINAPI WatchedFlushFileBuffers(HANDLE file) {
+    return FailsOn(file, ECall::Flush) ? FALSE : __real___imp_FlushFileBuffers(file);
+}
+
 HANDLE WINAPI WatchedFindFirstFile(LPCWSTR pattern, LPWIN32_FIND_DATAW data) {
     const std::wstring_view whole = pattern;
     const std::wstring path(whole.substr(0, whole.find_last_of(L'\\')));
@@ -212,5 +249,8 @@ decltype(&CreateDirectoryW) __wrap___imp_CreateDirectoryW = vantrel::test::Watch
 decltype(&RemoveDirectoryW) __wrap___imp_RemoveDirectoryW = vantrel::test::WatchedRemoveDirectory;
 decltype(&FindFirstFileW) __wrap___imp_FindFirstFileW = vantrel::test::WatchedFindFirstFile;
 decltype(&FindNextFileW) __wrap___imp_FindNextFileW = vantrel::test::WatchedFindNextFile;
+decltype(&SetFileInformationByHandle) __wrap___imp_SetFileInformationByHandle = vantrel::test::WatchedSetFileInformation;
+decltype(&DuplicateHandle) __wrap___imp_DuplicateHandle = vantrel::test::WatchedDuplicateHandle;
+decltype(&FlushFileBuffers) __wrap___imp_FlushFileBuffers = vantrel::test::WatchedFlushFileBuffers;
 decltype(&FindClose) __wrap___imp_FindClose = vantrel::test::WatchedFindClose;
 }

@@ -99,7 +99,8 @@ private:
     }
 
     /// Calls whose failure may be harmless: closing an unchanged file, reading at its end, examining a path, copying
-    /// within the system, and a removal that is retried, with the list of the files to remove.
+    /// within the system, protecting a temporary file from other processes or from the end of this one, and a removal
+    /// that is retried, with the list of the files to remove.
     bool MayPass(const SCall& call) const {
         switch (call.kind) {
             case ECall::Close:
@@ -111,6 +112,8 @@ private:
             case ECall::ReadEnd:
             case ECall::Look:
             case ECall::Link:
+            case ECall::Lock:
+            case ECall::Mark:
             case ECall::Remove:
                 return true;
             default:
@@ -295,6 +298,7 @@ TEST_P(ConsoleFaultsOnLimitedSystems, LeaveNothingBehind) {
     GetParam().prepare(m_folder);
     SSystem system;
     system.renamesWithoutReplacing = false;
+    system.vanishingFiles = false;
     Sweep(system);
 }
 
@@ -303,10 +307,18 @@ TEST_P(ConsoleFaultsOnLimitedSystems, LeaveNothingBehindWithoutLinks) {
     SSystem system;
     system.renamesWithoutReplacing = false;
     system.linksFiles = false;
+    system.vanishingFiles = false;
     Sweep(system);
 }
 
 INSTANTIATE_TEST_SUITE_P(Raw, ConsoleFaultsOnLimitedSystems, testing::ValuesIn(Raw()), NameOf);
+
+TEST_P(ConsoleFaultsOnLimitedSystems, LeaveNothingBehindWithoutVanishingFiles) {
+    GetParam().prepare(m_folder);
+    SSystem system;
+    system.vanishingFiles = false;
+    Sweep(system);
+}
 
 /// Interrupted and partial transfers are not failures.
 class InterruptedTransfers : public ConsoleFaults {};
