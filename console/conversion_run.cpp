@@ -7,6 +7,7 @@
 
 #include "console/console_operation.h"
 #include "console/messages.h"
+#include "files/leftovers.h"
 #include "files/native_file.h"
 #include "files/new_folders.h"
 #include "files/path.h"
@@ -66,6 +67,7 @@ private:
         job.input = input;
         try {
             job.output = OutputOf(input);
+            RemoveLeftovers(FolderOf(ResolveLink(job.output)));
             job.manner = m_options.force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
             RefuseOverwriting(job);
             const std::string warning = Convert(job);

@@ -115,7 +115,7 @@ private:
         CExtraction extraction(request, *image, std::move(files), operation);
         extraction.Check();
         extraction.Write();
-        extraction.Keep();
+        extraction.Commit();
         return count;
     }
 

@@ -12,6 +12,12 @@ namespace vantrel {
 /// Who else may open a file while it is open here. POSIX has no such restriction.
 enum class ESharing { Anyone, Readers, Nobody };
 
+enum class ELock {
+    Taken,
+    Refused,      ///< Another process has it.
+    Unsupported,  ///< The file system has no locks.
+};
+
 enum class EOpenMode {
     Read,            ///< An existing file, for reading.
     ReadWrite,       ///< An existing file, for reading and writing.
@@ -46,6 +52,9 @@ public:
     /// Renames a temporary file, which `path` was opened as, to `name` on the same file system. If `name` exists,
     /// replaces it atomically if `replace` is set, and fails otherwise.
     bool GiveName(const std::string& path, const std::string& name, bool replace);
+    /// Locks the file, opened for writing with ESharing::Readers or Nobody, until it is closed. On Windows, opening it
+    /// that way has done so.
+    ELock TakeLock();
     /// Detaches the file without closing it: it stays open with its sharing mode until the program ends.
     void LeaveOpen() { m_handle = -1; }
 
@@ -96,7 +105,8 @@ bool RemoveFile(const std::string& path);
 /// Removes a file that a temporary file of this or another process stayed as, unless that process still has it open.
 /// Without effect where the file system has no locks.
 void RemoveUnused(const std::string& path);
-/// Renames a file within its folder. If `to` exists, replaces it atomically if `replace` is set, and fails otherwise.
+/// Renames a file or a folder on its file system. If `to` exists, replaces it atomically if `replace` is set, and fails
+/// otherwise.
 bool RenameFile(const std::string& from, const std::string& to, bool replace);
 /// Makes a hard link. Fails if the file system does not support it or `added` exists.
 bool LinkFile(const std::string& existing, const std::string& added);

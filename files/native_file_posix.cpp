@@ -207,6 +207,13 @@ bool CNativeFile::CompleteWrites() {
     return complete;
 }
 
+ELock CNativeFile::TakeLock() {
+    if (Lock(Descriptor(m_handle))) {
+        return ELock::Taken;
+    }
+    return errno == EWOULDBLOCK ? ELock::Refused : ELock::Unsupported;
+}
+
 bool CNativeFile::FlushToDisk() {
     return ::fsync(Descriptor(m_handle)) == 0;
 }

@@ -127,6 +127,10 @@ bool CNativeFile::CompleteWrites() {
     return complete != FALSE;
 }
 
+ELock CNativeFile::TakeLock() {
+    return ELock::Taken;
+}
+
 bool CNativeFile::FlushToDisk() {
     return ::FlushFileBuffers(Handle(m_handle)) != FALSE;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "files/path.h"
 #include "files/temporary_path.h"
 
 namespace vantrel {
@@ -21,7 +22,8 @@ COutputFile::~COutputFile() {
     Abandon();
 }
 
-bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing sharing) {
+bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing sharing,
+                       const std::optional<std::string>& folder) {
     Abandon();
     m_manner = manner;
     m_sharing = sharing;
@@ -34,7 +36,7 @@ bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing s
         return m_file.Open(path, EOpenMode::CreateTruncate, sharing);
     }
     for (int attempt = 0; attempt < kTemporaryNameTries; ++attempt) {
-        const std::string temporary = TemporaryPathBeside(m_targetPath);
+        const std::string temporary = TemporaryPathIn(folder.value_or(FolderOf(m_targetPath)));
         if (m_file.OpenTemporary(temporary, sharing)) {
             m_temporaryPath = temporary;
             if (manner == EOutputManner::CommitReplace) {
@@ -194,21 +196,25 @@ bool COutputFile::Finish() {
 }
 
 bool COutputFile::Commit() {
-    if (!Finish()) {
-        Abandon();
-        return false;
-    }
-    if (m_temporaryPath.empty()) {
+    return CommitAs(m_targetPath, m_manner == EOutputManner::CommitReplace);
+}
+
+bool COutputFile::CommitAs(const std::string& path) {
+    return CommitAs(path, false);
+}
+
+bool COutputFile::CommitAs(const std::string& path, bool replace) {
+    const bool finished = Finish();
+    if (finished && m_temporaryPath.empty()) {
         return true;
     }
-    if (!m_file.GiveName(m_temporaryPath, m_targetPath, m_manner == EOutputManner::CommitReplace)) {
-        NoteFailure();
-        Abandon();
-        return false;
+    if (finished && (m_file.GiveName(m_temporaryPath, path, replace) || NoteFailure())) {
+        m_temporaryPath.clear();
+        m_file.Close();
+        return true;
     }
-    m_temporaryPath.clear();
-    m_file.Close();
-    return true;
+    Abandon();
+    return false;
 }
 
 void COutputFile::Abandon() {

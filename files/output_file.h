@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -26,8 +27,10 @@ public:
     /// Removes a transactional output that was not committed.
     ~COutputFile();
 
-    /// Creates the output. On failure, returns false with LastFileError() set.
-    bool Open(const std::string& path, EOutputManner manner, ESharing sharing = ESharing::Anyone);
+    /// Creates the output. A transactional one is created in `folder`, which ends in a separator, by default in that
+    /// of the target. On failure, returns false with LastFileError() set.
+    bool Open(const std::string& path, EOutputManner manner, ESharing sharing = ESharing::Anyone,
+              const std::optional<std::string>& folder = std::nullopt);
     bool IsOpen() const { return m_file.IsOpen(); }
 
     /// Writes at the current position and advances it. Returns false if not everything could be written; Problem() then
@@ -56,6 +59,9 @@ public:
     /// Finishes the output and gives it the target's name. Returns false if anything has failed since Open; the output is
     /// then removed unless it was written in place.
     bool Commit();
+    /// Commits a transactional output under the name `path`, which must not exist, instead of the target's. Messages
+    /// still name the target.
+    bool CommitAs(const std::string& path);
     /// Closes the output, and removes it if it is transactional.
     void Abandon();
     /// Detaches an output in place without closing it: it stays open with its sharing mode until the program ends.
@@ -74,6 +80,7 @@ private:
     bool PlaceZeros();
     bool ReachEnd();
     std::size_t CopyWithinSystem(CByteSource& source, std::int64_t position, std::size_t length);
+    bool CommitAs(const std::string& path, bool replace);
     void MoveOn(std::size_t count);
     bool NoteFailure();
 

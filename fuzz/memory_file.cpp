@@ -157,6 +157,10 @@ bool CNativeFile::CompleteWrites() {
     return true;
 }
 
+ELock CNativeFile::TakeLock() {
+    return ELock::Taken;
+}
+
 bool CNativeFile::FlushToDisk() {
     return true;
 }

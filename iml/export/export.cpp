@@ -51,9 +51,12 @@ public:
         }
     }
 
-    void WriteLayout(std::function<void(const SChecksum&)> beforeCommit = [](const SChecksum&) {}) {
+    void WriteLayout(
+        std::function<void(const SChecksum&)> beforeCommit = [](const SChecksum&) {},
+        CommitOutputs commit = CommitTogether) {
         SLayoutRequest layout;
         layout.beforeCommit = std::move(beforeCommit);
+        layout.commit = std::move(commit);
         layout.layoutPath = m_request.layoutPath;
         layout.folderText = m_request.folderText;
         layout.leadingSource = ResolveFileCase(m_request.imagePath);
@@ -68,8 +71,14 @@ public:
         extraction.Check();
         CheckSectors();
         extraction.Write();
-        WriteLayout([&](const SChecksum& layout) { WriteGaps(layout, extraction); });
-        extraction.Keep();
+        const auto commitAll = [&extraction](std::span<COutputFile* const> outputs, std::string& /*problem*/) {
+            for (COutputFile* output : outputs) {
+                extraction.Add(*output);
+            }
+            extraction.Commit();
+            return true;
+        };
+        WriteLayout([&](const SChecksum& layout) { WriteGaps(layout, extraction); }, commitAll);
     }
 
 private:
@@ -133,7 +142,7 @@ private:
         if (!complete) {
             m_operation.Fail(Format("Cannot read all of %s", m_request.imagePath.c_str()));
         }
-        extraction.Commit(output);
+        extraction.Add(output);
     }
 
     const SExportRequest& m_request;

@@ -4,15 +4,19 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "files/checksum.h"
+#include "files/commit_together.h"
 #include "files/output_file.h"
 #include "iml/export/local_time.h"
 #include "iml/export/walker.h"
 #include "operation/operation.h"
 
 namespace vantrel {
+
+using CommitOutputs = std::function<bool(std::span<COutputFile* const> outputs, std::string& problem)>;
 
 struct SLayoutRequest {
     std::string layoutPath;  ///< The ".iml" file.
@@ -26,6 +30,8 @@ struct SLayoutRequest {
     std::function<SLayoutTime()> clock = LayoutTimeNow;
     /// Called with the checksum of the finished layout, before it gets its name.
     std::function<void(const SChecksum& layout)> beforeCommit = [](const SChecksum&) {};
+    /// Gives both files their names.
+    CommitOutputs commit = CommitTogether;
 };
 
 /// The folder that the path field puts before every path: its text without drive, and without the part behind the last
