@@ -82,6 +82,7 @@ public:
         request.manner = job.manner;
         if (m_extract) {
             request.extractionFolder = ExtractionFolder(job);
+            RefuseUsedFolder(job, *request.extractionFolder);
             request.existsHint = "; -f replaces it";
         }
         ExportImage(request, operation);
@@ -114,6 +115,13 @@ private:
             throw CRefused(gaps +
                            " of an earlier export would not belong to the new layout; use --extract again, "
                            "or delete it");
+        }
+    }
+
+    /// A folder that was named for the files and holds others.
+    void RefuseUsedFolder(const SConversionJob& job, const std::string& folder) const {
+        if (!m_extract->empty() && job.manner == EOutputManner::CommitNew && !ListFolder(folder).empty()) {
+            throw CRefused(folder + " exists already; -f adds the files to it and replaces those that exist");
         }
     }
 
