@@ -22,9 +22,13 @@ struct SConversionOptions {
     std::string output;
     std::string outputFolder;
     bool force = false;
+    bool sync = false;
     bool quiet = false;
     bool keepGoing = false;
 };
+
+/// How outputs are written with --force and --sync.
+EOutputManner MannerOf(bool force, bool sync);
 
 class CConversionCommand : public CCommand {
 public:

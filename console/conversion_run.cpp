@@ -68,7 +68,7 @@ private:
         try {
             job.output = OutputOf(input);
             RemoveLeftovers(FolderOf(ResolveLink(job.output)));
-            job.manner = m_options.force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
+            job.manner = MannerOf(m_options.force, m_options.sync);
             RefuseOverwriting(job);
             const std::string warning = Convert(job);
             if (warning.empty()) {

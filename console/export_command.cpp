@@ -120,7 +120,7 @@ private:
 
     /// A folder that was named for the files and holds others.
     void RefuseUsedFolder(const SConversionJob& job, const std::string& folder) const {
-        if (!m_extract->empty() && job.manner == EOutputManner::CommitNew && !ListFolder(folder).empty()) {
+        if (!m_extract->empty() && !Replaces(job.manner) && !ListFolder(folder).empty()) {
             throw CRefused(folder + " exists already; -f adds the files to it and replaces those that exist");
         }
     }

@@ -51,7 +51,7 @@ bool CJointCommit::Add(COutputFile& output) {
         m_problem = output.Commit() ? "" : output.Problem();
         return m_problem.empty();
     }
-    m_replaces = m_replaces || output.Manner() == EOutputManner::CommitReplace;
+    m_replaces = m_replaces || Replaces(output.Manner());
     CStaging* const staging = StagingOf(output.TargetPath());
     return staging != nullptr && Note(*staging, staging->MakeFolders(output.TargetPath()) && staging->Add(output));
 }

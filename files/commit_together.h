@@ -15,8 +15,8 @@ namespace vantrel {
 /// the object's life. Each call that returns false leaves its cause in Problem().
 class CJointCommit {
 public:
-    /// Lets outputs wait in a folder within `base`, which ends in a separator or is empty. Outputs that are not below it
-    /// wait in folders of their own.
+    /// Lets outputs wait in a folder within `base`, which ends in a separator or is empty. Outputs that are not below
+    /// it wait in folders of their own.
     bool Open(const std::string& base);
     /// Makes the folders in which an output for `target` waits and returns its place; empty on failure.
     std::string PlaceFor(const std::string& target);

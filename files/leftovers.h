@@ -1,6 +1,6 @@
-// What a killed process leaves: temporary files where the system keeps them, and folders of outputs that get their names
-// together. The next run in that folder removes them, or finishes what was complete. What a living process holds is
-// locked and stays.
+// What a killed process leaves: temporary files where the system keeps them, and folders of outputs that get their
+// names together. The next run in that folder removes them, or finishes what was complete. What a living process holds
+// is locked and stays.
 #pragma once
 
 #include <string>

@@ -36,9 +36,9 @@ public:
     /// Opens `path`, which must not be a folder. On failure, returns false with LastFileError() set.
     bool Open(const std::string& path, EOpenMode mode, ESharing sharing);
     /// Creates a temporary file for writing and reading in the folder of `path`, which must not exist. It disappears
-    /// when it is closed, even if the process is killed, unless GiveName gives it a name. Linux files have no name until
-    /// then, Windows files are at `path`. If the file system does not support that, it is an ordinary file at `path`,
-    /// which RemoveUnused does not remove while it is open here; see StaysWhenClosed.
+    /// when it is closed, even if the process is killed, unless GiveName gives it a name. Linux files have no name
+    /// until then, Windows files are at `path`. If the file system does not support that, it is an ordinary file at
+    /// `path`, which RemoveUnused does not remove while it is open here; see StaysWhenClosed.
     bool OpenTemporary(const std::string& path, ESharing sharing);
     /// Whether a temporary file remains at its path when it is closed.
     bool StaysWhenClosed() const { return m_temporary == ETemporary::Staying; }

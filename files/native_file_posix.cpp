@@ -219,9 +219,8 @@ bool CNativeFile::FlushToDisk() {
 }
 
 bool CNativeFile::GiveName(const std::string& path, const std::string& name, bool replace) {
-    const bool named = m_temporary == ETemporary::Vanishing
-                           ? LinkUnnamed(Descriptor(m_handle), path, name, replace)
-                           : RenameFile(path, name, replace);
+    const bool named = m_temporary == ETemporary::Vanishing ? LinkUnnamed(Descriptor(m_handle), path, name, replace)
+                                                            : RenameFile(path, name, replace);
     m_temporary = named ? ETemporary::No : m_temporary;
     return named;
 }

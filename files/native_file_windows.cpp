@@ -300,10 +300,9 @@ bool RemoveFolder(const std::string& path) {
 }
 
 bool FlushFolder(const std::string& path) {
-    const HANDLE handle =
-        ::CreateFileW(path.empty() ? L"." : WideOf(path).c_str(), GENERIC_WRITE,
-                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    const HANDLE handle = ::CreateFileW(path.empty() ? L"." : WideOf(path).c_str(), GENERIC_WRITE,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                        FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return ::GetLastError() == ERROR_ACCESS_DENIED;  // some file systems open no folders
     }

@@ -27,7 +27,8 @@ bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing s
     Abandon();
     m_manner = manner;
     m_sharing = sharing;
-    m_targetPath = manner == EOutputManner::CommitReplace ? ResolveLink(path) : path;
+    m_targetPath = Replaces(manner) ? ResolveLink(path) : path;
+    m_flushes = IsFlushed(manner) || (Replaces(manner) && FileKindOf(m_targetPath) != EFileKind::Missing);
     m_problem.clear();
     m_position = 0;
     m_writtenEnd = 0;
@@ -39,7 +40,7 @@ bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing s
         const std::string temporary = TemporaryPathIn(folder.value_or(FolderOf(m_targetPath)));
         if (m_file.OpenTemporary(temporary, sharing)) {
             m_temporaryPath = temporary;
-            if (manner == EOutputManner::CommitReplace) {
+            if (Replaces(manner)) {
                 m_file.TakeModeOf(m_targetPath);
             }
             return true;
@@ -186,7 +187,8 @@ bool COutputFile::ReachEnd() {
 bool COutputFile::Finish() {
     if (m_file.IsOpen() && !m_isFinished) {
         const bool isInPlace = m_manner == EOutputManner::InPlace;
-        if (!Flush() || !ReachEnd() || !(isInPlace ? m_file.Close() : m_file.CompleteWrites())) {
+        if (!Flush() || !ReachEnd() || (m_flushes && !m_file.FlushToDisk()) ||
+            !(isInPlace ? m_file.Close() : m_file.CompleteWrites())) {
             NoteFailure();
         }
         m_unplacedZeros = 0;
@@ -196,7 +198,12 @@ bool COutputFile::Finish() {
 }
 
 bool COutputFile::Commit() {
-    return CommitAs(m_targetPath, m_manner == EOutputManner::CommitReplace);
+    if (!CommitAs(m_targetPath, Replaces(m_manner))) {
+        return false;
+    }
+    // If that fails after a file was replaced, a power cut may bring the older one back, which is no loss.
+    const bool isFlushed = !m_flushes || FlushFolder(FolderOf(m_targetPath)) || !IsFlushed(m_manner);
+    return isFlushed || NoteFailure();
 }
 
 bool COutputFile::CommitAs(const std::string& path) {

@@ -17,7 +17,19 @@ enum class EOutputManner {
     InPlace,        ///< Creates or truncates the target and writes it unbuffered.
     CommitNew,      ///< Writes a temporary file, which Commit gives the target's name, or fails if the target exists.
     CommitReplace,  ///< The same, but Commit replaces an existing target, whose permissions stay; follows links.
+    CommitNewFlushed,      ///< Like CommitNew; everything is written to the disk, the content before the name.
+    CommitReplaceFlushed,  ///< The same for CommitReplace, which does so only if it replaces a file.
 };
+
+/// Whether an existing target is replaced instead of refused.
+constexpr bool Replaces(EOutputManner manner) {
+    return manner == EOutputManner::CommitReplace || manner == EOutputManner::CommitReplaceFlushed;
+}
+
+/// Whether everything is written to the disk, even if nothing is replaced.
+constexpr bool IsFlushed(EOutputManner manner) {
+    return manner == EOutputManner::CommitNewFlushed || manner == EOutputManner::CommitReplaceFlushed;
+}
 
 class COutputFile {
 public:
@@ -56,8 +68,8 @@ public:
 
     /// Writes all data, so that only naming the file remains. Returns false if anything has failed since Open.
     bool Finish();
-    /// Finishes the output and gives it the target's name. Returns false if anything has failed since Open; the output is
-    /// then removed unless it was written in place.
+    /// Finishes the output and gives it the target's name. Returns false if anything has failed since Open; the output
+    /// is then removed unless it was written in place.
     bool Commit();
     /// Commits a transactional output under the name `path`, which must not exist, instead of the target's. Messages
     /// still name the target.
@@ -70,6 +82,8 @@ public:
     /// Whether writing, seeking or committing has failed since Open.
     bool HasFailed() const { return !m_problem.empty(); }
     EOutputManner Manner() const { return m_manner; }
+    /// Whether everything is written to the disk.
+    bool Flushes() const { return m_flushes; }
     /// The path of the target, not of the temporary file. If a link is replaced, the path of the file behind it.
     const std::string& TargetPath() const { return m_targetPath; }
     /// The first failure as a text with the target and the cause; empty if there was none.
@@ -90,6 +104,7 @@ private:
     std::string m_targetPath;
     std::string m_temporaryPath;
     bool m_isFinished = false;
+    bool m_flushes = false;
     std::string m_problem;
     std::vector<std::uint8_t> m_pending;
     std::int64_t m_position = 0;

@@ -91,19 +91,46 @@ bool CStaging::MakeFolders(const std::string& target) {
 }
 
 bool CStaging::Add(COutputFile& output) {
+    m_flushes = m_flushes || output.Flushes();
     if (output.CommitAs(PlaceOf(output.TargetPath()))) {
+        m_folders.insert(FolderOf(output.TargetPath()));
         return true;
     }
     m_problem = output.Problem();
     return false;
 }
 
+/// Writes the names of the waiting outputs to the disk, in their folders and those above.
+bool CStaging::FlushFolders() {
+    std::set<std::string> places = {m_base, m_path, m_path + WithSeparator(kStagedFolder)};
+    for (const std::string& folder : m_folders) {
+        for (std::string place = PlaceOf(folder); place.size() > m_path.size();
+             place = FolderOf(place.substr(0, place.size() - 1))) {
+            places.insert(place);
+        }
+    }
+    return std::all_of(places.begin(), places.end(), FlushFolder) || Fail("Cannot write the folder " + m_path);
+}
+
 bool CStaging::Commit(bool replace) {
+    if (m_flushes && !FlushFolders()) {
+        return false;
+    }
     const std::string complete = m_path + kCompleteFolder;
     if (!RenameFile(m_path + kStagedFolder, complete, false)) {
         return Fail("Cannot rename " + m_path + kStagedFolder);
     }
-    return MoveAll(WithSeparator(complete), m_base, replace);
+    if (m_flushes && !FlushFolder(m_path)) {
+        return Fail("Cannot write the folder " + m_path);
+    }
+    if (!MoveAll(WithSeparator(complete), m_base, replace)) {
+        return false;
+    }
+    if (m_flushes) {
+        // If that fails, the next run moves the outputs again after a power cut.
+        std::for_each(m_folders.begin(), m_folders.end(), FlushFolder);
+    }
+    return true;
 }
 
 bool CStaging::MoveAll(const std::string& from, const std::string& to, bool replace) {

@@ -6,6 +6,7 @@
 // replaced files, "old-0" and so on.
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,6 +56,7 @@ private:
         std::string older;
     };
 
+    bool FlushFolders();
     bool MoveAll(const std::string& from, const std::string& to, bool replace);
     bool Move(const std::string& from, const std::string& to, bool replace);
     bool KeepOlder(const std::string& target, const std::string& older);
@@ -64,7 +66,9 @@ private:
     std::string m_base;
     std::string m_path;  ///< With its closing separator; empty if there is no folder.
     CNativeFile m_lock;
-    std::string m_lastFolder;  ///< The folder that MakeFolders made last.
+    std::string m_lastFolder;         ///< The folder that MakeFolders made last.
+    bool m_flushes = false;           ///< Whether an output does.
+    std::set<std::string> m_folders;  ///< Those with outputs.
     std::vector<SGiven> m_given;
     std::string m_problem;
 };

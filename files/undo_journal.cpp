@@ -229,8 +229,9 @@ bool CUndoJournal::Restore(CNativeFile& file) {
     }
     const std::int64_t length = ReadLength();
     if (length >= 0 && !Belongs(file, length, FindChanges())) {
-        throw CRefused(m_path + ": " + m_journalPath +
-                       " of an interrupted change does not belong to this file; delete it if the file is as it should be");
+        throw CRefused(
+            m_path + ": " + m_journalPath +
+            " of an interrupted change does not belong to this file; delete it if the file is as it should be");
     }
     return Undo(file);
 }

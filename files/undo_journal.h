@@ -3,8 +3,8 @@
 //
 // The first part is the old length of the file. Each further part is a changed run of sectors: its position, the length
 // and the checksums of its new content, by which Restore recognises a file that has since been replaced, and its old
-// bytes. The length of a part stands before it, its CRC-32 behind it. What a power cut destroyed of the journal's end was
-// not yet changed in the file.
+// bytes. The length of a part stands before it, its CRC-32 behind it. What a power cut destroyed of the journal's end
+// was not yet changed in the file.
 #pragma once
 
 #include <cstdint>
@@ -31,8 +31,8 @@ public:
     /// Creates the journal of a file with this length in bytes. The calls that return false leave their cause in
     /// LastFileError().
     bool Create(std::int64_t length);
-    /// Adds a change at a position that is a multiple of kDiskSector: `older` is what the file holds there, shorter than
-    /// `newer` at its end.
+    /// Adds a change at a position that is a multiple of kDiskSector: `older` is what the file holds there, shorter
+    /// than `newer` at its end.
     bool Add(std::int64_t position, std::span<const std::uint8_t> older, std::span<const std::uint8_t> newer);
     /// Writes everything added to the disk, so that the file may be changed.
     bool Flush();
@@ -50,7 +50,7 @@ private:
         std::int64_t position = 0;
         std::vector<std::uint8_t> older;
         std::size_t newLength = 0;
-        std::uint32_t oldPartSum = 0;         ///< of the new content's last sector up to the old length
+        std::uint32_t oldPartSum = 0;        ///< of the new content's last sector up to the old length
         std::vector<std::uint32_t> newSums;  ///< CRC-32 of each new sector
     };
 

@@ -35,7 +35,8 @@ bool CUpdateFile::Open(const std::string& path, EUpdateManner manner) {
     }
     if (manner == EUpdateManner::ReadOnly && m_journal->Exists()) {
         m_file.Close();
-        throw CRefused(path + ": a change of this file was interrupted; run a command that changes it to undo that first");
+        throw CRefused(path +
+                       ": a change of this file was interrupted; run a command that changes it to undo that first");
     }
     m_oldSize = CanUndo() && !OpenRestored() ? -1 : m_file.Size();
     m_size = m_oldSize;
@@ -147,12 +148,10 @@ bool CUpdateFile::Collect(std::span<const std::uint8_t> bytes) {
 
 bool CUpdateFile::AddToJournal(std::int64_t position, std::span<const std::uint8_t> content) {
     const std::int64_t size = m_file.Size();
-    const std::int64_t length =
-        std::clamp<std::int64_t>(size - position, 0, static_cast<std::int64_t>(content.size()));
+    const std::int64_t length = std::clamp<std::int64_t>(size - position, 0, static_cast<std::int64_t>(content.size()));
     std::vector<std::uint8_t> older(static_cast<std::size_t>(length));
     bool failed = size < 0 || !m_file.Seek(position);
-    return !failed && m_file.Read(older, failed) == older.size() && !failed &&
-           m_journal->Add(position, older, content);
+    return !failed && m_file.Read(older, failed) == older.size() && !failed && m_journal->Add(position, older, content);
 }
 
 /// Writes the collected sectors, after what they replace is on the disk.
@@ -209,7 +208,8 @@ bool CUpdateFile::CommitChange() {
         return false;
     }
     const bool isChanged = m_journal->IsBegun();
-    return !isChanged || ((m_file.FlushToDisk() && m_file.CompleteWrites() && m_journal->Remove()) || NoteWriteFailure());
+    return !isChanged ||
+           ((m_file.FlushToDisk() && m_file.CompleteWrites() && m_journal->Remove()) || NoteWriteFailure());
 }
 
 bool CUpdateFile::Commit() {

@@ -29,7 +29,8 @@ public:
     ~CUpdateFile() override;
 
     /// Opens an existing file, and undoes an interrupted change first unless the file is changed in place. On failure,
-    /// returns false with LastFileError() set. Throws CRefused if the change cannot be undone, or must not: to read only.
+    /// returns false with LastFileError() set. Throws CRefused if the change cannot be undone, or must not: to read
+    /// only.
     bool Open(const std::string& path, EUpdateManner manner);
     /// Whether Open has undone an interrupted change.
     bool WasRestored() const { return m_wasRestored; }
@@ -83,7 +84,7 @@ private:
     std::string m_writeProblem;
     mutable std::string m_readProblem;
     std::int64_t m_position = 0;
-    std::int64_t m_size = 0;     ///< With the collected sectors.
+    std::int64_t m_size = 0;  ///< With the collected sectors.
     std::int64_t m_oldSize = 0;
     bool m_wasRestored = false;
     Sectors m_collected;

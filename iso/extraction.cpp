@@ -89,7 +89,7 @@ void CExtraction::CheckTargets() {
         if (IsSameFile(target, m_request.imagePath)) {
             m_operation.Fail(Format("\"%s\" cannot be extracted: %s is the image", file.path.c_str(), target.c_str()));
         }
-        if (m_request.manner == EOutputManner::CommitNew) {
+        if (!Replaces(m_request.manner)) {
             m_operation.Fail(Format("%s exists already%s", target.c_str(), m_request.existsHint.c_str()));
         }
     }

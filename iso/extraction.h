@@ -37,9 +37,10 @@ public:
     CExtraction(const CExtraction&) = delete;
     CExtraction& operator=(const CExtraction&) = delete;
 
-    /// Removes what a killed process left in the folder, or finishes it. Fails for names that leave the folder or that the file system cannot hold; files that clash with each other (on
-    /// a disk that ignores case, also files that differ in case only) or with other outputs; existing files unless they
-    /// are to be replaced; and files that reach beyond the image. Writes nothing.
+    /// Removes what a killed process left in the folder, or finishes it. Fails for names that leave the folder or that
+    /// the file system cannot hold; files that clash with each other (on a disk that ignores case, also files that
+    /// differ in case only) or with other outputs; existing files unless they are to be replaced; and files that reach
+    /// beyond the image. Writes nothing.
     void Check();
     /// Writes all files, one unit of progress each.
     void Write();

@@ -174,8 +174,8 @@ BOOL WINAPI WatchedSetFileInformation(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kin
         ::SetLastError(ERROR_INVALID_FUNCTION);
         return FALSE;
     }
-    const bool fails = kind == FileRenameInfo ? FailsAt(WideOf(NameIn(data)).c_str(), ECall::Rename)
-                                              : FailsOn(file, ECall::Mark);
+    const bool fails =
+        kind == FileRenameInfo ? FailsAt(WideOf(NameIn(data)).c_str(), ECall::Rename) : FailsOn(file, ECall::Mark);
     return fails ? FALSE : __real___imp_SetFileInformationByHandle(file, kind, data, length);
 }
 
@@ -249,7 +249,8 @@ decltype(&CreateDirectoryW) __wrap___imp_CreateDirectoryW = vantrel::test::Watch
 decltype(&RemoveDirectoryW) __wrap___imp_RemoveDirectoryW = vantrel::test::WatchedRemoveDirectory;
 decltype(&FindFirstFileW) __wrap___imp_FindFirstFileW = vantrel::test::WatchedFindFirstFile;
 decltype(&FindNextFileW) __wrap___imp_FindNextFileW = vantrel::test::WatchedFindNextFile;
-decltype(&SetFileInformationByHandle) __wrap___imp_SetFileInformationByHandle = vantrel::test::WatchedSetFileInformation;
+decltype(&SetFileInformationByHandle) __wrap___imp_SetFileInformationByHandle =
+    vantrel::test::WatchedSetFileInformation;
 decltype(&DuplicateHandle) __wrap___imp_DuplicateHandle = vantrel::test::WatchedDuplicateHandle;
 decltype(&FlushFileBuffers) __wrap___imp_FlushFileBuffers = vantrel::test::WatchedFlushFileBuffers;
 decltype(&FindClose) __wrap___imp_FindClose = vantrel::test::WatchedFindClose;
