@@ -12,17 +12,12 @@ namespace vantrel {
 
 namespace {
 
-/// The volume space size counts only in an image that is marked as ISO 9660 (ECMA-119 8.4.2).
 void NotifyIfTruncated(const SCompressionRequest& request, CCheckedInput& image, COperation& operation) {
     const SPrimaryVolumeDescriptor volume = ReadPrimaryVolume(image);
-    const std::int64_t volumeSectors = volume.volumeSpaceSize.Value();
-    const std::int64_t size = image.SizeOrFail();
+    const std::string notice = TruncationNotice(request.imagePath, image.SizeOrFail(), volume);
     image.FailIfUnread();
-    if (std::ranges::equal(volume.standardIdentifier, std::string_view("CD001")) &&
-        size < volumeSectors * kSectorSize) {
-        operation.Notify(Format("%s is truncated: it has %lld sectors, its volume descriptor says %lld\n",
-                                request.imagePath.c_str(), static_cast<long long>(size / kSectorSize),
-                                static_cast<long long>(volumeSectors)));
+    if (!notice.empty()) {
+        operation.Notify(notice);
     }
 }
 

@@ -159,6 +159,11 @@ private:
         const std::vector<CLI::App*> called = m_app.get_subcommands();
         const CLI::App& app = called.empty() ? m_app : *called.front();
         const std::vector<std::string> unread = app.remaining(true);
+        if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+            const std::string text = error.what();
+            const std::string problem = text.ends_with("missing") ? ": needs a value" : ": may be given only once";
+            return text.substr(0, text.find(':')) + problem;
+        }
         if (unread.empty() || !unread.front().starts_with('-')) {
             return error.what();
         }

@@ -42,6 +42,8 @@ public:
 
     /// The name of the main output for the name of an input; empty if the command changes its input in place.
     virtual std::string OutputName(const std::string& /*inputName*/) const { return {}; }
+    /// Paths of the files that the command reads for an input besides those that the content of the input names.
+    virtual std::vector<std::string> FurtherInputs(const std::string& /*input*/) const { return {}; }
     /// Paths of the further outputs for the path of the main one.
     virtual std::vector<std::string> Companions(const std::string& /*output*/) const { return {}; }
     virtual void Convert(const SConversionJob& job, COperation& operation) const = 0;

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <set>
 
+#include "console/command_input.h"
 #include "console/console_operation.h"
 #include "console/messages.h"
 #include "files/leftovers.h"
@@ -26,11 +27,6 @@ struct STally {
     std::int64_t bytesIn = 0;
     std::int64_t bytesOut = 0;
 };
-
-/// Length of a file for the summary; 0 if it is unknown.
-std::int64_t SizeOf(const std::string& path) {
-    return std::max<std::int64_t>(FileSizeOf(path), 0);
-}
 
 /// "12345 bytes"
 std::string LengthText(const std::string& path) {
@@ -69,8 +65,9 @@ private:
             job.output = OutputOf(input);
             RemoveLeftovers(FolderOf(ResolveLink(job.output)));
             job.manner = MannerOf(m_options.force, m_options.sync);
-            RefuseOverwriting(job);
-            const std::string warning = Convert(job);
+            const SCommandInput read = InputOf(input, m_command.FurtherInputs(input));
+            RefuseOverwriting(job, read.files);
+            const std::string warning = Convert(job, read.bytes);
             if (warning.empty()) {
                 ++m_tally.converted;
             } else {
@@ -84,14 +81,13 @@ private:
     }
 
     /// Returns what the output lacks of the input; empty if nothing.
-    std::string Convert(const SConversionJob& job) {
-        const std::int64_t size = SizeOf(job.input);
-        CProgressLine progress(!m_options.quiet && CanDrawProgress(), FileNameOf(job.input), size);
+    std::string Convert(const SConversionJob& job, std::int64_t bytesIn) {
+        CProgressLine progress(!m_options.quiet && CanDrawProgress(), FileNameOf(job.input), bytesIn);
         CConsoleOperation operation(progress);
         m_command.Convert(job, operation);
         progress.Clear();
-        m_tally.bytesIn += size;
-        m_tally.bytesOut += SizeOf(job.output);
+        m_tally.bytesIn += bytesIn;
+        m_tally.bytesOut += std::max<std::int64_t>(FileSizeOf(job.output), 0);
         m_written.insert(job.output);
         if (!m_options.quiet) {
             PrintResult(job, operation);
@@ -113,7 +109,8 @@ private:
 
     bool IsInPlace(const SConversionJob& job) const { return m_command.OutputName(FileNameOf(job.input)).empty(); }
 
-    void RefuseOverwriting(const SConversionJob& job) const {
+    /// `inputs` are the files that this job reads.
+    void RefuseOverwriting(const SConversionJob& job, const std::vector<std::string>& inputs) const {
         if (IsInPlace(job)) {
             return;
         }
@@ -124,8 +121,14 @@ private:
             if (kind == EFileKind::Missing) {
                 continue;
             }
-            if (IsSameFile(job.input, output)) {
-                throw CRefused(job.input + ": the output would be the input itself");
+            for (const std::string& input : inputs) {
+                if (IsSameFile(input, output)) {
+                    throw CRefused(input + ": the output would be " +
+                                   (input == job.input ? "the input itself" : "a file of the input"));
+                }
+            }
+            if (std::find(m_options.files.begin(), m_options.files.end(), output) != m_options.files.end()) {
+                throw CRefused(job.input + ": the output would be " + output + ", another input");
             }
             if (kind != EFileKind::File) {
                 throw CRefused(output + " exists and is not a file");

@@ -50,6 +50,8 @@ public:
                                 "Also write the listed files below this folder (by default that of --path, or else "
                                 "the layout's)",
                                 FolderProblem);
+        options.AddFlag("--no-dates", m_noDates,
+                        "Give the extracted files the current date instead of the recorded one");
     }
 
     std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".iml"); }
@@ -83,6 +85,7 @@ public:
         if (m_extract) {
             request.extractionFolder = ExtractionFolder(job);
             RefuseUsedFolder(job, *request.extractionFolder);
+            request.keepDates = !m_noDates;
             request.existsHint = "; -f replaces it";
         }
         ExportImage(request, operation);
@@ -143,6 +146,7 @@ private:
 
     std::string m_path;
     std::optional<std::string> m_extract;
+    bool m_noDates = false;
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <span>
 #include <sstream>
 
+#include "console/command_input.h"
 #include "console/commands.h"
 #include "console/console_operation.h"
 #include "console/conversion_command.h"
@@ -14,7 +15,7 @@
 #include "files/path.h"
 #include "files/refused.h"
 #include "image/image_source.h"
-#include "iso/contents.h"
+#include "image/inspect/file_report.h"
 #include "iso/extraction.h"
 #include "iso/iso9660.h"
 
@@ -62,7 +63,8 @@ public:
     CExtractCommand()
         : CCommand({"extract", "Extract files from an image",
                     "PATH names a file or a folder of the image, in upper or lower case; * and ? stand "
-                    "for any characters and for one. A failed extraction leaves nothing behind.\n"
+                    "for any characters and for one. A failed extraction leaves nothing behind. Of a CUE sheet, the "
+                    "first data track is read; if there are others, they are named and the exit status is 1.\n"
                     "Examples:\n  vantrel extract game.cso -C game\n"
                     "  vantrel extract game.iso SYSTEM.CNF PSP_GAME/SYSDIR\n"
                     "  vantrel extract game.iso --stdout SYSTEM.CNF"}) {}
@@ -86,11 +88,16 @@ public:
                 WriteToOutput();
                 return EExit::Done;
             }
-            const std::size_t count = Extract();
+            const SCommandInput input = InputOf(m_file);
+            const std::size_t count = Extract(input);
             if (!m_quiet) {
-                PrintResults(Shown(m_file, EStream::Output) + ": " + std::to_string(count) + " files extracted\n");
+                const char* const noun = count == 1 ? " file" : " files";
+                PrintResults(Shown(m_file, EStream::Output) + ": " + std::to_string(count) + noun + " extracted\n");
             }
-            return EExit::Done;
+            for (const std::string& text : input.unread) {
+                PrintError(Name(), m_file, text);
+            }
+            return input.unread.empty() ? EExit::Done : EExit::Failed;
         } catch (const CConversionFailed& failure) {
             PrintError(Name(), m_file, FailureText(failure));
         } catch (const CRefused& refusal) {
@@ -101,32 +108,41 @@ public:
 
 private:
     /// Returns the number of files.
-    std::size_t Extract() const {
+    std::size_t Extract(const SCommandInput& input) const {
         const std::unique_ptr<CImageSource> image = OpenImage(m_file);
-        const SContents contents = ReadContents(*image);
-        RefuseDamaged(*image, m_file);
-        std::vector<SExtractedFile> files = Choose(contents.files);
+        std::vector<SExtractedFile> files = Choose(ContentsOf(*image, m_file).files);
         const std::size_t count = files.size();
         SExtractionRequest request;
         request.imagePath = m_file;
+        request.inputs = input.files;
         request.folder = WithSeparator(m_folder);
         request.manner = MannerOf(m_force, m_sync);
         request.existsHint = "; -f replaces it";
         CProgressLine progress(!m_quiet && CanDrawProgress(), FileNameOf(m_file), image->Size());
         CConsoleOperation operation(progress);
-        CExtraction extraction(request, *image, std::move(files), operation);
-        extraction.Check();
-        extraction.Write();
-        extraction.Commit();
+        try {
+            CExtraction extraction(request, *image, std::move(files), operation);
+            extraction.Check();
+            extraction.Write();
+            extraction.Commit();
+        } catch (const CConversionFailed& failure) {
+            ThrowWithDamage(failure, *image);
+        }
         return count;
+    }
+
+    /// Adds the cause if a damaged block ended a read.
+    [[noreturn]] static void ThrowWithDamage(const CConversionFailed& failure, const CImageSource& image) {
+        const bool isKnown = image.Fault().empty() || !failure.Cause().empty();
+        throw CConversionFailed(
+            failure.what(),
+            isKnown ? failure.Cause() : std::string("damaged ") + image.BlockNoun() + ": " + image.Fault());
     }
 
     /// Writes the one chosen file to stdout.
     void WriteToOutput() const {
         const std::unique_ptr<CImageSource> image = OpenImage(m_file);
-        const SContents contents = ReadContents(*image);
-        RefuseDamaged(*image, m_file);
-        const std::vector<SExtractedFile> files = Choose(contents.files);
+        const std::vector<SExtractedFile> files = Choose(ContentsOf(*image, m_file).files);
         if (files.size() != 1) {
             throw CRefused(m_file + ": " + std::to_string(files.size()) + " files were chosen; --stdout writes one");
         }

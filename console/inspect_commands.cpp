@@ -2,13 +2,13 @@
 #include <cstdio>
 #include <optional>
 
+#include "console/command_input.h"
 #include "console/commands.h"
 #include "console/console_operation.h"
 #include "console/interrupt.h"
 #include "console/messages.h"
 #include "console/option_set.h"
 #include "console/report_text.h"
-#include "files/native_file.h"
 #include "files/path.h"
 #include "files/refused.h"
 #include "image/inspect/file_report.h"
@@ -99,7 +99,7 @@ public:
 
 private:
     CReport Inspect(const std::string& file) const override {
-        CProgressLine progress(CanDrawProgress(), FileNameOf(file), FileSizeOf(file));
+        CProgressLine progress(CanDrawProgress(), FileNameOf(file), InputOf(file).bytes);
         CConsoleOperation operation(progress);
         return m_against.empty() ? VerifyFile(file, operation, {Dat(), m_filesFolder})
                                  : CompareImages(file, m_against, operation);

@@ -38,6 +38,10 @@ public:
 
     std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".iso"); }
 
+    std::vector<std::string> FurtherInputs(const std::string& input) const override {
+        return {FindLeadingStructures(input), GapsOf(input)};
+    }
+
     void Convert(const SConversionJob& job, COperation& operation) const override {
         SRebuildRequest request;
         request.layoutPath = job.input;
@@ -47,11 +51,13 @@ public:
         request.strict = true;
         request.filesFolder = FilesFolder(job.input);
         request.exact = m_exact;
-        request.gapsPath = ResolveFileCase(GapPathOf(job.input));
+        request.gapsPath = GapsOf(job.input);
         RebuildImage(request, operation);
     }
 
 private:
+    static std::string GapsOf(const std::string& layout) { return ResolveFileCase(GapPathOf(layout)); }
+
     std::string FilesFolder(const std::string& layout) const {
         if (!m_filesFolder.empty()) {
             return WithSeparator(m_filesFolder);

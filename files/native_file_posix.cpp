@@ -32,7 +32,7 @@ int Descriptor(std::intptr_t handle) {
 int OpenFlags(EOpenMode mode) {
     switch (mode) {
         case EOpenMode::Read:
-            return O_RDONLY;
+            return O_RDONLY | O_NONBLOCK;  // opening a pipe that nobody writes to would wait forever
         case EOpenMode::ReadWrite:
             return O_RDWR;
         case EOpenMode::CreateTruncate:

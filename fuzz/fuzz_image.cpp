@@ -64,7 +64,8 @@ void Extract(const Bytes& image) {
         std::replace(path.begin(), path.end(), '/', '\\');
         files.push_back({found.extents, path});
     }
-    const SExtractionRequest request = {kImage, std::string(kFolder) + "files/", EOutputManner::CommitNew, {}, {}};
+    const SExtractionRequest request = {kImage, {kImage}, std::string(kFolder) + "files/", EOutputManner::CommitNew,
+                                        {},     {}};
     CSilentOperation operation;
     const bool completed = CompletesOrLeavesNothing([&] {
         CExtraction extraction(request, file, files, operation);

@@ -20,6 +20,7 @@ namespace vantrel::fuzz {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_view_literals;
 using test::CTestFolder;
 using test::EImageKind;
 using test::SImageDescription;
@@ -210,6 +211,40 @@ void MakeBinSeeds() {
     WriteSeed("bin", "sheet", Bytes(sheet.begin(), sheet.end()));
 }
 
+/// DISC_ID and TITLE, with their keys and values behind the index.
+Bytes ParamSfo() {
+    constexpr std::string_view kKeys = "DISC_ID\0TITLE\0"sv;
+    constexpr std::string_view kValues = "ULUS10041\0A game\0"sv;
+    CPartWriter file;
+    const auto raw = [&file](std::string_view text) { file.Raw(Bytes(text.begin(), text.end())); };
+    raw("\0PSF\1\1\0\0"sv);
+    for (const std::uint32_t value : {52U, 66U, 2U, 0x02040000U, 10U, 10U, 0U, 0x02040008U, 7U, 7U, 10U}) {
+        file.Raw(Le32(value));
+    }
+    raw(kKeys);
+    raw(kValues);
+    return file.Bytes();
+}
+
+void MakeFactSeeds() {
+    WriteSeed("facts", "settings", "\0BOOT2 = cdrom0:\\SLUS_200.62;1\r\nVER = 1.00\r\n"sv);
+    Bytes sfo = ParamSfo();
+    sfo.insert(sfo.begin(), 1);
+    WriteSeed("facts", "sfo", sfo);
+    WriteSeed("facts", "database",
+              "\2<?xml version=\"1.0\"?><!DOCTYPE datafile><datafile><header><name>x</name></header>"
+              "<game name=\"One &amp; two\"><rom name=\"one.bin\" size=\"4096\" crc=\"C71C0011\" md5=\"AB\" "
+              "sha1=\"CD\"/></game></datafile>"sv);
+    for (const auto& [name, media] :
+         {std::pair("cd", test::ELayoutMedia::Cd), std::pair("umd", test::ELayoutMedia::Umd),
+          std::pair("dvd", test::ELayoutMedia::Dvd)}) {
+        test::SLayoutDescription layout;
+        layout.media = media;
+        layout.entries = {{18, 19, "A.BIN"}, {20, 20, "DIR\\B.BIN"}};
+        WriteSeed("facts", std::string("layout-") + name, '\3' + test::LayoutText(layout));
+    }
+}
+
 /// A WAV file of 8-bit samples with other chunks around them.
 Bytes Sound(std::string_view chunkBefore, std::uint32_t claimed) {
     const auto tag = [](std::string_view text) { return Bytes(text.begin(), text.end()); };
@@ -221,7 +256,6 @@ Bytes Sound(std::string_view chunkBefore, std::uint32_t claimed) {
 }
 
 void MakeSoundSeeds() {
-    using namespace std::string_view_literals;
     WriteSeed("wav", "plain", Sound("", 50));
     WriteSeed("wav", "chunks", Sound("LIST\4\0\0\0infoodd \3\0\0\0abc\0"sv, 50));
     WriteSeed("wav", "unpadded", Sound("odd \3\0\0\0abc"sv, 50));
@@ -270,6 +304,7 @@ int main(int argc, char* argv[]) {
     MakeRebuildSeeds();
     MakeCompressedSeeds();
     MakeBinSeeds();
+    MakeFactSeeds();
     MakeSoundSeeds();
     MakeWordSeeds();
     return 0;

@@ -86,8 +86,10 @@ void CExtraction::CheckTargets() {
             m_operation.Fail(
                 Format("\"%s\" cannot be extracted: %s exists and is not a file", file.path.c_str(), target.c_str()));
         }
-        if (IsSameFile(target, m_request.imagePath)) {
-            m_operation.Fail(Format("\"%s\" cannot be extracted: %s is the image", file.path.c_str(), target.c_str()));
+        if (std::any_of(m_request.inputs.begin(), m_request.inputs.end(),
+                        [&target](const std::string& input) { return IsSameFile(target, input); })) {
+            m_operation.Fail(
+                Format("\"%s\" cannot be extracted: %s is a file of the image", file.path.c_str(), target.c_str()));
         }
         if (!Replaces(m_request.manner)) {
             m_operation.Fail(Format("%s exists already%s", target.c_str(), m_request.existsHint.c_str()));

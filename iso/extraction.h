@@ -23,8 +23,9 @@ struct SExtractedFile {
 };
 
 struct SExtractionRequest {
-    std::string imagePath;  ///< The file of the image: named in messages, never written to.
-    std::string folder;     ///< With its closing separator. Created if missing.
+    std::string imagePath;            ///< named in messages
+    std::vector<std::string> inputs;  ///< The files of the image, which no extracted file may overwrite.
+    std::string folder;               ///< With its closing separator. Created if missing.
     EOutputManner manner = EOutputManner::CommitNew;
     std::string existsHint;                 ///< Appended to the message about an existing file: how to replace it.
     std::vector<std::string> otherOutputs;  ///< Files of the same export, which no extracted file may overwrite.

@@ -40,7 +40,7 @@ public:
     void CheckLength() {
         const std::int64_t sectors = m_image.SizeOrFail() / kSectorSize;
         const std::int64_t volume = m_volume.volumeSpaceSize.Value();
-        if (sectors != volume && sectors != volume - kPostgapSectors) {
+        if (PostgapStateOf(sectors, volume) == EPostgapState::Neither) {
             m_operation.Fail(
                 Format("%s has %lld sectors, but its volume %lld: that is neither a complete image nor one "
                        "without its postgap",

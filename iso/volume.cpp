@@ -4,6 +4,8 @@
 #include <bit>
 #include <string_view>
 
+#include "operation/text.h"
+
 namespace vantrel {
 
 namespace {
@@ -61,6 +63,23 @@ SPrimaryVolumeDescriptor ReadVolume(CByteSource& image, std::int64_t position) {
     std::array<std::uint8_t, sizeof(SPrimaryVolumeDescriptor)> bytes = {};
     image.ReadAt(position, bytes);
     return std::bit_cast<SPrimaryVolumeDescriptor>(bytes);
+}
+
+std::string TruncationNotice(const std::string& path, std::int64_t length, const SPrimaryVolumeDescriptor& volume) {
+    const std::int64_t volumeSectors = volume.volumeSpaceSize.Value();
+    if (!std::ranges::equal(volume.standardIdentifier, std::string_view("CD001")) ||
+        length >= volumeSectors * kSectorSize) {
+        return {};
+    }
+    return Format("%s is truncated: it has %lld sectors, its volume descriptor says %lld\n", path.c_str(),
+                  static_cast<long long>(length / kSectorSize), static_cast<long long>(volumeSectors));
+}
+
+EPostgapState PostgapStateOf(std::int64_t imageSectors, std::int64_t volumeSectors) {
+    if (imageSectors == volumeSectors) {
+        return EPostgapState::Complete;
+    }
+    return imageSectors + kPostgapSectors == volumeSectors ? EPostgapState::Missing : EPostgapState::Neither;
 }
 
 TagHead ReadAnchorTag(CByteSource& image, std::uint32_t volumeSectors) {

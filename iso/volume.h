@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 #include "files/byte_source.h"
 #include "iso/iso9660.h"
@@ -42,6 +43,16 @@ SPrimaryVolumeDescriptor ReadPrimaryVolume(CByteSource& image);
 
 /// The descriptor at a byte position. A supplementary volume descriptor has the same fields (ECMA-119 8.5).
 SPrimaryVolumeDescriptor ReadVolume(CByteSource& image, std::int64_t position);
+
+/// A notice if an image of `length` bytes is shorter than its volume; empty if it is not, or if the volume is not
+/// marked as ISO 9660 (ECMA-119 8.4.2), because its size means nothing then.
+std::string TruncationNotice(const std::string& path, std::int64_t length, const SPrimaryVolumeDescriptor& volume);
+
+/// How the length of a PlayStation 2 CD image fits its volume size, which includes the postgap.
+enum class EPostgapState { Complete, Missing, Neither };
+
+/// Both in sectors.
+EPostgapState PostgapStateOf(std::int64_t imageSectors, std::int64_t volumeSectors);
 
 /// The first 12 bytes of the anchor in the last sector of the volume, else of the anchor in sector 256, else zeros.
 TagHead ReadAnchorTag(CByteSource& image, std::uint32_t volumeSectors);

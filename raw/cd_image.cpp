@@ -34,7 +34,7 @@ SCdImage ExamineCdImage(const std::string& path, CCheckedInput& image, COperatio
     }
     const std::int64_t length = image.SizeOrFail();
     image.FailIfUnread();
-    return {length, volume.volumeSpaceSize.Value()};
+    return {length, volume};
 }
 
 }  // namespace vantrel

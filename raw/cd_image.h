@@ -6,18 +6,20 @@
 #include <string>
 
 #include "files/checked_file.h"
+#include "iso/iso9660.h"
 #include "operation/operation.h"
 
 namespace vantrel {
 
 struct SCdImage {
-    std::int64_t length = 0;          ///< of the file, in bytes
-    std::uint32_t volumeSectors = 0;  ///< volume space size of the primary volume descriptor (ECMA-119, 8.4.8)
+    std::int64_t length = 0;  ///< of the file, in bytes
+    SPrimaryVolumeDescriptor volume = {};
 
     /// Whole sectors of the file. The length is taken as an unsigned 32-bit number.
     std::uint32_t Sectors() const;
-    /// A file gets a postgap unless it is exactly as long as its volume.
-    bool NeedsPostgap() const { return volumeSectors != Sectors(); }
+    std::uint32_t VolumeSectors() const { return volume.volumeSpaceSize.Value(); }
+    /// Whether the window appends a postgap: to every file that is not exactly as long as its volume.
+    bool NeedsPostgap() const { return VolumeSectors() != Sectors(); }
 };
 
 /// Opens the image and examines it. Fails with code 103 if it cannot be opened, and with code 76 if its primary volume

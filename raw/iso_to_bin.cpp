@@ -6,7 +6,7 @@
 #include "files/commit_together.h"
 #include "files/path.h"
 #include "files/text_output.h"
-#include "iso/iso9660.h"
+#include "iso/volume.h"
 #include "operation/text.h"
 #include "raw/cd_image.h"
 #include "raw/cue_sheet.h"
@@ -23,6 +23,17 @@ void WriteSheet(COutputFile& cue, const std::string& binName) {
     CTextOutput sheet(cue);
     sheet.Write(CueSheetOf(binName));
     sheet.Flush();
+}
+
+/// Whether the image lacks exactly its postgap. Gives a notice if it lacks anything else.
+bool NeedsPostgap(const std::string& path, const SCdImage& image, COperation& operation) {
+    if (PostgapStateOf(image.length / kSectorSize, image.VolumeSectors()) == EPostgapState::Missing) {
+        return true;
+    }
+    if (const std::string notice = TruncationNotice(path, image.length, image.volume); !notice.empty()) {
+        operation.Notify(notice);
+    }
+    return false;
 }
 
 void FailUnlessWholeSectors(const std::string& path, std::int64_t length, COperation& operation) {
@@ -49,7 +60,8 @@ void IsoToBin(const SIsoToBinRequest& request, COperation& operation) {
     const SCdImage found = ExamineCdImage(request.imagePath, image, operation);
     operation.SetPane(EPane::Bytes, BytesText(found.length));
     FailUnlessWholeSectors(request.imagePath, found.length, operation);
-    const SExpansion expansion = PlanExpansion(image, ESectorMode::Mode2Form1, found.NeedsPostgap(), operation);
+    const bool postgap = NeedsPostgap(request.imagePath, found, operation);
+    const SExpansion expansion = PlanExpansion(image, ESectorMode::Mode2Form1, postgap, operation);
     const std::string binName = FileNameOf(request.binPath);
     if (!CanStandInCueSheet(binName)) {
         operation.Fail("A CUE sheet cannot name the file " + request.binPath);

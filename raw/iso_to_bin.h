@@ -18,8 +18,10 @@ struct SIsoToBinRequest {
 /// The path of the sheet that belongs to a raw image: the same path with the extension ".cue".
 std::string CuePathOf(const std::string& binPath);
 
-/// Converts an image without the converter program; raw image and sheet appear together or not at all. Fails, beyond
-/// what ExamineCdImage and PlanExpansion refuse, if a sheet cannot name the raw image.
+/// Converts an image without the converter program; raw image and sheet appear together or not at all. Appends the
+/// postgap to an image that lacks exactly that, and gives a notice if the image is shorter for another reason. Fails,
+/// beyond what ExamineCdImage and PlanExpansion refuse, for a partial last sector, and if a sheet cannot name the raw
+/// image.
 void IsoToBin(const SIsoToBinRequest& request, COperation& operation);
 
 }  // namespace vantrel

@@ -129,6 +129,20 @@ SRawDisc DiscOfFile(const std::string& path, std::int64_t size) {
 
 }  // namespace
 
+std::vector<STrack> SRawDisc::OtherTracks() const {
+    std::vector<STrack> others;
+    for (std::size_t i = 0; i < tracks.size(); ++i) {
+        if (i != dataTrack) {
+            others.push_back(tracks[i]);
+        }
+    }
+    return others;
+}
+
+std::string TextOfLeftOut(const STrack& track) {
+    return Format("track %u (%s) is not in the image", track.number, NameOf(track.mode));
+}
+
 std::vector<std::string> SRawDisc::Files() const {
     std::vector<std::string> files;
     for (const STrack& track : tracks) {

@@ -14,9 +14,14 @@ struct SRawDisc {
     bool hasSheet = false;
 
     const STrack& DataTrack() const { return tracks[dataTrack]; }
+    /// All tracks but that one.
+    std::vector<STrack> OtherTracks() const;
     /// The files of all tracks, each once, in order.
     std::vector<std::string> Files() const;
 };
+
+/// "track 2 (AUDIO) is not in the image"
+std::string TextOfLeftOut(const STrack& track);
 
 /// Reads a CUE sheet, or takes any other file as a track of whole sectors. The names in a sheet are looked up beside
 /// it, in any letter case; folders in them are ignored. Throws CRefused if the sheet is wrong, if it has audio tracks

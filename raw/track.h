@@ -21,6 +21,12 @@ enum class ETrackMode {
     Mode2Whole,        ///< MODE2/2352
 };
 
+/// "MODE2/2352", as CUE sheets have it.
+const char* NameOf(ETrackMode mode);
+
+/// Bytes that are stored of each sector.
+std::size_t SectorSizeOf(ETrackMode mode);
+
 struct STrack {
     std::uint32_t number = 1;
     ETrackMode mode = ETrackMode::Mode2Whole;
@@ -31,13 +37,10 @@ struct STrack {
     bool startsDisc = true;     ///< The first sector's address must be 00:02:00.
 
     bool IsAudio() const { return mode == ETrackMode::Audio; }
+    bool IsReadableData() const { return !IsAudio() && sectors >= 0; }
+    /// Length of its whole sectors as stored; negative if the file is missing.
+    std::int64_t Bytes() const { return sectors * static_cast<std::int64_t>(SectorSizeOf(mode)); }
 };
-
-/// "MODE2/2352", as CUE sheets have it.
-const char* NameOf(ETrackMode mode);
-
-/// Bytes that are stored of each sector.
-std::size_t SectorSizeOf(ETrackMode mode);
 
 /// Throws CRefused unless the first sector of a data track is one and can be read. Names sectors that are stored with
 /// their subchannels, 2448 bytes each.

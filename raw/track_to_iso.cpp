@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "files/checked_file.h"
-#include "files/native_file.h"
 #include "files/refused.h"
 #include "operation/progress.h"
 #include "operation/text.h"
@@ -121,30 +120,11 @@ SRawDisc OpenDataTrack(const std::string& path, CCheckedInput& file, COperation&
     }
 }
 
-void RefuseOverwriting(const SRawDisc& disc, const std::string& output, COperation& operation) {
-    for (const std::string& path : disc.Files()) {
-        if (FileKindOf(output) != EFileKind::Missing && FileKindOf(path) != EFileKind::Missing &&
-            IsSameFile(path, output)) {
-            operation.Fail(output + ": the output would be a file of the input");
-        }
-    }
-}
-
 /// Each problem in a line of its own, behind the file that has it.
 void AddLines(std::string& text, const std::string& path, const std::vector<std::string>& problems) {
     for (const std::string& problem : problems) {
         text.append(text.empty() ? "" : "\n").append(path).append(": ").append(problem);
     }
-}
-
-std::vector<std::string> TracksLeftOut(const SRawDisc& disc) {
-    std::vector<std::string> texts;
-    for (const STrack& track : disc.tracks) {
-        if (&track != &disc.DataTrack()) {
-            texts.push_back(Format("track %u (%s) is not in the image", track.number, NameOf(track.mode)));
-        }
-    }
-    return texts;
 }
 
 }  // namespace
@@ -154,7 +134,6 @@ void ConvertDataTrack(const SBinToIsoRequest& request, COperation& operation) {
     CCheckedOutput output(operation);
     const SRawDisc disc = OpenDataTrack(request.inputPath, file, operation);
     const STrack& track = disc.DataTrack();
-    RefuseOverwriting(disc, request.outputPath, operation);
     output.OpenOrFail(request.outputPath, request.manner, "Code 2021 - Error Opening %s");
     CFaultRanges faults("sector");
     if (!CopyUserData(file, track, output, faults, operation)) {
@@ -166,7 +145,9 @@ void ConvertDataTrack(const SBinToIsoRequest& request, COperation& operation) {
         operation.Fail(problems);
     }
     output.CommitOrFail();
-    AddLines(problems, request.inputPath, TracksLeftOut(disc));
+    for (const STrack& other : disc.OtherTracks()) {
+        AddLines(problems, request.inputPath, {TextOfLeftOut(other)});
+    }
     if (!problems.empty()) {
         operation.Warn(problems);
     }

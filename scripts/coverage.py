@@ -1,7 +1,11 @@
 #!/usr/bin/env python3
-"""Prints how many lines of each top-level folder were run by programs of a build with "--coverage".
+"""Tells which lines and branches of the rooms were run by programs of a build with "--coverage".
 
-    coverage.py BUILD_FOLDER
+    coverage.py measure BUILD_FOLDER RESULT   counts what has run since the counters were deleted
+    coverage.py table RESULT...               lines and branches of each room, one pair of columns for each result
+    coverage.py missing RESULT [FOLDER...]    every line and branch that has not run
+
+Branches to the handling of exceptions, which the compiler adds to most calls, do not count.
 """
 import collections
 import json
@@ -10,32 +14,79 @@ import subprocess
 import sys
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-LEFT_OUT = {"tests", "fuzz", "bench", ".."}  # "..": libraries
+LEFT_OUT = {"tests", "fuzz", "bench", "build", ".."}  # "..": libraries
 
 
-def counted_lines(build):
-    """How often each line of each source was run, by path in the checkout; all copies of inline code are added."""
+def measure(build, result):
+    """Counts of each line of each source, and of its branches; all copies of inline code are added."""
     notes = [os.path.join(folder, name) for folder, _, names in os.walk(build) for name in names
              if name.endswith(".gcno")]
-    lines = collections.defaultdict(collections.Counter)
+    sources = collections.defaultdict(dict)
     for note in notes:
-        printed = subprocess.run(["gcov", "--stdout", "--json-format", note], cwd=build, capture_output=True, text=True,
-                                 check=True).stdout
+        printed = subprocess.run(["gcov", "--stdout", "--json-format", "--branch-probabilities", note], cwd=build,
+                                 capture_output=True, text=True, check=True).stdout
         for document in printed.splitlines():
             for source in json.loads(document)["files"]:
                 path = os.path.relpath(os.path.join(build, source["file"]), ROOT)
-                for line in source["lines"]:
-                    lines[path][line["line_number"]] += line["count"]
-    return lines
+                if path.split(os.sep)[0] not in LEFT_OUT:
+                    add(sources[path], source["lines"])
+    with open(result, "w", encoding="utf-8") as file:
+        json.dump(sources, file)
+
+
+def add(counts, lines):
+    for line in lines:
+        ran, branches = counts.get(str(line["line_number"]), (0, []))
+        taken = [branch["count"] for branch in line["branches"] if not branch["throw"]]
+        if len(taken) == len(branches):
+            taken = [a + b for a, b in zip(taken, branches)]
+        elif len(taken) < len(branches):
+            taken = branches
+        counts[str(line["line_number"])] = (ran + line["count"], taken)
+
+
+def load(result):
+    with open(result, encoding="utf-8") as file:
+        return json.load(file)
+
+
+def share(counts):
+    reached, total = sum(1 for count in counts if count), len(counts)
+    return "%6d %3d %%" % (total, 100 * reached // max(total, 1))
+
+
+def table(results):
+    loaded = [load(result) for result in results]
+    names = [os.path.splitext(os.path.basename(result))[0] for result in results]
+    print("%-10s" % "room" + "".join("  %12s %12s" % (name + " lines", "branches") for name in names))
+    for room in sorted({path.split(os.sep)[0] for sources in loaded for path in sources}):
+        row = "%-10s" % room
+        for sources in loaded:
+            lines = [line for path, counts in sources.items() if path.split(os.sep)[0] == room for line in counts.values()]
+            row += "  %s %s" % (share([ran for ran, _ in lines]), share([count for _, taken in lines for count in taken]))
+        print(row)
+
+
+def missing(result, folders):
+    for path, counts in sorted(load(result).items()):
+        if folders and not any(path.startswith(folder.rstrip("/") + "/") or path == folder for folder in folders):
+            continue
+        with open(os.path.join(ROOT, path), encoding="utf-8") as file:
+            text = file.read().splitlines()
+        for number, (ran, taken) in sorted(counts.items(), key=lambda item: int(item[0])):
+            if not ran or 0 in taken:
+                what = "line" if not ran else "%d of %d branches" % (taken.count(0), len(taken))
+                print("%s:%s: %s: %s" % (path, number, what, text[int(number) - 1].strip()))
 
 
 def main():
-    counts = collections.defaultdict(list)
-    for path, counter in counted_lines(os.path.abspath(sys.argv[1])).items():
-        counts[path.split(os.sep)[0]] += counter.values()
-    for folder in sorted(counts.keys() - LEFT_OUT):
-        reached, total = sum(1 for count in counts[folder] if count), len(counts[folder])
-        print("%-10s %5d of %5d lines, %3d %%" % (folder, reached, total, 100 * reached // max(total, 1)))
+    action, arguments = sys.argv[1], sys.argv[2:]
+    if action == "measure":
+        measure(os.path.abspath(arguments[0]), arguments[1])
+    elif action == "table":
+        table(arguments)
+    else:
+        missing(arguments[0], arguments[1:])
 
 
 if __name__ == "__main__":

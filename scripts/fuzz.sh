@@ -3,7 +3,7 @@
 #
 #   fuzz.sh run SECONDS [TARGET...]   runs each target for SECONDS with two workers; fails if there is a finding
 #   fuzz.sh merge [TARGET...]         adds to fuzz/corpus what the grown corpus covers beyond it
-#   fuzz.sh coverage                  reports which lines seeds and both corpora reach
+#   fuzz.sh coverage                  reports which lines and branches tests and fuzzers reach
 #
 # The grown corpus is in build/fuzz/corpus, findings are in build/fuzz/artifacts.
 set -euo pipefail
@@ -30,7 +30,7 @@ longest_of() {
     case $1 in
     bin) echo 60000 ;;
     words) echo 600 ;;
-    wav) echo 4096 ;;
+    facts | wav) echo 4096 ;;
     *) echo 12000 ;;
     esac
 }
@@ -83,19 +83,25 @@ merge_target() {
     echo "$target: $(find "fuzz/corpus/$target" -type f | wc -l) inputs, $(du -sb "fuzz/corpus/$target" | cut -f 1) bytes"
 }
 
-# Reports the lines that seeds and corpora reach.
+# Reports the lines and branches that unit and console tests reach, and those that seeds and corpora reach.
 measure_coverage() {
     local target build=build/coverage
     build_preset native make_seeds
-    build_preset coverage fuzzers
+    build_preset coverage
     build/native/bin/make_seeds build/fuzz/seeds
+    find "$build" -name '*.gcda' -delete
+    ctest --test-dir "$build" -E 'memory_limit|fuzz|oracle' -j "$(nproc)" >build/coverage_tests.log 2>&1 </dev/null ||
+        echo "some tests failed; see build/coverage_tests.log" >&2
+    scripts/coverage.py measure "$build" build/tests.json
     find "$build" -name '*.gcda' -delete
     for target in $all_targets; do
         mkdir -p "$grown/$target"
         "$build/bin/fuzz_$target" "fuzz/corpus/$target" "build/fuzz/seeds/$target" "$grown/$target" \
             >build/fuzz/coverage_"$target".log 2>&1
     done
-    scripts/coverage.py "$build"
+    scripts/coverage.py measure "$build" build/fuzzers.json
+    scripts/coverage.py table build/tests.json build/fuzzers.json
+    echo "scripts/coverage.py missing build/tests.json [FOLDER...] lists what the tests do not reach."
 }
 
 action=$1

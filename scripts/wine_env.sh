@@ -6,11 +6,11 @@
 #   wine_env_display            # a private virtual display with a window manager
 #   wine_env_audio              # a null audio device; WINE_ENV_RECORDING has its output (raw, 8 bit, mono, 11025 Hz)
 #   wine_env_no_audio           # or: no audio device
-#   wine_env_wine               # exclusive use of the prefix, with Wine's services running
+#   wine_env_wine               # exclusive use of a prefix, with Wine's services running
 #   wine program.exe
 
 WINE_ENV_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-WINE_ENV_PREFIX=${WINE_ENV_PREFIX:-$WINE_ENV_ROOT/build/wineprefix}
+WINE_ENV_PREFIX=${WINE_ENV_PREFIX:-}
 WINE_ENV_PIDS=()
 WINE_ENV_STARTED_WINE=
 WINE_ENV_FOLDER=
@@ -96,13 +96,14 @@ wine_env_no_audio() {
     export PULSE_SERVER=unix:$WINE_ENV_FOLDER/no-audio ALSA_CONFIG_PATH=/dev/null
 }
 
-# Makes the prefix without starting programs in it. WINE_ENV_PREFIX selects a prefix other than that of the tests.
+# Takes a prefix for this run, and makes it if necessary, without starting programs in it: that of WINE_ENV_PREFIX, or a
+# free one of those for tests. Each run has a prefix of its own, because a session shares the clipboard, the focus and the
+# sounds; others wait.
 wine_env_prefix() {
-    export WINEPREFIX=$WINE_ENV_PREFIX WINEDEBUG=${WINEDEBUG:--all} WINEARCH=win64
-    export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
-    mkdir -p "$(dirname "$WINEPREFIX")"
-    exec 8>"$WINEPREFIX.lock"
-    flock 8
+    export WINEDEBUG=${WINEDEBUG:--all} WINEARCH=win64 WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
+    mkdir -p "$WINE_ENV_ROOT/build"
+    wine_env_lock_prefix
+    export WINEPREFIX=$WINE_ENV_PREFIX
     # The prefix is made again when the function that makes it has changed.
     local recipe
     recipe=$(declare -f wine_env_make_prefix)
@@ -110,14 +111,26 @@ wine_env_prefix() {
         wine_env_make_prefix || return 1
         echo "$recipe" >"$WINEPREFIX/.recipe"
     fi
-    flock -u 8
+}
+
+wine_env_lock_prefix() {
+    local prefix number
+    if [ -z "$WINE_ENV_PREFIX" ]; then
+        # As many as ctest runs tests at once.
+        for ((number = $(nproc); number > 0; number--)); do
+            prefix=$WINE_ENV_ROOT/build/wineprefix-$number
+            exec 8>"$prefix.lock"
+            flock -n 8 && WINE_ENV_PREFIX=$prefix && return
+        done
+        WINE_ENV_PREFIX=$prefix
+    fi
+    exec 8>"$WINE_ENV_PREFIX.lock"
+    flock 8
 }
 
 wine_env_wine() {
     wine_env_folder
     wine_env_prefix || return 1
-    # Only one run at a time uses the prefix; others wait.
-    flock 8
     WINE_ENV_STARTED_WINE=yes
     # Programs left over from a killed run use a display that no longer exists.
     wineserver -k 8>&- >/dev/null 2>&1 && wineserver -w 8>&- >/dev/null 2>&1

@@ -1,7 +1,6 @@
 #include "image/inspect/digest.h"
 
 #include <gcrypt.h>
-#include <zlib.h>
 
 #include <stdexcept>
 
@@ -9,24 +8,39 @@
 
 namespace vantrel {
 
+namespace {
+
+/// Once, before the library is used on several threads.
+void StartLibrary() {
+    static const char* const version = [] {
+        const char* const found = gcry_check_version(nullptr);
+        gcry_control(GCRYCTL_DISABLE_SECMEM, 0);
+        gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
+        return found;
+    }();
+    if (version == nullptr) {
+        throw std::runtime_error("MD5 and SHA-1 are not available on this system");
+    }
+}
+
+}  // namespace
+
 struct CImageDigest::SSums {
-    uLong crc = crc32(0, nullptr, 0);
     gcry_md_hd_t md5 = nullptr;
-    gcry_md_hd_t sha1 = nullptr;
+    gcry_md_hd_t others = nullptr;  ///< SHA-1 and CRC-32
 };
 
 CImageDigest::CImageDigest() : m_sums(std::make_unique<SSums>()) {
-    gcry_check_version(nullptr);
-    gcry_control(GCRYCTL_DISABLE_SECMEM, 0);
-    gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
-    if (gcry_md_open(&m_sums->md5, GCRY_MD_MD5, 0) != 0 || gcry_md_open(&m_sums->sha1, GCRY_MD_SHA1, 0) != 0) {
+    StartLibrary();
+    if (gcry_md_open(&m_sums->md5, GCRY_MD_MD5, 0) != 0 || gcry_md_open(&m_sums->others, GCRY_MD_SHA1, 0) != 0 ||
+        gcry_md_enable(m_sums->others, GCRY_MD_CRC32) != 0) {
         throw std::runtime_error("MD5 and SHA-1 are not available on this system");
     }
 }
 
 CImageDigest::~CImageDigest() {
     gcry_md_close(m_sums->md5);
-    gcry_md_close(m_sums->sha1);
+    gcry_md_close(m_sums->others);
 }
 
 void CImageDigest::UpdateMd5(std::span<const std::uint8_t> bytes) {
@@ -34,15 +48,15 @@ void CImageDigest::UpdateMd5(std::span<const std::uint8_t> bytes) {
 }
 
 void CImageDigest::UpdateOthers(std::span<const std::uint8_t> bytes) {
-    m_sums->crc = crc32_z(m_sums->crc, bytes.data(), bytes.size());
-    gcry_md_write(m_sums->sha1, bytes.data(), bytes.size());
+    gcry_md_write(m_sums->others, bytes.data(), bytes.size());
 }
 
 namespace {
 
-std::string Hexadecimal(const unsigned char* bytes, unsigned count) {
+std::string Hexadecimal(gcry_md_hd_t digest, gcry_md_algos algorithm) {
+    const unsigned char* const bytes = gcry_md_read(digest, algorithm);
     std::string text;
-    for (unsigned i = 0; i < count; ++i) {
+    for (unsigned i = 0; i < gcry_md_get_algo_dlen(algorithm); ++i) {
         text += Format("%02x", bytes[i]);
     }
     return text;
@@ -51,15 +65,15 @@ std::string Hexadecimal(const unsigned char* bytes, unsigned count) {
 }  // namespace
 
 std::string CImageDigest::Crc32() const {
-    return Format("%08lx", m_sums->crc);
+    return Hexadecimal(m_sums->others, GCRY_MD_CRC32);
 }
 
 std::string CImageDigest::Md5() const {
-    return Hexadecimal(gcry_md_read(m_sums->md5, GCRY_MD_MD5), gcry_md_get_algo_dlen(GCRY_MD_MD5));
+    return Hexadecimal(m_sums->md5, GCRY_MD_MD5);
 }
 
 std::string CImageDigest::Sha1() const {
-    return Hexadecimal(gcry_md_read(m_sums->sha1, GCRY_MD_SHA1), gcry_md_get_algo_dlen(GCRY_MD_SHA1));
+    return Hexadecimal(m_sums->others, GCRY_MD_SHA1);
 }
 
 }  // namespace vantrel

@@ -1,12 +1,14 @@
 #include "image/inspect/file_report.h"
 
+#include <algorithm>
+
 #include "files/native_file.h"
 #include "files/refused.h"
 #include "image/image_source.h"
 #include "image/inspect/container_report.h"
 #include "image/inspect/image_report.h"
 #include "image/inspect/layout_report.h"
-#include "iso/contents.h"
+#include "operation/text.h"
 
 namespace vantrel {
 
@@ -41,13 +43,27 @@ CReport ReportOnFile(const std::string& path, const std::string& filesFolder) {
     return report;
 }
 
+SContents ContentsOf(CImageSource& image, const std::string& path) {
+    SContents contents = ReadContents(image);
+    RefuseDamaged(image, path);
+    if (contents.folders.front().sectors == 0) {
+        throw CRefused(path + ": the image has no readable root directory");
+    }
+    const auto cut = std::find_if(contents.folders.begin(), contents.folders.end(),
+                                  [](const SContentFolder& folder) { return !folder.inside; });
+    if (cut != contents.folders.end()) {
+        throw CRefused(
+            Format("%s: the image does not hold all of the directory at sector %u", path.c_str(), cut->sector));
+    }
+    return contents;
+}
+
 CReport ReportOnContents(const std::string& path) {
     const std::unique_ptr<CImageSource> image = OpenImage(path);
     CReport::List files;
-    for (const SContentFile& file : ReadContents(*image).files) {
+    for (const SContentFile& file : ContentsOf(*image, path).files) {
         files.push_back({{"sector", file.Sector()}, {"bytes", file.Size()}, {"path", file.path}});
     }
-    RefuseDamaged(*image, path);
     return {{"file", path}, {"form", NameOf(image->Form())}, {"files", std::move(files)}};
 }
 

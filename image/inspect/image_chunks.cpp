@@ -56,12 +56,11 @@ private:
     std::int64_t m_chunkSize;
 };
 
-/// The data track of a raw image: checks everything around the user data of each sector. Addresses must count up from
+/// A data track of a raw image: checks everything around the user data of each sector. Addresses must count up from
 /// the first one.
 class CRawChunks : public CImageChunks {
 public:
-    explicit CRawChunks(const std::string& path)
-        : m_track(ReadRawDisc(path).DataTrack()), m_sectorSize(SectorSizeOf(m_track.mode)) {
+    explicit CRawChunks(const STrack& track) : m_track(track), m_sectorSize(SectorSizeOf(track.mode)) {
         if (!m_file.Open(m_track.path)) {
             throw CRefused(m_track.path + ": " + LastFileError());
         }
@@ -145,9 +144,13 @@ private:
 
 }  // namespace
 
+std::unique_ptr<CImageChunks> ChunksOf(const STrack& track) {
+    return std::make_unique<CRawChunks>(track);
+}
+
 std::unique_ptr<CImageChunks> ChunksOf(const std::string& path, CImageSource& image) {
     if (image.Form() == EForm::Bin || image.Form() == EForm::Cue) {
-        return std::make_unique<CRawChunks>(path);
+        return ChunksOf(ReadRawDisc(path).DataTrack());
     }
     return std::make_unique<CReadChunks>(image);
 }

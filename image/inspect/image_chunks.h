@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "image/image_source.h"
+#include "raw/track.h"
 
 namespace vantrel {
 
@@ -37,6 +38,9 @@ public:
     /// What is wrong with the file besides its chunks.
     virtual std::vector<std::string> Problems() const = 0;
 };
+
+/// The chunks of a data track. Throws CRefused if its file cannot be opened.
+std::unique_ptr<CImageChunks> ChunksOf(const STrack& track);
 
 /// The chunks of an image that was opened from `path`. `image` must outlive them. Throws CRefused if a raw file cannot
 /// be opened again.

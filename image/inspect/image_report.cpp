@@ -26,16 +26,20 @@ const char* KindName(ImageKind kind) {
     return "other";
 }
 
-/// Only a PlayStation 2 CD has a postgap. Its volume size counts the postgap, so an image that is 150 sectors short
-/// lacks it.
-const char* PostgapState(ImageKind kind, std::int64_t sectors, std::int64_t volumeSectors) {
+/// Only a PlayStation 2 CD has a postgap.
+const char* PostgapText(ImageKind kind, std::int64_t sectors, std::int64_t volumeSectors) {
     if (kind != ImageKind::Cd) {
         return "not needed";
     }
-    if (sectors == volumeSectors) {
-        return "complete";
+    switch (PostgapStateOf(sectors, volumeSectors)) {
+        case EPostgapState::Complete:
+            return "complete";
+        case EPostgapState::Missing:
+            return "missing";
+        case EPostgapState::Neither:
+            break;
     }
-    return sectors + kPostgapSectors == volumeSectors ? "missing" : "the length fits no postgap";
+    return "the length fits no postgap";
 }
 
 /// A text field without the blanks and zeros that pad it, and with control characters as '?'.
@@ -62,7 +66,7 @@ CReport ReportOnImage(CByteSource& image) {
                       {"bytes", image.Size()},
                       {"sectors", sectors},
                       {"volume_sectors", volumeSectors},
-                      {"postgap", PostgapState(kind, sectors, volumeSectors)},
+                      {"postgap", PostgapText(kind, sectors, volumeSectors)},
                       {"files", contents.files.size()},
                       {"folders", contents.folders.size()}};
     const STitle title = ReadTitle(image, contents);

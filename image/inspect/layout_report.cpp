@@ -35,8 +35,8 @@ CReport ReportOnLayout(const std::string& path, const std::string& filesFolder) 
 CReport VerifyLayout(const std::string& path, const std::string& filesFolder) {
     const SLayoutSummary summary = SummaryOf(path, filesFolder);
     std::vector<std::string> problems;
-    if (!summary.complete) {
-        problems.push_back(Format("the layout counts %d entries and has fewer", summary.entries));
+    if (!summary.problem.empty()) {
+        problems.push_back(summary.problem);
     }
     if (!summary.leadingFound) {
         problems.push_back(summary.leadingPath + " with the leading structures is missing");

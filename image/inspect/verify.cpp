@@ -1,40 +1,26 @@
 #include "image/inspect/verify.h"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 #include <vector>
 
-#include "files/native_file.h"
 #include "files/refused.h"
-#include "image/forms.h"
 #include "image/image_source.h"
 #include "image/inspect/container_report.h"
-#include "image/inspect/digest.h"
-#include "image/inspect/image_chunks.h"
+#include "image/inspect/file_sums.h"
 #include "image/inspect/image_report.h"
 #include "image/inspect/layout_report.h"
 #include "image/inspect/raw_report.h"
-#include "pipeline/ordered_pipeline.h"
-#include "raw/fault_ranges.h"
+#include "image/inspect/whole_reading.h"
+#include "operation/text.h"
 
 namespace vantrel {
 
 namespace {
 
-constexpr std::size_t kSlots = 6;
 /// Bytes that are compared at a time; a multiple of every common block size.
 constexpr std::size_t kComparedSize = 1U << 20U;
-
-/// What reading a whole image has found out.
-struct SReading {
-    std::vector<std::string> problems;
-    std::optional<SSums> sums;  ///< Nullopt if parts of the image are unreadable.
-};
-
-struct SFileSums {
-    std::string path;
-    std::optional<SSums> sums;  ///< Nullopt if the file cannot be read.
-};
 
 CReport ReportOn(const SSums& sums) {
     return {{"bytes", sums.bytes}, {"crc32", sums.crc32}, {"md5", sums.md5}, {"sha1", sums.sha1}};
@@ -42,80 +28,6 @@ CReport ReportOn(const SSums& sums) {
 
 void Append(std::vector<std::string>& list, const std::vector<std::string>& lines) {
     list.insert(list.end(), lines.begin(), lines.end());
-}
-
-void Add(CFaultRanges& ranges, const std::vector<SBlockFault>& faults) {
-    for (const SBlockFault& fault : faults) {
-        ranges.Add(fault.number, fault.text);
-    }
-}
-
-/// Reads files and images to their end. Progress is counted in the bytes of all of them.
-class CWholeReader {
-public:
-    CWholeReader(COperation& operation, std::int64_t totalBytes) : m_operation(operation) {
-        operation.SetTotal(totalBytes);
-    }
-
-    SReading Read(CImageChunks& source, const char* blockNoun) {
-        CImageDigest digest;
-        // One worker reads, checks and computes two of the sums, in order. MD5, on this thread, takes as long as all
-        // that.
-        COrderedPipeline<SImageChunk> chunks(
-            source.Count(), 1,
-            std::vector<SImageChunk>(kSlots, {std::vector<std::uint8_t>(source.BufferSize()), 0, {}, {}}),
-            [&](SImageChunk& chunk, std::uint64_t number) {
-                source.Read(chunk, number);
-                digest.UpdateOthers(chunk.Bytes());
-            },
-            [](SImageChunk&, std::uint64_t, std::uint32_t) {});
-        CFaultRanges wrong(blockNoun);
-        CFaultRanges unreadable(blockNoun);
-        std::int64_t bytes = 0;
-        while (const SImageChunk* chunk = chunks.Next()) {
-            m_operation.Yield();
-            digest.UpdateMd5(chunk->Bytes());
-            Add(wrong, chunk->wrong);
-            Add(unreadable, chunk->unreadable);
-            bytes += static_cast<std::int64_t>(chunk->length);
-            m_operation.SetDone(m_done + bytes);
-        }
-        m_done += bytes;
-        SReading reading;
-        Append(reading.problems, wrong.Lines());
-        Append(reading.problems, source.Problems());
-        Append(reading.problems, unreadable.Lines());
-        if (unreadable.IsEmpty()) {
-            reading.sums = {bytes, digest.Crc32(), digest.Md5(), digest.Sha1()};
-        }
-        return reading;
-    }
-
-private:
-    COperation& m_operation;
-    std::int64_t m_done = 0;
-};
-
-std::int64_t TotalSize(const std::vector<std::string>& files) {
-    std::int64_t sum = 0;
-    for (const std::string& file : files) {
-        sum += std::max<std::int64_t>(FileSizeOf(file), 0);
-    }
-    return sum;
-}
-
-/// The sums of a file as a whole; nullopt, and a problem more, if it cannot be read.
-std::optional<SSums> SumsOfFile(const std::string& path, CWholeReader& reader, std::vector<std::string>& problems) {
-    try {
-        const std::unique_ptr<CImageSource> file = OpenPlainImage(path);
-        SReading reading = reader.Read(*ChunksOf(path, *file), file->BlockNoun());
-        RefuseDamaged(*file, path);
-        Append(problems, reading.problems);
-        return std::move(reading.sums);
-    } catch (const CRefused& refused) {
-        problems.emplace_back(refused.what());
-        return std::nullopt;
-    }
 }
 
 /// One object for each file: its path and its sums.
@@ -138,9 +50,23 @@ CReport::List ReportOn(const std::vector<SFileSums>& files) {
 CReport::List CheckedTracks(const SRawDisc& disc) {
     CReport::List tracks = ReportOnTracks(disc);
     for (std::size_t i = 0; i < tracks.size(); ++i) {
-        tracks[i].Add("checked", i == disc.dataTrack);
+        tracks[i].Add("checked", disc.tracks[i].IsReadableData());
     }
     return tracks;
+}
+
+/// What is wrong in further data tracks, which are not part of the image.
+std::vector<std::string> ProblemsOfOtherTracks(const SRawDisc& disc, const std::function<void()>& afterChunk) {
+    std::vector<std::string> problems;
+    for (const STrack& track : disc.OtherTracks()) {
+        if (track.IsReadableData()) {
+            for (const std::string& problem :
+                 ReadWhole(*ChunksOf(track), "sector", [&](std::int64_t) { afterChunk(); }).problems) {
+                problems.push_back(Format("track %u: %s", track.number, problem.c_str()));
+            }
+        }
+    }
+    return problems;
 }
 
 /// The disc in a raw image; without tracks for other forms.
@@ -165,20 +91,27 @@ CReport LookUp(const CDatFile& dat, const std::vector<SFileSums>& files, std::ve
 CReport VerifyImage(const std::string& path, const CDatFile* dat, COperation& operation) {
     const std::unique_ptr<CImageSource> image = OpenImage(path);
     const SRawDisc disc = RawDiscOf(path, image->Form());
-    CWholeReader reader(operation, image->Size() + TotalSize(disc.Files()));
-    SReading reading = reader.Read(*ChunksOf(path, *image), image->BlockNoun());
+    CFileSums sums(disc.Files());
+    operation.SetTotal(image->Size() + sums.TotalBytes());
+    const auto showProgress = [&](std::int64_t bytes) {
+        operation.Yield();
+        operation.SetDone(bytes + sums.DoneBytes());
+    };
+    SReading reading = ReadWhole(*ChunksOf(path, *image), image->BlockNoun(), showProgress);
+    Append(reading.problems, ProblemsOfOtherTracks(disc, [&] { showProgress(image->Size()); }));
     Append(reading.problems, ContainerProblems(path, image->Form()));
     Append(reading.problems, ImageProblems(*image));
-    std::vector<SFileSums> files;
-    for (const std::string& file : disc.Files()) {
-        files.push_back({file, SumsOfFile(file, reader, reading.problems)});
+    const std::vector<SFileSums> files = sums.Wait([&] { showProgress(image->Size()); });
+    for (const SFileSums& file : files) {
+        Append(reading.problems, file.problems);
     }
     if (reading.problems.empty()) {
         RefuseDamaged(*image, path);
     }
     std::optional<CReport> found;
     if (dat != nullptr) {
-        found = LookUp(*dat, files.empty() ? std::vector<SFileSums>{{path, reading.sums}} : files, reading.problems);
+        found =
+            LookUp(*dat, files.empty() ? std::vector<SFileSums>{{path, reading.sums, {}}} : files, reading.problems);
     }
     CReport report = {{"file", path},
                       {"form", NameOf(image->Form())},

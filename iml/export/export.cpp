@@ -92,6 +92,7 @@ private:
     SExtractionRequest ExtractionRequest() const {
         SExtractionRequest extraction;
         extraction.imagePath = m_request.imagePath;
+        extraction.inputs = {m_request.imagePath};
         extraction.folder = *m_request.extractionFolder;
         extraction.manner = m_request.manner;
         extraction.existsHint = m_request.existsHint;
@@ -103,7 +104,7 @@ private:
     std::vector<SExtractedFile> ExtractedFiles() const {
         std::vector<SExtractedFile> files;
         for (const SWalkedFile& file : m_walked.files) {
-            files.push_back({{{file.start, file.size}}, file.path});
+            files.push_back({{{file.start, file.size}}, file.path, m_request.keepDates ? file.date : std::nullopt});
         }
         return files;
     }

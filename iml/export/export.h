@@ -38,6 +38,7 @@ struct SExportRequest {
     EOutputManner manner = EOutputManner::CommitNew;
     /// Folder for the listed files, with its closing separator ("" is the current folder); nothing to extract none.
     std::optional<std::string> extractionFolder;
+    bool keepDates = true;   ///< Give the files the recorded dates.
     std::string existsHint;  ///< See SExtractionRequest.
     std::function<SLayoutTime()> clock = LayoutTimeNow;
 };

@@ -139,7 +139,7 @@ private:
             if (const std::string property = UnrecordedProperty(file); !property.empty()) {
                 special.push_back(Named(path, property));
             }
-            m_walk.files.push_back({file.Sector(), file.Size(), path});
+            m_walk.files.push_back({file.Sector(), file.Size(), path, file.date});
         }
         if (!unlisted.empty()) {
             m_walk.notices.push_back(Format("%d files are not in the layout, which cannot represent them: %s",

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "iso/iso9660.h"
@@ -13,6 +14,8 @@ struct SWalkedFile {
     std::uint32_t start;  ///< first sector
     std::int64_t size;    ///< bytes
     std::string path;     ///< "DIR\NAME", without version
+    /// Date of the recording in seconds since 1970 (UTC), as far as the walk reads it.
+    std::optional<std::int64_t> date = std::nullopt;
 
     /// Number of sectors that the file occupies; 0 for an empty file.
     std::uint32_t Sectors() const { return static_cast<std::uint32_t>(SectorsFor(size)); }

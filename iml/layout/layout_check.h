@@ -9,7 +9,7 @@
 namespace vantrel {
 
 /// What is wrong with the first line that does not fit, like "line 31: text behind the closing quote"; empty if all
-/// lines up to the end of the list fit, and for a file that does not start like a layout.
+/// lines up to the end of the list fit, and for a file that neither starts like a layout nor names a medium.
 std::string LayoutProblem(CByteSource& layout);
 
 }  // namespace vantrel

@@ -18,7 +18,7 @@ constexpr std::size_t kAroundPath = 29;
 
 }  // namespace
 
-char MediaLetterOf(CInputFile& layout) {
+char MediaLetterOf(CByteSource& layout) {
     std::array<std::uint8_t, 1> letter = {};
     layout.ReadAt(kMediaLetterPosition, letter);
     return static_cast<char>(letter[0]);
@@ -30,6 +30,10 @@ bool IsCdLetter(char letter) {
 
 bool IsDvdLetter(char letter) {
     return letter == 'D';
+}
+
+std::int32_t EntryCountOf(std::string_view text) {
+    return DecimalOf(text.substr(0, kCountDigits));
 }
 
 std::optional<std::int64_t> FindListHead(CInputFile& layout, int hashes) {
@@ -56,9 +60,7 @@ std::optional<SListHead> ReadListHead(CInputFile& layout, std::int64_t position,
     text.Next();
     SListHead head;
     if (text.ReadLine(line) && !line.Text().empty()) {
-        std::string_view count = line.Text();
-        count = count.substr(0, count.find('\r')).substr(0, kCountDigits);
-        head.entries = DecimalOf(count);
+        head.entries = EntryCountOf(line.Text());
         if (text.ReadLine(line) && !line.Text().empty() && text.ReadLine(line) && !line.Text().empty()) {
             head.leadingLast = DecimalOf(line.Piece(kLastColumn, kLastWidth));
             const std::optional<SListedFile> leading = LooksLikeEntry(line) ? ListedFileOf(line) : std::nullopt;
@@ -70,8 +72,7 @@ std::optional<SListHead> ReadListHead(CInputFile& layout, std::int64_t position,
 }
 
 std::string LeadingNameIn(CInputFile& layout) {
-    const SLayoutShape& shape = IsDvdLetter(MediaLetterOf(layout)) ? kDvdShape : kCdShape;
-    const std::optional<std::int64_t> position = FindListHead(layout, shape.hashes);
+    const std::optional<std::int64_t> position = FindListHead(layout, ShapeOf(MediaLetterOf(layout)).hashes);
     CLineBuffer line;
     const std::optional<SListHead> head = position ? ReadListHead(layout, *position, line) : std::nullopt;
     // A path would lead away from the layout.

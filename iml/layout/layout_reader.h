@@ -14,7 +14,7 @@ namespace vantrel {
 inline constexpr std::int64_t kMediaLetterPosition = 27;
 
 /// The letter there; 0 if the layout is too short.
-char MediaLetterOf(CInputFile& layout);
+char MediaLetterOf(CByteSource& layout);
 /// Whether the letter stands for a layout that is rebuilt as a CD ('C', 'U' or a carriage return) or as a DVD ('D').
 bool IsCdLetter(char letter);
 bool IsDvdLetter(char letter);
@@ -28,6 +28,14 @@ struct SLayoutShape {
 
 inline constexpr SLayoutShape kCdShape = {false, 2, 1};
 inline constexpr SLayoutShape kDvdShape = {true, 1, 2};
+
+/// The shape of a layout with this media letter.
+inline const SLayoutShape& ShapeOf(char letter) {
+    return IsDvdLetter(letter) ? kDvdShape : kCdShape;
+}
+
+/// The number in a count line, read from the text behind "entries: ": at most 10 characters count.
+std::int32_t EntryCountOf(std::string_view text);
 
 /// The start of the list.
 struct SListHead {

@@ -3,6 +3,7 @@
 #include "files/input_file.h"
 #include "files/path.h"
 #include "files/refused.h"
+#include "iml/layout/layout_check.h"
 #include "iml/layout/layout_names.h"
 #include "iml/layout/layout_path.h"
 #include "iml/layout/layout_reader.h"
@@ -45,7 +46,6 @@ void ReadFiles(CInputFile& layout, const SListHead& head, std::int32_t count, CP
         const bool read = text.ReadLine(line) && LooksLikeEntry(line);
         const std::optional<SListedFile> listed = read ? ListedFileOf(line) : std::nullopt;
         if (!listed) {
-            summary.complete = false;
             return;
         }
         SLayoutFile file = WithRecordedRange({listed->path, listed->first, listed->last, false, 0}, records);
@@ -99,13 +99,16 @@ SLayoutSummary SummarizeLayout(const std::string& layoutPath, const std::string&
     SLayoutSummary summary;
     const char letter = MediaLetterOf(layout);
     summary.media = MediaName(letter);
-    const SLayoutShape& shape = IsDvdLetter(letter) ? kDvdShape : kCdShape;
+    const SLayoutShape& shape = ShapeOf(letter);
     const std::optional<std::int64_t> start = FindListHead(layout, shape.hashes);
     CLineBuffer line;
     const std::optional<SListHead> head = start ? ReadListHead(layout, *start, line) : std::nullopt;
     RefuseIfUnread(layout);
+    summary.problem = LayoutProblem(layout);
     if (summary.media.empty() || !head || head->entries < shape.unplaced || head->entries > layout.Size()) {
-        throw CRefused(layoutPath + ": the layout names no known medium or no number of entries");
+        throw CRefused(layoutPath + (summary.problem.empty()
+                                         ? ": the layout names no known medium or no number of entries"
+                                         : ", " + summary.problem));
     }
     summary.entries = head->entries;
     summary.leadingPath = FindLeadingStructures(layoutPath);

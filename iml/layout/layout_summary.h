@@ -22,7 +22,7 @@ struct SLayoutSummary {
     std::string media;         ///< "CD", "DVD" or "UMD"
     std::int32_t entries = 0;  ///< as counted in the layout, with the leading structures and a DVD's trailing sector
     std::vector<SLayoutFile> files;
-    bool complete = true;  ///< whether the list has all counted entries
+    std::string problem;  ///< see LayoutProblem
     std::string leadingPath;
     bool leadingFound = false;
 };

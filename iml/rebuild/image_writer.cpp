@@ -27,8 +27,9 @@ CImageWriter::CImageWriter(const SRebuildRequest& request, CPlacements& placemen
       m_buffer(request.strict ? kLargeBuffer : kSectorSize) {}
 
 void CImageWriter::Begin(std::int64_t heldBack, std::int32_t leadingLast, std::int64_t mostBytes) {
-    m_output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 203!!! file not found ==> %s");
+    // First the input, so that an older image stays if it is missing.
     m_leading.OpenOrFail(m_request.leadingPath, "Code 204!!! file not found==> %s");
+    m_output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 203!!! file not found ==> %s");
     const std::int64_t length = m_leading.SizeOrFail() - heldBack;
     if (m_request.strict && m_replaces && IsSameFile(m_request.leadingPath, m_request.outputPath)) {
         m_operation.Fail(Format("The image would replace %s", m_request.leadingPath.c_str()));

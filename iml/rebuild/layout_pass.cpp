@@ -83,19 +83,17 @@ void CLayoutPass::ListFiles() {
     for (std::int64_t i = 0; i < m_announced && complete; ++i) {
         complete = ListFile(text);
     }
-    if (complete && m_request.strict) {
-        CheckEnd(text);
-    }
     m_placements.FinishFiles();
     m_text.Close();
     m_update.Close();
 }
 
 bool CLayoutPass::ListFile(CTextReader& text) {
-    CheckLine(text.ReadLine(m_line));
+    if (!text.ReadLine(m_line) && m_request.strict) {
+        m_text.FailIncomplete();
+    }
     const std::optional<SListedFile> file = ListedFileOf(m_line);
     if (!file) {
-        CheckListEnds();
         return false;
     }
     CheckSectors(*file);
@@ -104,47 +102,12 @@ bool CLayoutPass::ListFile(CTextReader& text) {
     return true;
 }
 
-void CLayoutPass::CheckLine(bool wasRead) {
-    if (!m_request.strict) {
-        return;
-    }
-    m_text.FailIfUnread();
-    if (!wasRead) {
-        Refuse("The layout %s ends before the last of its entries");
-    }
-    if (!LooksLikeEntry(m_line)) {
-        RefuseLine();
-    }
-}
-
-/// An empty path ends the list. A path of one character without its closing quote has the same length.
-void CLayoutPass::CheckListEnds() {
-    if (m_request.strict && !m_line.Text().ends_with('"')) {
-        RefuseLine();
-    }
-}
-
 void CLayoutPass::CheckSectors(const SListedFile& file) {
     const auto isOnDisc = [](std::int32_t sector) { return static_cast<std::uint32_t>(sector) < kSectorLimit; };
     if (!isOnDisc(file.first) || !isOnDisc(file.last)) {
         m_operation.Fail(Format("The layout %s puts %s at a sector that exists on no disc",
                                 m_request.layoutPath.c_str(), file.path.c_str()));
     }
-}
-
-void CLayoutPass::CheckEnd(CTextReader& text) {
-    for (std::int32_t i = 1; i < m_shape.unplaced; ++i) {
-        CheckLine(text.ReadLine(m_line));
-    }
-    if (text.ReadLine(m_line) && LooksLikeEntry(m_line)) {
-        Refuse("The layout %s lists more entries than its number of entries");
-    }
-}
-
-void CLayoutPass::RefuseLine() {
-    const std::string line(m_line.Text());
-    m_operation.Fail(
-        Format("The layout %s has a line that is not an entry: %s", m_request.layoutPath.c_str(), line.c_str()));
 }
 
 void CLayoutPass::Refuse(const char* pattern) {

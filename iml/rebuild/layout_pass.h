@@ -39,11 +39,7 @@ private:
     void Reopen();
     void ListFiles();
     bool ListFile(CTextReader& text);
-    void CheckLine(bool wasRead);
-    void CheckListEnds();
     void CheckSectors(const SListedFile& file);
-    void CheckEnd(CTextReader& text);
-    [[noreturn]] void RefuseLine();
     /// Fails with a text of one "%s", which stands for the layout.
     [[noreturn]] void Refuse(const char* pattern);
 

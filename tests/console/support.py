@@ -71,9 +71,31 @@ class ConsoleTest(unittest.TestCase):
     def names(self):
         return sorted(os.listdir(self.folder))
 
+    def files_below(self, folder):
+        """The contents of all files in a folder and its folders, by paths with slashes."""
+        root = self.path(folder)
+        return {os.path.relpath(os.path.join(place, name), root).replace(os.sep, "/"): self.read(os.path.join(place, name))
+                for place, _, names in os.walk(root) for name in names}
+
     def state(self):
         """The contents of all files in the folder, for comparison."""
         return {name: self.read(name) for name in self.names() if os.path.isfile(self.path(name))}
+
+    def check_truncated_images(self, compress, expand, name):
+        """A truncated image is converted in full, with a notice that counts its whole sectors."""
+        image = bytearray(psp_image(40))
+        image[32769:32774] = b"CD001"
+        for sectors, length, notice in (
+                (40, 81920, ""), (39, 81920, ""),
+                (41, 81920, "game.iso is truncated: it has 40 sectors, its volume descriptor says 41\n"),
+                (40, 81919, "game.iso is truncated: it has 39 sectors, its volume descriptor says 40\n")):
+            image[32848:32852] = sectors.to_bytes(4, "little")
+            self.write("game.iso", image[:length])
+            result = self.run_here(compress, "-f", "game.iso")
+            self.assert_done(result)
+            self.assertEqual(result.out.split("game.iso -> ")[0], notice)
+            self.assert_done(self.run_here(expand, "-f", "-o", "new-game.iso", name))
+            self.assertEqual(self.read("new-game.iso"), image[:length])
 
     def assert_done(self, result):
         self.assertEqual(result.status, 0, result)

@@ -30,6 +30,9 @@ class CueSheets(ConsoleTest):
         self.files = {"A.TXT": b"hello\n", "DIR/B.BIN": random.Random(1).randbytes(50_000)}
         for name, content in self.files.items():
             self.write("src/" + name, content)
+        self.master()
+
+    def master(self):
         subprocess.run(["genisoimage", "-quiet", "-V", "GAME", "-o", self.path("plain.iso"), self.path("src")],
                        check=True, stderr=subprocess.DEVNULL)
         self.image = self.read("plain.iso")
@@ -150,6 +153,30 @@ class CueSheets(ConsoleTest):
         self.write("game.bin", raw)
         self.assertEqual(self.report("verify", "game.cue")[1]["problems"], ["sector 10: wrong address, EDC, parity"])
 
+    def test_further_data_tracks_are_named_and_checked(self):
+        """A disc of two sessions, as dumps describe it: the second one's track has addresses of its own."""
+        second = self.raw(1, 600)
+        self.write("game (Track 1).bin", self.raw(2))
+        self.write("game (Track 2).bin", second)
+        self.sheet("REM SESSION 01", 'FILE "game (Track 1).bin" BINARY', "  TRACK 01 MODE2/2352", "    INDEX 01 00:00:00",
+                   "REM LEAD-OUT 00:10:00", "REM SESSION 02", "REM LEAD-IN 01:00:00", 'FILE "game (Track 2).bin" BINARY',
+                   "  TRACK 02 MODE1/2352", "    INDEX 01 00:00:00")
+        named = "game.cue: track 2 (MODE1/2352) is not in the image\n"
+        result = self.run_here("bin2iso", "-o", "out.iso", "game.cue")
+        self.assertEqual((result.status, result.err), (1, "vantrel bin2iso: " + named))
+        self.assertEqual(self.read("out.iso"), self.image)
+        result = self.run_here("extract", "game.cue", "-C", "files")
+        self.assertEqual((result.status, result.err), (1, "vantrel extract: " + named))
+        self.assertEqual(self.files_below("files"), self.files)
+        status, report = self.report("verify", "game.cue")
+        self.assertEqual((status, report["problems"], [track["checked"] for track in report["tracks"]]), (0, [], [True, True]))
+        damaged = bytearray(second)
+        damaged[2352 * 7 + 100] ^= 1
+        self.write("game (Track 2).bin", damaged)
+        status, report = self.report("verify", "game.cue")
+        self.assertEqual((status, report["problems"]), (1, ["track 2: sector 7: wrong EDC, parity"]))
+        self.assertEqual(report["image"], sums(self.image))
+
     def test_bytes_left_over(self):
         self.write("game.bin", self.raw(1) + bytes(7))
         self.sheet('FILE "game.bin" BINARY', "TRACK 01 MODE1/2352", "INDEX 01 00:00:00")
@@ -197,6 +224,26 @@ class CueSheets(ConsoleTest):
                              (1, "vantrel bin2iso: game.cue: %s: the output would be a file of the input\n" % name))
             self.assertEqual(self.read(name), content)
         self.assertEqual(self.names(), before)
+
+    def test_extracted_files_replace_no_file_of_the_sheet(self):
+        self.write("src/GAME.BIN", b"a file of the image")
+        self.master()
+        raw = self.raw(1)
+        self.write("GAME.BIN", raw)
+        self.sheet('FILE "GAME.BIN" BINARY', "TRACK 01 MODE1/2352", "INDEX 01 00:00:00")
+        before = self.state()
+        result = self.run_here("extract", "-f", "game.cue")
+        self.assertEqual((result.status, result.out, result.err), (
+            1, "", 'vantrel extract: game.cue: "GAME.BIN" cannot be extracted: GAME.BIN is a file of the image\n'))
+        self.assertEqual(self.state(), before)
+
+    def test_the_summary_counts_the_data_track(self):
+        self.write("game.bin", self.raw(1) + AUDIO)
+        self.sheet('FILE "game.bin" BINARY', "TRACK 01 MODE1/2352", "INDEX 01 00:00:00", "TRACK 02 AUDIO",
+                   "INDEX 01 " + position(self.sectors))
+        self.write("other.cue", self.read("game.cue"))
+        result = self.run_here("bin2iso", "-k", "game.cue", "other.cue")
+        self.assertIn("; %d bytes in, %d bytes out, " % (2 * 2352 * self.sectors, 2 * len(self.image)), result.err)
 
     def test_sheets_of_iso2bin(self):
         image = bytearray(self.image)

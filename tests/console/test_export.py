@@ -8,13 +8,16 @@ from support import IS_WINDOWS, ConsoleTest
 
 class Export(ConsoleTest):
     def master(self, name, **files):
-        """An image with the marks of a PSP title; files are given as NAME="content"."""
-        source = self.path("src-" + name)
-        os.mkdir(source)
+        """The same of files that are given as NAME="content"."""
+        os.mkdir(self.path("src-" + name))
         for file, content in files.items():
             self.write("src-%s/%s.BIN" % (name, file.upper()), content.encode())
-        subprocess.run(["genisoimage", "-quiet", "-sysid", "PSP GAME", "-A", "PSP GAME", "-o", self.path(name), source],
-                       check=True, stderr=subprocess.DEVNULL)
+        return self.psp(name, "src-" + name)
+
+    def psp(self, name, source="src"):
+        """An image of a folder, with the marks of a PSP title."""
+        subprocess.run(["genisoimage", "-quiet", "-sysid", "PSP GAME", "-A", "PSP GAME", "-o", self.path(name),
+                        self.path(source)], check=True, stderr=subprocess.DEVNULL)
         image = bytearray(self.read(name))
         image[33792:33800] = b"CD-XA001"
         self.write(name, image)
@@ -77,6 +80,36 @@ class Export(ConsoleTest):
         self.assert_done(self.run_here("iso2iml", "-f", "game.iso", "--extract"))
         os.remove(self.path("game.gaps"))
         self.assert_done(self.run_here("iso2iml", "-f", "game.iso"))
+
+    def test_names_without_an_extension(self):
+        """On the disc they end in a dot, which Windows drops when it writes files and when it reads them."""
+        os.makedirs(self.path("src/DIR"))
+        files = {"src/NO_EXTEN": b"first", "src/DIR/OTHER": b"second"}
+        for name, content in files.items():
+            self.write(name, content)
+        image = self.psp("game.iso")
+        self.assertIn(b"NO_EXTEN.;1", image)
+        written = {name.removeprefix("src/") + ("" if IS_WINDOWS else "."): content for name, content in files.items()}
+        self.assert_done(self.run_here("extract", "game.iso", "-C", "extracted"))
+        self.assertEqual(self.files_below("extracted"), written)
+        self.assert_done(self.run_here("iso2iml", "game.iso", "--extract", "files"))
+        self.assertIn(b'"NO_EXTEN."', self.read("game.iml"))
+        self.assertEqual(self.files_below("files"), written)
+        self.assert_done(self.run_here("verify", "--files", "files", "game.iml"))
+        for folder in "files", "extracted", "src":  # other programs leave the dot out on every system
+            self.assert_done(self.run_here("iml2iso", "--exact", "--files", folder, "-f", "-o", "again.iso", "game.iml"))
+            self.assertEqual(self.read("again.iso"), image)
+
+    def test_extracted_files_keep_recorded_dates(self):
+        date = 1_000_000_000
+        os.mkdir(self.path("src"))
+        self.write("src/GAME.BIN", b"first")
+        os.utime(self.path("src/GAME.BIN"), (date, date))
+        self.psp("game.iso")
+        self.assert_done(self.run_here("iso2iml", "game.iso", "--extract", "files"))
+        self.assertEqual(os.stat(self.path("files/GAME.BIN")).st_mtime, date)
+        self.assert_done(self.run_here("iso2iml", "-f", "--no-dates", "game.iso", "--extract", "files"))
+        self.assertGreater(os.stat(self.path("files/GAME.BIN")).st_mtime, date)
 
     def test_a_path_ends_with_a_separator_of_its_own_kind(self):
         self.master("game.iso", game="first")

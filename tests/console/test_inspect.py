@@ -238,24 +238,15 @@ class Inspect(ConsoleTest):
         self.assertEqual(len(report["files"]), 4)
         self.assertEqual(set(report["files"][0]), {"sector", "bytes", "path"})
 
-    def extracted(self, folder):
-        found = {}
-        for place, _, names in os.walk(self.path(folder)):
-            for name in names:
-                path = os.path.join(place, name)
-                with open(path, "rb") as file:
-                    found[os.path.relpath(path, self.path(folder)).replace(os.sep, "/")] = file.read()
-        return found
-
     def test_extract_everything(self):
         self.make_forms()
         for name in "game.iso", "psp.cso", "psp.dax", "game.bin":
             self.assert_done(self.run_here("extract", name, "-C", "out-" + name))
-            self.assertEqual(self.extracted("out-" + name), self.files)
+            self.assertEqual(self.files_below("out-" + name), self.files)
 
     def test_extract_some(self):
         self.assert_done(self.run_here("extract", "game.iso", "a.txt", "/DIR/SUB/", "-C", "out"))
-        self.assertEqual(sorted(self.extracted("out")), ["A.TXT", "DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"])
+        self.assertEqual(sorted(self.files_below("out")), ["A.TXT", "DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"])
         result = self.run_here("extract", "game.iso", "NOTHING", "-C", "out2")
         self.assertEqual((result.status, result.err), (1, "vantrel extract: game.iso: holds no NOTHING\n"))
         self.assertFalse(os.path.exists(self.path("out2")))
@@ -264,8 +255,10 @@ class Inspect(ConsoleTest):
         for words, expected in ((["./A.TXT"], ["A.TXT"]), (["A.TXT;1"], ["A.TXT"]), (["/DIR/./B.BIN"], ["DIR/B.BIN"]),
                                 (["*.txt"], ["A.TXT"]), (["DIR/?.bin"], ["DIR/B.BIN"]), (["DIR\\SUB"], ["DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"]),
                                 (["*/*/C*"], ["DIR/SUB/C.BIN"]), (["D*"], ["DIR/B.BIN", "DIR/SUB/C.BIN", "DIR/SUB/EMPTY.DAT"])):
-            self.assert_done(self.run_here("extract", "game.iso", *words, "-C", "out"))
-            self.assertEqual(sorted(self.extracted("out")), expected, words)
+            result = self.run_here("extract", "game.iso", *words, "-C", "out")
+            self.assert_done(result)
+            self.assertEqual(result.out, "game.iso: %d file%s extracted\n" % (len(expected), "s" * (len(expected) != 1)))
+            self.assertEqual(sorted(self.files_below("out")), expected, words)
             shutil.rmtree(self.path("out"))
         for word in "*.bin", "DIR/*.txt", "A.TXT/X":
             result = self.run_here("extract", "game.iso", word, "-C", "out")
@@ -291,15 +284,39 @@ class Inspect(ConsoleTest):
         self.assert_done(self.run_here("extract", "-f", "--no-dates", "game.iso", "-C", "out"))
         self.assertGreater(os.stat(self.path("out/DIR/B.BIN")).st_mtime, date)
 
+    def test_extract_says_why_a_file_cannot_be_read(self):
+        self.make_forms()
+        raw = bytearray(self.read("game.bin"))
+        sector = next(file["sector"] for file in self.report("list", "game.bin")[1]["files"] if file["path"] == "DIR/B.BIN")
+        raw[RAW * (sector + 1) + 100] ^= 1
+        self.write("game.bin", raw)
+        result = self.run_here("extract", "game.bin", "-C", "out")
+        self.assertEqual((result.status, result.out, result.err), (
+            1, "", 'vantrel extract: game.bin: Cannot read "DIR\\B.BIN" from game.bin (damaged sector: wrong EDC)\n'))
+        self.assertFalse(os.path.exists(self.path("out")))
+        self.assert_done(self.run_here("extract", "game.bin", "A.TXT", "-C", "out"))
+
+    def test_images_without_all_of_their_directories(self):
+        root = int.from_bytes(self.image[32768 + 158:32768 + 162], "little")
+        folder = self.image.index(b"B.BIN;1") // SECTOR
+        for length, problem in ((root, "the image has no readable root directory"),
+                                (folder, "the image does not hold all of the directory at sector %d" % folder)):
+            self.write("game.iso", self.image[:length * SECTOR])
+            for words in ["list", "game.iso"], ["extract", "game.iso", "-C", "out"], ["extract", "game.iso", "--stdout", "A"]:
+                result = self.run_here(*words)
+                self.assertEqual((result.status, result.out, result.err),
+                                 (1, "", "vantrel %s: game.iso: %s\n" % (words[0], problem)))
+        self.assertFalse(os.path.exists(self.path("out")))
+
     def test_extract_replaces_files_only_with_force(self):
         os.mkdir(self.path("out"))
         self.write("out/A.TXT", b"older")
         result = self.run_here("extract", "game.iso", "-C", "out")
         self.assertEqual(result.status, 1)
         self.assertIn("A.TXT exists already; -f replaces it", result.err)
-        self.assertEqual(self.extracted("out"), {"A.TXT": b"older"})
+        self.assertEqual(self.files_below("out"), {"A.TXT": b"older"})
         self.assert_done(self.run_here("extract", "-f", "game.iso", "-C", "out"))
-        self.assertEqual(self.extracted("out"), self.files)
+        self.assertEqual(self.files_below("out"), self.files)
 
     def test_extract_never_leaves_the_folder(self):
         image = self.image.replace(b"A.TXT;1", b"../UP;1")
@@ -322,7 +339,7 @@ class Inspect(ConsoleTest):
                 self.assertEqual(self.names(), before)
             else:
                 self.assert_done(result)
-                found = self.extracted("out")
+                found = self.files_below("out")
                 self.assertEqual((found["DIR/B.BIN"], found["DIR/b.bin"]), (self.files["DIR/B.BIN"], b"small letters"))
                 shutil.rmtree(self.path("out"))
 
@@ -347,9 +364,22 @@ class Inspect(ConsoleTest):
                             for text in report["problems"]), report)
         layout = self.read("game.iml")
         self.write("cut.iml", layout[:layout.index(b"DIR\\SUB")])
-        self.assertIn("the layout counts 5 entries and has fewer", self.report("verify", "cut.iml")[1]["problems"])
-        self.write("no.iml", b"[SYS]\r\nVERSION=1.00\r\n")
-        self.assertEqual(self.run_here("info", "no.iml").status, 1)
+        line = layout[:layout.index(b"# the number")].count(b"\n") + 1
+        for problem, changed in (
+                ("line %d: the number of entries is 5, but there are 3" % line, layout[:layout.rindex(b"\n", 0, layout.index(b"DIR\\SUB")) + 1]),
+                ("line %d: text behind the closing quote" % (line + 4), layout.replace(b'DIR\\B.BIN"', b'DIR\\B.BIN" ')),
+                ("line %d: the number of entries is 4, but there are 5" % line,
+                 layout.replace(b"entries: 5", b"entries: 4"))):
+            self.write("changed.iml", changed)
+            self.assertIn(problem, self.report("verify", "changed.iml")[1]["problems"])
+            self.assertIn("changed.iml, " + problem, self.run_here("iml2iso", "changed.iml").err)
+        for changed, problem in ((b"[SYS]\r\nVERSION=1.00\r\n", "line 3: the layout ends before its number of entries"),
+                                 (layout.replace(b"\r\n", b"\n"), "line 1: ends with LF alone")):
+            self.write("no.iml", changed)
+            for command in "info", "verify", "iml2iso":
+                result = self.run_here(command, "no.iml")
+                self.assertEqual((result.status, result.out), (1, ""))
+                self.assertIn("no.iml, " + problem, result.err)
 
 
 if __name__ == "__main__":

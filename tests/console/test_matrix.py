@@ -120,10 +120,7 @@ class Matrix(ConsoleTest):
         """The output of a successful command reads back as its input."""
         if command in BACK:
             self.assert_done(self.run_here(BACK[command][0], "-o", "back.iso", *BACK[command][1:]))
-            back, image = self.read("back.iso"), before[name]
-            if command == "iso2bin" and len(image) < len(self.image):
-                image += bytes(150 * SECTOR)  # the postgap
-            self.assertEqual(back, image)
+            self.assertEqual(self.read("back.iso"), before[name])
         elif command == "bin2iso":
             self.assertEqual(self.read("out.iso"), self.image[:len(before[name]) // 2352 * SECTOR])
         elif command == "iml2iso":

@@ -37,13 +37,20 @@ class RawCommands(ConsoleTest):
         self.assertEqual(result.out, "my.Game.bin -> my.Game.iso: Conversion bin2iso Done ! (%d bytes)\n" % (40 * 2048))
         self.assertEqual(self.read("my.Game.iso"), cd_image())
 
-    def test_a_postgap_where_the_volume_has_another_length(self):
-        for volume in 39, 41:
-            self.write("game.iso", cd_image(40, volume))
-            self.assert_done(self.run_here("iso2bin", "-f", "game.iso"))
-            self.assertEqual(len(self.read("game.bin")), 190 * 2352)
+    def test_only_a_missing_postgap_is_appended(self):
+        for volume, added, notice in (
+                (190, 150, ""), (40, 0, ""), (39, 0, ""),
+                (41, 0, "game.iso is truncated: it has 40 sectors, its volume descriptor says 41\n"),
+                (189, 0, "game.iso is truncated: it has 40 sectors, its volume descriptor says 189\n")):
+            image = bytearray(cd_image(40, volume))
+            image[32769:32774] = b"CD001"
+            self.write("game.iso", image)
+            result = self.run_here("iso2bin", "-f", "game.iso")
+            self.assert_done(result)
+            self.assertEqual(result.out.split("game.iso -> ")[0], notice)
+            self.assertEqual(len(self.read("game.bin")), (40 + added) * 2352)
             self.assert_done(self.run_here("bin2iso", "-f", "game.bin"))
-            self.assertEqual(self.read("game.iso"), cd_image(40, volume) + bytes(150 * 2048))
+            self.assertEqual(self.read("game.iso"), image + bytes(added * 2048))
 
     def test_the_sheet_is_written_beside_the_raw_image(self):
         self.write("game.iso", cd_image())

@@ -2,7 +2,7 @@
 import os
 import unittest
 
-from support import ConsoleTest
+from support import IS_WINDOWS, ConsoleTest
 
 SECTOR = 2048
 
@@ -52,6 +52,20 @@ class Rebuild(ConsoleTest):
         self.assertIn('game.gaps is missing: an exact rebuild needs the gap file that "vantrel iso2iml --extract" writes',
                       result.err)
         self.assertEqual(self.names(), ["A", "game.iml", "game.ims"])
+
+    def test_no_input_is_replaced(self):
+        self.write_layout((18, 18, "A"))
+        self.write("A", b"x" * 2048)
+        self.write("game.gaps", b"of an export")
+        before = self.state()
+        for name, problem in (("game.ims", "game.ims: the output would be a file of the input"),
+                              ("game.gaps", "game.gaps: the output would be a file of the input"),
+                              ("game.iml", "game.iml: the output would be the input itself"),
+                              ("A", "The image would replace .%sA, which the layout lists" % ("\\" if IS_WINDOWS else "/"))):
+            result = self.run_here("iml2iso", "-f", "-o", name, "game.iml")
+            self.assertEqual((result.status, result.out), (1, ""))
+            self.assertIn(problem, result.err)
+            self.assertEqual(self.state(), before)
 
 
 if __name__ == "__main__":

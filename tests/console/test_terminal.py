@@ -2,6 +2,7 @@
 import fcntl
 import os
 import pty
+import re
 import select
 import shutil
 import signal
@@ -42,6 +43,14 @@ class Terminal(ConsoleTest):
         os.close(leader)
         return process.wait(30), shown.decode("utf-8", "surrogateescape")
 
+    def test_a_terminal_gets_a_progress_line_and_a_pipe_does_not(self):
+        self.write("game.iso", psp_image(8192))
+        self.assert_done(self.run_here("iso2cso", "game.iso"))
+        status, shown = self.on_terminal("iso2cso", "-f", "game.iso", stdout=False)
+        self.assertEqual(status, 0)
+        self.assertRegex(shown, r"game\.iso .*%")
+        self.assertTrue(shown.endswith(ERASE), "the line is removed at the end")
+
     def test_the_progress_line_fits_the_terminal(self):
         for name in ("game", "x" * 200, "\u30b2\u30fc\u30e0" * 20, "cafe\u0301 " * 20):
             name += ".iso"
@@ -57,6 +66,19 @@ class Terminal(ConsoleTest):
                     self.assertRegex(line, r" [0-9]+%")
                     self.assertNotIn("\n", line)
             os.remove(self.path(name))
+
+    def test_the_progress_of_a_sheet_counts_its_data_track(self):
+        """The sheet itself has less than a hundred bytes."""
+        units = {"bytes": 1, "kB": 1000, "MB": 1_000_000}
+        size = 1 << 27
+        self.write("track.img", b"")
+        os.truncate(self.path("track.img"), size)
+        self.write("game.cue", b'FILE track.img BINARY\nTRACK 01 MODE1/2048\nINDEX 01 00:00:00\n')
+        _, shown = self.on_terminal("verify", "game.cue", stdout=False)
+        drawn = re.findall(r"game\.cue +([0-9]+)%  ([0-9.]+) (bytes|kB|MB)", shown)
+        self.assertGreater(int(drawn[-1][0]), 10, shown)
+        for percent, done, unit in drawn:
+            self.assertAlmostEqual(float(done) * units[unit], int(percent) * size / 100, delta=size / 100)
 
     def test_the_progress_line_follows_a_resize(self):
         self.write("a rather long name of a game.iso", psp_image(4 * 8192))

@@ -187,6 +187,22 @@ TEST_F(ExportWindowTest, TheLayoutHasTheLocalTimeOfTheSystem) {
         << written.first << " is not within a minute after " << possible.front().first;
 }
 
+/// Such as names in Japanese whose last byte is that of a backslash.
+TEST_F(ExportWindowTest, ANameThatEndsInABackslashIsListed) {
+    SImageDescription description;
+    description.kind = EImageKind::Cd;
+    description.files = {{"SYSTEM.CNF", TextLikeBytes(61, 1)}, {"NAME\\", RandomBytes(100, 2)}};
+    WriteWhole(m_folder / "game.iso", BuildImage(description).bytes);
+    CDrivenDialog dialog = m_program.Start();
+    dialog.Choose(m_folder / "game.iso");
+    dialog.Press(IDC_ISO_TO_IML);
+    WaitForFileDialog(m_program, kConversion).Choose(m_folder / "layout.iml");
+    WaitForBox(m_program, kConversion).Close();
+    const std::string layout = ReadText(m_folder / "layout.iml");
+    EXPECT_NE(layout.find("# the number of entries: 3\r\n"), std::string::npos) << layout;
+    EXPECT_NE(layout.find("\"NAME\\\"\r\n"), std::string::npos) << layout;
+}
+
 TEST_F(ExportWindowTest, ARefusedImageEndsTheProgram) {
     WriteText(m_folder / "game.iso", "no image at all");
     CDrivenDialog dialog = m_program.Start();

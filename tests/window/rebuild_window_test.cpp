@@ -128,6 +128,34 @@ protected:
         EXPECT_EQ(m_program.WaitForEnd(), 0U);
     }
 
+    /// Exports an image of a UMD with the buttons of the window, rebuilds it from the layout, and compares both.
+    void ExpectRoundTrip(const std::string& layoutName, const std::string& baseName) {
+        SImageDescription description;
+        description.kind = EImageKind::Umd;
+        description.files = {{"UMD_DATA.BIN", RandomBytes(kSector, 1)}, {"DATA/A.BIN", RandomBytes(5 * kSector, 2)}};
+        const Bytes image = BuildImage(description).bytes;
+        WriteWhole(m_folder / "source.iso", image);
+        MakeFolder(m_folder / "DATA");
+        WriteWhole(m_folder / "UMD_DATA.BIN", description.files[0].content);
+        WriteWhole(m_folder / "DATA\\A.BIN", description.files[1].content);
+
+        const CDrivenDialog dialog = Choose("source.iso");
+        dialog.Press(IDC_ISO_TO_IML);
+        WaitForFileDialog(m_program, kConversion).Choose(m_folder / (layoutName + ".iml"));
+        WaitForBox(m_program, kConversion).Close();
+        ExpectIdle(dialog);
+        EXPECT_EQ(FileKindOf(m_folder / (layoutName + ".ims")), EFileKind::File);
+        EXPECT_EQ(FileKindOf(m_folder / (baseName + ".ims")), EFileKind::Missing);
+
+        dialog.Choose(m_folder / (layoutName + ".iml"));
+        dialog.Press(IDC_VANTREL);
+        const CDrivenBox box = WaitForBox(m_program, kConversion);
+        EXPECT_EQ(box.Text(), std::string("Rebuilding [cd] ISO done added postgap!") + kSoundFault);
+        box.Close();
+        ExpectIdle(dialog);
+        EXPECT_EQ(ReadWhole(m_folder / (baseName + ".iso")), image);
+    }
+
     Bytes WriteImage(EImageKind kind, EPostgap postgap) {
         SImageDescription description;
         description.kind = kind;
@@ -193,6 +221,23 @@ TEST_F(RebuildWindow, MissingFileEndsTheProgram) {
     ExpectFailure(Choose("game.iml"), "Code 3041 - Error!!! Opening [SUB\\B.BIN]");
     EXPECT_EQ(FileKindOf(m_folder / "game.vlt"), EFileKind::File);
     EXPECT_EQ(FileKindOf(m_folder / "game.iso"), EFileKind::File);
+}
+
+TEST_F(RebuildWindow, ALayoutWithSeveralDotsIsRebuilt) {
+    ExpectRoundTrip("slus_200.62", "slus_200");
+}
+
+TEST_F(RebuildWindow, ALayoutWithALongNameIsRebuilt) {
+    ExpectRoundTrip("a name of more than thirty characters.with.dots", "a name of more than thirty cha");
+}
+
+TEST_F(RebuildWindow, WithoutLeadingStructuresTheOldImageStays) {
+    WriteLayout(ELayoutMedia::Cd);
+    WriteText(m_folder / "slus_200.62.iml", LayoutText(m_layout));
+    WriteText(m_folder / "slus_200.iso", "the image of before");
+    RemoveFile(m_folder / "game.ims");
+    ExpectFailure(Choose("slus_200.62.iml"), "Code 204!!! file not found==> " + (m_folder / "slus_200.ims"));
+    EXPECT_EQ(ReadText(m_folder / "slus_200.iso"), "the image of before");
 }
 
 TEST_F(RebuildWindow, NoLayout) {

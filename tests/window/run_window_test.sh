@@ -42,7 +42,7 @@ take_picture() {
 $display || exit 1
 $audio || exit 1
 # The scale of the display is a setting of the whole Wine session, so every other scale has its own prefix.
-[ "$scale" = 100 ] || WINE_ENV_PREFIX=$WINE_ENV_PREFIX-$scale
+[ "$scale" = 100 ] || WINE_ENV_PREFIX=$WINE_ENV_ROOT/build/wineprefix-scale-$scale
 wine_env_wine || exit 1
 if [ "$scale" != 100 ] && [ ! -e "$WINEPREFIX/.scaled" ]; then
     wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d $((96 * scale / 100)) /f 8>&- >/dev/null 2>&1 </dev/null

@@ -42,6 +42,9 @@ TEST(CommandLine, WrongUsageIsExplained) {
     EXPECT_THAT(UsageError({"iso2cso", "a.iso", "-o", "x", "--output-dir", "y"}), HasSubstr("excludes"));
     EXPECT_THAT(UsageError({"iso2cso", "a.iso", "b.iso", "-o", "x"}),
                 HasSubstr("--output: names one file, but there are 2 inputs"));
+    EXPECT_THAT(UsageError({"iso2cso", "a.iso", "-o"}), HasSubstr("vantrel iso2cso: --output: needs a value\n"));
+    EXPECT_THAT(UsageError({"iso2cso", "a.iso", "-o", "x", "-o", "y"}),
+                HasSubstr("--output: may be given only once\n"));
     EXPECT_THAT(UsageError({"add-postgap", "a.iso"}), HasSubstr("--count is required"));
     EXPECT_THAT(UsageError({"iso2iml", "a.iso", "--extract=" + std::string(VANTREL_SOURCE_DIR "/CMakeLists.txt")}),
                 HasSubstr("is a file; give FILE before --extract"));

@@ -51,6 +51,20 @@ TEST(Verify, AnInterruptEndsIt) {
     EXPECT_THAT(operation.CallsOf("done"), ElementsAre("done 1048576"));
 }
 
+TEST(Verify, CountsTheFilesOfASheetToo) {
+    const CTestFolder folder;
+    const Bytes image = LargeImage();
+    test::WriteWhole(folder / "game.bin", image);
+    test::WriteText(folder / "game.cue", "FILE game.bin BINARY\nTRACK 01 MODE1/2048\nINDEX 01 00:00:00\n");
+    CRecordingOperation operation;
+    const CReport report = VerifyFile(folder / "game.cue", operation);
+    EXPECT_EQ(report["ok"], true);
+    EXPECT_EQ(report["image"]["sha1"], report["bins"].As<CReport::List>()[0]["sha1"]);
+    EXPECT_THAT(operation.CallsOf("total"), ElementsAre("total " + std::to_string(2 * image.size())));
+    operation.m_onYield = [](int) { throw CRefused("interrupted"); };
+    EXPECT_THAT([&] { VerifyFile(folder / "game.cue", operation); }, testing::ThrowsMessage<CRefused>("interrupted"));
+}
+
 TEST(Verify, ComparesByteForByte) {
     const CTestFolder folder;
     Bytes image = LargeImage();

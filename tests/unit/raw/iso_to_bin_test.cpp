@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "iso/iso9660.h"
 #include "raw/raw_sector.h"
 #include "tests/support/raw_sector_check.h"
 #include "tests/support/recording_operation.h"
@@ -56,7 +57,9 @@ TEST(IsoToBin, RefusesAnImageWithAPartialSector) {
 
 TEST(IsoToBin, RefusesAnImageBeyondTheLastAddress) {
     const CTestFolder folder;
-    const SIsoToBinRequest request = RequestFor(folder, test::CdImage());
+    Bytes image = test::CdImage();
+    test::Write32(image, kVolumeSizePosition, kMostRawSectors + 1);  // the postgap has no address
+    const SIsoToBinRequest request = RequestFor(folder, image);
     CNativeFile file;
     ASSERT_TRUE(file.Open(folder / "game.iso", EOpenMode::ReadWrite, ESharing::Anyone));
     ASSERT_TRUE(file.Resize((std::int64_t{kMostRawSectors} - 149) * 2048));

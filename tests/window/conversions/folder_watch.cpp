@@ -1,6 +1,7 @@
 #include "tests/window/conversions/folder_watch.h"
 
 #include "files/utf.h"
+#include "tests/support/test_folder.h"
 #include "tests/window/driver/poll.h"
 
 namespace vantrel::test {
@@ -8,13 +9,14 @@ namespace vantrel::test {
 namespace {
 
 constexpr std::size_t kBufferSize = 64 * 1024;
-/// The system reports changes with a delay.
-constexpr DWORD kReportDelay = 500;  // milliseconds
+/// The system reports changes late but in their order. When it reports this file, it has reported all others.
+constexpr char kLastFile[] = "end-of-watch";
 
 }  // namespace
 
 CFolderWatch::CFolderWatch(const std::string& folder)
-    : m_folder(CreateFileW(WideOf(folder).c_str(), FILE_LIST_DIRECTORY,
+    : m_path(folder),
+      m_folder(CreateFileW(WideOf(folder).c_str(), FILE_LIST_DIRECTORY,
                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                            FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OVERLAPPED, nullptr)),
       m_stop(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
@@ -32,9 +34,15 @@ CFolderWatch::~CFolderWatch() {
 
 void CFolderWatch::Stop() {
     if (m_thread.joinable()) {
-        Sleep(kReportDelay);
+        const std::string last = m_path + "\\" + kLastFile;
+        WriteText(last, "");
+        WaitUntil([this] { return m_hasSeenLastFile.load(); });
         SetEvent(m_stop);
         m_thread.join();
+        DeleteFileW(WideOf(last).c_str());
+        if (!m_hasSeenLastFile) {
+            throw CDriveFailure("changes in " + m_path + " are not reported");
+        }
     }
 }
 
@@ -67,7 +75,9 @@ void CFolderWatch::Take(const std::vector<unsigned char>& buffer) {
     for (;;) {
         const auto* news = reinterpret_cast<const FILE_NOTIFY_INFORMATION*>(buffer.data() + offset);
         const std::string name = Utf8Of(std::wstring(news->FileName, news->FileNameLength / sizeof(WCHAR)));
-        if (news->Action == FILE_ACTION_ADDED) {
+        if (name == kLastFile) {
+            m_hasSeenLastFile = true;
+        } else if (news->Action == FILE_ACTION_ADDED) {
             m_appeared.insert(name);
         } else if (news->Action == FILE_ACTION_REMOVED) {
             m_vanished.insert(name);

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <set>
 #include <string>
 #include <thread>
@@ -18,7 +19,8 @@ public:
     CFolderWatch& operator=(const CFolderWatch&) = delete;
     ~CFolderWatch();
 
-    /// Stops watching. Then Appeared and Vanished have the sorted names of the files that appeared and disappeared.
+    /// Waits for all reports and stops watching. Then Appeared and Vanished have the sorted names of the files that
+    /// appeared and disappeared.
     void Stop();
     const std::set<std::string>& Appeared() const { return m_appeared; }
     const std::set<std::string>& Vanished() const { return m_vanished; }
@@ -27,10 +29,12 @@ private:
     void Run();
     void Take(const std::vector<unsigned char>& buffer);
 
+    std::string m_path;
     HANDLE m_folder;
     HANDLE m_stop;
     std::set<std::string> m_appeared;
     std::set<std::string> m_vanished;
+    std::atomic<bool> m_hasSeenLastFile = false;
     std::thread m_thread;
 };
 

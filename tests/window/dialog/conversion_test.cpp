@@ -63,6 +63,11 @@ protected:
         return FindWindowExW(dialog.Window(), nullptr, kProgressClass, nullptr);
     }
 
+    static void ExpectFullBar(const CDrivenDialog& dialog) {
+        ASSERT_TRUE(dialog.ProgressPosition().has_value());
+        EXPECT_EQ(dialog.ProgressPosition(), dialog.ProgressRange());
+    }
+
     static void ExpectOnlyChoosingIsPossible(const CDrivenDialog& dialog) {
         Require("the browse button", [&] { return dialog.IsEnabled(IDC_BROWSE); });
         for (const int id : kTen) {
@@ -83,7 +88,7 @@ TEST_F(CConversionTest, CompressesAndExpandsToTheSameImage) {
     EXPECT_EQ(dialog.Pane(EPane::Status), "Compression iso2cso Done !");
     EXPECT_EQ(dialog.Pane(EPane::Percent), "100%");
     EXPECT_EQ(dialog.Pane(EPane::File), m_folder / "game.cso");
-    EXPECT_NE(ProgressBar(dialog), nullptr);
+    ExpectFullBar(dialog);
     for (const int id : kTen) {
         EXPECT_FALSE(dialog.IsEnabled(id)) << id << " while the message is open";
     }
@@ -98,6 +103,7 @@ TEST_F(CConversionTest, CompressesAndExpandsToTheSameImage) {
     dialog.Press(IDC_CSO_TO_ISO);
     box = WaitForBox(m_program, kConversion);
     EXPECT_THAT(box.Text(), ::testing::StartsWith("ciso decompress cso2iso Done !"));
+    ExpectFullBar(dialog);
     box.Close();
     ExpectOnlyChoosingIsPossible(dialog);
     EXPECT_EQ(ReadWhole(m_folder / "new-game.iso"), image);
@@ -311,16 +317,20 @@ TEST_F(CConversionTest, FolderAboutBoxAndTopMostWorkDuringAConversion) {
         "progress", [&] { return dialog.Pane(EPane::Bytes).ends_with(" block"); }, kConversion);
     dialog.Press(IDC_ALWAYS_ON_TOP);
     Require("the window on top", [&] { return dialog.IsTopMost(); });
+    ASSERT_FALSE(HasBox(m_program)) << "the conversion has ended too early";
     dialog.Press(IDC_FULL_PATH);
     WaitForFileDialog(m_program).Choose(m_folder.Path());
     Require("the folder", [&] { return dialog.Text(IDC_IML_PATH) == m_folder.Path(); });
+    ASSERT_FALSE(HasBox(m_program)) << "the conversion has ended too early";
     PostMessageW(dialog.Window(), WM_SYSCOMMAND, IDM_ABOUTBOX, 0);
     HWND about = nullptr;
     Require("About box", [&] {
         about = FindWindowW(nullptr, L"About quorn_vantrel_v5.0");
         return about != nullptr && IsWindowVisible(about) != FALSE;
     });
+    EXPECT_EQ(dialog.Pane(EPane::Status), "Compression ISO2CSO, please Wait");
     PressButton(GetDlgItem(about, IDOK));
+    Require("end of the About box", [&] { return IsWindow(about) == FALSE; });
     const CDrivenBox box = WaitForBox(m_program, kConversion);
     EXPECT_THAT(box.Text(), ::testing::StartsWith("Compression iso2cso Done !"));
     box.Close();

@@ -271,11 +271,12 @@ TEST_F(CInputTest, FieldsAreReadUpTo2048Characters) {
     const CDrivenDialog dialog = m_program.Start();
     dialog.Choose(m_folder / "game.iso");
     const std::string folder(2048, 'f');
+    const std::string name(2048, 'n');
     SetTextOf(dialog.Control(IDC_FOLDER), folder + "beyond");
-    SetTextOf(dialog.Control(IDC_FILE_NAME), "g.iso");
+    SetTextOf(dialog.Control(IDC_FILE_NAME), name + "beyond");
     dialog.Press(IDC_ISO_TO_IML);
     const CDrivenBox box = WaitForBox(m_program);
-    EXPECT_EQ(box.Text(), "Code 101e - Error Opening " + folder + "g.iso");
+    EXPECT_EQ(box.Text(), "Code 101e - Error Opening " + folder + name);
     box.Close();
     EXPECT_EQ(m_program.WaitForEnd(), 0U);
 }
@@ -320,13 +321,10 @@ TEST_F(CInputTest, TheFocusLeavesAButtonThatIsGreyed) {
             WaitForBox(program).Close();
         }
         Require("greyed iso2iml", [&] { return !dialog.IsEnabled(IDC_ISO_TO_IML); });
-        EXPECT_TRUE(WaitUntil(
-            [&] {
-                const int focused = FocusedControl(dialog);
-                return focused != 0 && focused != IDC_ISO_TO_IML && dialog.IsEnabled(focused);
-            },
-            Milliseconds(3000)))
-            << FocusedControl(dialog);
+        EXPECT_TRUE(WaitUntil([&] {
+            const int focused = FocusedControl(dialog);
+            return focused != 0 && focused != IDC_ISO_TO_IML && dialog.IsEnabled(focused);
+        })) << FocusedControl(dialog);
     }
 }
 

@@ -210,9 +210,8 @@ TEST_F(CStartTest, PanesHaveTheirWidths) {
     EXPECT_THAT(edges, ElementsAre(Scaled(bar, 250), Scaled(bar, 350), Scaled(bar, 515), -1));
 }
 
-/// The colour on the screen of a point of a window.
-COLORREF ColourAt(HWND window, POINT point) {
-    ClientToScreen(window, &point);
+/// The colour of a point of the screen.
+COLORREF ColourAt(POINT point) {
     const HDC screen = GetDC(nullptr);
     const COLORREF colour = GetPixel(screen, point.x, point.y);
     ReleaseDC(nullptr, screen);
@@ -221,24 +220,26 @@ COLORREF ColourAt(HWND window, POINT point) {
 
 TEST_F(CStartTest, TheStatusBarIsGrey) {
     const CDrivenDialog dialog = m_program.Start();
-    const HWND bar = StatusBar(dialog);
-    EXPECT_TRUE(WaitUntil([&] {
-        return ColourAt(bar, {100, 10}) == RGB(180, 180, 180);
-    })) << std::hex
-        << ColourAt(bar, {100, 10});
+    POINT point = {100, 10};
+    ClientToScreen(StatusBar(dialog), &point);
+    EXPECT_TRUE(WaitUntil([&] { return ColourAt(point) == RGB(180, 180, 180); })) << std::hex << ColourAt(point);
 }
 
-TEST_F(CStartTest, FieldsHaveACompleteFrame) {
+TEST_F(CStartTest, TheLayoutFolderHasACompleteFrameAndMargins) {
     const CDrivenDialog dialog = m_program.Start();
     const HWND field = dialog.Control(IDC_IML_PATH);
-    RECT client{};
-    GetClientRect(field, &client);
-    const LONG x = client.right / 2;
-    const LONG y = client.bottom / 2;
-    for (const POINT edge : {POINT{-1, y}, POINT{client.right, y}, POINT{x, -1}, POINT{x, client.bottom}}) {
-        EXPECT_TRUE(WaitUntil([&] { return ColourAt(field, edge) == GetSysColor(COLOR_BTNSHADOW); }))
+    RECT place{};
+    GetWindowRect(field, &place);
+    const LONG x = (place.left + place.right) / 2;
+    const LONG y = (place.top + place.bottom) / 2;
+    for (const POINT edge :
+         {POINT{place.left, y}, POINT{place.right - 1, y}, POINT{x, place.top}, POINT{x, place.bottom - 1}}) {
+        EXPECT_TRUE(WaitUntil([&] { return ColourAt(edge) == GetSysColor(COLOR_BTNSHADOW); }))
             << edge.x << ", " << edge.y;
     }
+    RECT client{};
+    GetClientRect(field, &client);
+    EXPECT_GE(place.right - place.left - client.right, 2 * Scaled(field, 3));
 }
 
 /// The resources of the shipped program.

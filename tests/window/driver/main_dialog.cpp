@@ -50,9 +50,6 @@ std::vector<char> DropBlock(const std::vector<std::string>& paths) {
     return block;
 }
 
-/// Time limit for the dialog to accept files again after a message box has closed.
-constexpr Milliseconds kPatience{5'000};
-
 std::string Folded(std::string text) {
     for (char& character : text) {
         character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
@@ -209,8 +206,7 @@ bool CDrivenDialog::AcceptsDrops() const {
 }
 
 void CDrivenDialog::Drop(const std::vector<std::string>& paths) const {
-    Require(
-        "dialog that takes dropped files", [this] { return AcceptsDrops(); }, kPatience);
+    Require("dialog that accepts dropped files", [this] { return AcceptsDrops(); });
     const std::vector<char> block = DropBlock(paths);
     CRemoteMemory memory(m_process, block.size());
     memory.Write(block.data(), block.size());
@@ -219,10 +215,11 @@ void CDrivenDialog::Drop(const std::vector<std::string>& paths) const {
 
 void CDrivenDialog::Choose(const std::string& path) const {
     Drop({path});
-    const std::string expected = Folded(FileNameOf(path));
-    Require("file name \"" + expected + "\" in the dialog", [&] { return Folded(Text(IDC_FILE_NAME)) == expected; });
-    // The same handler sets the field and the buttons. An answer means that it has returned.
-    Ask(m_window, WM_NULL);
+    // The last thing that the dialog does with an accepted file. The name field may have had this name before.
+    Require("dialog that has accepted " + path, [this] { return !AcceptsDrops(); });
+    if (Folded(Text(IDC_FILE_NAME)) != Folded(FileNameOf(path))) {
+        throw CDriveFailure("the dialog has chosen " + Text(IDC_FILE_NAME) + " instead of " + path);
+    }
 }
 
 void CDrivenDialog::PressCloseBox() const {

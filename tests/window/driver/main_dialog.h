@@ -54,10 +54,10 @@ public:
     /// Whether the dialog accepts dropped files.
     bool AcceptsDrops() const;
     /// Drops files like another program and returns at once; wait for a field or a message box. Throws if the dialog
-    /// does not accept files within 5 s, because a user could not drop them either.
+    /// does not accept files in time, because a user could not drop them either.
     void Drop(const std::vector<std::string>& paths) const;
 
-    /// Drops a file and waits until its name (in lower case) appears in the file-name field.
+    /// Drops a file of a known kind and waits until the dialog has set its name and its buttons.
     void Choose(const std::string& path) const;
 
     /// Closes the window by its close box.

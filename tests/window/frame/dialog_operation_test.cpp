@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "operation/progress.h"
+#include "tests/window/driver/poll.h"
 #include "tests/window/frame/frame_dialog.h"
 
 namespace vantrel::test {
@@ -17,34 +18,56 @@ using ::testing::ElementsAre;
 constexpr UINT_PTR kBoxTimer = 77;
 constexpr UINT_PTR kSubclassId = 9;
 
-constexpr int kWatched[] = {IDC_BROWSE,     IDC_ISO_TO_IML,    IDC_VANTREL,    IDC_ISO_TO_BIN,
-                            IDC_BIN_TO_ISO, IDC_ISO_TO_DAX,    IDC_DAX_TO_ISO, IDC_ISO_TO_CSO,
-                            IDC_CSO_TO_ISO, IDC_CHECK_POSTGAP, IDC_SOUND,      IDC_COMPRESSION};
-
-/// The events in their order. Global, because the window procedures get no other context.
+/// The events in their order. Global, because the functions of the system get no other context.
 std::vector<std::string> g_events;
+
+/// The status bar whose percentage is recorded before the event that follows its change; null for none.
+HWND g_bar = nullptr;
+std::wstring g_percent;
+
+std::wstring PaneText(HWND bar, int pane) {
+    const auto index = static_cast<WPARAM>(pane);
+    std::wstring text(LOWORD(SendMessageW(bar, SB_GETTEXTLENGTHW, index, 0)), L'\0');
+    SendMessageW(bar, SB_GETTEXTW, index, reinterpret_cast<LPARAM>(text.data()));
+    return text;
+}
+
+void Note(const std::string& event) {
+    const std::wstring percent = g_bar == nullptr ? g_percent : PaneText(g_bar, 3);
+    if (percent != g_percent) {
+        g_percent = percent;
+        g_events.push_back("percentage " + std::string(percent.begin(), percent.end()));
+    }
+    g_events.push_back(event);
+}
 
 /// Records that the dialog accepts dropped files again, and the end of the bar.
 LRESULT CALLBACK WatchDialog(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
     if (message == WM_STYLECHANGED && static_cast<int>(wParam) == GWL_EXSTYLE) {
         const auto* const change = reinterpret_cast<const STYLESTRUCT*>(lParam);
-        g_events.emplace_back((change->styleNew & WS_EX_ACCEPTFILES) != 0 ? "drops" : "no drops");
+        Note((change->styleNew & WS_EX_ACCEPTFILES) != 0 ? "drops" : "no drops");
     } else if (message == WM_NCDESTROY) {
-        g_events.emplace_back("bar gone");
+        Note("bar gone");
     }
     return DefSubclassProc(window, message, wParam, lParam);
 }
 
 LRESULT CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
     const int id = GetDlgCtrlID(window);
-    if (message == WM_ENABLE) {
-        g_events.push_back((wParam != 0 ? "enable " : "disable ") + std::to_string(id));
-    } else if (message == CB_SETCURSEL && id == IDC_SOUND) {
-        g_events.push_back("select sound " + std::to_string(static_cast<int>(wParam)));
+    if (message == CB_SETCURSEL && id == IDC_SOUND) {
+        Note("select sound " + std::to_string(static_cast<int>(wParam)));
     } else if (message == CB_GETLBTEXT && id == IDC_SOUND) {
-        g_events.push_back("read sound " + std::to_string(static_cast<int>(wParam)));
+        Note("read sound " + std::to_string(static_cast<int>(wParam)));
     }
     return DefSubclassProc(window, message, wParam, lParam);
+}
+
+/// Every call for a control, also if it is in that state already.
+BOOL WINAPI RecordEnable(HWND window, BOOL isEnabled) {
+    Note((isEnabled != FALSE ? "enable " : "disable ") + std::to_string(GetDlgCtrlID(window)));
+    static const auto systemFunction = reinterpret_cast<decltype(&EnableWindow)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "EnableWindow")));
+    return systemFunction(window, isEnabled);
 }
 
 std::wstring BoxText(HWND box) {
@@ -59,10 +82,20 @@ void CALLBACK CloseBox(HWND dialog, UINT, UINT_PTR timer, DWORD) {
     if (box != nullptr && box != dialog && GetDlgItem(box, 0xFFFF) != nullptr) {
         KillTimer(dialog, timer);
         const std::wstring text = BoxText(box);
-        g_events.push_back("box " + std::string(text.begin(), text.end()));
+        Note("box " + std::string(text.begin(), text.end()));
         PostMessageW(box, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED), 0);
         PostMessageW(box, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
     }
+}
+
+/// The control states of a completed conversion.
+const std::vector<std::string> kCompleted = {"disable 1001", "disable 1005", "disable 1012", "disable 1021",
+                                             "enable 1",     "disable 1032", "disable 1029", "disable 1030",
+                                             "disable 1033", "disable 1034", "enable 1031"};
+
+std::vector<std::string> Joined(std::vector<std::string> events, const std::vector<std::string>& more) {
+    events.insert(events.end(), more.begin(), more.end());
+    return events;
 }
 
 class CDialogOperationTest : public ::testing::Test {
@@ -80,26 +113,15 @@ protected:
         m_operation.emplace(SOperationControls{m_dialog.Window(), m_dialog.Item(IDC_STATUS_LINE), m_loop, m_statusBar,
                                                m_soundList, m_levelList, m_workFolder, m_scratchText, m_doneMessage,
                                                [] { g_events.emplace_back("update data"); }});
-        for (const int id : kWatched) {
-            SetWindowSubclass(m_dialog.Item(id), Watch, kSubclassId, 0);
-        }
+        SetWindowSubclass(m_dialog.Item(IDC_SOUND), Watch, kSubclassId, 0);
         g_events.clear();
     }
-    ~CDialogOperationTest() override { g_events.clear(); }
+    ~CDialogOperationTest() override {
+        g_bar = nullptr;
+        g_events.clear();
+    }
 
-    std::wstring Pane(int pane) const {
-        const auto length = LOWORD(m_statusBar.Send(SB_GETTEXTLENGTHW, static_cast<WPARAM>(pane)));
-        std::wstring text(length, L'\0');
-        m_statusBar.Send(SB_GETTEXTW, static_cast<WPARAM>(pane), reinterpret_cast<LPARAM>(text.data()));
-        return text;
-    }
-    /// Enables everything that is watched and forgets the events.
-    void EnableAll() {
-        for (const int id : kWatched) {
-            EnableWindow(m_dialog.Item(id), TRUE);
-        }
-        g_events.clear();
-    }
+    std::wstring Pane(int pane) const { return PaneText(m_statusBar.Handle(), pane); }
     HWND Bar() const { return FindWindowExW(m_dialog.Window(), nullptr, L"VantrelTimedProgress", nullptr); }
 
     CMessageLoop m_loop;
@@ -122,8 +144,9 @@ TEST_F(CDialogOperationTest, CompletionHasItsOrder) {
         g_events.emplace_back("report");
         EXPECT_NE(Bar(), nullptr);
     }));
-    EXPECT_THAT(g_events, ElementsAre("update data", "select sound 2", "read sound 1", "report",
-                                      "box All Done !\n[An Error Occured Attempting to play sound]", "enable 1"));
+    EXPECT_EQ(g_events, Joined({"update data", "select sound 2", "read sound 1", "report",
+                                "box All Done !\n[An Error Occured Attempting to play sound]"},
+                               kCompleted));
     EXPECT_EQ(Pane(3), L"0%");
     EXPECT_EQ(m_doneMessage, L"All Done !");
     EXPECT_EQ(m_scratchText, L"0%");
@@ -138,24 +161,14 @@ TEST_F(CDialogOperationTest, AfterTheBoxDropsPercentageButtonsAndBarFollow) {
     SetWindowSubclass(m_dialog.Window(), WatchDialog, kSubclassId, 0);
     SetWindowSubclass(Bar(), WatchDialog, kSubclassId, 0);
     SetTimer(m_dialog.Window(), kBoxTimer, 50, CloseBox);
+    g_bar = m_statusBar.Handle();
+    g_percent = L"100%";
     m_operation->Complete("All Done !", [&] { g_events.clear(); });
-    EXPECT_THAT(g_events, ElementsAre(::testing::StartsWith("box All Done !"), "drops", "enable 1", "bar gone"));
+    EXPECT_EQ(g_events,
+              Joined(Joined({"box All Done !\n[An Error Occured Attempting to play sound]", "drops", "percentage 0%"},
+                            kCompleted),
+                     {"bar gone"}));
     RemoveWindowSubclass(m_dialog.Window(), WatchDialog, kSubclassId);
-}
-
-TEST_F(CDialogOperationTest, CompletionGreysTheButtonsInTheirOrder) {
-    SetTimer(m_dialog.Window(), kBoxTimer, 50, CloseBox);
-    EnableWindow(m_dialog.Item(IDC_BROWSE), FALSE);
-    m_levelList.Enable(false);
-    g_events.clear();
-    m_operation->Complete("All Done !");
-    const auto box = std::find_if(g_events.begin(), g_events.end(),
-                                  [](const std::string& event) { return event.starts_with("box "); });
-    ASSERT_NE(box, g_events.end());
-    const std::vector<std::string> after(box + 1, g_events.end());
-    EXPECT_THAT(after,
-                ElementsAre("disable 1001", "disable 1005", "disable 1012", "disable 1021", "enable 1", "disable 1032",
-                            "disable 1029", "disable 1030", "disable 1033", "disable 1034", "enable 1031"));
 }
 
 TEST_F(CDialogOperationTest, CompletionWithoutSelectionChangesNothing) {
@@ -176,13 +189,58 @@ TEST_F(CDialogOperationTest, CompletionWithoutSelectionChangesNothing) {
     EXPECT_EQ(GetWindowLongPtrW(m_dialog.Window(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
 }
 
-TEST_F(CDialogOperationTest, BeginGreysTheButtonsAndThenTheLevelList) {
+/// The calls of a conversion that has been begun, has got its bar and has ended.
+struct SRow {
+    EConversion conversion;
+    std::vector<std::string> atBegin;
+    std::vector<std::string> withBar;
+    std::vector<std::string> atEnd;
+};
+
+TEST_F(CDialogOperationTest, EachConversionSetsItsControlsInTheirOrder) {
+    using enum EConversion;
+    const std::vector<std::string> all = {"disable 1001", "disable 1005", "disable 1012", "disable 1021",
+                                          "disable 1",    "disable 1032", "disable 1029", "disable 1030",
+                                          "disable 1033", "disable 1034"};
+    const std::vector<std::string> ofBinAndCso = {"disable 1001", "disable 1005", "disable 1012", "disable 1021",
+                                                  "disable 1029", "disable 1030", "disable 1",    "disable 1032",
+                                                  "disable 1033", "disable 1034"};
+    const std::vector<std::string> ofExport = {"disable 1001", "disable 1005", "disable 1012", "disable 1021",
+                                               "disable 1032", "disable 1029", "disable 1030", "disable 1033",
+                                               "disable 1034", "disable 1"};
+    const std::vector<std::string> ofPostgap = {"disable 1001", "disable 1005", "disable 1012", "disable 1021",
+                                                "disable 1032", "disable 1030", "disable 1029"};
+    const std::vector<std::string> levels = {"disable 1031"};
+    const std::vector<std::string> rebuilt = {"disable 1001", "disable 1005", "disable 1012", "disable 1021",
+                                              "enable 1"};
+    const std::vector<std::string> exported = {"disable 1001", "disable 1005", "disable 1012",
+                                               "disable 1021", "disable 1032", "disable 1029",
+                                               "disable 1030", "enable 1025",  "enable 1026"};
+    const std::vector<std::string> checked = {"enable 1", "enable 1031"};
     m_levelList.Select(1);
-    EnableAll();
-    m_operation->Begin(EConversion::IsoToCso);
-    EXPECT_THAT(g_events, ElementsAre("disable 1001", "disable 1005", "disable 1012", "disable 1021", "disable 1029",
-                                      "disable 1030", "disable 1", "disable 1032", "disable 1033", "disable 1034",
-                                      "disable 1031"));
+    for (const SRow& row : {SRow{IsoToIml, ofExport, {}, exported},
+                            {ImlToIso, all, {}, rebuilt},
+                            {ImlToCdImage, all, {}, rebuilt},
+                            {ImlToDvdImage, all, {}, rebuilt},
+                            {IsoToBin, ofBinAndCso, {}, {}},
+                            {BinToIso, all, {}, {}},
+                            {IsoToCso, Joined(ofBinAndCso, levels), {}, {}},
+                            {CsoToIso, Joined(all, levels), {}, {}},
+                            {IsoToDax, Joined(all, levels), {}, {}},
+                            {DaxToIso, all, {}, {}},
+                            {CheckPostgap, Joined(ofPostgap, {"disable 1033", "disable 1034"}), {}, checked},
+                            {AddPostgap, ofPostgap, levels, checked}}) {
+        SCOPED_TRACE(static_cast<int>(row.conversion));
+        g_events.clear();
+        m_operation->Begin(row.conversion);
+        EXPECT_EQ(g_events, row.atBegin);
+        g_events.clear();
+        m_operation->SetTotal(2);
+        EXPECT_EQ(g_events, row.withBar);
+        g_events.clear();
+        m_operation->End();
+        EXPECT_EQ(g_events, row.atEnd);
+    }
 }
 
 TEST_F(CDialogOperationTest, BeginKeepsTheLevelListIfNoLevelIsSelected) {
@@ -202,12 +260,12 @@ TEST_F(CDialogOperationTest, AddPostgapGreysTheLevelListWithTheBar) {
     EXPECT_NE(GetWindowLongPtrW(m_dialog.Window(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
 }
 
-TEST_F(CDialogOperationTest, EndAppliesTheEndingOfTheConversion) {
+TEST_F(CDialogOperationTest, EndAppliesTheEndingOfTheLastConversion) {
     m_operation->Begin(EConversion::ImlToIso);
     m_operation->Begin(EConversion::ImlToDvdImage);
-    EnableAll();
+    g_events.clear();
     m_operation->End();
-    EXPECT_THAT(g_events, ElementsAre("disable 1001", "disable 1005", "disable 1012", "disable 1021"));
+    EXPECT_THAT(g_events, ElementsAre("disable 1001", "disable 1005", "disable 1012", "disable 1021", "enable 1"));
     EXPECT_EQ(GetWindowLongPtrW(m_dialog.Window(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
 }
 
@@ -215,7 +273,7 @@ TEST_F(CDialogOperationTest, EndCancelledLetsTheUserChooseAnotherInput) {
     m_operation->Begin(EConversion::IsoToIml);
     g_events.clear();
     m_operation->EndCancelled();
-    EXPECT_THAT(g_events, ElementsAre("enable 1"));
+    EXPECT_THAT(g_events, ElementsAre("enable 1", "enable 1031"));
     EXPECT_NE(GetWindowLongPtrW(m_dialog.Window(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
 }
 
@@ -267,7 +325,7 @@ TEST_F(CDialogOperationTest, PumpMessagesProcessesWhatFollowsTheQuitMessage) {
         g_events.emplace_back("timer");
     });
     PostQuitMessage(0);
-    Sleep(100);
+    Require("expired timer", [] { return (HIWORD(GetQueueStatus(QS_TIMER)) & QS_TIMER) != 0; });
     EXPECT_EQ(PumpMessages(m_loop), 0);
     EXPECT_THAT(g_events, ElementsAre("timer"));
     MSG message{};
@@ -286,3 +344,9 @@ TEST_F(CDialogOperationTest, ABoxStaysOpenWhileTheProgramIsAboutToQuit) {
 
 }  // namespace
 }  // namespace vantrel::test
+
+// The operation calls EnableWindow through this pointer, which the import library would define.
+extern "C" {
+extern const decltype(&EnableWindow) __imp_EnableWindow;
+const decltype(&EnableWindow) __imp_EnableWindow = vantrel::test::RecordEnable;
+}

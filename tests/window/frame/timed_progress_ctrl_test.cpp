@@ -111,6 +111,20 @@ TEST_F(CTimedProgressTest, AnswersLikeNativeBars) {
     EXPECT_EQ(bar.Send(WM_GETOBJECT, 0, static_cast<LONG>(0xFFFFFFF4)), 65536 + 13);
 }
 
+TEST_F(CTimedProgressTest, HasACompleteFrame) {
+    const CTimedProgressCtrl bar(Anchor(), 10, IDB_PROGRESS_DVD);
+    RECT place{};
+    GetWindowRect(bar.Handle(), &place);
+    const int right = place.right - place.left - 1;
+    const int bottom = place.bottom - place.top - 1;
+    RedrawWindow(bar.Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_UPDATENOW);
+    const HDC dc = GetWindowDC(bar.Handle());
+    for (const POINT edge : {POINT{0, bottom / 2}, {right, bottom / 2}, {right / 2, 0}, {right / 2, bottom}}) {
+        EXPECT_EQ(GetPixel(dc, edge.x, edge.y), GetSysColor(COLOR_BTNSHADOW)) << edge.x << ", " << edge.y;
+    }
+    ReleaseDC(bar.Handle(), dc);
+}
+
 TEST_F(CTimedProgressTest, FillsInProportion) {
     CTimedProgressCtrl bar(Anchor(), 100, IDB_PROGRESS_DVD);
     const std::size_t length = Colours(bar).size();

@@ -56,6 +56,44 @@ TEST_F(CPictures, OfAConversion) {
     Take("after", dialog);
 }
 
+/// The folder of layouts is too long for its field, and its tooltip shows the whole.
+TEST_F(CPictures, OfALongPath) {
+    const std::string folder = m_folder / "a folder with a long name\\and one in it\\that is too long for its field";
+    ASSERT_TRUE(MakeFolder(m_folder / "a folder with a long name"));
+    ASSERT_TRUE(MakeFolder(m_folder / "a folder with a long name\\and one in it"));
+    ASSERT_TRUE(MakeFolder(folder));
+    const CDrivenDialog dialog = m_program.Start();
+    dialog.Press(IDC_FULL_PATH);
+    WaitForFileDialog(m_program).Choose(folder);
+    Require("the folder", [&] { return dialog.Text(IDC_IML_PATH) == folder + "\\"; });
+    RECT field{};
+    GetWindowRect(dialog.Control(IDC_IML_PATH), &field);
+    int offset = 5;
+    Require("tooltip", [&] {
+        constexpr Milliseconds kRest{3'000};  // of the pointer; longer than the delay of tooltips
+        offset = 15 - offset;
+        SetCursorPos(field.left + offset, field.top + offset);
+        return WaitUntil(
+            [&] {
+                return FindWindowOf(m_program.ProcessId(), [](HWND window) {
+                           return lstrcmpiW(ClassOf(window).c_str(), L"tooltips_class32") == 0;
+                       }) != nullptr;
+            },
+            kRest);
+    });
+    Take("long-path", dialog, EPictured::Moving);
+}
+
+TEST_F(CPictures, OfTheEffect) {
+    constexpr UINT_PTR kEffectTimer = 1971;
+    const CDrivenDialog dialog = m_program.Start();
+    Ask(dialog.Window(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(200, 4));
+    for (int step = 0; step < 5; ++step) {
+        Ask(dialog.Window(), WM_TIMER, kEffectTimer);
+    }
+    Take("effect", dialog);
+}
+
 TEST_F(CPictures, OfTheAboutBox) {
     const CDrivenDialog dialog = m_program.Start();
     PostMessageW(dialog.Window(), WM_SYSCOMMAND, IDM_ABOUTBOX, 0);
@@ -67,6 +105,9 @@ TEST_F(CPictures, OfTheAboutBox) {
     RECT rectangle;
     GetWindowRect(about, &rectangle);
     Take("about", rectangle, about);
+    Ask(about, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS));
+    Ask(about, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(about, IDC_ABOUT_WEB_LINK)), TRUE);
+    Take("about-link", rectangle, about);
     EXPECT_NE(IsWindow(about), FALSE);
 }
 

@@ -209,7 +209,7 @@ TEST_F(ExportRefusalTest, FilesNamedLikeTheImageOrTheOutputs) {
     SetFiles({{"game.iso", Bytes(1, 1)}});
     m_request.manner = EOutputManner::CommitReplace;
     m_request.extractionFolder = m_in.Path();
-    ExpectRefusal("is the image");
+    ExpectRefusal("is a file of the image");
     EXPECT_EQ(ReadWhole(m_request.imagePath), m_image.bytes);
     for (const char* name : {"game.iml", "game.ims", "game.gaps"}) {
         SetFiles({{name, Bytes(1, 1)}});

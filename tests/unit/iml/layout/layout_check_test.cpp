@@ -51,6 +51,21 @@ TEST_F(LayoutCheck, OtherFilesAreNotChecked) {
     EXPECT_EQ(ProblemOf("some text\nof another kind\n"), "");
 }
 
+TEST_F(LayoutCheck, OtherFirstLines) {
+    EXPECT_EQ(ProblemOf(Changed("[SYS]", "[sys]")), "");
+    EXPECT_EQ(ProblemOf(Changed("[SYS]\r\nVERSION=1.00\r\nMEDIA", "MEDIA")), "");  // names no medium at its place
+}
+
+TEST_F(LayoutCheck, NumberOfEntriesThatTheRebuildDoesNotFind) {
+    const char* const misplaced = "line 24: the number of entries does not follow the tables of this medium";
+    EXPECT_EQ(ProblemOf(Changed("DISCNAME=\"", "DISCNAME=\"#")), misplaced);
+    EXPECT_EQ(ProblemOf(Changed("MEDIA=CD\r\n", "MEDIA=D\r\n")), misplaced);
+    EXPECT_EQ(ProblemOf(Changed("#Track", "Track")), misplaced);
+    EXPECT_EQ(ProblemOf(Changed("# the number", "#the number")),
+              "line 30: the layout ends before its number of entries");
+    EXPECT_EQ(ProblemOf("[SYS]\r\n"), "line 2: the layout ends before its number of entries");
+}
+
 TEST_F(LayoutCheck, ByteOrderMark) {
     EXPECT_EQ(ProblemOf("\xEF\xBB\xBF" + LayoutText(m_layout)),
               "line 1: starts with a UTF-8 byte order mark; save the layout without one");
@@ -66,6 +81,12 @@ TEST_F(LayoutCheck, LineFeedAlone) {
 
 TEST_F(LayoutCheck, TextBehindTheClosingQuote) {
     EXPECT_EQ(ProblemOf(Changed("A.BIN\"", "A.BIN\"  ")), "line 27: text behind the closing quote");
+    for (const ELayoutMedia media : {ELayoutMedia::Cd, ELayoutMedia::Dvd}) {
+        m_layout.media = media;
+        const int line = media == ELayoutMedia::Cd ? 27 : 22;
+        EXPECT_EQ(ProblemOf(Changed("A.BIN\"", "A.BIN\" 7")),
+                  "line " + std::to_string(line) + ": text behind the closing quote");
+    }
 }
 
 TEST_F(LayoutCheck, BrokenEntries) {
@@ -73,7 +94,13 @@ TEST_F(LayoutCheck, BrokenEntries) {
     EXPECT_EQ(ProblemOf(Changed("A.BIN\"", "\"")), "line 27: no path");
     EXPECT_EQ(ProblemOf(Changed("18       19       2.1", "18 19 2.1")),
               "line 27: no entry: the path has to start with a quote in column 28");
-    EXPECT_EQ(ProblemOf(Changed("A.BIN", std::string(5000, 'A'))), "line 27: longer than any line of a layout");
+    EXPECT_EQ(ProblemOf(Changed("A.BIN", std::string(2017, 'A'))), "");
+    for (const std::size_t length : {2018U, 2019U, 2020U, 5000U}) {
+        EXPECT_EQ(ProblemOf(Changed("A.BIN", std::string(length, 'A'))), "line 27: longer than any line of a layout");
+    }
+    for (const char end : {'\0', '\x1A'}) {
+        EXPECT_EQ(ProblemOf(Changed("A.BIN", std::string("A") + end)), "line 27: has a character that ends the text");
+    }
 }
 
 TEST_F(LayoutCheck, EntriesThatDisagreeWithTheirNumber) {

@@ -504,20 +504,23 @@ TEST_F(RebuildCd, StrictRebuildRefusesWhatTheWindowAccepts) {
     m_prefix = "";
     Add(18, 18, "A", test::RandomBytes(3, 1));
     const std::string iml = m_folder / "game.iml";
-    // A layout that starts in another way has no check of its lines before.
-    const auto failure = [&] {
+    // The lines of a layout that starts in another way are checked, too.
+    const auto failure = [&](const std::string& count) {
+        m_layout.count = count;
         WriteLayout();
         test::WriteText(iml, test::ReadText(iml).replace(0, 5, "[sys]"));
         return Failure(Strict());
     };
-    m_layout.count = "3";
-    EXPECT_EQ(failure(), "The layout " + iml + " has a line that is not an entry: [/LOC]");
-    m_layout.ending = "";
-    EXPECT_EQ(failure(), "The layout " + iml + " ends before the last of its entries");
-    m_layout.count = "1";
-    EXPECT_EQ(failure(), "The layout " + iml + " lists more entries than its number of entries");
-    m_layout.count = "x";
-    EXPECT_EQ(failure(), "The layout " + iml + " has no number of entries");
+    for (const char* ending : {"[/LOC]\r\n", ""}) {
+        m_layout.ending = ending;
+        EXPECT_EQ(failure("3"), iml + ", line 24: the number of entries is 3, but there are 2");
+        EXPECT_EQ(failure("1"), iml + ", line 24: the number of entries is 1, but there are 2");
+        EXPECT_EQ(failure("x"), iml + ", line 24: the number of entries is 0, but there are 2");
+    }
+    m_layout.count = "0";
+    WriteLayout();
+    test::WriteText(iml, test::ReadText(iml).substr(0, test::ReadText(iml).find("0        17 ")));
+    EXPECT_EQ(Failure(Strict()), "The layout " + iml + " has no number of entries");
     m_layout.count.reset();
     WriteLayout();
     const std::string text = test::ReadText(iml);

@@ -1,0 +1,45 @@
+#include "console/command_input.h"
+
+#include <algorithm>
+
+#include "files/input_file.h"
+#include "files/native_file.h"
+#include "files/refused.h"
+#include "raw/cue_reader.h"
+#include "raw/raw_disc.h"
+
+namespace vantrel {
+
+namespace {
+
+bool IsSheet(const std::string& path) {
+    CInputFile file;
+    const bool isSheet = FileKindOf(path) == EFileKind::File && file.Open(path) && IsCueSheet(file);
+    if (file.HasFailed()) {
+        throw CRefused(file.Problem());
+    }
+    return isSheet;
+}
+
+}  // namespace
+
+SCommandInput InputOf(const std::string& path, std::vector<std::string> further) {
+    SCommandInput input = {std::move(further), {}, FileSizeOf(path)};
+    input.files.push_back(path);
+    if (IsSheet(path)) {
+        const SRawDisc disc = ReadRawDisc(path);
+        const std::vector<std::string> named = disc.Files();
+        input.files.insert(input.files.end(), named.begin(), named.end());
+        input.bytes = disc.DataTrack().Bytes();
+        for (const STrack& other : disc.OtherTracks()) {
+            if (!other.IsAudio()) {
+                input.unread.push_back(path + ": " + TextOfLeftOut(other));
+            }
+        }
+    }
+    std::erase_if(input.files, [](const std::string& file) { return FileKindOf(file) == EFileKind::Missing; });
+    input.bytes = std::max<std::int64_t>(input.bytes, 0);
+    return input;
+}
+
+}  // namespace vantrel

@@ -1,0 +1,163 @@
+#!/usr/bin/env python3
+"""Changes one operator, number or statement of the engine at a time, and tells which changes no test notices.
+
+    mutate.py [--count N] [--seed N] [--list] [FOLDER|FILE...]     the default is every room that the native build compiles
+
+Works on a copy of the checkout in build/mutate, which is built without optimisation. Each change is compiled; then all
+native tests run except checks of sources, third-party tools and packages: first those of the changed room, until one
+fails. A change that does not compile is replaced by another. The same seed chooses the same changes.
+"""
+import argparse
+import json
+import os
+import random
+import re
+import subprocess
+import sys
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+WORK = os.path.join(ROOT, "build", "mutate")
+COPY = os.path.join(WORK, "source")
+BUILD = os.path.join(WORK, "native")  # the last part of the path is the prefix of the tests
+ROOMS = ("operation", "pipeline", "files", "iso", "iml", "raw", "compress", "image", "app", "console")
+LEFT_OUT = ("format", "cppcheck", "clang_tidy", r"oracle\.", r"packages\.", r"memory_limit\.")
+
+# Patterns and replacements. clang-format puts blanks around binary operators, and none into templates.
+SWAPS = [(" < ", " <= "), (" <= ", " < "), (" > ", " >= "), (" >= ", " > "), (" == ", " != "), (" != ", " == "),
+         (" + ", " - "), (" - ", " + "), (" * ", " / "), (" / ", " * "), (" % ", " / "), (" && ", " || "),
+         (" || ", " && "), (" += ", " -= "), (" -= ", " += "), (" | ", " & "), (" & ", " | "), (" << ", " >> "),
+         (" >> ", " << "), ("++", "--"), ("--", "++"), ("true", "false"), ("false", "true"), ("continue;", "break;"),
+         ("std::min(", "std::max("), ("std::max(", "std::min(")]
+NEGATION = re.compile(r"(?<![\w)])!(?=[\w(])")
+NUMBER = re.compile(r"(?<![\w.\"'])\d[\d']*(?=[UL]*\b)(?!\.)")
+CONDITION = re.compile(r"\b(if|while) \(")
+STATEMENT = re.compile(r"^\s+(?!return|break|continue|case|using|throw|const |static |default)[\w:.\->*\[\]]+(\(| [-+|&]?= ).*;$")
+SKIPPED = re.compile(r"^\s*(//|#|static_assert|namespace|using|template|\})")
+
+
+def code_of(line):
+    """The line without its comment, and with the characters of texts replaced by blanks."""
+    line = re.sub(r"\s+//.*$", "", line)
+    return re.sub(r'"(\\.|[^"\\])*"|\'(\\.|[^\'\\])+\'', lambda text: " " * len(text.group()), line)
+
+
+def changes_of(line):
+    """Every line that one change makes of this one."""
+    if SKIPPED.match(line):
+        return
+    code = code_of(line)
+    for old, new in SWAPS:
+        for found in re.finditer(re.escape(old), code):
+            yield line[:found.start()] + new + line[found.end():]
+    for found in NEGATION.finditer(code):
+        yield line[:found.start()] + line[found.end():]
+    for found in NUMBER.finditer(code):
+        digits = found.group().replace("'", "")
+        if len(digits) < 2 or digits[0] != "0":
+            for step in (1, -1):
+                yield line[:found.start()] + str(int(digits) + step) + line[found.end():]
+    for found in CONDITION.finditer(code):
+        yield line[:found.end()] + "!(" + line[found.end():].replace(") {", ")) {", 1)
+    if STATEMENT.match(code):
+        yield "\n"
+
+
+def candidates(paths):
+    """(path, line number from 0, new line) of every possible change."""
+    found = []
+    for path in paths:
+        with open(os.path.join(ROOT, path), encoding="utf-8") as file:
+            for number, line in enumerate(file):
+                found += [(path, number, change) for change in changes_of(line) if change != line]
+    return found
+
+
+def sources(folders):
+    """The sources that the native build compiles, and their headers."""
+    with open(os.path.join(BUILD, "compile_commands.json"), encoding="utf-8") as file:
+        compiled = {os.path.relpath(entry["file"], COPY) for entry in json.load(file)}
+    listed = subprocess.run(["git", "-C", ROOT, "ls-files", *(folders or ROOMS)], capture_output=True, text=True,
+                            check=True).stdout.split()
+    return [path for path in listed if path in compiled or path.endswith(".h") and path[:-2] + ".cpp" in compiled]
+
+
+def run(command, **options):
+    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL, text=True,
+                          check=False, **options)
+
+
+def build():
+    return run(["cmake", "--build", BUILD])
+
+
+def prepare():
+    os.makedirs(WORK, exist_ok=True)
+    files = subprocess.run(["git", "-C", ROOT, "ls-files", "-z"], capture_output=True, check=True).stdout
+    subprocess.run(["rsync", "--archive", "--checksum", "--from0", "--files-from=-", ROOT + "/", COPY], input=files, check=True)
+    done = run(["cmake", "-S", COPY, "-B", BUILD, "-G", "Ninja", "-Wno-dev", "-D", "CMAKE_BUILD_TYPE=Debug",
+                "-D", "CMAKE_CXX_FLAGS_DEBUG=-O0"])
+    if done.returncode == 0:
+        done = build()
+    if done.returncode != 0:
+        sys.exit("The unchanged sources do not build:\n" + done.stdout[-3000:])
+
+
+def tests(wanted):
+    """Runs tests until one fails; its name, or nothing if all pass. `wanted` is a regular expression of names."""
+    left_out = "|".join(r"\.(%s)" % name for name in LEFT_OUT)
+    done = run(["ctest", "--test-dir", BUILD, "-R", wanted, "-E", left_out, "-j", str(os.cpu_count()), "--timeout", "120",
+                "--stop-on-failure"])
+    failed = re.search(r"\d+ - (\S+) \((?!Passed)", done.stdout)
+    return failed.group(1) if failed else None
+
+
+def noticed_by(room):
+    return tests(r"native\.(%s|.*%s)" % (room, room)) or tests("native")
+
+
+def attempt(path, number, change):
+    """'broken' if the change does not compile, else the test that notices it, or nothing."""
+    target = os.path.join(COPY, path)
+    with open(target, encoding="utf-8") as file:
+        original = file.readlines()
+    try:
+        with open(target, "w", encoding="utf-8") as file:
+            file.writelines(original[:number] + [change] + original[number + 1:])
+        if build().returncode != 0:
+            return "broken"
+        return noticed_by(path.split("/")[0])
+    finally:
+        with open(target, "w", encoding="utf-8") as file:
+            file.writelines(original)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--count", type=int, default=20, help="changes to try (20)")
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--list", action="store_true", help="print the chosen changes and try none")
+    parser.add_argument("paths", nargs="*")
+    options = parser.parse_args()
+    prepare()
+    chosen = candidates(sources(options.paths))
+    random.Random(options.seed).shuffle(chosen)
+    tried = survived = 0
+    for path, number, change in chosen:
+        if tried == options.count:
+            break
+        with open(os.path.join(ROOT, path), encoding="utf-8") as file:
+            line = file.readlines()[number].strip()
+        what = "%s:%d: %s  ->  %s" % (path, number + 1, line, change.strip() or "(removed)")
+        result = "listed" if options.list else attempt(path, number, change)
+        if result == "broken":
+            continue
+        tried += 1
+        survived += result is None
+        print("%s  %s" % ("SURVIVED" if result is None else result, what), flush=True)
+    if not options.list:
+        print("%d of %d changes were noticed" % (tried - survived, tried))
+    return 1 if survived else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
