@@ -30,7 +30,7 @@ CExtraction::CExtraction(const SExtractionRequest& request, CByteSource& image, 
     : m_request(request), m_image(image), m_files(std::move(files)), m_operation(operation), m_buffer(kBufferSize) {}
 
 void CExtraction::Check() {
-    RemoveLeftovers(Base());
+    FinishKilled();
     CheckNames();
     CheckClashes();
     CheckTargets();
@@ -101,6 +101,16 @@ std::string CExtraction::TargetOf(const std::string& listedPath) const {
     std::string path = listedPath;
     std::replace(path.begin(), path.end(), '\\', kPathSeparator);
     return m_request.folder + path;
+}
+
+/// A killed extraction waited in the nearest folder that existed then.
+void CExtraction::FinishKilled() const {
+    std::string folder = m_request.folder;
+    RemoveLeftovers(folder);
+    while (!folder.empty() && FolderOf(folder.substr(0, folder.size() - 1)) != folder) {
+        folder = FolderOf(folder.substr(0, folder.size() - 1));
+        RemoveLeftovers(folder);
+    }
 }
 
 /// The folder in which everything waits for its names: that of the other outputs if it also holds the files' folder.

@@ -55,6 +55,7 @@ private:
     void CheckClashes();
     void CheckTargets();
     std::string TargetOf(const std::string& listedPath) const;
+    void FinishKilled() const;
     std::string Base() const;
     std::string PlaceFor(const std::string& target);
     void WriteFile(const SExtractedFile& file);
