@@ -32,6 +32,7 @@ std::optional<std::string> CWatch::Below(std::string_view path) const {
 }
 
 bool CWatch::Note(const SCall& call) {
+    m_system.beforeCall(call);
     const std::lock_guard lock(m_mutex);
     m_calls.push_back(call);
     if (call != m_fault.call || m_fault.number == 0 || ++m_met != m_fault.number) {

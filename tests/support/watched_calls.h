@@ -5,6 +5,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -63,6 +64,7 @@ struct SSystem {
     bool linksFiles = true;
     bool vanishingFiles = true;  ///< Temporary files that the system removes if they get no name.
     bool transfersWhole = true;  ///< If not, transfers are interrupted or move half of the requested bytes.
+    std::function<void(const SCall&)> beforeCall = [](const SCall&) {};
 };
 
 /// Watches the calls of all threads on one folder and everything below it. Only one object may exist at a time.
