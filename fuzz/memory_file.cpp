@@ -314,10 +314,33 @@ bool RemoveFile(const std::string& path) {
     return true;
 }
 
+/// Renames a folder with everything in it.
+bool RenameFolder(SDisk& disk, const std::string& from, const std::string& to) {
+    if (KindOfPlace(disk, to) != EFileKind::Missing) {
+        return Refuse("File exists");
+    }
+    const std::string beginning = from + '/';
+    const auto moved = [&](const std::string& place) { return to + place.substr(from.size()); };
+    std::set<std::string> folders;
+    for (const std::string& folder : disk.folders) {
+        folders.insert(folder == from || folder.starts_with(beginning) ? moved(folder) : folder);
+    }
+    std::map<std::string, std::shared_ptr<Bytes>> files;
+    for (const auto& [place, content] : disk.files) {
+        files[place.starts_with(beginning) ? moved(place) : place] = content;
+    }
+    disk.folders.swap(folders);
+    disk.files.swap(files);
+    return true;
+}
+
 bool RenameFile(const std::string& from, const std::string& to, bool replace) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
     const std::string place = PlaceOf(to);
+    if (disk.folders.contains(PlaceOf(from)) && CanBeCreated(disk, to, place)) {
+        return RenameFolder(disk, PlaceOf(from), place);
+    }
     const auto found = disk.files.find(PlaceOf(from));
     if (found == disk.files.end()) {
         return Refuse("No such file or directory");
