@@ -12,9 +12,16 @@ namespace vantrel {
 
 namespace {
 
-bool IsSheet(const std::string& path) {
+bool IsSheet(const std::string& path, std::string& problem) {
     CInputFile file;
-    const bool isSheet = FileKindOf(path) == EFileKind::File && file.Open(path) && IsCueSheet(file);
+    if (FileKindOf(path) != EFileKind::File) {
+        return false;
+    }
+    if (!file.Open(path)) {
+        problem = path + ": " + LastFileError();
+        return false;
+    }
+    const bool isSheet = IsCueSheet(file);
     if (file.HasFailed()) {
         throw CRefused(file.Problem());
     }
@@ -23,10 +30,9 @@ bool IsSheet(const std::string& path) {
 
 }  // namespace
 
-SCommandInput InputOf(const std::string& path, std::vector<std::string> further) {
-    SCommandInput input = {std::move(further), {}, FileSizeOf(path)};
-    input.files.push_back(path);
-    if (IsSheet(path)) {
+SCommandInput InputOf(const std::string& path) {
+    SCommandInput input = {{path}, {}, {}, FileSizeOf(path)};
+    if (IsSheet(path, input.problem)) {
         const SRawDisc disc = ReadRawDisc(path);
         const std::vector<std::string> named = disc.Files();
         input.files.insert(input.files.end(), named.begin(), named.end());

@@ -10,11 +10,11 @@ namespace vantrel {
 struct SCommandInput {
     std::vector<std::string> files;   ///< Existing files that no output may replace.
     std::vector<std::string> unread;  ///< Names each further data track of a sheet, whose files no command reads.
+    std::string problem;              ///< Why the file cannot be opened, so that it may name more files; else empty.
     std::int64_t bytes = 0;           ///< Length of the file, of a sheet that of its data track; 0 if unknown.
 };
 
-/// `further` are more files that are read. Throws CRefused for a CUE sheet that cannot be used. Any other file is
-/// examined no further, even if it is missing.
-SCommandInput InputOf(const std::string& path, std::vector<std::string> further = {});
+/// Throws CRefused for a CUE sheet that cannot be used. Any other file is examined no further, even if it is missing.
+SCommandInput InputOf(const std::string& path);
 
 }  // namespace vantrel

@@ -65,8 +65,13 @@ private:
             job.output = OutputOf(input);
             RemoveLeftovers(FolderOf(ResolveLink(job.output)));
             job.manner = MannerOf(m_options.force, m_options.sync);
-            const SCommandInput read = InputOf(input, m_command.FurtherInputs(input));
-            RefuseOverwriting(job, read.files);
+            SCommandInput read = InputOf(input);
+            for (const std::string& further : m_command.FurtherInputs(input)) {
+                if (FileKindOf(further) != EFileKind::Missing) {
+                    read.files.push_back(further);
+                }
+            }
+            RefuseOverwriting(job, read);
             const std::string warning = Convert(job, read.bytes);
             if (warning.empty()) {
                 ++m_tally.converted;
@@ -109,8 +114,7 @@ private:
 
     bool IsInPlace(const SConversionJob& job) const { return m_command.OutputName(FileNameOf(job.input)).empty(); }
 
-    /// `inputs` are the files that this job reads.
-    void RefuseOverwriting(const SConversionJob& job, const std::vector<std::string>& inputs) const {
+    void RefuseOverwriting(const SConversionJob& job, const SCommandInput& read) const {
         if (IsInPlace(job)) {
             return;
         }
@@ -121,7 +125,10 @@ private:
             if (kind == EFileKind::Missing) {
                 continue;
             }
-            for (const std::string& input : inputs) {
+            if (!read.problem.empty()) {
+                throw CRefused(read.problem);
+            }
+            for (const std::string& input : read.files) {
                 if (IsSameFile(input, output)) {
                     throw CRefused(input + ": the output would be " +
                                    (input == job.input ? "the input itself" : "a file of the input"));

@@ -97,6 +97,9 @@ std::vector<SNamedImage> Images() {
     special.udfHoleBeforeEntries = 3;
     special.anchorAt256 = false;
     images.push_back({"dvd-bridge", special});
+    special = Image(EImageKind::Dvd, FewFiles());
+    special.udf = test::EUdf::Volume;
+    images.push_back({"dvd-udf", special});
     return images;
 }
 
@@ -111,6 +114,35 @@ void MakeImageSeeds() {
         }
         for (std::size_t choice = 0; choice < 6; ++choice) {
             WriteSeed("image", image.name + "-" + std::to_string(choice), seed(choice));
+        }
+    }
+}
+
+/// UDF volumes with every kind of allocation, without ISO 9660.
+void MakeUdfSeeds() {
+    using test::EUdfAllocation;
+    constexpr std::uint32_t kSectors = 300;
+    for (const auto allocation : {EUdfAllocation::Short, EUdfAllocation::Long, EUdfAllocation::Embedded}) {
+        test::SUdfDescription udf;
+        udf.start = 66;
+        udf.lastSector = kSectors - 1;
+        udf.folderAllocation = allocation;
+        udf.files = {{"A/B/ONE", {{280, 2048}, {282, 2048}, {284, 5}}, allocation},
+                     {"\xE6\x97\xA5/TWO", {{285, 6000}}, allocation, {}, 0, true},
+                     {"CHAIN", {{280, 2048}, {282, 2048}, {284, 5}}, EUdfAllocation::Short, {}, 1}};
+        if (allocation == EUdfAllocation::Embedded) {
+            udf.files[0].embedded = udf.files[1].embedded = Sparse(20);
+        }
+        udf.files.push_back({"A/LINK"});
+        udf.files.back().sharesEntryOf = "CHAIN";
+        Bytes image(kSectors * std::size_t{test::kImageSector});
+        for (const std::size_t sector : {16U, 17U}) {
+            std::copy_n("CD001", 5, image.begin() + static_cast<std::ptrdiff_t>(sector * test::kImageSector + 1));
+        }
+        test::WriteUdfVolume(image, udf);
+        for (const std::uint8_t choice : {std::uint8_t{3}, std::uint8_t{5}}) {
+            const auto seed = CPartWriter().Byte(choice).Byte(choice).Number(5000).Raw(PatchesOf(image));
+            WriteSeed("udf", std::to_string(static_cast<int>(allocation)) + "-" + std::to_string(choice), seed.Bytes());
         }
     }
 }
@@ -301,6 +333,7 @@ int main(int argc, char* argv[]) {
     }
     g_folder = vantrel::WithSeparator(argv[1]);
     MakeImageSeeds();
+    MakeUdfSeeds();
     MakeRebuildSeeds();
     MakeCompressedSeeds();
     MakeBinSeeds();

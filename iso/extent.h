@@ -13,6 +13,7 @@ struct SExtent {
 
     std::int64_t Position() const { return sector * kSectorSize; }
     std::int64_t End() const { return Position() + size; }
+    bool operator==(const SExtent&) const = default;
 };
 
 }  // namespace vantrel

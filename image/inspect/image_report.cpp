@@ -79,26 +79,4 @@ CReport ReportOnImage(CByteSource& image) {
     return report;
 }
 
-std::vector<std::string> ImageProblems(CByteSource& image) {
-    std::vector<std::string> problems;
-    const std::int64_t sectors = image.Size() / kSectorSize;
-    const std::int64_t left = image.Size() % kSectorSize;
-    const std::uint32_t volumeSectors = ReadPrimaryVolume(image).volumeSpaceSize.Value();
-    if (left != 0) {
-        problems.push_back(Format("the image is not a whole number of sectors: %lld bytes are left over",
-                                  static_cast<long long>(left)));
-    }
-    if (sectors != volumeSectors) {
-        problems.push_back(Format("the image has %lld sectors, its volume descriptor says %u",
-                                  static_cast<long long>(sectors), volumeSectors));
-    }
-    for (const SContentFile& file : ReadContents(image).files) {
-        if (!file.inside) {
-            problems.push_back(Format("%s (sector %u, %lld bytes) lies outside the image", file.path.c_str(),
-                                      file.Sector(), static_cast<long long>(file.Size())));
-        }
-    }
-    return problems;
-}
-
 }  // namespace vantrel

@@ -48,7 +48,6 @@ def disc(is_cd):
     both(descriptor + 128, SECTOR, 2)
     both(descriptor + 132, 10)
     image[descriptor + 140:descriptor + 144] = (18).to_bytes(4, "little")
-    image[descriptor + 148:descriptor + 152] = (18).to_bytes(4, "big")
     image[descriptor + 156:descriptor + 190] = record(19, SECTOR, b"\0", 2)
     application = b"PLAYSTATION" if is_cd else b"PSP GAME"
     image[descriptor + 574:descriptor + 574 + len(application)] = application

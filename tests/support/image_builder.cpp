@@ -200,7 +200,8 @@ private:
         m_tableM = next;
         next += table * (m_description.optionalPathTables ? 2 : 1);
         m_udfBefore = next;
-        next += IsDvd() ? m_description.udfEntriesBefore : 0;
+        const bool hasEntries = IsDvd() && m_description.udf == EUdf::Marks;
+        next += hasEntries ? m_description.udfEntriesBefore : 0;
         m_fileSectors.resize(m_description.files.size());
         for (SNode* node : m_directories) {
             node->sector = next;
@@ -208,9 +209,11 @@ private:
             next += node->size / kImageSector;
         }
         m_image.directoryEnd = next;
-        if (IsDvd() && m_description.udfEntriesAfter > 0) {
-            m_udfAfter = next + m_description.udfHoleBeforeEntries;
+        m_udfAfter = next + m_description.udfHoleBeforeEntries;
+        if (hasEntries && m_description.udfEntriesAfter > 0) {
             next = m_udfAfter + m_description.udfEntriesAfter;
+        } else if (IsDvd() && m_description.udf == EUdf::Volume) {
+            next = EndOfUdf(UdfVolume());
         }
         m_image.headerEnd = next;
         AssignFiles(next);
@@ -355,37 +358,10 @@ private:
         }
     }
 
-    // --- UDF (ECMA-167): tags, anchors and file entries, as far as readers of tags need them -----------------------
+    // --- UDF (ECMA-167): a volume, or only tags, anchors and file entries, as far as readers of tags need them -----
 
-    static std::uint16_t CrcOf(const std::uint8_t* bytes, std::size_t count) {
-        std::uint16_t crc = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            crc = static_cast<std::uint16_t>(crc ^ bytes[i] << 8U);
-            for (int bit = 0; bit < 8; ++bit) {
-                crc = static_cast<std::uint16_t>((crc & 0x8000U) != 0 ? crc << 1U ^ 0x1021U : crc << 1U);
-            }
-        }
-        return crc;
-    }
-
-    /// Writes the descriptor tag (ECMA-167 3/7.2) of a descriptor of `length` bytes at the sector.
     void WriteTag(std::uint32_t sector, std::uint16_t identifier, std::size_t length) {
-        Bytes& bytes = m_image.bytes;
-        const std::size_t at = std::size_t{sector} * kImageSector;
-        const std::uint16_t crc = CrcOf(&bytes[at + 16], length - 16);
-        bytes[at] = static_cast<std::uint8_t>(identifier);
-        bytes[at + 1] = static_cast<std::uint8_t>(identifier >> 8U);
-        bytes[at + 2] = 2;
-        bytes[at + 8] = static_cast<std::uint8_t>(crc);
-        bytes[at + 9] = static_cast<std::uint8_t>(crc >> 8U);
-        bytes[at + 10] = static_cast<std::uint8_t>(length - 16);
-        bytes[at + 11] = static_cast<std::uint8_t>((length - 16) >> 8U);
-        Write32(bytes, at + 12, sector);
-        std::uint8_t sum = 0;
-        for (std::size_t i = 0; i < 16; ++i) {
-            sum = static_cast<std::uint8_t>(sum + (i == 4 ? 0 : bytes[at + i]));
-        }
-        bytes[at + 4] = sum;
+        WriteUdfTag(m_image.bytes, std::size_t{sector} * kImageSector, identifier, length, sector);
     }
 
     void WriteAnchor(std::uint32_t sector) {
@@ -405,7 +381,36 @@ private:
         WriteTag(sector, 261, 184);
     }
 
+    /// The volume without places and lengths of files, which its structures' sectors do not depend on.
+    SUdfDescription UdfVolume() const {
+        SUdfDescription udf;
+        udf.start = m_udfAfter;
+        udf.lastSector = m_lastDataSector;
+        udf.anchorAt256 = m_description.anchorAt256;
+        udf.anchorAtEnd = m_description.anchorAtEnd;
+        udf.folders = m_description.folders;
+        for (const SImageFile& file : m_description.files) {
+            udf.files.push_back({file.path});
+        }
+        return udf;
+    }
+
+    void WriteUdfVolumeOfFiles() {
+        SUdfDescription udf = UdfVolume();
+        for (std::size_t i = 0; i < udf.files.size(); ++i) {
+            const std::size_t size = m_description.files[i].content.size();
+            if (size > 0) {
+                udf.files[i].extents = {{m_fileSectors[i], static_cast<std::uint32_t>(size)}};
+            }
+        }
+        m_image.udf = WriteUdfVolume(m_image.bytes, udf);
+    }
+
     void WriteUdf() {
+        if (m_description.udf == EUdf::Volume) {
+            WriteUdfVolumeOfFiles();
+            return;
+        }
         constexpr std::array<std::string_view, 3> kRecognition = {"BEA01", "NSR02", "TEA01"};
         for (std::uint32_t i = 0; i < kRecognition.size(); ++i) {
             const std::size_t at = std::size_t{kDescriptorSector + 2 + i} * kImageSector;

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "tests/support/test_folder.h"
+#include "tests/support/udf_builder.h"
 
 namespace vantrel::test {
 
@@ -39,6 +40,12 @@ enum class EPostgap {
 enum class EEmptyFile {
     OwnsSector,    ///< at a sector of its own, filled with zeros
     SharesSector,  ///< at the sector of the next file, or at the end of the image
+};
+
+/// The UDF side of a DVD image.
+enum class EUdf {
+    Marks,   ///< descriptors without content and file entries of no file: enough for readers of tags
+    Volume,  ///< a volume with all files, whose structures are between directories and files
 };
 
 struct SImageFile {
@@ -69,10 +76,12 @@ struct SImageDescription {
     std::uint8_t paddingFill = 0;
     /// Unused sectors after the last file, before closing anchor and postgap.
     std::uint32_t tailSectors = 0;
-    /// DVD: number of UDF file entries between path tables and directories, and between directories and files.
+    EUdf udf = EUdf::Marks;
+    /// DVD with marks only: number of UDF file entries between path tables and directories, and between directories and
+    /// files.
     std::uint32_t udfEntriesBefore = 2;
     std::uint32_t udfEntriesAfter = 3;
-    /// DVD: unused sectors between the last directory and the first file entry "after".
+    /// DVD: unused sectors between the last directory and the first file entry "after" or the volume's structures.
     std::uint32_t udfHoleBeforeEntries = 0;
     /// DVD: whether sector 256 and the last sector have an anchor (ECMA-167 tag 2).
     bool anchorAt256 = true;
@@ -115,6 +124,8 @@ struct SBuiltImage {
     std::uint32_t headerEnd = 0;
     /// The volume space size in the descriptor.
     std::uint32_t volumeSectors = 0;
+    /// With EUdf::Volume.
+    SBuiltUdf udf;
 
     /// The file with that path; the test fails if there is none.
     const SBuiltFile& File(std::string_view path) const;

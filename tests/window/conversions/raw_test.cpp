@@ -121,11 +121,31 @@ TEST_F(CRawTest, TemporaryFilesAppearAndDisappear) {
     EXPECT_EQ(raw.size() / 2352, ReadWhole(Disc("game.iso")).size() / 2048 + 150);
 }
 
+/// An environment variable during the object's life, for the programs that the test starts.
+class CVariable {
+public:
+    CVariable(const wchar_t* name, const wchar_t* value) : m_name(name) {
+        wchar_t former[MAX_PATH] = L"";
+        m_existed = GetEnvironmentVariableW(name, former, MAX_PATH) > 0;
+        m_former = former;
+        SetEnvironmentVariableW(name, value);
+    }
+    ~CVariable() { SetEnvironmentVariableW(m_name.c_str(), m_existed ? m_former.c_str() : nullptr); }
+    CVariable(const CVariable&) = delete;
+    CVariable& operator=(const CVariable&) = delete;
+
+private:
+    std::wstring m_name;
+    std::wstring m_former;
+    bool m_existed;
+};
+
+/// Wine's command processor always searches it, so there is none here.
 TEST_F(CRawTest, ConvertsIfTheCommandProcessorDoesNotSearchItsCurrentFolder) {
+    const CVariable noSearch(L"NoDefaultCurrentDirectoryInExePath", L"1");
+    const CVariable noProcessor(L"COMSPEC", L"Z:\\nowhere\\cmd.exe");
     WriteWhole(Disc("game.iso"), CdImage());
-    SetEnvironmentVariableW(L"NoDefaultCurrentDirectoryInExePath", L"1");
     const CDrivenDialog dialog = m_program.Start();
-    SetEnvironmentVariableW(L"NoDefaultCurrentDirectoryInExePath", nullptr);
     dialog.Choose(Disc("game.iso"));
     EXPECT_THAT(Convert(dialog, IDC_ISO_TO_BIN), StartsWith(kDoneText));
     EXPECT_EQ(ReadWhole(Disc("game.bin")), RawImageOfConsole(Disc("game.iso")));

@@ -1,0 +1,70 @@
+// A small image with a UDF volume, for the tests of this folder.
+#pragma once
+
+#include <optional>
+
+#include "iso/udf/udf_volume.h"
+#include "tests/support/memory_source.h"
+#include "tests/support/udf_builder.h"
+
+namespace vantrel::test {
+
+inline constexpr std::uint32_t kVolumeEnd = 400;  ///< sectors of the image
+inline constexpr std::size_t kUdfSector = 2048;
+
+struct SUdfImage {
+    Bytes bytes = Bytes(kVolumeEnd * kUdfSector);
+    SBuiltUdf built;
+
+    std::size_t At(std::uint32_t sector) const { return sector * kUdfSector; }
+    std::size_t Entry(const std::string& path) const { return At(built.entries.at(path)); }
+    /// Makes the tag of a changed descriptor valid again; the length covers the CRC.
+    void Reseal(std::size_t at, std::uint32_t location) {
+        const std::size_t identifier = bytes[at] | bytes[at + 1] << 8U;
+        const std::size_t covered = bytes[at + 10] | bytes[at + 11] << 8U;
+        WriteUdfTag(bytes, at, static_cast<std::uint16_t>(identifier), covered + 16, location);
+    }
+    /// The same for a file entry.
+    void ResealEntry(const std::string& path) { Reseal(Entry(path), built.entries.at(path) - 257); }
+    std::optional<SUdfVolume> Read() const {
+        CMemorySource source(bytes);
+        return ReadUdfVolume(source);
+    }
+    /// The message of the exception; empty if there is none.
+    std::string Refusal() const {
+        try {
+            Read();
+            return {};
+        } catch (const std::exception& refused) {
+            return refused.what();
+        }
+    }
+};
+
+inline SUdfImage UdfImage(SUdfDescription description) {
+    SUdfImage image;
+    description.lastSector = kVolumeEnd - 1;
+    for (const std::size_t sector : {16U, 17U}) {
+        std::copy_n("CD001", 5, image.bytes.begin() + static_cast<std::ptrdiff_t>(sector * kUdfSector + 1));
+    }
+    image.built = WriteUdfVolume(image.bytes, description);
+    return image;
+}
+
+/// A file of two extents in one folder, and another file at the root.
+inline SUdfDescription FewUdfFiles() {
+    SUdfDescription description;
+    description.files = {{"DIR/A.BIN", {{300, 4096}, {310, 1000}}}, {"B.BIN", {{320, 2049}}}};
+    return description;
+}
+
+inline const SUdfFile& FileIn(const SUdfVolume& volume, const std::string& path) {
+    for (const SUdfFile& file : volume.files) {
+        if (file.path == path) {
+            return file;
+        }
+    }
+    throw std::out_of_range(path);
+}
+
+}  // namespace vantrel::test
