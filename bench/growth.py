@@ -89,7 +89,7 @@ def raw(growth, folder, content, size):
 def layout(growth, folder, content, size):
     lengths = split(size)
     write_layout(folder, "DVD", len(lengths), lengths[0], content == "holes")
-    growth.run(content, sum(lengths), ["iml2iso", "-q", "-o", os.path.join(folder, "a.iso"),
+    growth.run(content, sum(lengths), ["iml2iso", "--like-window", "-q", "-o", os.path.join(folder, "a.iso"),
                                        os.path.join(folder, "game.iml")])
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Rebuild of images from layouts, compared with cp of a file of the output's size, or with cat of the files if they are
+"""Rebuild of images from layouts as in the window, compared with cp of a file of the output's size, or with cat of the files if they are
 many and small; all files in the page cache."""
 import os
 import sys
@@ -41,7 +41,7 @@ def main():
         with scratch_folder() as folder:
             write_layout(folder, media, count, size)
             output, other = os.path.join(folder, "out.iso"), os.path.join(folder, "other.iso")
-            ours = [program("vantrel"), "iml2iso", "-q", "-f", "-o", output, os.path.join(folder, "game.iml")]
+            ours = [program("vantrel"), "iml2iso", "--like-window", "-q", "-f", "-o", output, os.path.join(folder, "game.iml")]
             few = count < 100
             theirs = ["cp", output, other] if few else ["sh", "-c", "cd '%s' && cat game.ims F*.BIN > cat.iso" % folder]
             good &= compare("iml2iso, %s of %d files of %d bytes (%s)" % (media, count, size, "cp" if few else "cat"),

@@ -1,6 +1,89 @@
 #include "compress/block_stream.h"
 
+#include <algorithm>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "compress/lz4_decoder.h"
+#include "compress/lz4_encoder.h"
+
 namespace vantrel {
+
+namespace {
+
+class CLz4Coder : public CBlockCoder {
+public:
+    SStreamOutcome Run(std::span<const std::uint8_t> input, std::span<std::uint8_t> output) override {
+        SStreamOutcome outcome;
+        outcome.produced = m_encoder.Encode(input, output);
+        if (outcome.produced == 0) {
+            outcome.failedStep = EStreamStep::Work;
+            outcome.result = Z_BUF_ERROR;
+        }
+        return outcome;
+    }
+
+private:
+    CLz4Encoder m_encoder;
+};
+
+/// Compresses blocks of zeros, which fill large parts of many images, once for each size.
+class CZeroSavingCoder : public CBlockCoder {
+public:
+    explicit CZeroSavingCoder(std::unique_ptr<CBlockCoder> coder) : m_coder(std::move(coder)) {}
+
+    SStreamOutcome Run(std::span<const std::uint8_t> input, std::span<std::uint8_t> output) override {
+        if (!IsZero(input)) {
+            return m_coder->Run(input, output);
+        }
+        if (input.size() != m_zeros || m_outcome.produced > output.size()) {
+            m_outcome = m_coder->Run(input, output);
+            m_zeros = m_outcome.failedStep ? 0 : input.size();
+            m_compressed.assign(output.begin(), output.begin() + static_cast<std::ptrdiff_t>(m_outcome.produced));
+        } else {
+            std::ranges::copy(m_compressed, output.begin());
+        }
+        return m_outcome;
+    }
+
+private:
+    std::unique_ptr<CBlockCoder> m_coder;
+    std::size_t m_zeros = 0;  ///< Length of the zeros that m_compressed holds; 0: none.
+    SStreamOutcome m_outcome;
+    std::vector<std::uint8_t> m_compressed;
+};
+
+std::unique_ptr<CBlockCoder> BareCoder(const SStreamSettings& settings, EStreamUse use) {
+    if (settings.form == EStreamForm::Lz4) {
+        return std::make_unique<CLz4Coder>();
+    }
+    return std::make_unique<CBlockStream>(settings, use);
+}
+
+}  // namespace
+
+bool IsZero(std::span<const std::uint8_t> bytes) {
+    return bytes.empty() || (bytes[0] == 0 && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
+}
+
+std::unique_ptr<CBlockCoder> NewCoder(const SStreamSettings& settings, EStreamUse use) {
+    std::unique_ptr<CBlockCoder> coder = BareCoder(settings, use);
+    const bool savesZeros = settings.level && use == EStreamUse::Reused;
+    return savesZeros ? std::make_unique<CZeroSavingCoder>(std::move(coder)) : std::move(coder);
+}
+
+SStreamOutcome ExpandLz4(std::span<const std::uint8_t> input, std::span<std::uint8_t> output) {
+    SStreamOutcome outcome;
+    if (const std::optional<std::size_t> produced = DecodeLz4(input, output)) {
+        outcome.produced = *produced;
+    } else {
+        outcome.failedStep = EStreamStep::Work;
+        outcome.result = Z_DATA_ERROR;
+        outcome.message = "invalid LZ4 data";
+    }
+    return outcome;
+}
 
 CBlockStream::~CBlockStream() {
     if (m_isOpen) {

@@ -1,9 +1,10 @@
-// A zlib stream that deflates or inflates whole blocks, one after the other.
+// Compresses or expands whole blocks, one after the other: zlib streams, and the encoder of LZ4 blocks.
 #pragma once
 
 #include <zlib.h>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 
@@ -11,9 +12,9 @@
 
 namespace vantrel {
 
-/// Raw deflate data (RFC 1951), or deflate data with zlib's header and check value (RFC 1950). The value is zlib's
-/// windowBits for a window of 32 KiB.
-enum class EStreamForm : int { Raw = -15, Zlib = 15 };
+/// Raw deflate data (RFC 1951), deflate data with zlib's header and check value (RFC 1950), or an LZ4 block. The values
+/// of the first two are zlib's windowBits for a window of 32 KiB.
+enum class EStreamForm : int { Raw = -15, Zlib = 15, Lz4 = 0 };
 
 /// Whether each block gets a new stream or the first stream is reset. The output is the same.
 enum class EStreamUse { Fresh, Reused };
@@ -37,16 +38,34 @@ struct SStreamOutcome {
     bool HasAllOutput() const { return !failedStep || failedStep == EStreamStep::End; }
 };
 
-class CBlockStream {
+/// Compresses or expands one block at a time.
+class CBlockCoder {
+public:
+    virtual ~CBlockCoder() = default;
+
+    /// Processes a block in one call. Fails unless all of the input is processed and the output has room for the
+    /// result.
+    virtual SStreamOutcome Run(std::span<const std::uint8_t> input, std::span<std::uint8_t> output) = 0;
+};
+
+/// The coder for these settings. An LZ4 block is always compressed, at one level.
+std::unique_ptr<CBlockCoder> NewCoder(const SStreamSettings& settings, EStreamUse use);
+
+/// Whether all bytes are zero.
+bool IsZero(std::span<const std::uint8_t> bytes);
+
+/// Expands an LZ4 block.
+SStreamOutcome ExpandLz4(std::span<const std::uint8_t> input, std::span<std::uint8_t> output);
+
+/// A zlib stream. Deflating uses the default memory level and strategy, as zlib's one-call routine does.
+class CBlockStream : public CBlockCoder {
 public:
     CBlockStream(const SStreamSettings& settings, EStreamUse use) : m_settings(settings), m_use(use) {}
     CBlockStream(const CBlockStream&) = delete;
     CBlockStream& operator=(const CBlockStream&) = delete;
-    ~CBlockStream();
+    ~CBlockStream() override;
 
-    /// Processes a block in one call of zlib. Fails unless zlib consumes all of the input and the output has room for
-    /// all of the result. Deflating uses the default memory level and strategy, as zlib's one-call routine does.
-    SStreamOutcome Run(std::span<const std::uint8_t> input, std::span<std::uint8_t> output);
+    SStreamOutcome Run(std::span<const std::uint8_t> input, std::span<std::uint8_t> output) override;
 
 private:
     int Begin();

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <optional>
 #include <string>
 
+#include "compress/cso_header.h"
+#include "files/byte_source.h"
 #include "files/output_file.h"
 
 namespace vantrel {
@@ -13,6 +16,7 @@ namespace vantrel {
 struct SCompressionRequest {
     std::string chosenPath;  ///< The file that was chosen. The compressors check its volume descriptor.
     std::string imagePath;   ///< The file that is read. The window may form it from the base name of the chosen file.
+    CByteSource* image = nullptr;  ///< The image in that file if the file is a container; null: the file is the image.
     std::string outputPath;
     std::string shownName;  ///< The image's name in messages; in the window, base name + ".iso".
     EOutputManner manner = EOutputManner::InPlace;
@@ -21,9 +25,17 @@ struct SCompressionRequest {
     /// everything, with a new zlib stream for each block.
     std::uint32_t workers = 0;
     std::optional<int> level;  ///< 1 to 9; no value: none is selected.
-    /// A strict compression to CSO fails if its output exceeds this many bytes: index entries hold positions of 31
-    /// bits. Tests use fewer.
+    /// CSO or ZSO, if an index is written.
+    CsoMagic magic = kCsoMagic;
+    /// Block size of a CSO or ZSO file, a power of two; no value: chosen by the length of the output.
+    std::optional<std::uint32_t> blockSize;
+    /// Index entries hold positions of 31 bits. A strict compression whose output is larger shifts them. Tests use
+    /// fewer.
     std::int64_t largestCso = std::numeric_limits<std::int32_t>::max();
+    /// Called with the complete output before it gets its name; ends the conversion if the output is wrong.
+    std::function<void(COutputFile& output)> checkOutput;
+    /// The text of the completion; null: that of the window.
+    const char* doneText = nullptr;
 };
 
 /// The window's compression of `folder` (with its separator) + `fileName`: the image is base name + ".iso", found

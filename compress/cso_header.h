@@ -1,4 +1,4 @@
-// The header of a CSO file.
+// The header of a CSO file, and of a ZSO file, which has the same layout.
 #pragma once
 
 #include <algorithm>
@@ -11,12 +11,19 @@
 
 namespace vantrel {
 
-/// The 24 bytes at the start of a CSO file; numbers are little-endian.
+using CsoMagic = std::array<std::uint8_t, 4>;
+inline constexpr CsoMagic kCsoMagic = {'C', 'I', 'S', 'O'};
+inline constexpr CsoMagic kZsoMagic = {'Z', 'I', 'S', 'O'};
+
+/// The version of CSO whose blocks are LZ4 or deflate data.
+inline constexpr std::uint8_t kCsoVersionWithLz4 = 2;
+
+/// The 24 bytes at the start of the file; numbers are little-endian.
 struct CsoHeader {
     static constexpr std::size_t kSize = 24;
 
-    std::array<std::uint8_t, 4> magic = {'C', 'I', 'S', 'O'};
-    std::uint32_t header_size = 0;  ///< Written as 0; readers ignore it.
+    CsoMagic magic = kCsoMagic;
+    std::uint32_t header_size = 0;  ///< CSO 1: written as 0, ignored by readers. CSO 2 and ZSO: 24.
     std::uint64_t total_bytes = 0;  ///< Length of the image, including a partial last block.
     std::uint32_t block_size = kSectorSize;
     std::uint8_t version = 1;
@@ -25,6 +32,9 @@ struct CsoHeader {
 
     std::array<std::uint8_t, kSize> Encode() const;
     static CsoHeader Decode(std::span<const std::uint8_t, kSize> bytes);
+    bool IsZso() const { return magic == kZsoMagic; }
+    /// "CSO" or "ZSO"
+    const char* FormName() const { return IsZso() ? "ZSO" : "CSO"; }
     std::uint64_t WholeBlockCount() const { return total_bytes / block_size; }
     /// Blocks of the image, including a partial last one.
     std::uint64_t BlockCount() const { return WholeBlockCount() + (total_bytes % block_size != 0 ? 1 : 0); }
@@ -34,8 +44,9 @@ struct CsoHeader {
     }
 };
 
-/// Set in the index entry of a block that is stored plain.
-inline constexpr std::uint32_t kCsoPlainBlock = 0x80000000U;
+/// Set in the index entry of a block that is stored plain; in CSO 2, of an LZ4 block.
+inline constexpr std::uint32_t kCsoMarkedBlock = 0x80000000U;
+inline constexpr std::uint32_t kCsoPositionMask = ~kCsoMarkedBlock;
 
 /// Sizes of blocks. The buffer for a stored block is larger than any deflated block. The compressor fills a partial
 /// last block with zeros.

@@ -9,25 +9,41 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::uint32_t kPositionMask = ~kCsoPlainBlock;
 /// Larger blocks count as a failed allocation, so that a header alone cannot make the program use that much memory.
 /// Real files have blocks of 2 KiB; a few have up to 64 KiB.
 constexpr std::uint32_t kLargestBlockSize = 1U << 20U;
-constexpr std::uint8_t kLargestVersion = 1;
 constexpr std::uint8_t kLargestShift = 31;
+constexpr std::uint8_t kZsoVersion = 1;
+
+/// CSO 2 and ZSO fix fields that CSO 1 leaves to the writer.
+bool HasStrictFields(const CsoHeader& header) {
+    return header.IsZso() || header.version == kCsoVersionWithLz4;
+}
 
 /// Why a strict reader refuses a header; empty if it accepts it.
-std::string UnsupportedIn(const CsoHeader& header) {
-    if (header.version > kLargestVersion) {
-        return Format("CSO version %u is not supported", unsigned{header.version});
+std::string RefusalOf(const CsoHeader& header) {
+    const char* const form = header.FormName();
+    if (header.IsZso() ? header.version != kZsoVersion : header.version > kCsoVersionWithLz4) {
+        return Format("%s version %u is not supported", form, unsigned{header.version});
     }
     if (header.block_size < kSectorSize || header.block_size > kLargestBlockSize ||
         !std::has_single_bit(header.block_size)) {
-        return Format("CSO block size %u is not supported: it is not a power of two from 2048 to 1048576",
+        return Format("%s block size %u is not supported: it is not a power of two from 2048 to 1048576", form,
                       header.block_size);
     }
     if (header.align > kLargestShift) {
-        return Format("CSO index shift %u is not supported: it is above 31", unsigned{header.align});
+        return Format("%s index shift %u is not supported: it is above 31", form, unsigned{header.align});
+    }
+    if (header.total_bytes == 0) {
+        return Format("%s image size 0 is not supported", form);
+    }
+    if (HasStrictFields(header) && header.header_size != CsoHeader::kSize) {
+        return Format("%s header size %u is not supported in version %u: it is not 24", form, header.header_size,
+                      unsigned{header.version});
+    }
+    if (HasStrictFields(header) && (header.reserved[0] != 0 || header.reserved[1] != 0)) {
+        return Format("%s unused header bytes %02X %02X are not supported in version %u: they are not zero", form,
+                      unsigned{header.reserved[0]}, unsigned{header.reserved[1]}, unsigned{header.version});
     }
     return {};
 }
@@ -40,18 +56,32 @@ ECsoFault CCsoReader::ReadHeader() {
         return ECsoFault::ShortHeader;
     }
     m_header = CsoHeader::Decode(bytes);
-    if (m_header.magic != CsoHeader().magic || m_header.block_size == 0 || m_header.total_bytes == 0) {
+    if (m_header.magic != m_magic) {
         return ECsoFault::Format;
     }
-    m_unsupported = m_strict ? UnsupportedIn(m_header) : std::string();
+    m_refusal = m_strict ? RefusalOf(m_header) : std::string();
+    if (!m_refusal.empty()) {
+        return ECsoFault::Unsupported;
+    }
+    if (m_header.block_size == 0 || m_header.total_bytes == 0) {
+        return ECsoFault::Format;
+    }
     m_blockCount = m_strict ? m_header.BlockCount() : m_header.WholeBlockCount();
-    return m_unsupported.empty() ? ECsoFault::None : ECsoFault::Unsupported;
+    return ECsoFault::None;
+}
+
+/// Keeps the reason for a strict reader.
+ECsoFault CCsoReader::Refuse(ECsoFault fault, const std::string& reason) {
+    m_refusal = m_strict ? reason : std::string();
+    return fault;
 }
 
 ECsoFault CCsoReader::ReadIndex() {
     const std::int64_t room = m_file.Size() - static_cast<std::int64_t>(CsoHeader::kSize);
     if (BlockCount() >= static_cast<std::uint64_t>(std::max<std::int64_t>(room, 0)) / sizeof(std::uint32_t)) {
-        return ECsoFault::Index;
+        return Refuse(ECsoFault::Index,
+                      Format("%s image size %llu is not supported: the index of its blocks does not fit the file",
+                             m_header.FormName(), static_cast<unsigned long long>(m_header.total_bytes)));
     }
     if (m_header.block_size > kLargestBlockSize || !m_index.Allocate(BlockCount() + 1) ||
         !m_slot.Allocate(BlockSizes(), 1)) {
@@ -61,6 +91,11 @@ ECsoFault CCsoReader::ReadIndex() {
     if (m_file.ReadAt(CsoHeader::kSize, index) != index.size()) {
         return ECsoFault::Index;
     }
+    if (HasLz4Flags() && (Entry(m_blockCount) & kCsoMarkedBlock) != 0) {
+        return Refuse(ECsoFault::Unsupported,
+                      Format("CSO index entry %08X is not supported at the end of version 2: its high bit is set",
+                             Entry(m_blockCount)));
+    }
     FindMissingBytes();
     return ECsoFault::None;
 }
@@ -69,7 +104,8 @@ ECsoFault CCsoReader::ReadIndex() {
 /// would end the index.
 void CCsoReader::FindMissingBytes() {
     const std::uint64_t shortIndexEnd = CsoHeader::kSize + (m_header.WholeBlockCount() + 1) * sizeof(std::uint32_t);
-    if (m_blockCount > m_header.WholeBlockCount() && Shifted(Entry(0) & kPositionMask) == shortIndexEnd) {
+    if (m_blockCount > m_header.WholeBlockCount() && !HasLz4Flags() &&
+        Shifted(Entry(0) & kCsoPositionMask) == shortIndexEnd) {
         m_blockCount = m_header.WholeBlockCount();
         m_missingBytes = m_header.total_bytes % m_header.block_size;
     }
@@ -84,9 +120,10 @@ ECsoFault CCsoReader::ReadBlock(std::uint64_t block, std::span<const std::uint8_
 }
 
 bool CCsoReader::ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& block) {
-    block.isPlain = IsPlain(number);
+    block.storedAs = StoredAs(number);
+    block.imageSize = m_header.ContentSize(number);
     const std::uint64_t size = StoredSize(number, buffer.size());
-    if (size > buffer.size()) {
+    if (size > buffer.size() || (m_strict && GoesBackwards(number))) {
         return false;
     }
     const auto bytes = buffer.first(static_cast<std::size_t>(size));
@@ -97,19 +134,37 @@ bool CCsoReader::ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer
     return true;
 }
 
+EStoredAs CCsoReader::StoredAs(std::uint64_t block) const {
+    const bool isMarked = (Entry(block) & kCsoMarkedBlock) != 0;
+    if (HasLz4Flags()) {
+        const bool isPlain = Distance(block) >= m_header.block_size && !GoesBackwards(block);
+        return isPlain ? EStoredAs::Plain : isMarked ? EStoredAs::Lz4 : EStoredAs::Stream;
+    }
+    return isMarked ? EStoredAs::Plain : m_header.IsZso() ? EStoredAs::Lz4 : EStoredAs::Stream;
+}
+
+bool CCsoReader::GoesBackwards(std::uint64_t block) const {
+    return (Entry(block + 1) & kCsoPositionMask) < (Entry(block) & kCsoPositionMask);
+}
+
+/// Bytes from a block to the next one, more than any file has if positions go backwards.
+std::uint64_t CCsoReader::Distance(std::uint64_t block) const {
+    return Shifted((Entry(block + 1) & kCsoPositionMask) - (Entry(block) & kCsoPositionMask));
+}
+
 /// Bytes to read for a block. A plain block has the size of its content, whatever the next entry says. The padding
 /// behind a stream that the shift causes may exceed the buffer; a strict reader leaves out what does.
 std::uint64_t CCsoReader::StoredSize(std::uint64_t block, std::size_t room) const {
-    if (IsPlain(block)) {
+    if (StoredAs(block) == EStoredAs::Plain) {
         return m_header.ContentSize(block);
     }
-    const std::uint64_t size = Shifted((Entry(block + 1) & kPositionMask) - (Entry(block) & kPositionMask));
+    const std::uint64_t size = Distance(block);
     const bool isPadding = m_strict && size > room && size - room < Shifted(1);
     return isPadding ? room : size;
 }
 
 std::int64_t CCsoReader::Position(std::uint64_t block) const {
-    const std::uint64_t position = Shifted(Entry(block) & kPositionMask);
+    const std::uint64_t position = Shifted(Entry(block) & kCsoPositionMask);
     return m_strict ? static_cast<std::int64_t>(position)
                     : static_cast<std::int32_t>(static_cast<std::uint32_t>(position));
 }

@@ -86,9 +86,12 @@ private:
     }
 
     std::string CauseOf(ECsoFault fault) const {
-        return fault == ECsoFault::ShortHeader && m_cso.Problem().empty()
-                   ? m_request.chosenPath + ": the file is shorter than a CSO header"
-                   : m_cso.Problem();
+        if (!m_cso.Problem().empty()) {
+            return m_cso.Problem();
+        }
+        return fault == ECsoFault::ShortHeader ? m_request.chosenPath + ": the file is shorter than a CSO header"
+               : fault == ECsoFault::Index     ? m_cso.Refusal()
+                                               : std::string();
     }
 
     /// Header faults deliberately name the output.
@@ -104,7 +107,7 @@ private:
             case ECsoFault::Format:
                 return Format("Code 11011 - ciso file format error %s", output);
             case ECsoFault::Unsupported:
-                return m_cso.Unsupported() + "\n";
+                return m_cso.Refusal() + "\n";
             case ECsoFault::Memory:
                 return Format("Code 1104-Can't allocate memory %s\n", input);
             case ECsoFault::Index:

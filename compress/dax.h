@@ -10,6 +10,9 @@ namespace vantrel {
 /// Compresses the image of a PSP title. Ends silently, with an empty output, if no level is selected.
 void IsoToDax(const SCompressionRequest& request, COperation& operation);
 
+/// Compresses any image into a DAX file. The request must be strict and have a level.
+void ImageToDax(const SCompressionRequest& request, COperation& operation);
+
 /// Expands a DAX file, which is `imagePath` of the request. Needs no level.
 void DaxToIso(const SCompressionRequest& request, COperation& operation);
 

@@ -16,11 +16,16 @@ EDaxFault CDaxReader::ReadHeader() {
     if (m_header.magic != DaxHeader::kMagic) {
         return EDaxFault::Header;
     }
-    return m_strict && m_header.version > kDaxVersionWithAreas ? EDaxFault::Unsupported : EDaxFault::None;
+    if (m_strict && m_header.version > kDaxVersionWithAreas) {
+        return Refuse(EDaxFault::Unsupported, Format("DAX version %u is not supported", m_header.version));
+    }
+    return EDaxFault::None;
 }
 
-std::string CDaxReader::Unsupported() const {
-    return Format("%s: DAX version %u is not supported", m_file.Path().c_str(), m_header.version);
+/// Keeps the reason for a strict reader.
+EDaxFault CDaxReader::Refuse(EDaxFault fault, const std::string& reason) {
+    m_refusal = m_strict ? reason : std::string();
+    return fault;
 }
 
 std::uint32_t CDaxReader::AreaCount() const {
@@ -40,7 +45,8 @@ EDaxFault CDaxReader::ReadTables() {
 EDaxFault CDaxReader::ReadAreas() {
     CNumberTable<std::uint32_t> areas;
     if (AreaCount() > FrameCount()) {
-        return EDaxFault::Tables;
+        return Refuse(EDaxFault::Tables,
+                      Format("DAX area count %u is not supported: the image has %u frames", AreaCount(), FrameCount()));
     }
     if (const EDaxFault fault = ReadTable(areas, 2 * AreaCount()); fault != EDaxFault::None) {
         return fault;
@@ -54,7 +60,9 @@ EDaxFault CDaxReader::ReadAreas() {
         const std::uint32_t first = areas.Get(std::uint64_t{2} * area);
         const std::uint32_t count = areas.Get(std::uint64_t{2} * area + 1);
         if (first > FrameCount() || count > FrameCount() - first || count > FrameCount() - plainFrames) {
-            return EDaxFault::Tables;
+            return Refuse(EDaxFault::Tables,
+                          Format("DAX area %u of %u frames from frame %u is not supported: the image has %u frames",
+                                 area, count, first, FrameCount()));
         }
         std::fill_n(m_isPlain.get() + first, count, std::uint8_t{1});
         plainFrames += count;
@@ -68,7 +76,9 @@ EDaxFault CDaxReader::ReadTable(CNumberTable<Number>& table, std::uint32_t count
     const std::uint64_t size = std::uint64_t{count} * sizeof(Number);
     const std::int64_t room = m_file.Size() - m_file.Position();
     if (room < 0 || static_cast<std::uint64_t>(room) < size) {
-        return EDaxFault::Tables;
+        return Refuse(EDaxFault::Tables,
+                      Format("DAX image size %u is not supported: the tables of its frames do not fit the file",
+                             m_header.image_size));
     }
     if (!table.Allocate(count)) {
         return EDaxFault::Memory;
@@ -91,8 +101,9 @@ std::span<const std::uint8_t> CDaxReader::ContentOf(std::uint32_t number, const 
 bool CDaxReader::ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& frame) {
     const auto index = static_cast<std::uint32_t>(number);
     const std::size_t size = Length(index);
-    frame.isPlain = IsPlain(index);
-    if (size > (frame.isPlain ? kDaxFrameSize : buffer.size()) ||
+    const bool isPlain = IsPlain(index);
+    frame.storedAs = isPlain ? EStoredAs::Plain : EStoredAs::Stream;
+    if (size > (isPlain ? kDaxFrameSize : buffer.size()) ||
         m_file.ReadAt(Position(index), buffer.first(size)) != size) {
         return false;
     }

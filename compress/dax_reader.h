@@ -15,7 +15,7 @@ namespace vantrel {
 enum class EDaxFault {
     None,
     Header,       ///< fewer than 32 bytes, or wrong magic
-    Unsupported,  ///< a version that a strict reader refuses; see Problem
+    Unsupported,  ///< a field whose value a strict reader refuses; see Refusal
     Tables,       ///< the tables do not fit the file, contradict the header or cannot be read
     Memory,       ///< allocation fails
     Read,         ///< the stored bytes of a frame cannot be read, or are more than a frame ever takes
@@ -51,8 +51,8 @@ public:
     /// The image's bytes in frame `number` after it was inflated. A strict reader leaves out the padding that some
     /// writers add to the last frame.
     std::span<const std::uint8_t> ContentOf(std::uint32_t number, const SBlock& frame) const;
-    /// The path and why its header is unsupported.
-    std::string Unsupported() const;
+    /// The path, and the field that a strict reader refuses, with its value; empty if header and tables are accepted.
+    std::string Refusal() const { return m_refusal.empty() ? m_refusal : m_file.Path() + ": " + m_refusal; }
 
     const DaxHeader& Header() const { return m_header; }
     std::uint32_t FrameCount() const { return m_header.FrameCount(); }
@@ -67,12 +67,14 @@ public:
     const std::string& Problem() const { return m_file.Problem(); }
 
 private:
+    EDaxFault Refuse(EDaxFault fault, const std::string& reason);
     template <typename Number>
     EDaxFault ReadTable(CNumberTable<Number>& table, std::uint32_t count);
     EDaxFault ReadAreas();
 
     const bool m_strict;
     CInputFile m_file;
+    std::string m_refusal;
     DaxHeader m_header;
     CNumberTable<std::uint32_t> m_positions;
     CNumberTable<std::uint16_t> m_lengths;

@@ -77,9 +77,10 @@ private:
             case EDaxFault::Header:
                 m_operation.Fail("Input is not a valid DAX file.\n", m_dax.Problem());
             case EDaxFault::Unsupported:
-                m_operation.Fail(m_dax.Unsupported() + "\n");
+                m_operation.Fail(m_dax.Refusal() + "\n");
             case EDaxFault::Tables:
-                m_operation.Fail("Corrupted input file.\n", m_dax.Problem());
+                m_operation.Fail("Corrupted input file.\n",
+                                 m_dax.Problem().empty() ? m_dax.Refusal() : m_dax.Problem());
             case EDaxFault::Memory:
                 m_operation.Fail("Not enough memory for the frame tables!\n");
             case EDaxFault::Read:

@@ -26,7 +26,8 @@ public:
         : m_request(request), m_operation(operation) {}
 
     void OpenFiles() {
-        m_image.OpenOrFail(m_request.imagePath, "Code 903- Cannot open input file %s\n", ESharing::Readers);
+        m_image.AttachOrOpen(m_request.image, m_request.imagePath, "Code 903- Cannot open input file %s\n",
+                             ESharing::Readers);
         m_output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 903o-Cannot create output file %s\n",
                             m_request.outputPath, ESharing::Nobody);
     }
@@ -45,7 +46,7 @@ public:
             m_operation.Fail("I/O error setting file pointer.\n", m_output.Problem());
         }
         WriteTables();
-        m_output.CommitOrFail();
+        CheckAndCommit(m_request, m_output);
         CompleteConversion(m_request, m_output, m_wholeFrames, "Compression iso2dax Done !", m_operation);
     }
 
@@ -65,18 +66,20 @@ private:
 
     void CompressFrames(int level) {
         // Reading one frame more than there are finds the end of the image.
-        const SWorkPlan plan = PlanWork(m_request.workers, kDaxFrameSizes, std::uint64_t{m_frameCount} + 1);
-        std::vector<CBlockSlot> slots = AllocateSlots(plan);
+        const SWorkPlan plan =
+            PlanWork(m_request.workers, kDaxFrameSizes, std::uint64_t{m_frameCount} + 1, m_image.PieceUnit());
+        std::vector<CBlockSlot> slots = AllocateSlots(plan, &m_image);
         if (!m_positions.Allocate(m_frameCount) || !m_lengths.Allocate(m_frameCount) || slots.empty()) {
             m_operation.Fail("Not enough memory for the frame tables!\n");
         }
         Write(m_header.Encode());
         WriteTables();
-        CBlockPipeline frames(plan, std::move(slots), m_image, EStreamForm::Zlib, level);
+        CBlockPipeline frames(plan, std::move(slots), EStreamForm::Zlib, level);
         while (TakeFrame(frames.Next())) {
         }
-        if (m_request.strict && (m_frame != m_frameCount || m_image.HasFailed())) {
-            m_operation.Fail(Format("I/O error reading %s\n", m_request.imagePath.c_str()), m_image.Problem());
+        if (const std::string problem = frames.ImageProblem();
+            m_request.strict && (m_frame != m_frameCount || !problem.empty())) {
+            m_operation.Fail(Format("I/O error reading %s\n", m_request.imagePath.c_str()), problem);
         }
     }
 
@@ -152,6 +155,12 @@ void IsoToDax(const SCompressionRequest& request, COperation& operation) {
     } else {
         writer.LeaveOpen();
     }
+}
+
+void ImageToDax(const SCompressionRequest& request, COperation& operation) {
+    CDaxWriter writer(request, operation);
+    writer.OpenFiles();
+    writer.Run(*request.level);
 }
 
 }  // namespace vantrel

@@ -26,9 +26,11 @@ void NotifyIfTruncated(const SCompressionRequest& request, CCheckedInput& image,
 void CheckPspImage(const SCompressionRequest& request, const char* openPattern, COperation& operation) {
     constexpr std::string_view kMark = "PSP";
     CCheckedInput image(operation);
-    image.OpenOrFail(request.chosenPath, openPattern);
+    image.AttachOrOpen(request.image, request.chosenPath, openPattern);
     std::array<std::uint8_t, kMark.size()> identifier = {};
-    image.ReadAt(kApplicationIdentifierPosition, identifier);
+    if (image.ReadAt(kApplicationIdentifierPosition, identifier) != identifier.size() && request.image != nullptr) {
+        image.FailIfUnread();
+    }
     if (!std::ranges::equal(identifier, kMark)) {
         operation.Fail(Format("Code 50 PSP - invalid PSP iso  file header  %s", request.shownName.c_str()));
     }

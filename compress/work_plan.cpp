@@ -15,6 +15,8 @@ constexpr std::uint32_t kMaxBlocksPerSlot = 64;
 constexpr std::uint64_t kMemoryLimit = 48U << 20U;
 /// A deflate stream takes 268 KiB; the rest is for its thread.
 constexpr std::uint64_t kWorkerMemory = 320U << 10U;
+/// A piece of a container holds its blocks once expanded, and has twice their size for what is stored of them.
+constexpr std::uint32_t kPieceBuffers = 3;
 
 }  // namespace
 
@@ -22,15 +24,18 @@ std::size_t SWorkPlan::SlotCount() const {
     return static_cast<std::size_t>(std::min<std::uint64_t>(SlotsFor(workers), blocks / blocksPerSlot + 1));
 }
 
-SWorkPlan PlanWork(std::uint32_t workers, const SBlockSizes& sizes, std::uint64_t blocks) {
+SWorkPlan PlanWork(std::uint32_t workers, const SBlockSizes& sizes, std::uint64_t blocks, std::uint32_t unit) {
     SWorkPlan plan;
     plan.sizes = sizes;
     plan.blocks = blocks;
+    plan.blocksPerSlot = std::max(unit / sizes.block, 1U);
     if (workers == 0) {
         return plan;
     }
-    plan.blocksPerSlot = std::clamp(kSlotSize / sizes.block, 1U, kMaxBlocksPerSlot);
-    const std::uint64_t slotMemory = std::uint64_t{plan.blocksPerSlot} * (std::uint64_t{sizes.block} + sizes.stored);
+    plan.blocksPerSlot = std::max(plan.blocksPerSlot, std::clamp(kSlotSize / sizes.block, 1U, kMaxBlocksPerSlot));
+    const std::uint64_t pieceMemory = unit > 1 ? std::uint64_t{kPieceBuffers} * sizes.block : 0;
+    const std::uint64_t slotMemory =
+        std::uint64_t{plan.blocksPerSlot} * (std::uint64_t{sizes.block} + sizes.stored + pieceMemory);
     const auto limit = static_cast<std::uint32_t>(kMemoryLimit / (2 * slotMemory + kWorkerMemory));
     plan.workers = std::min(workers, std::max(limit, 1U));
     plan.streams = EStreamUse::Reused;

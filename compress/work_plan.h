@@ -26,7 +26,8 @@ struct SWorkPlan {
 
 /// Without workers, the conversion's own thread processes block by block, each with a fresh stream. Otherwise slots are
 /// large enough to make handing them over cheap, streams are reused, and there are at most `workers` workers, fewer if
-/// their slots and streams would exceed a fixed amount of memory.
-SWorkPlan PlanWork(std::uint32_t workers, const SBlockSizes& sizes, std::uint64_t blocks);
+/// their slots and streams would exceed a fixed amount of memory. `unit` is the PieceUnit of the image that is read: a
+/// slot holds whole units.
+SWorkPlan PlanWork(std::uint32_t workers, const SBlockSizes& sizes, std::uint64_t blocks, std::uint32_t unit = 1);
 
 }  // namespace vantrel

@@ -21,7 +21,7 @@ namespace vantrel {
 namespace {
 
 constexpr const char* kDescription =
-    "Converts disc images of PlayStation 2 and PSP titles between ISO, IML layout, BIN/CUE, CSO and DAX.";
+    "Converts disc images of PlayStation 2 and PSP titles between ISO, IML layout, BIN/CUE, CSO, ZSO and DAX.";
 constexpr std::size_t kHelpColumnWidth = 26;
 
 /// How --help looks. The manual page and the completions are made from these texts, so their form is fixed here.
@@ -56,18 +56,21 @@ public:
         if (option->get_positional() || option->get_type_name().empty()) {
             return option->get_expected_max() > 1 ? "..." : "";
         }
-        return option->get_type_name().starts_with("INT") ? " N" : " PATH";
+        const std::string type = option->get_type_name();
+        return type.starts_with("INT") ? " N" : type.starts_with("TEXT") ? " PATH" : " " + type;
     }
 };
 
 Commands AllCommands() {
     Commands commands;
     AddCompressCommands(commands);
+    AddConvertCommand(commands);
     AddInspectCommands(commands);
     AddExtractCommand(commands);
     AddExportCommand(commands);
     AddRawCommands(commands);
     AddRebuildCommand(commands);
+    AddReplaceCommand(commands);
     AddPostgapCommands(commands);
     return commands;
 }

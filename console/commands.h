@@ -8,6 +8,9 @@ namespace vantrel {
 /// iso2cso, cso2iso, iso2dax, dax2iso
 void AddCompressCommands(Commands& commands);
 
+/// convert
+void AddConvertCommand(Commands& commands);
+
 /// info, verify, list
 void AddInspectCommands(Commands& commands);
 
@@ -22,6 +25,9 @@ void AddRawCommands(Commands& commands);
 
 /// iml2iso
 void AddRebuildCommand(Commands& commands);
+
+/// replace
+void AddReplaceCommand(Commands& commands);
 
 /// check-postgap, add-postgap
 void AddPostgapCommands(Commands& commands);

@@ -33,6 +33,11 @@ void CConversionCommand::DeclareOutput(COptionSet& options) {
                     "Write new outputs to the disk before the end, as replaced ones always are");
 }
 
+void CConversionCommand::DeclareReport(COptionSet& options) {
+    options.AddFlag("--dry-run", m_options.dryRun, "Write nothing, and report what would change");
+    options.AddFlag("--json", m_options.json, "Report as JSON, one object in a line for each file");
+}
+
 std::string CConversionCommand::UsageProblem() const {
     if (m_options.output == "-") {
         return "--output: results cannot go to standard output, because files are renamed when they are complete";

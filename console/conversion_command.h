@@ -25,6 +25,8 @@ struct SConversionOptions {
     bool sync = false;
     bool quiet = false;
     bool keepGoing = false;
+    bool dryRun = false;
+    bool json = false;  ///< The command prints the results of its conversions itself.
 };
 
 /// How outputs are written with --force and --sync.
@@ -52,7 +54,13 @@ protected:
     void DeclareFiles(COptionSet& options);
     /// --output, --output-dir and --force.
     void DeclareOutput(COptionSet& options);
+    /// --dry-run and --json.
+    void DeclareReport(COptionSet& options);
     const std::vector<std::string>& Files() const { return m_options.files; }
+    bool IsDryRun() const { return m_options.dryRun; }
+    bool ReportsJson() const { return m_options.json; }
+    /// The value of --output.
+    const std::string& Output() const { return m_options.output; }
 
 private:
     SConversionOptions m_options;

@@ -7,6 +7,7 @@
 
 #include "console/command_input.h"
 #include "console/console_operation.h"
+#include "console/edit_result.h"
 #include "console/messages.h"
 #include "files/leftovers.h"
 #include "files/native_file.h"
@@ -51,7 +52,7 @@ public:
                 RunOne(input);
             }
         }
-        if (m_options.files.size() > 1 && !m_options.quiet) {
+        if (m_options.files.size() > 1 && !m_options.quiet && !m_options.json) {
             PrintSummary();
         }
         return m_tally.failed > 0 ? EExit::Failed : EExit::Done;
@@ -94,7 +95,7 @@ private:
         m_tally.bytesIn += bytesIn;
         m_tally.bytesOut += std::max<std::int64_t>(FileSizeOf(job.output), 0);
         m_written.insert(job.output);
-        if (!m_options.quiet) {
+        if (!m_options.quiet && !m_options.json) {
             PrintResult(job, operation);
         }
         return operation.Warning();
@@ -115,7 +116,7 @@ private:
     bool IsInPlace(const SConversionJob& job) const { return m_command.OutputName(FileNameOf(job.input)).empty(); }
 
     void RefuseOverwriting(const SConversionJob& job, const SCommandInput& read) const {
-        if (IsInPlace(job)) {
+        if (IsInPlace(job) || m_options.dryRun) {
             return;
         }
         std::vector<std::string> outputs = m_command.Companions(job.output);
@@ -151,6 +152,9 @@ private:
 
     void PrintFailure(const std::string& input, const std::string& text) {
         ++m_tally.failed;
+        if (m_options.json) {
+            PrintResults(FailureJson(input, text));
+        }
         PrintError(m_command.Name(), input, text);
     }
 

@@ -8,6 +8,7 @@
 #include "files/native_file.h"
 #include "files/path.h"
 #include "files/refused.h"
+#include "image/conversion.h"
 #include "iml/export/export.h"
 #include "iml/layout/layout_names.h"
 
@@ -77,8 +78,11 @@ public:
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
         RefuseStaleGaps(job);
+        const std::unique_ptr<CImageSource> image =
+            OpenContainer(ResolveFileCase(job.input), job.output, "Code 101e - Error Opening %s", operation);
         SExportRequest request;
         request.imagePath = job.input;
+        request.image = image.get();
         request.layoutPath = job.output;
         request.folderText = FolderText(job.input);
         request.manner = job.manner;
@@ -89,6 +93,9 @@ public:
             request.existsHint = "; -f replaces it";
         }
         ExportImage(request, operation);
+        if (image) {
+            WarnOfOtherParts(*image, job.input, operation);
+        }
     }
 
 private:

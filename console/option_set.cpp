@@ -14,6 +14,11 @@ void COptionSet::AddText(const std::string& names, std::string& value, const std
     m_command.add_option(names, value, summary);
 }
 
+void COptionSet::AddWord(const std::string& names, const std::string& noun, std::string& value,
+                         const std::string& summary) {
+    m_command.add_option(names, value, summary)->type_name(noun);
+}
+
 void COptionSet::AddTexts(const std::string& names, std::vector<std::string>& values, const std::string& summary) {
     m_command.add_option(names, values, summary);
 }

@@ -21,6 +21,8 @@ public:
 
     void AddFlag(const std::string& names, bool& value, const std::string& summary);
     void AddText(const std::string& names, std::string& value, const std::string& summary);
+    /// A text that is no path; the help shows `noun` for it.
+    void AddWord(const std::string& names, const std::string& noun, std::string& value, const std::string& summary);
     void AddTexts(const std::string& names, std::vector<std::string>& values, const std::string& summary);
     /// A whole number from `first` to `last`.
     void AddNumber(const std::string& names, int& value, int first, int last, const std::string& summary);

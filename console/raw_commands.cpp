@@ -3,6 +3,7 @@
 #include "console/conversion_command.h"
 #include "console/option_set.h"
 #include "files/path.h"
+#include "image/conversion.h"
 #include "raw/bin_to_iso.h"
 #include "raw/iso_to_bin.h"
 
@@ -24,7 +25,12 @@ public:
     std::vector<std::string> Companions(const std::string& output) const override { return {CuePathOf(output)}; }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
-        IsoToBin({job.input, job.output, CuePathOf(job.output), job.manner}, operation);
+        const std::unique_ptr<CImageSource> image =
+            OpenContainer(job.input, job.output, "Code 103- Error Opening %s", operation);
+        IsoToBin({job.input, job.output, CuePathOf(job.output), job.manner, image.get()}, operation);
+        if (image) {
+            WarnOfOtherParts(*image, job.input, operation);
+        }
     }
 };
 

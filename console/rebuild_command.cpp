@@ -1,6 +1,8 @@
 // The command that rebuilds an image from its layout.
 #include "console/commands.h"
 #include "console/conversion_command.h"
+#include "console/edit_result.h"
+#include "console/messages.h"
 #include "console/option_set.h"
 #include "files/path.h"
 #include "iml/layout/layout_names.h"
@@ -21,9 +23,14 @@ constexpr const char* kNotes =
     "folder or in that of --files. Backslashes separate folders. Names match exactly or, failing that, in another "
     "case.\n"
     "\n"
-    "--exact puts every file at the sector that the layout records, fills the rest of its last sector with zeros and "
-    "leaves the volume size unchanged. Files that were extracted and not changed give the original image, bit for "
-    "bit. A file that no longer fits its sectors is refused.";
+    "The image is the exported one with the files as they are now. A changed file stays at its sector if it fits there "
+    "or if the sectors behind it are free. Otherwise it moves behind everything else; no other file moves. "
+    "Directories, "
+    "UDF and the sizes of the volumes are corrected. Files cannot be added, renamed or removed; an empty file in the "
+    "place of a file empties it.\n"
+    "\n"
+    "--exact restores the exported image, bit for bit, and refuses changed files. --like-window places the files one "
+    "behind the other, as the window does, and corrects no directory.";
 
 class CRebuildCommand : public CConversionCommand {
 public:
@@ -33,7 +40,18 @@ public:
     void Declare(COptionSet& options) override {
         CConversionCommand::Declare(options);
         options.AddText("--files", m_filesFolder, "Folder in which the layout's relative paths start");
-        options.AddFlag("--exact", m_exact, "Restore the original image from unchanged files");
+        options.AddFlag("--keep-places", m_keepPlaces, "Refuse changes for which a file would have to move");
+        options.AddFlag("--exact", m_exact, "Restore the exported image; refuse any change");
+        options.AddFlag("--like-window", m_likeWindow,
+                        "Rebuild as the window does; status 0 does not mean that readers "
+                        "find changed files");
+        for (const char* const option : {"--exact", "--keep-places"}) {
+            options.Exclude("--like-window", option);
+        }
+        DeclareReport(options);
+        for (const char* const option : {"--dry-run", "--json"}) {
+            options.Exclude("--like-window", option);
+        }
     }
 
     std::string OutputName(const std::string& inputName) const override { return WithExtension(inputName, ".iso"); }
@@ -50,9 +68,14 @@ public:
         request.manner = job.manner;
         request.strict = true;
         request.filesFolder = FilesFolder(job.input);
-        request.exact = m_exact;
+        request.rule = m_exact ? ERebuildRule::Exact : m_likeWindow ? ERebuildRule::LikeWindow : ERebuildRule::Edited;
         request.gapsPath = GapsOf(job.input);
-        RebuildImage(request, operation);
+        request.editRules.keepPlaces = m_keepPlaces;
+        request.dryRun = IsDryRun();
+        const SEditReport report = RebuildImage(request, operation);
+        if (ReportsJson()) {
+            PrintResults(EditJson(job.input, IsDryRun() ? "" : job.output, report));
+        }
     }
 
 private:
@@ -68,6 +91,8 @@ private:
 
     std::string m_filesFolder;
     bool m_exact = false;
+    bool m_likeWindow = false;
+    bool m_keepPlaces = false;
 };
 
 }  // namespace

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "image/inspect/report.h"
+#include "image/report.h"
 
 namespace vantrel {
 

@@ -17,6 +17,14 @@ void CCheckedInput::OpenOrFail(const std::string& path, const char* pattern, con
     }
 }
 
+void CCheckedInput::AttachOrOpen(CByteSource* source, const std::string& path, const char* pattern, ESharing sharing) {
+    if (source != nullptr) {
+        Attach(*source, path);
+    } else {
+        OpenOrFail(path, pattern, sharing);
+    }
+}
+
 std::int64_t CCheckedInput::SizeOrFail() const {
     const std::int64_t size = Size();
     if (size < 0) {

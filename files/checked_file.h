@@ -21,6 +21,10 @@ public:
     void OpenOrFail(const std::string& path, const char* pattern, const std::string& shownPath,
                     ESharing sharing = ESharing::Anyone);
 
+    /// Attaches `source`, the content of the file, or opens the file if it is null.
+    void AttachOrOpen(CByteSource* source, const std::string& path, const char* pattern,
+                      ESharing sharing = ESharing::Anyone);
+
     /// Length in bytes.
     std::int64_t SizeOrFail() const;
 

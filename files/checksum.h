@@ -15,6 +15,8 @@ struct SChecksum {
 
     /// Takes in the next bytes.
     void Add(std::span<const std::uint8_t> bytes);
+    /// Takes in the content that another checksum describes, as if its bytes followed.
+    void Append(const SChecksum& next);
     bool operator==(const SChecksum&) const = default;
 };
 

@@ -19,8 +19,16 @@ bool CInputFile::Open(const std::string& path, ESharing sharing) {
     return m_file.Open(path, EOpenMode::Read, sharing);
 }
 
+void CInputFile::Attach(CByteSource& source, const std::string& path) {
+    Close();
+    m_path = path;
+    m_problem.clear();
+    m_source = &source;
+}
+
 void CInputFile::Close() {
     m_file.Close();
+    m_source = nullptr;
     m_bufferStart = 0;
     m_bufferLength = 0;
     m_position = 0;
@@ -28,6 +36,9 @@ void CInputFile::Close() {
 }
 
 std::int64_t CInputFile::Size() const {
+    if (m_source != nullptr) {
+        return m_source->Size();
+    }
     const std::int64_t size = m_file.Size();
     if (size < 0) {
         NoteFailure();
@@ -41,7 +52,13 @@ void CInputFile::NoteFailure() const {
     }
 }
 
+/// Reads at the current position.
 std::size_t CInputFile::ReadFile(std::span<std::uint8_t> buffer) {
+    if (m_source != nullptr) {
+        const std::size_t read = m_source->ReadAt(m_position, buffer);
+        m_problem = m_source->ReadProblem();
+        return read;
+    }
     bool failed = false;
     const std::size_t count = m_file.Read(buffer, failed);
     if (failed) {
@@ -59,7 +76,7 @@ bool CInputFile::Seek(std::int64_t position) {
 }
 
 bool CInputFile::MoveToPosition() {
-    if (m_filePosition != m_position && !m_file.Seek(m_position)) {
+    if (m_source == nullptr && m_filePosition != m_position && !m_file.Seek(m_position)) {
         NoteFailure();
         return false;
     }
@@ -82,7 +99,7 @@ std::size_t CInputFile::Read(std::span<std::uint8_t> buffer) {
     while (done < buffer.size()) {
         const std::int64_t offset = m_position - m_bufferStart;
         if (offset < 0 || offset >= static_cast<std::int64_t>(m_bufferLength)) {
-            if (buffer.size() - done >= kDirectRead) {
+            if (m_source != nullptr || buffer.size() - done >= kDirectRead) {
                 if (!MoveToPosition()) {
                     break;
                 }
@@ -108,6 +125,10 @@ std::size_t CInputFile::Read(std::span<std::uint8_t> buffer) {
 
 std::size_t CInputFile::ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) {
     return Seek(position) ? Read(buffer) : 0;
+}
+
+std::unique_ptr<CSourcePiece> CInputFile::NewPiece(std::size_t size) {
+    return m_source != nullptr ? m_source->NewPiece(size) : CByteSource::NewPiece(size);
 }
 
 std::size_t CInputFile::CopyTo(CNativeFile& target, std::int64_t position, std::size_t length) {

@@ -15,6 +15,8 @@ class CInputFile : public CByteSource {
 public:
     /// Opens an existing file. On failure, returns false with LastFileError() set.
     bool Open(const std::string& path, ESharing sharing = ESharing::Anyone);
+    /// Reads `source`, the content of the file `path`, as if it were a file. It must outlive this object.
+    void Attach(CByteSource& source, const std::string& path);
     bool IsOpen() const { return m_file.IsOpen(); }
     const std::string& Path() const { return m_path; }
     void Close();
@@ -34,7 +36,10 @@ public:
 
     /// Seek and Read in one call; returns 0 for a negative position.
     std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override;
-    CInputFile* PlainFile() override { return this; }
+    const std::string& ReadProblem() const override { return m_problem; }
+    std::uint32_t PieceUnit() const override { return m_source != nullptr ? m_source->PieceUnit() : 1; }
+    std::unique_ptr<CSourcePiece> NewPiece(std::size_t size) override;
+    CInputFile* PlainFile() override { return m_source != nullptr ? m_source->PlainFile() : this; }
 
     /// Copies from a byte position to the current position of `target`; see CNativeFile::CopyFrom.
     std::size_t CopyTo(CNativeFile& target, std::int64_t position, std::size_t length);
@@ -51,6 +56,7 @@ private:
     void NoteFailure() const;
 
     CNativeFile m_file;
+    CByteSource* m_source = nullptr;  ///< Read instead of the file.
     std::string m_path;
     std::vector<std::uint8_t> m_buffer;
     std::int64_t m_bufferStart = 0;

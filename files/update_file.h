@@ -56,7 +56,7 @@ public:
     /// Whether reading or measuring has failed since Open. The end of the file is not an error.
     bool HasFailedReading() const { return !m_readProblem.empty(); }
     /// The first such error as a text with the path and the cause; empty if there was none.
-    const std::string& ReadProblem() const { return m_readProblem; }
+    const std::string& ReadProblem() const override { return m_readProblem; }
     /// The same for seeking, writing and committing.
     const std::string& Problem() const { return m_writeProblem; }
     const std::string& Path() const { return m_path; }

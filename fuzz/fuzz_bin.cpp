@@ -3,7 +3,7 @@
 #include "files/refused.h"
 #include "fuzz/input_parts.h"
 #include "fuzz/invariants.h"
-#include "image/inspect/container_report.h"
+#include "image/image_source.h"
 #include "image/inspect/verify.h"
 #include "raw/bin_to_iso.h"
 #include "raw/raw_disc.h"
@@ -56,7 +56,7 @@ void Convert(std::span<const std::uint8_t> file) {
 void Report() {
     CSilentOperation operation;
     try {
-        ReportOnContainer(kFile, EForm::Bin);
+        OpenImage(kFile)->Facts();
         VerifyFile(kFile, operation);
     } catch (const CRefused&) {
         // another form

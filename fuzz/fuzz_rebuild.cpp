@@ -1,6 +1,6 @@
 // Rebuilds: the fuzzer supplies the layout, the leading structures, the gap file and the listed files.
 //
-//      8 bits  1: exact, 2: without the gap file, 4: as in the window
+//      8 bits  1: exact, 2: without the gap file, 4: as in the window, 8: with corrected structures
 //     then parts: the layout, the leading structures (as patches), the gap file, and for each file its name and content
 #include "files/refused.h"
 #include "fuzz/input_parts.h"
@@ -39,7 +39,7 @@ void RebuildInWindow() {
     EndingOf([&] { RebuildImage(WindowRebuild(kFolder, "game.iml"), operation); });
 }
 
-void RebuildStrictly(bool exact) {
+void RebuildStrictly(ERebuildRule rule) {
     CSilentOperation operation;
     SRebuildRequest request;
     request.layoutPath = kLayout;
@@ -49,7 +49,7 @@ void RebuildStrictly(bool exact) {
     request.manner = EOutputManner::CommitReplace;
     request.strict = true;
     request.filesFolder = kFolder;
-    request.exact = exact;
+    request.rule = rule;
     const auto before = WholeDisk();
     if (CompletesOrLeavesNothing([&] { RebuildImage(request, operation); })) {
         const Bytes image = ContentOf(request.outputPath);
@@ -105,6 +105,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Report();
     ReadGaps();
-    RebuildStrictly((flags & 1U) != 0);
+    RebuildStrictly((flags & 1U) != 0   ? vantrel::ERebuildRule::Exact
+                    : (flags & 8U) != 0 ? vantrel::ERebuildRule::Edited
+                                        : vantrel::ERebuildRule::LikeWindow);
     return 0;
 }

@@ -68,7 +68,7 @@ void RebuildTheSame(const Bytes& image) {
     request.manner = EOutputManner::CommitNew;
     request.filesFolder = kFolder;
     request.strict = true;
-    request.exact = true;
+    request.rule = ERebuildRule::Exact;
     const std::optional<std::string> ending = EndingOf([&] { RebuildImage(request, operation); });
     Expect(!ending, ("an export can be rebuilt, without \"" + ending.value_or("") + '"').c_str());
     Expect(ContentOf(request.outputPath) == image, "the rebuild restores the image");

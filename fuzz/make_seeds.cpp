@@ -2,9 +2,11 @@
 //
 //   make_seeds FOLDER        writes FOLDER/walker/cd and so on
 #include <filesystem>
+#include <memory>
 
 #include "compress/cso.h"
 #include "compress/dax.h"
+#include "compress/lz4_encoder.h"
 #include "files/byte_order.h"
 #include "files/path.h"
 #include "fuzz/input_parts.h"
@@ -118,6 +120,19 @@ void MakeImageSeeds() {
     }
 }
 
+/// Edits that stay in place, move files, empty and fill them.
+void MakeEditSeeds() {
+    for (const SNamedImage& image : Images()) {
+        const Bytes patches = PatchesOf(test::BuildImage(image.description).bytes);
+        WriteSeed("edit", image.name + "-place", CPartWriter().Byte(1).Byte(0).Number(3).Raw(patches).Bytes());
+        WriteSeed("edit", image.name + "-move",
+                  CPartWriter().Byte(2).Byte(0).Number(2000).Byte(1).Number(700).Raw(patches).Bytes());
+        WriteSeed("edit", image.name + "-empty",
+                  CPartWriter().Byte(3).Byte(2).Number(0).Byte(1).Number(5).Byte(4).Number(900).Raw(patches).Bytes());
+        WriteSeed("edit", image.name + "-keep", CPartWriter().Byte(5).Byte(3).Number(1400).Raw(patches).Bytes());
+    }
+}
+
 /// UDF volumes with every kind of allocation, without ISO 9660.
 void MakeUdfSeeds() {
     using test::EUdfAllocation;
@@ -193,6 +208,8 @@ void MakeRebuildSeeds() {
         MakeRebuildSeed(image, 0);
         MakeRebuildSeed(image, 1);
         MakeRebuildSeed(image, 4);
+        MakeRebuildSeed(image, 8);
+        MakeRebuildSeed(image, 10);
     }
     MakeLayoutSeed("plain-cd", test::ELayoutMedia::Cd);
     MakeLayoutSeed("plain-umd", test::ELayoutMedia::Umd);
@@ -211,7 +228,32 @@ void MakeCompressedSeeds() {
         IsoToCso(DirectConversion(folder / "game.iso", cso, EOutputManner::CommitReplace, 1, level), operation);
         IsoToDax(DirectConversion(folder / "game.iso", dax, EOutputManner::CommitReplace, 1, level), operation);
         WriteSeed("compressed", "cso-" + std::to_string(level), test::ReadWhole(cso));
+        SCompressionRequest toZso =
+            DirectConversion(folder / "game.iso", folder / "game.zso", EOutputManner::CommitReplace, 1, level);
+        toZso.magic = kZsoMagic;
+        toZso.blockSize = level == 1 ? 2048 : 16384;
+        ImageToCso(toZso, operation);
+        WriteSeed("compressed", "zso-" + std::to_string(level), test::ReadWhole(toZso.outputPath));
         WriteSeed("compressed", "dax-" + std::to_string(level), test::ReadWhole(dax));
+    }
+}
+
+void MakeLz4Seeds() {
+    const auto encoder = std::make_unique<CLz4Encoder>();
+    Bytes mixed = test::TextLikeBytes(300, 1);
+    mixed.resize(600);
+    const Bytes noise = test::RandomBytes(100, 2);
+    mixed.insert(mixed.end(), noise.begin(), noise.end());
+    const std::pair<const char*, Bytes> contents[] = {{"empty", {}},
+                                                      {"zeros", Bytes(400)},
+                                                      {"text", test::TextLikeBytes(1000, 2)},
+                                                      {"noise", noise},
+                                                      {"mixed", mixed}};
+    for (const auto& [name, content] : contents) {
+        Bytes block(content.size() + 16);
+        block.resize(encoder->Encode(content, block));
+        WriteSeed("lz4", name, block);
+        WriteSeed("lz4", std::string(name) + "-plain", content);
     }
 }
 
@@ -307,6 +349,7 @@ void MakeWordSeeds() {
         {"extract", "cextract\ngame.iso\nDIR/FILE\n-C\nfolder\n--force"},
         {"export", "ciso2iml\ngame.iso\n--path\n/games/\n--extract=out"},
         {"rebuild", "ciml2iso\n--exact\n--files\n/disc\ngame.iml"},
+        {"replace", "creplace\ngame.iso\nDIR/FILE=new\n-o\nnew.iso\n--keep-places\n--dry-run"},
         {"postgap", "cadd-postgap\n--count\n3\ngame.iso"},
         {"dry", "ccheck-postgap\n--dry-run\ngame.iso"},
         {"converter", "n/disc/in\n/disc/out\n/Mode2\n/POSTGAP"},
@@ -333,9 +376,11 @@ int main(int argc, char* argv[]) {
     }
     g_folder = vantrel::WithSeparator(argv[1]);
     MakeImageSeeds();
+    MakeEditSeeds();
     MakeUdfSeeds();
     MakeRebuildSeeds();
     MakeCompressedSeeds();
+    MakeLz4Seeds();
     MakeBinSeeds();
     MakeFactSeeds();
     MakeSoundSeeds();

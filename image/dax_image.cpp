@@ -1,8 +1,9 @@
 // Reads the image in a DAX file.
 #include "compress/dax_reader.h"
 #include "files/refused.h"
-#include "image/block_image.h"
+#include "image/container_image.h"
 #include "image/forms.h"
+#include "iso/iso9660.h"
 #include "operation/text.h"
 
 namespace vantrel {
@@ -14,12 +15,12 @@ const char* DaxFaultText(EDaxFault fault) {
         case EDaxFault::None:
             break;
         case EDaxFault::Header:
-            return "the header is not one of a DAX file";
+            return "the file is too short for a header";
         case EDaxFault::Unsupported:
         case EDaxFault::Short:
             break;
         case EDaxFault::Tables:
-            return "the tables do not fit the file";
+            return "the tables cannot be read";
         case EDaxFault::Memory:
             return "there is not enough memory for the tables";
         case EDaxFault::Read:
@@ -30,9 +31,9 @@ const char* DaxFaultText(EDaxFault fault) {
     return "";
 }
 
-class CDaxImage : public CBlockImage {
+class CDaxImage : public CContainerImage {
 public:
-    explicit CDaxImage(const std::string& path) {
+    explicit CDaxImage(const std::string& path) : CContainerImage(EStreamForm::Zlib) {
         if (!m_dax.Open(path)) {
             throw CRefused(path + ": " + LastFileError());
         }
@@ -41,24 +42,56 @@ public:
             fault = m_dax.ReadTables();
         }
         if (fault != EDaxFault::None) {
-            throw CRefused(fault == EDaxFault::Unsupported ? m_dax.Unsupported() : path + ": " + DaxFaultText(fault));
+            throw CRefused(!m_dax.Refusal().empty() ? m_dax.Refusal() : path + ": " + DaxFaultText(fault));
         }
-        SetGeometry(m_dax.Header().image_size, kDaxFrameSize);
+        SetGeometry({path, m_dax.Header().image_size, kDaxFrameSize, "frame"});
     }
 
     EForm Form() const override { return EForm::Dax; }
-    const char* BlockNoun() const override { return "frame"; }
+
+    std::optional<CReport> Facts() override {
+        std::uint32_t plain = 0;
+        for (std::uint32_t frame = 0; frame < m_dax.FrameCount(); ++frame) {
+            plain += m_dax.IsPlain(frame) ? 1 : 0;
+        }
+        return CReport{{"image_size", m_dax.Header().image_size},
+                       {"version", m_dax.Header().version},
+                       {"frames", m_dax.FrameCount()},
+                       {"plain_frames", plain},
+                       {"ratio_percent", RatioPercent(m_dax.FileSize(), m_dax.Header().image_size)},
+                       {"oddities", Oddities()}};
+    }
+
+    CStoredBlocks& Stored() override { return m_dax; }
+    SBlockSizes Sizes() const override { return kDaxFrameSizes; }
+    std::string FaultOf(std::uint64_t number, const SBlock& block) const override {
+        const auto frame = static_cast<std::uint32_t>(number);
+        const EDaxFault fault = m_dax.FaultOf(frame, block);
+        return fault == EDaxFault::Short
+                   ? Format("it has %zu bytes instead of %zu", block.content.size(), m_dax.Header().ContentSize(frame))
+                   : DaxFaultText(fault);
+    }
 
 private:
-    bool LoadBlock(std::uint64_t number, std::span<const std::uint8_t>& content, std::string& fault) override {
-        const auto frame = static_cast<std::uint32_t>(number);
-        const EDaxFault found = m_dax.ReadFrame(frame, content);
-        if (found == EDaxFault::Short) {
-            fault = Format("it has %zu bytes instead of %zu", content.size(), m_dax.Header().ContentSize(frame));
-        } else if (found != EDaxFault::None) {
-            fault = DaxFaultText(found);
+    std::vector<std::string> Oddities() const {
+        std::vector<std::string> oddities;
+        bool inOrder = true;
+        std::uint64_t end = DaxHeader::kSize + std::uint64_t{m_dax.FrameCount()} * (kDaxPositionSize + kDaxLengthSize) +
+                            std::uint64_t{m_dax.AreaCount()} * kDaxAreaSize;
+        for (std::uint32_t frame = 0; frame < m_dax.FrameCount(); ++frame) {
+            inOrder = inOrder && m_dax.Position(frame) == end;
+            end = std::uint64_t{m_dax.Position(frame)} + m_dax.Length(frame);
         }
-        return found == EDaxFault::None;
+        if (!inOrder) {
+            oddities.emplace_back("frames do not follow one another without gaps");
+        }
+        if (end != static_cast<std::uint64_t>(m_dax.FileSize())) {
+            oddities.emplace_back("the last frame does not end at the end of the file");
+        }
+        if (m_dax.Header().image_size % kSectorSize != 0) {
+            oddities.emplace_back("the image is not a whole number of sectors");
+        }
+        return oddities;
     }
 
     CDaxReader m_dax{true};

@@ -2,29 +2,16 @@
 
 #include "files/refused.h"
 #include "image/forms.h"
+#include "image/image_chunks.h"
 
 namespace vantrel {
 
+std::unique_ptr<CImageChunks> CImageSource::Chunks() {
+    return ChunksOf(*this);
+}
+
 std::unique_ptr<CImageSource> OpenImage(const std::string& path) {
-    const EForm form = FormOfFile(path);
-    switch (form) {
-        case EForm::Iso:
-            return OpenPlainImage(path);
-        case EForm::Cso:
-            return OpenCsoImage(path);
-        case EForm::Dax:
-            return OpenDaxImage(path);
-        case EForm::Zso:
-            throw CRefused(path + ": the form ZSO is not supported");
-        case EForm::Bin:
-        case EForm::Cue:
-            return OpenRawImage(path, form);
-        case EForm::Iml:
-            throw CRefused(path + ": the form " + NameOf(form) + " does not contain an image");
-        case EForm::Unknown:
-            break;
-    }
-    throw CRefused(path + ": not a known kind of disc image");
+    return OpenImageAs(FormOfFile(path), path);
 }
 
 void RefuseDamaged(const CImageSource& image, const std::string& path) {

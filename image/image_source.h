@@ -5,15 +5,23 @@
 //
 // A damaged block ends a read early. A caller that must not miss damage calls RefuseDamaged when it has read
 // everything.
+//
+// Each form is one class. It answers facts about its container for `info`, the blocks of the image for `verify`, and
+// the bytes of the image for everything else: by position with ReadAt, or in pieces that several threads expand.
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "files/byte_source.h"
 #include "image/form.h"
+#include "image/report.h"
 
 namespace vantrel {
+
+class CImageChunks;
 
 class CImageSource : public CByteSource {
 public:
@@ -26,9 +34,21 @@ public:
     /// Why the latest read that ended before the end of the image did so, said of one block: "its stream is damaged".
     /// Empty as long as every read was complete.
     virtual const std::string& Fault() const = 0;
+
+    /// Header fields, ratio, and what other readers may not accept; nullopt if there is no container. Throws CRefused
+    /// if the file has become unreadable.
+    virtual std::optional<CReport> Facts() { return std::nullopt; }
+    /// What the file lacks of the image that its header promises, in words.
+    virtual std::vector<std::string> MissingParts() const { return {}; }
+    /// What the file has besides the image, in words: other tracks.
+    virtual std::vector<std::string> OtherParts() const { return {}; }
+    /// Further files that the image is read from: those of a sheet.
+    virtual std::vector<std::string> FurtherFiles() const { return {}; }
+    /// The whole image in large chunks, with what is wrong in each.
+    virtual std::unique_ptr<CImageChunks> Chunks();
 };
 
-/// Opens the image in an ISO, CSO, DAX or BIN file, or in the data track of a CUE sheet. Throws CRefused if the file
+/// Opens the image in a file of any form that is read, or in the data track of a CUE sheet. Throws CRefused if the file
 /// cannot be opened, has another form, or has an unusable header or table.
 std::unique_ptr<CImageSource> OpenImage(const std::string& path);
 

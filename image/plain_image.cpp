@@ -22,6 +22,7 @@ public:
     const char* BlockNoun() const override { return "sector"; }
     std::int64_t Size() const override { return m_size; }
     const std::string& Fault() const override { return m_fault; }
+    const std::string& ReadProblem() const override { return m_file.ReadProblem(); }
 
     CInputFile* PlainFile() override { return &m_file; }
 

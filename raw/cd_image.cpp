@@ -26,8 +26,8 @@ std::uint32_t SCdImage::Sectors() const {
     return static_cast<std::uint32_t>(length) / static_cast<std::uint32_t>(kSectorSize);
 }
 
-SCdImage ExamineCdImage(const std::string& path, CCheckedInput& image, COperation& operation) {
-    image.OpenOrFail(path, "Code 103- Error Opening %s");
+SCdImage ExamineCdImage(const std::string& path, CCheckedInput& image, COperation& operation, CByteSource* source) {
+    image.AttachOrOpen(source, path, "Code 103- Error Opening %s");
     const SPrimaryVolumeDescriptor volume = ReadPrimaryVolume(image);
     if (!IsPlayStation2Cd(volume)) {
         operation.Fail(Format("Code 76 PS2 - invalid PS2 CD iso  file header  %s", path.c_str()));

@@ -22,8 +22,10 @@ struct SCdImage {
     bool NeedsPostgap() const { return VolumeSectors() != Sectors(); }
 };
 
-/// Opens the image and examines it. Fails with code 103 if it cannot be opened, and with code 76 if its primary volume
-/// descriptor has no CD-XA mark or its application identifier does not start with "PLA".
-SCdImage ExamineCdImage(const std::string& path, CCheckedInput& image, COperation& operation);
+/// Attaches `source`, the image in a container, or opens the file `path`, and examines the image. Fails with code 103
+/// if it cannot be opened, and with code 76 if its primary volume descriptor has no CD-XA mark or its application
+/// identifier does not start with "PLA".
+SCdImage ExamineCdImage(const std::string& path, CCheckedInput& image, COperation& operation,
+                        CByteSource* source = nullptr);
 
 }  // namespace vantrel

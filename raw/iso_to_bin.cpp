@@ -17,7 +17,6 @@ namespace vantrel {
 namespace {
 
 constexpr std::string_view kCueExtension = ".cue";
-constexpr const char* kDoneText = "Conversion iso2bin Done !";
 
 void WriteSheet(COutputFile& cue, const std::string& binName) {
     CTextOutput sheet(cue);
@@ -43,6 +42,33 @@ void FailUnlessWholeSectors(const std::string& path, std::int64_t length, COpera
     }
 }
 
+/// Writes raw image and sheet, which appear together or not at all.
+void WriteBin(const SIsoToBinRequest& request, CCheckedInput& image, const SExpansion& expansion,
+              COperation& operation) {
+    const std::string binName = FileNameOf(request.binPath);
+    if (!CanStandInCueSheet(binName)) {
+        operation.Fail("A CUE sheet cannot name the file " + request.binPath);
+    }
+    CCheckedOutput bin(operation);
+    CCheckedOutput cue(operation);
+    bin.OpenOrFail(request.binPath, request.manner, "Cannot create %s");
+    cue.OpenOrFail(request.cuePath, request.manner, "Cannot create %s");
+    ExpandSectors(image, expansion, bin, operation, request.workers);
+    WriteSheet(cue, binName);
+    if (request.checkOutput) {
+        bin.FinishOrFail();
+        request.checkOutput(bin);
+    }
+    std::string problem;
+    const std::array<COutputFile*, 2> outputs = {&bin, &cue};
+    if (!CommitTogether(outputs, problem)) {
+        operation.Fail(problem);
+    }
+    operation.SetPane(EPane::File, request.binPath);
+    operation.SetPane(EPane::Status, request.doneText);
+    operation.Complete(request.doneText, [&] { operation.SetPane(EPane::Bytes, BytesText(bin.Size())); });
+}
+
 }  // namespace
 
 std::string CuePathOf(const std::string& binPath) {
@@ -57,30 +83,18 @@ void IsoToBin(const SIsoToBinRequest& request, COperation& operation) {
     operation.Begin(EConversion::IsoToBin);
     operation.SetPane(EPane::Status, "Converting ISO2BIN, please Wait");
     CCheckedInput image(operation);
-    const SCdImage found = ExamineCdImage(request.imagePath, image, operation);
+    const SCdImage found = ExamineCdImage(request.imagePath, image, operation, request.image);
     operation.SetPane(EPane::Bytes, BytesText(found.length));
     FailUnlessWholeSectors(request.imagePath, found.length, operation);
     const bool postgap = NeedsPostgap(request.imagePath, found, operation);
-    const SExpansion expansion = PlanExpansion(image, ESectorMode::Mode2Form1, postgap, operation);
-    const std::string binName = FileNameOf(request.binPath);
-    if (!CanStandInCueSheet(binName)) {
-        operation.Fail("A CUE sheet cannot name the file " + request.binPath);
-    }
+    WriteBin(request, image, PlanExpansion(image, ESectorMode::Mode2Form1, postgap, operation), operation);
+}
 
-    CCheckedOutput bin(operation);
-    CCheckedOutput cue(operation);
-    bin.OpenOrFail(request.binPath, request.manner, "Cannot create %s");
-    cue.OpenOrFail(request.cuePath, request.manner, "Cannot create %s");
-    ExpandSectors(image, expansion, bin, operation);
-    WriteSheet(cue, binName);
-    std::string problem;
-    const std::array<COutputFile*, 2> outputs = {&bin, &cue};
-    if (!CommitTogether(outputs, problem)) {
-        operation.Fail(problem);
-    }
-    operation.SetPane(EPane::File, request.binPath);
-    operation.SetPane(EPane::Status, kDoneText);
-    operation.Complete(kDoneText, [&] { operation.SetPane(EPane::Bytes, BytesText(bin.Size())); });
+void ImageToBin(const SIsoToBinRequest& request, COperation& operation) {
+    CCheckedInput image(operation);
+    image.AttachOrOpen(request.image, request.imagePath, "Cannot open %s");
+    FailUnlessWholeSectors(request.imagePath, image.SizeOrFail(), operation);
+    WriteBin(request, image, PlanExpansion(image, ESectorMode::Mode2Form1, false, operation), operation);
 }
 
 }  // namespace vantrel

@@ -21,9 +21,10 @@ struct SExpansion {
 /// and the postgap are more than the addresses of a disc can count.
 SExpansion PlanExpansion(const CCheckedInput& image, ESectorMode mode, bool postgap, COperation& operation);
 
-/// Writes the raw sectors of the image and the postgap to the output. One unit of progress is a raw sector. A second
-/// thread reads and encodes ahead of the writing. Fails if the image cannot be read in full or the output not be
-/// written.
-void ExpandSectors(CCheckedInput& image, const SExpansion& expansion, CCheckedOutput& output, COperation& operation);
+/// Writes the raw sectors of the image and the postgap to the output. One unit of progress is a raw sector. Other
+/// threads read and encode ahead of the writing; one is enough unless the image is compressed. Fails if the image
+/// cannot be read in full or the output not be written.
+void ExpandSectors(CCheckedInput& image, const SExpansion& expansion, CCheckedOutput& output, COperation& operation,
+                   std::uint32_t workers = 1);
 
 }  // namespace vantrel

@@ -10,7 +10,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/setup.sh
 
-all_targets=$(sed -n 's/^vantrel_fuzz_target(\([a-z]*\).*/\1/p' fuzz/CMakeLists.txt)
+all_targets=$(sed -n 's/^vantrel_fuzz_target(\([a-z0-9]*\).*/\1/p' fuzz/CMakeLists.txt)
 grown=build/fuzz/corpus
 artifacts=build/fuzz/artifacts
 # The memory limit is low, because no size that a file claims may be allocated unchecked.
@@ -30,6 +30,7 @@ longest_of() {
     case $1 in
     bin) echo 60000 ;;
     words) echo 600 ;;
+    lz4) echo 1500 ;;
     facts | wav) echo 4096 ;;
     *) echo 12000 ;;
     esac

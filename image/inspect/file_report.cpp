@@ -5,7 +5,6 @@
 #include "files/native_file.h"
 #include "files/refused.h"
 #include "image/image_source.h"
-#include "image/inspect/container_report.h"
 #include "image/inspect/image_report.h"
 #include "image/inspect/layout_report.h"
 #include "operation/text.h"
@@ -35,7 +34,7 @@ CReport ReportOnFile(const std::string& path, const std::string& filesFolder) {
         return report;
     }
     const std::unique_ptr<CImageSource> image = OpenImage(path);
-    if (std::optional<CReport> container = ReportOnContainer(path, form)) {
+    if (std::optional<CReport> container = image->Facts()) {
         report.Add("container", *std::move(container));
     }
     report.Add("image", ReportOnImage(*image));

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "image/image_source.h"
-#include "image/inspect/report.h"
+#include "image/report.h"
 #include "iso/contents.h"
 
 namespace vantrel {

@@ -57,7 +57,7 @@ SFileSums CFileSums::Read(const std::string& path) {
     const std::int64_t before = m_doneBytes;
     try {
         const std::unique_ptr<CImageSource> file = OpenPlainImage(path);
-        SReading reading = ReadWhole(*ChunksOf(path, *file), file->BlockNoun(), [&](std::int64_t bytes) {
+        SReading reading = ReadWhole(*file->Chunks(), file->BlockNoun(), [&](std::int64_t bytes) {
             m_doneBytes = before + bytes;
             if (m_isStopped) {
                 throw CStopped();

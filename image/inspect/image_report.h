@@ -2,7 +2,7 @@
 #pragma once
 
 #include "files/byte_source.h"
-#include "image/inspect/report.h"
+#include "image/report.h"
 
 namespace vantrel {
 

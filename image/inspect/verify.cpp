@@ -6,21 +6,19 @@
 #include <vector>
 
 #include "files/refused.h"
+#include "image/image_chunks.h"
+#include "image/image_compare.h"
 #include "image/image_source.h"
-#include "image/inspect/container_report.h"
 #include "image/inspect/file_sums.h"
 #include "image/inspect/layout_report.h"
-#include "image/inspect/raw_report.h"
 #include "image/inspect/structure_check.h"
 #include "image/inspect/whole_reading.h"
+#include "image/raw_report.h"
 #include "operation/text.h"
 
 namespace vantrel {
 
 namespace {
-
-/// Bytes that are compared at a time; a multiple of every common block size.
-constexpr std::size_t kComparedSize = 1U << 20U;
 
 CReport ReportOn(const SSums& sums) {
     return {{"bytes", sums.bytes}, {"crc32", sums.crc32}, {"md5", sums.md5}, {"sha1", sums.sha1}};
@@ -97,9 +95,11 @@ CReport VerifyImage(const std::string& path, const CDatFile* dat, COperation& op
         operation.Yield();
         operation.SetDone(bytes + sums.DoneBytes());
     };
-    SReading reading = ReadWhole(*ChunksOf(path, *image), image->BlockNoun(), showProgress);
+    SReading reading = ReadWhole(*image->Chunks(), image->BlockNoun(), showProgress);
     Append(reading.problems, ProblemsOfOtherTracks(disc, [&] { showProgress(image->Size()); }));
-    Append(reading.problems, ContainerProblems(path, image->Form()));
+    if (disc.tracks.empty()) {  // The chunks of a raw image report what it lacks.
+        Append(reading.problems, image->MissingParts());
+    }
     if (reading.sums) {  // the structures of an image with holes would contradict each other
         Append(reading.problems, StructureProblems(*image));
     }
@@ -134,26 +134,6 @@ CReport VerifyImage(const std::string& path, const CDatFile* dat, COperation& op
         report.Add("dat", *std::move(found));
     }
     return report;
-}
-
-/// The position of the first byte that differs; the length of the shorter image if that is how the other begins.
-std::int64_t FirstDifference(CImageSource& image, CImageSource& other, COperation& operation) {
-    operation.SetTotal(image.Size());
-    std::vector<std::uint8_t> bytes(kComparedSize);
-    std::vector<std::uint8_t> otherBytes(kComparedSize);
-    std::int64_t position = 0;
-    while (true) {
-        operation.Yield();
-        const std::size_t count = image.ReadAt(position, bytes);
-        const std::size_t otherCount = other.ReadAt(position, otherBytes);
-        const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(count, otherCount));
-        const auto differing = std::mismatch(bytes.begin(), end, otherBytes.begin()).first;
-        position += differing - bytes.begin();
-        if (differing != end || count != otherCount || count == 0) {
-            return position;
-        }
-        operation.SetDone(position);
-    }
 }
 
 }  // namespace

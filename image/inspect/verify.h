@@ -4,7 +4,7 @@
 #include <string>
 
 #include "image/inspect/dat_file.h"
-#include "image/inspect/report.h"
+#include "image/report.h"
 #include "operation/operation.h"
 
 namespace vantrel {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "image/image_chunks.h"
 #include "image/inspect/dat_file.h"
-#include "image/inspect/image_chunks.h"
 
 namespace vantrel {
 

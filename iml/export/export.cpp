@@ -16,6 +16,8 @@ namespace vantrel {
 
 namespace {
 
+constexpr std::size_t kBufferSize = 1U << 20U;
+
 /// Whether no rebuild could place the trailing sector of a DVD at the end of the volume.
 bool EndsBeyondDiscs(const SWalkedImage& walked) {
     return KindByApplication(walked.mediaId, walked.mediaSub) == ImageKind::Dvd && walked.volumeSectors > kSectorLimit;
@@ -26,7 +28,7 @@ class CExport {
 public:
     CExport(const SExportRequest& request, const SWalkedImage& walked, COperation& operation)
         : m_request(request), m_walked(walked), m_operation(operation), m_image(operation) {
-        m_image.OpenOrFail(ResolveFileCase(request.imagePath), "Cannot open %s", request.imagePath);
+        m_image.AttachOrOpen(request.image, ResolveFileCase(request.imagePath), "Cannot open %s");
         m_imageLength = m_image.SizeOrFail();
     }
 
@@ -51,19 +53,7 @@ public:
         }
     }
 
-    void WriteLayout(
-        std::function<void(const SChecksum&)> beforeCommit = [](const SChecksum&) {},
-        CommitOutputs commit = CommitTogether) {
-        SLayoutRequest layout;
-        layout.beforeCommit = std::move(beforeCommit);
-        layout.commit = std::move(commit);
-        layout.layoutPath = m_request.layoutPath;
-        layout.folderText = m_request.folderText;
-        layout.leadingSource = ResolveFileCase(m_request.imagePath);
-        layout.manner = m_request.manner;
-        layout.clock = m_request.clock;
-        WriteImlLayout(layout, m_walked, m_operation);
-    }
+    void WriteLayout() { WriteLayout(LayoutRequest()); }
 
     void WriteLayoutAndFiles() {
         const SExtractionRequest request = ExtractionRequest();
@@ -71,17 +61,34 @@ public:
         extraction.Check();
         CheckSectors();
         extraction.Write();
-        const auto commitAll = [&extraction](std::span<COutputFile* const> outputs, std::string& /*problem*/) {
+        SLayoutRequest layout = LayoutRequest();
+        layout.beforeCommit = [&](const SChecksum& text, const SChecksum& leading) {
+            WriteGaps(text, leading, extraction);
+        };
+        layout.commit = [&extraction](std::span<COutputFile* const> outputs, std::string& /*problem*/) {
             for (COutputFile* output : outputs) {
                 extraction.Add(*output);
             }
             extraction.Commit();
             return true;
         };
-        WriteLayout([&](const SChecksum& layout) { WriteGaps(layout, extraction); }, commitAll);
+        WriteLayout(layout);
     }
 
 private:
+    SLayoutRequest LayoutRequest() const {
+        SLayoutRequest layout;
+        layout.layoutPath = m_request.layoutPath;
+        layout.folderText = m_request.folderText;
+        layout.leadingSource = ResolveFileCase(m_request.imagePath);
+        layout.leadingImage = m_request.image;
+        layout.manner = m_request.manner;
+        layout.clock = m_request.clock;
+        return layout;
+    }
+
+    void WriteLayout(const SLayoutRequest& layout) { WriteImlLayout(layout, m_walked, m_operation); }
+
     /// Whether the image does not hold all of a file, as with audio tracks of a CD or a truncated image. An empty file
     /// counts if its sector exists on no disc, because no layout with it can be rebuilt.
     bool IsBeyond(const SWalkedFile& file) const {
@@ -125,8 +132,9 @@ private:
         }
     }
 
-    /// Stores the areas outside of the leading structures and the files, so that an exact rebuild can restore them.
-    void WriteGaps(const SChecksum& layout, CExtraction& extraction) {
+    /// Stores the areas outside of the leading structures and the files, and the checksums, so that a rebuild can
+    /// restore the image and recognise changed files.
+    void WriteGaps(const SChecksum& layout, const SChecksum& leading, CExtraction& extraction) {
         std::vector<SImageArea> covered = {{0, m_walked.headerSectors * kSectorSize}};
         for (const SWalkedFile& file : m_walked.files) {
             covered.push_back({file.start * kSectorSize, file.size});
@@ -137,8 +145,10 @@ private:
         if (!output.Open(path, m_request.manner)) {
             m_operation.Fail(CreationProblem(path));
         }
-        const SGapOrigin origin = {ChecksumOf(m_image, [this] { m_operation.Yield(); }), layout};
-        const bool complete = WriteGapFile(m_image, origin, areas, output) && origin.image.length == m_imageLength;
+        std::vector<SExportedFile> files;
+        const SGapOrigin origin = {SumImage(files), layout, leading};
+        const bool complete =
+            WriteGapFile(m_image, origin, areas, std::move(files), output) && origin.image.length == m_imageLength;
         m_image.FailIfUnread();
         if (!complete) {
             m_operation.Fail(Format("Cannot read all of %s", m_request.imagePath.c_str()));
@@ -146,11 +156,49 @@ private:
         extraction.Add(output);
     }
 
+    /// Checksums of the image and of its listed files. Reads the image once; of files that overlap, the later ones are
+    /// read again.
+    SChecksum SumImage(std::vector<SExportedFile>& files) {
+        SChecksum image;
+        for (const SWalkedFile& file : m_walked.files) {
+            const std::int64_t start = file.start * kSectorSize;
+            const bool isSame =
+                !files.empty() && files.back().sector == file.start && files.back().sum.length == file.size;
+            if (file.size == 0 || !file.IsListed() || isSame) {
+                continue;
+            }
+            const bool isNext = start >= image.length;
+            if (isNext) {
+                image.Append(SumArea(image.length, start));
+            }
+            files.push_back({file.start, SumArea(start, start + file.size)});
+            if (isNext) {
+                image.Append(files.back().sum);
+            }
+        }
+        image.Append(SumArea(image.length, m_imageLength));
+        return image;
+    }
+
+    SChecksum SumArea(std::int64_t position, std::int64_t end) {
+        SChecksum sum;
+        while (position < end) {
+            const auto piece = std::span(m_buffer).first(
+                static_cast<std::size_t>(std::min<std::int64_t>(end - position, std::ssize(m_buffer))));
+            const std::size_t count = m_image.ReadAt(position, piece);
+            sum.Add(piece.first(count));
+            position = count < piece.size() ? end : position + static_cast<std::int64_t>(count);
+            m_operation.Yield();
+        }
+        return sum;
+    }
+
     const SExportRequest& m_request;
     const SWalkedImage& m_walked;
     COperation& m_operation;
     CCheckedInput m_image;
     std::int64_t m_imageLength = 0;
+    std::vector<std::uint8_t> m_buffer = std::vector<std::uint8_t>(kBufferSize);
 };
 
 }  // namespace
@@ -178,7 +226,7 @@ bool IsoToIml(const std::string& folder, const std::string& fileName, const Choo
 }
 
 void ExportImage(const SExportRequest& request, COperation& operation) {
-    const SWalkedImage walked = WalkIsoImage({request.imagePath, std::nullopt, true}, operation);
+    const SWalkedImage walked = WalkIsoImage({request.imagePath, std::nullopt, true, request.image}, operation);
     CExport conversion(request, walked, operation);
     conversion.NotifyLimits();
     if (request.extractionFolder) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "files/byte_source.h"
 #include "files/output_file.h"
 #include "iml/export/local_time.h"
 #include "operation/operation.h"
@@ -33,6 +34,7 @@ bool IsoToIml(const std::string& folder, const std::string& fileName, const Choo
 /// The console program's export.
 struct SExportRequest {
     std::string imagePath;
+    CByteSource* image = nullptr;  ///< The image in that file if the file is a container; null: the file is the image.
     std::string layoutPath;
     std::string folderText;
     EOutputManner manner = EOutputManner::CommitNew;

@@ -85,6 +85,7 @@ private:
     void WriteLeadingStructures();
     void CopyHeader();
     void WriteTrailingSector();
+    void WriteLeading(std::span<const std::uint8_t> bytes);
     void WriteLayout();
     std::int32_t CountEntries() const;
     void WriteHead(CTextOutput& text, std::int32_t entries);
@@ -103,6 +104,7 @@ private:
     std::string m_leadingPath;
     CCheckedOutput m_leading;
     CCheckedOutput m_layout;
+    SChecksum m_leadingSum;
 };
 
 void CLayoutWriter::Write() {
@@ -137,12 +139,12 @@ void CLayoutWriter::WriteLeadingStructures() {
 
 void CLayoutWriter::CopyHeader() {
     CCheckedInput source(m_operation);
-    source.OpenOrFail(m_request.leadingSource, "Code 4101a - Error Opening %s");
+    source.AttachOrOpen(m_request.leadingImage, m_request.leadingSource, "Code 4101a - Error Opening %s");
     const std::int64_t sectors = std::min<std::int64_t>(m_image.headerSectors, SectorsFor(source.SizeOrFail()));
     for (std::int64_t sector = 0; sector < sectors; ++sector) {
         std::array<std::uint8_t, kSectorSize> bytes = {};
         source.Read(bytes);
-        m_leading.Write(bytes);
+        WriteLeading(bytes);
         m_operation.Yield();
     }
     source.FailIfUnread();
@@ -154,7 +156,12 @@ void CLayoutWriter::WriteTrailingSector() {
     std::copy(m_image.anchorTag.begin(), m_image.anchorTag.end(), bytes.begin());
     const auto number = Le32(LastVolumeSector());
     std::copy(number.begin(), number.end(), bytes.begin() + kTagHeadSize);
+    WriteLeading(bytes);
+}
+
+void CLayoutWriter::WriteLeading(std::span<const std::uint8_t> bytes) {
     m_leading.Write(bytes);
+    m_leadingSum.Add(bytes);
 }
 
 std::int32_t CLayoutWriter::CountEntries() const {
@@ -172,7 +179,7 @@ void CLayoutWriter::WriteLayout() {
     text.Write("[/LOC]\n\n");
     text.Flush();
     m_layout.FinishOrFail();
-    m_request.beforeCommit(text.Sum());
+    m_request.beforeCommit(text.Sum(), m_leadingSum);
 }
 
 void CLayoutWriter::WriteHead(CTextOutput& text, std::int32_t entries) {

@@ -24,12 +24,14 @@ struct SLayoutRequest {
     std::string folderText;
     /// The file that begins with the leading structures: the window's copy of them, or the image.
     std::string leadingSource;
+    CByteSource* leadingImage = nullptr;  ///< The image in that file if the file is a container.
     /// The side files of the window, of which the copies of header and path table are deleted at the end.
     std::optional<SWalkFilePaths> sideFiles = std::nullopt;
     EOutputManner manner = EOutputManner::InPlace;
     std::function<SLayoutTime()> clock = LayoutTimeNow;
-    /// Called with the checksum of the finished layout, before it gets its name.
-    std::function<void(const SChecksum& layout)> beforeCommit = [](const SChecksum&) {};
+    /// Called with the checksums of the finished layout and its leading structures, before they get their names.
+    std::function<void(const SChecksum& layout, const SChecksum& leading)> beforeCommit = [](const SChecksum&,
+                                                                                             const SChecksum&) {};
     /// Gives both files their names.
     CommitOutputs commit = CommitTogether;
 };

@@ -85,7 +85,11 @@ SWalkedImage CWalk::Run() {
 }
 
 void CWalk::OpenImage() {
-    m_image.OpenOrFail(ResolveFileCase(m_request.imagePath), "Code 101e - Error Opening %s", m_request.imagePath);
+    if (m_request.image != nullptr) {
+        m_image.Attach(*m_request.image, m_request.imagePath);
+    } else {
+        m_image.OpenOrFail(ResolveFileCase(m_request.imagePath), "Code 101e - Error Opening %s", m_request.imagePath);
+    }
     m_operation.SetPane(EPane::File, m_request.imagePath);
     m_mark = ReadImageMark(m_image);
     if (m_mark == EImageMark::None) {

@@ -21,6 +21,7 @@ struct SWalkRequest {
     /// Follow the directory tree; an image that ends before its directories do is a failure. Otherwise follow the path
     /// table; missing bytes count as zeros.
     bool strict = false;
+    CByteSource* image = nullptr;  ///< The image in the file if the file is a container; null: the file is the image.
 };
 
 /// What a walk finds.

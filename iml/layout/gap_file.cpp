@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 #include "files/byte_order.h"
 #include "iso/iso9660.h"
@@ -11,16 +12,19 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::string_view kMagic = "IMLGAPS2";
-/// The first version, which had no checksums.
-constexpr std::string_view kOldMagic = "IMLGAPS1";
+constexpr std::string_view kMagic = "IMLGAPS3";
+/// The start of earlier versions; the last character is the number.
+constexpr std::string_view kAnyMagic = "IMLGAPS";
 constexpr std::size_t kLengthOffset = 8;
 constexpr std::size_t kCountOffset = 16;
 constexpr std::size_t kCrcOffset = 20;
 constexpr std::size_t kLayoutLengthOffset = 24;
 constexpr std::size_t kLayoutCrcOffset = 32;
-constexpr std::size_t kHeaderSize = 40;
-constexpr std::size_t kIndexEntrySize = 16;
+constexpr std::size_t kFileCountOffset = 36;
+constexpr std::size_t kLeadingLengthOffset = 40;
+constexpr std::size_t kLeadingCrcOffset = 48;
+constexpr std::size_t kHeaderSize = 56;
+constexpr std::size_t kIndexEntrySize = 16;  ///< of an area and of a file
 
 /// Bytes copied at a time.
 constexpr std::int64_t kPieceSize = 1 << 20;
@@ -42,6 +46,23 @@ void Store64(std::span<std::uint8_t> bytes, std::int64_t value) {
 
 std::int64_t Load64(std::span<const std::uint8_t, 8> bytes) {
     return static_cast<std::int64_t>(LoadLe64(bytes));
+}
+
+auto KeyOf(const SExportedFile& file) {
+    return std::pair(file.sector, file.sum.length);
+}
+
+bool IsBefore(const SExportedFile& a, const SExportedFile& b) {
+    return KeyOf(a) < KeyOf(b);
+}
+
+/// With content, in order, each once.
+void Normalize(std::vector<SExportedFile>& files) {
+    std::erase_if(files, [](const SExportedFile& file) { return file.sum.length == 0; });
+    std::sort(files.begin(), files.end(), IsBefore);
+    files.erase(std::unique(files.begin(), files.end(),
+                            [](const SExportedFile& a, const SExportedFile& b) { return KeyOf(a) == KeyOf(b); }),
+                files.end());
 }
 
 bool CopyArea(CByteSource& image, const SImageArea& area, COutputFile& output) {
@@ -97,7 +118,8 @@ std::vector<SImageArea> AreasWithData(CByteSource& image, std::span<const SImage
 }
 
 bool WriteGapFile(CByteSource& image, const SGapOrigin& origin, std::span<const SImageArea> areas,
-                  COutputFile& output) {
+                  std::vector<SExportedFile> files, COutputFile& output) {
+    Normalize(files);
     Header header = {};
     std::copy(kMagic.begin(), kMagic.end(), header.begin());
     const std::span fields(header);
@@ -106,11 +128,21 @@ bool WriteGapFile(CByteSource& image, const SGapOrigin& origin, std::span<const 
     Store32(fields.subspan(kCrcOffset), origin.image.crc32);
     Store64(fields.subspan(kLayoutLengthOffset), origin.layout.length);
     Store32(fields.subspan(kLayoutCrcOffset), origin.layout.crc32);
+    Store32(fields.subspan(kFileCountOffset), static_cast<std::uint32_t>(files.size()));
+    Store64(fields.subspan(kLeadingLengthOffset), origin.leading.length);
+    Store32(fields.subspan(kLeadingCrcOffset), origin.leading.crc32);
     output.Write(header);
     for (const SImageArea& area : areas) {
         IndexEntry entry = {};
         Store64(entry, area.position);
         Store64(std::span(entry).subspan(8), area.length);
+        output.Write(entry);
+    }
+    for (const SExportedFile& file : files) {
+        IndexEntry entry = {};
+        Store32(entry, file.sector);
+        Store32(std::span(entry).subspan(4), file.sum.crc32);
+        Store64(std::span(entry).subspan(8), file.sum.length);
         output.Write(entry);
     }
     return std::all_of(areas.begin(), areas.end(),
@@ -125,6 +157,7 @@ bool CGapFileReader::Refuse(const std::string& path, const char* reason) {
 
 bool CGapFileReader::Open(const std::string& path) {
     m_areas.clear();
+    m_files.clear();
     m_dataPositions.clear();
     m_problem.clear();
     if (!m_file.Open(path)) {
@@ -133,8 +166,11 @@ bool CGapFileReader::Open(const std::string& path) {
     }
     Header header = {};
     const std::size_t count = m_file.Read(header);
-    if (std::equal(kOldMagic.begin(), kOldMagic.end(), header.begin())) {
-        return Refuse(path, "a gap file of an earlier version, without checksums; export the image again");
+    if (!std::equal(kAnyMagic.begin(), kAnyMagic.end(), header.begin())) {
+        return Refuse(path, "not a gap file");
+    }
+    if (header[kAnyMagic.size()] < kMagic.back()) {
+        return Refuse(path, "a gap file of an earlier version, without all checksums; export the image again");
     }
     if (count != header.size() || !std::equal(kMagic.begin(), kMagic.end(), header.begin())) {
         return Refuse(path, "not a gap file");
@@ -143,20 +179,24 @@ bool CGapFileReader::Open(const std::string& path) {
     m_origin.image = {Load64(fields.subspan<kLengthOffset, 8>()), LoadLe32(fields.subspan<kCrcOffset, 4>())};
     m_origin.layout = {Load64(fields.subspan<kLayoutLengthOffset, 8>()),
                        LoadLe32(fields.subspan<kLayoutCrcOffset, 4>())};
-    if (m_origin.image.length < 0 || !ReadIndex(LoadLe32(fields.subspan<kCountOffset, 4>()))) {
+    m_origin.leading = {Load64(fields.subspan<kLeadingLengthOffset, 8>()),
+                        LoadLe32(fields.subspan<kLeadingCrcOffset, 4>())};
+    if (m_origin.image.length < 0 ||
+        !ReadIndex(LoadLe32(fields.subspan<kCountOffset, 4>()), LoadLe32(fields.subspan<kFileCountOffset, 4>()))) {
         return Refuse(path, "damaged gap file");
     }
     return true;
 }
 
-bool CGapFileReader::ReadIndex(std::uint32_t count) {
+bool CGapFileReader::ReadIndex(std::uint32_t areas, std::uint32_t files) {
     const std::int64_t size = m_file.Size();
-    std::int64_t dataPosition = static_cast<std::int64_t>(kHeaderSize + kIndexEntrySize * std::uint64_t{count});
+    const std::uint64_t entries = std::uint64_t{areas} + files;
+    auto dataPosition = static_cast<std::int64_t>(kHeaderSize + kIndexEntrySize * entries);
     if (dataPosition > size) {
         return false;
     }
     std::int64_t lastEnd = 0;
-    for (std::uint32_t i = 0; i < count; ++i) {
+    for (std::uint32_t i = 0; i < areas; ++i) {
         IndexEntry entry = {};
         if (m_file.Read(entry) != entry.size()) {
             return false;
@@ -172,7 +212,30 @@ bool CGapFileReader::ReadIndex(std::uint32_t count) {
         lastEnd = position + length;
         dataPosition += length;
     }
-    return dataPosition == size;
+    return dataPosition == size && ReadFiles(files);
+}
+
+bool CGapFileReader::ReadFiles(std::uint32_t count) {
+    for (std::uint32_t i = 0; i < count; ++i) {
+        IndexEntry entry = {};
+        if (m_file.Read(entry) != entry.size()) {
+            return false;
+        }
+        const std::span fields(entry);
+        const SExportedFile file = {LoadLe32(fields.first<4>()),
+                                    {Load64(fields.last<8>()), LoadLe32(fields.subspan<4, 4>())}};
+        if (file.sum.length <= 0 || (!m_files.empty() && !IsBefore(m_files.back(), file))) {
+            return false;
+        }
+        m_files.push_back(file);
+    }
+    return true;
+}
+
+const SExportedFile* CGapFileReader::FindFile(std::uint32_t sector, std::int64_t length) const {
+    const SExportedFile wanted = {sector, {length, 0}};
+    const auto found = std::lower_bound(m_files.begin(), m_files.end(), wanted, IsBefore);
+    return found != m_files.end() && !IsBefore(wanted, *found) ? &*found : nullptr;
 }
 
 std::size_t CGapFileReader::ReadAt(std::size_t index, std::int64_t offset, std::span<std::uint8_t> buffer) {

@@ -23,9 +23,6 @@ CRecordedFiles::CRecordedFiles(CByteSource& leading)
     : m_contents(ReadTree(leading, ReadPrimaryVolume(leading).rootRecord.extentLocation.Value(), kSeparator, [] {})) {
     for (const SContentFile& file : m_contents.files) {
         m_byPath.emplace(LineName(file.path), &file);
-        if (file.Size() > 0) {
-            m_bySector.emplace(file.Sector(), &file);
-        }
     }
 }
 
@@ -45,12 +42,6 @@ const SContentFile* CRecordedFiles::Find(const std::string& path, std::uint32_t 
         }
         rest.erase(0, separator + 1);
     }
-}
-
-const SContentFile* CRecordedFiles::SharesSectorsWith(const SContentFile& file) const {
-    const auto [begin, end] = m_bySector.equal_range(file.Sector());
-    const auto found = std::find_if(begin, end, [&file](const auto& other) { return other.second != &file; });
-    return found == end ? nullptr : found->second;
 }
 
 }  // namespace vantrel

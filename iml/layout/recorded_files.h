@@ -26,13 +26,12 @@ public:
     /// start with a folder that the layout puts before every path.
     const SContentFile* Find(const std::string& path, std::uint32_t first, std::uint32_t last) const;
 
-    /// A file with content at the same first sector, other than `file`; null if there is none.
-    const SContentFile* SharesSectorsWith(const SContentFile& file) const;
+    /// All files of the directories, in the order of their first sectors.
+    const std::vector<SContentFile>& All() const { return m_contents.files; }
 
 private:
     SContents m_contents;
     std::multimap<std::string, const SContentFile*> m_byPath;
-    std::multimap<std::uint32_t, const SContentFile*> m_bySector;  ///< files with content
 };
 
 }  // namespace vantrel

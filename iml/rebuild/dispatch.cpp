@@ -3,6 +3,7 @@
 #include "files/path.h"
 #include "iml/layout/layout_check.h"
 #include "iml/layout/layout_reader.h"
+#include "iml/rebuild/disc_rebuild.h"
 #include "iml/rebuild/rebuild.h"
 
 namespace vantrel {
@@ -48,16 +49,21 @@ SRebuildRequest WindowRebuild(const std::string& folder, const std::string& file
     return request;
 }
 
-void RebuildImage(const SRebuildRequest& request, COperation& operation) {
+SEditReport RebuildImage(const SRebuildRequest& request, COperation& operation) {
     operation.Begin(EConversion::ImlToIso);
     const char letter = ReadMediaLetter(request, operation);
-    if (IsCdLetter(letter)) {
-        RebuildCdImage(request, operation);
-    } else if (IsDvdLetter(letter)) {
-        RebuildDvdImage(request, operation);
-    } else {
+    if (!IsCdLetter(letter) && !IsDvdLetter(letter)) {
         operation.Fail("Error!!!!!!!! This is not UMD or CD or DVD verson of iml file");
     }
+    if (request.rule != ERebuildRule::LikeWindow) {
+        return RebuildDisc(request, IsDvdLetter(letter) ? kDvdShape : kCdShape, operation);
+    }
+    if (IsCdLetter(letter)) {
+        RebuildCdImage(request, operation);
+    } else {
+        RebuildDvdImage(request, operation);
+    }
+    return {};
 }
 
 }  // namespace vantrel

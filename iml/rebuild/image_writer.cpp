@@ -18,26 +18,24 @@ CImageWriter::CImageWriter(const SRebuildRequest& request, CPlacements& placemen
     : m_request(request),
       m_placements(placements),
       m_operation(operation),
-      m_resolver(request.filesFolder),
       m_output(operation),
       m_leading(operation),
+      m_listedFiles(request, operation),
       m_listed(operation),
-      m_replaces(FileKindOf(request.outputPath) != EFileKind::Missing),
-      m_replacedLength(FileSizeOf(request.outputPath)),
       m_buffer(request.strict ? kLargeBuffer : kSectorSize) {}
 
-void CImageWriter::Begin(std::int64_t heldBack, std::int32_t leadingLast, std::int64_t mostBytes) {
+void CImageWriter::Begin(std::int64_t heldBack, std::int32_t leadingLast) {
     // First the input, so that an older image stays if it is missing.
     m_leading.OpenOrFail(m_request.leadingPath, "Code 204!!! file not found==> %s");
     m_output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 203!!! file not found ==> %s");
     const std::int64_t length = m_leading.SizeOrFail() - heldBack;
-    if (m_request.strict && m_replaces && IsSameFile(m_request.leadingPath, m_request.outputPath)) {
+    if (m_request.strict && ReplacesLeading(m_request)) {
         m_operation.Fail(Format("The image would replace %s", m_request.leadingPath.c_str()));
     }
     if (m_request.strict && (length < 0 || length / kSectorSize <= leadingLast)) {
         m_operation.Fail(Format("The file %s is shorter than the layout says", m_request.leadingPath.c_str()));
     }
-    Copy(m_leading, m_request.leadingPath, std::min(length, mostBytes), [this](std::int64_t blocks) {
+    Copy(m_leading, m_request.leadingPath, length, [this](std::int64_t blocks) {
         m_leadingBlocks += blocks;
         m_operation.Yield();
     });
@@ -85,25 +83,8 @@ void CImageWriter::StartProgress(std::int64_t blocks) {
 }
 
 std::int64_t CImageWriter::OpenListed(const std::string& path) {
-    const std::string found = m_resolver.Resolve(path);
-    // Reading a pipe or a device might never end.
-    const EFileKind kind = FileKindOf(found);
-    if (kind != EFileKind::File || !m_listed.Open(found)) {
-        const std::string cause = kind == EFileKind::Missing ? found + ": no such file"
-                                  : kind == EFileKind::Other ? found + ": not a regular file"
-                                                             : OpeningProblem(found);
-        m_operation.Fail(Format("Code 3041 - Error!!! Opening [%s]", path.c_str()), cause);
-    }
-    const std::int64_t length = m_listed.SizeOrFail();
-    const bool mayBeReplaced = m_replaces && (m_replacedLength < 0 || m_replacedLength == length);
-    if (m_request.strict && mayBeReplaced && IsSameFile(found, m_request.outputPath)) {
-        m_operation.Fail(Format("The image would replace %s, which the layout lists", found.c_str()));
-    }
-    return length;
-}
-
-SChecksum CImageWriter::ListedChecksum() {
-    return ChecksumOf(m_listed, [this] { m_operation.Yield(); });
+    m_listedFiles.OpenOrFail(path, m_listed);
+    return m_listed.SizeOrFail();
 }
 
 void CImageWriter::CopyListed(const std::string& path, std::int64_t length) {

@@ -3,15 +3,13 @@
 
 #include <cstdint>
 #include <functional>
-#include <limits>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "files/checked_file.h"
-#include "files/checksum.h"
-#include "iml/layout/layout_path.h"
+#include "iml/rebuild/listed_files.h"
 #include "iml/rebuild/placements.h"
 #include "iml/rebuild/rebuild.h"
 #include "operation/operation.h"
@@ -29,10 +27,9 @@ public:
     void CheckLeading();
 
     /// Creates the output (code 203), opens the leading structures (code 204) and copies them without their last
-    /// `heldBack` bytes, but never more than `mostBytes`. Their file stays open. `leadingLast` is the last sector that
-    /// the layout names for them; if strict, they must reach it.
-    void Begin(std::int64_t heldBack, std::int32_t leadingLast,
-               std::int64_t mostBytes = std::numeric_limits<std::int64_t>::max());
+    /// `heldBack` bytes. Their file stays open. `leadingLast` is the last sector that the layout names for them; if
+    /// strict, they must reach it.
+    void Begin(std::int64_t heldBack, std::int32_t leadingLast);
     /// The length of the image after Begin.
     std::int64_t LeadingLength() const { return m_leadingLength; }
     /// Starts the second stage of writing behind the leading structures: reopens the window's lists (codes 206 and
@@ -44,8 +41,6 @@ public:
 
     /// Opens a listed file (code 3041); its length in bytes.
     std::int64_t OpenListed(const std::string& path);
-    /// Checksum of the opened file.
-    SChecksum ListedChecksum();
     /// Copies the first `length` bytes of the opened file to the current position and closes it.
     void CopyListed(const std::string& path, std::int64_t length);
 
@@ -73,12 +68,10 @@ private:
     const SRebuildRequest& m_request;
     CPlacements& m_placements;
     COperation& m_operation;
-    CPathResolver m_resolver;
     CCheckedOutput m_output;
     CCheckedInput m_leading;
+    CListedFiles m_listedFiles;
     CCheckedInput m_listed;
-    bool m_replaces;                ///< Whether the target exists, so that a listed file might be the target.
-    std::int64_t m_replacedLength;  ///< Length of the existing target; -1 if unknown.
     std::int64_t m_leadingLength = 0;
     std::int64_t m_leadingBlocks = 0;
     std::optional<CProgress> m_progress;

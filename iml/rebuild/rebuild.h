@@ -5,6 +5,7 @@
 #include <string>
 
 #include "files/output_file.h"
+#include "iso/edit/edit_report.h"
 #include "operation/operation.h"
 
 namespace vantrel {
@@ -13,6 +14,13 @@ namespace vantrel {
 struct SPlacementFilePaths {
     std::string entryList;  ///< Text: first sector, last sector and path of every placed file.
     std::string bounds;     ///< 32-bit numbers, little-endian: the sectors again, and the two behind the last file.
+};
+
+/// How an image is rebuilt.
+enum class ERebuildRule {
+    LikeWindow,  ///< One file behind the other, as the window does; the directories are not corrected.
+    Edited,      ///< The image as it was, with the changed files, and with structures that describe them. Strict only.
+    Exact,       ///< The exported image; anything else is refused. Strict only.
 };
 
 struct SRebuildRequest {
@@ -24,9 +32,12 @@ struct SRebuildRequest {
     EOutputManner manner = EOutputManner::InPlace;
     /// Where relative paths start, with its closing separator. Empty: paths are used as written, in the current folder.
     std::string filesFolder;
-    bool strict = false;   ///< A layout or a file that is shorter than it claims is a failure.
-    bool exact = false;    ///< Restore the exported image; strict only.
-    std::string gapsPath;  ///< The gap file; used by an exact rebuild only.
+    bool strict = false;  ///< A layout or a file that is shorter than it claims is a failure.
+    ERebuildRule rule = ERebuildRule::LikeWindow;
+    // For the rules Edited and Exact:
+    std::string gapsPath;  ///< The gap file, which an edited rebuild can do without.
+    SEditRules editRules;
+    bool dryRun = false;  ///< Only report.
 };
 
 /// The window's names for a rebuild of `folder` (with its separator) + `fileName`: all files lie beside the layout and
@@ -34,8 +45,8 @@ struct SRebuildRequest {
 SRebuildRequest WindowRebuild(const std::string& folder, const std::string& fileName);
 
 /// The window's "vantrel" and the console program's iml2iso: calls the rebuild for the layout's media letter. Fails
-/// with code 2011 if the layout cannot be opened, and for other letters.
-void RebuildImage(const SRebuildRequest& request, COperation& operation);
+/// with code 2011 if the layout cannot be opened, and for other letters. The report is empty for the rule LikeWindow.
+SEditReport RebuildImage(const SRebuildRequest& request, COperation& operation);
 
 /// Rebuilds a CD or UMD image: every file at its first sector, then the postgap of a PlayStation 2 CD.
 void RebuildCdImage(const SRebuildRequest& request, COperation& operation);

@@ -1,5 +1,4 @@
 // Rebuilds CD and UMD images.
-#include "iml/rebuild/exact_rebuild.h"
 #include "iml/rebuild/file_placing.h"
 #include "iml/rebuild/image_writer.h"
 #include "iml/rebuild/layout_pass.h"
@@ -30,10 +29,6 @@ void RebuildCdImage(const SRebuildRequest& request, COperation& operation) {
     CPlacements placements(request, operation);
     CLayoutPass pass(request, kCdShape, placements, operation);
     pass.Run();
-    if (request.exact) {
-        RebuildExactly(request, pass, placements, operation);
-        return;
-    }
     CImageWriter writer(request, placements, operation);
     writer.Begin(0, pass.LeadingLast());
     const bool takesPostgap = KindBySystem(ReadPrimaryVolume(writer.Leading())) == ImageKind::Cd;

@@ -1,6 +1,5 @@
 // Rebuilds DVD images.
 #include "iml/layout/trailing_sector.h"
-#include "iml/rebuild/exact_rebuild.h"
 #include "iml/rebuild/file_placing.h"
 #include "iml/rebuild/image_writer.h"
 #include "iml/rebuild/layout_pass.h"
@@ -83,10 +82,6 @@ void RebuildDvdImage(const SRebuildRequest& request, COperation& operation) {
     CPlacements placements(request, operation);
     CLayoutPass pass(request, kDvdShape, placements, operation);
     pass.Run();
-    if (request.exact) {
-        RebuildExactly(request, pass, placements, operation);
-        return;
-    }
     CDvdRebuild(request, placements, operation).Run(pass.LeadingLast());
 }
 

@@ -125,7 +125,7 @@ class CsoCommands(ConsoleTest):
     def test_other_headers_are_refused_by_name(self):
         image = psp_image(17)
         size = ": it is not a power of two from 2048 to 1048576"
-        for fields, text in (({"version": 2}, "CSO version 2 is not supported"),
+        for fields, text in (({"version": 3}, "CSO version 3 is not supported"),
                              ({"version": 255}, "CSO version 255 is not supported"),
                              ({"block_size": 1024}, "CSO block size 1024 is not supported" + size),
                              ({"block_size": 6144}, "CSO block size 6144 is not supported" + size),
@@ -155,18 +155,20 @@ class CsoCommands(ConsoleTest):
             self.assertEqual((result.status, result.out, result.err), (
                 1, "", "vantrel cso2iso: %s is not a CSO file: it is %s\n" % (name, form)))
         self.write("d.iso", cso_reference.compress(9, psp_image()))
-        self.assertEqual(self.run_here("iso2cso", "d.iso").err,
-                         "vantrel iso2cso: d.iso is not an ISO file: it is a CSO file\n")
+        self.write("layout.iso", b"[SYS]\r\n")
+        self.assertEqual(self.run_here("iso2cso", "layout.iso").err,
+                         "vantrel iso2cso: layout.iso: this is an IML file, which does not contain an image\n")
         self.assertEqual(self.run_here("dax2iso", "a.cso").err,
                          "vantrel dax2iso: a.cso is not a DAX file: it is a ZSO file\n")
         for command in "info", "verify", "list", "extract":
             result = self.run_here(command, "a.cso")
             self.assertEqual((result.status, result.out, result.err),
-                             (1, "", "vantrel %s: a.cso: the form ZSO is not supported\n" % command))
+                             (1, "", "vantrel %s: a.cso: ZSO header size 0 is not supported in version 1: "
+                                     "it is not 24\n" % command))
         self.write("e.cso", b"no form at all, but long enough for a header")
         self.assertEqual(self.run_here("cso2iso", "e.cso").err,
                          "vantrel cso2iso: e.cso: Code 11011 - ciso file format error e.iso\n")
-        self.assertEqual(self.names(), ["a.cso", "b.cso", "c.cso", "d.iso", "e.cso"])
+        self.assertEqual(self.names(), ["a.cso", "b.cso", "c.cso", "d.iso", "e.cso", "layout.iso"])
 
     def test_version_0_is_read(self):
         self.write("game.cso", cso_reference.compress(9, psp_image(), version=0))
@@ -241,7 +243,8 @@ class CsoCommands(ConsoleTest):
         before = self.state()
         result = self.run_here("cso2iso", "-f", "game.cso")
         self.assertEqual(result.status, 1)
-        self.assertEqual(result.err, "vantrel cso2iso: game.cso: Code 11011 - ciso file format error game.iso\n")
+        self.assertEqual(result.err, "vantrel cso2iso: game.cso: CSO block size 0 is not supported: it is not a power of two "
+                                     "from 2048 to 1048576\n")
         self.assertEqual(self.state(), before)
 
     def test_the_input_is_never_the_output(self):

@@ -43,7 +43,7 @@ class Messages(ConsoleTest):
                  "#Start   End      Mode Fno Path", '0        17       2.1  0   "game.ims"',
                  '18       18       2.1  0   "NOWHERE"', "[/LOC]", "", ""]
         self.write("game.iml", "\r\n".join(lines).encode())
-        result = self.run_here("iml2iso", "game.iml")
+        result = self.run_here("iml2iso", "--like-window", "game.iml")
         self.assertEqual(result.status, 1)
         self.assertRegex(result.err, r"game\.iml: Code 3041 - Error!!! Opening \[NOWHERE\] \(.*NOWHERE: no such file\)")
 

@@ -1,4 +1,4 @@
-"""The rebuild."""
+"""The rebuild as the window does it, from layouts that need not describe a disc."""
 import os
 import unittest
 
@@ -24,14 +24,14 @@ class Rebuild(ConsoleTest):
         os.makedirs(self.path("disc/Data"))
         self.write("disc/Data/level.bin", b"x" * SECTOR)
         self.write_layout((18, 18, "DATA\\LEVEL.BIN"))
-        self.assert_done(self.run_here("iml2iso", "--files", "disc", "game.iml"))
+        self.assert_done(self.run_here("iml2iso", "--like-window", "--files", "disc", "game.iml"))
         self.assertEqual(self.read("game.iso")[18 * SECTOR:], b"x" * SECTOR)
         self.assertEqual(self.names(), ["disc", "game.iml", "game.ims", "game.iso"])
 
     def test_leading_structures_with_the_name_that_an_export_gives_them(self):
         self.write("game.v2.iml", layout([]))
         self.write("game.v2.ims", bytes(18 * SECTOR))
-        self.assert_done(self.run_here("iml2iso", "game.v2.iml"))
+        self.assert_done(self.run_here("iml2iso", "--like-window", "game.v2.iml"))
         self.assertEqual(len(self.read("game.v2.iso")), 18 * SECTOR)
 
     def test_a_missing_file_leaves_everything_unchanged(self):
@@ -39,7 +39,7 @@ class Rebuild(ConsoleTest):
         self.write("game.iso", b"older")
         self.write("game.txt", b"notes")
         before = self.state()
-        result = self.run_here("iml2iso", "-f", "game.iml")
+        result = self.run_here("iml2iso", "--like-window", "-f", "game.iml")
         self.assertEqual(result.status, 1)
         self.assertIn("Code 3041 - Error!!! Opening [NOWHERE]", result.err)
         self.assertEqual(self.state(), before)
@@ -62,7 +62,7 @@ class Rebuild(ConsoleTest):
                               ("game.gaps", "game.gaps: the output would be a file of the input"),
                               ("game.iml", "game.iml: the output would be the input itself"),
                               ("A", "The image would replace .%sA, which the layout lists" % ("\\" if IS_WINDOWS else "/"))):
-            result = self.run_here("iml2iso", "-f", "-o", name, "game.iml")
+            result = self.run_here("iml2iso", "--like-window", "-f", "-o", name, "game.iml")
             self.assertEqual((result.status, result.out), (1, ""))
             self.assertIn(problem, result.err)
             self.assertEqual(self.state(), before)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A second implementation of the rebuild of images from layouts, and its comparison with the program's output.
+"""A second implementation of the window's rebuild of images from layouts, and its comparison with the program's output.
 
 usage: rebuild_reference.py VANTREL
 
@@ -128,7 +128,7 @@ def check(vantrel, media, sizes, rng, fit, what):
             file.write(leading)
         expected = (rebuilt_dvd if media == "DVD" else rebuilt_cd)(text, leading, folder)
         image = os.path.join(folder, "out.iso")
-        subprocess.run([vantrel, "iml2iso", "-q", "-o", image, os.path.join(folder, "game.iml")], check=True)
+        subprocess.run([vantrel, "iml2iso", "--like-window", "-q", "-o", image, os.path.join(folder, "game.iml")], check=True)
         with open(image, "rb") as file:
             if file.read() != bytes(expected):
                 sys.exit("%s: the images differ" % what)

@@ -183,7 +183,13 @@ TEST(IsoToCso, RefusesTwoGibibytesAndMore) {
     EXPECT_EQ(FileKindOf(folder / "game.cso"), EFileKind::Missing);
 }
 
-TEST(IsoToCso, RefusesAnOutputThatItsIndexCannotAddressIfStrict) {
+void ExpandsTo(const CTestFolder& folder, const Bytes& image) {
+    COperation operation;
+    CsoToIso(DirectConversion(folder / "game.cso", folder / "back.iso", EOutputManner::CommitReplace, 2, 9), operation);
+    EXPECT_TRUE(test::ReadWhole(folder / "back.iso") == image);
+}
+
+TEST(IsoToCso, ShiftsThePositionsOfAnOutputThatItsIndexCannotAddressIfStrict) {
     const CTestFolder folder;
     const Bytes image = test::RandomBytes(2048 * 40, 3);
     test::WriteWhole(folder / "game.iso", test::WithPspMark(image));
@@ -191,12 +197,25 @@ TEST(IsoToCso, RefusesAnOutputThatItsIndexCannotAddressIfStrict) {
     SCompressionRequest request =
         DirectConversion(folder / "game.iso", folder / "game.cso", EOutputManner::CommitReplace, 2, 9);
     const std::int64_t end = 24 + 4 * 41 + 2048 * 40;
-    request.largestCso = end - 1;
+    request.largestCso = 50'000;
     CRecordingOperation operation;
-    EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }),
-              (folder / "game.iso") + ": the CSO file would exceed 2 GiB, which its index cannot address\n");
-    EXPECT_EQ(test::ReadWhole(folder / "game.cso"), Bytes(10, 'o'));
-    EXPECT_THAT(folder.Names(), ElementsAre("game.cso", "game.iso"));
+    IsoToCso(request, operation);
+    const Bytes shifted = test::ReadWhole(folder / "game.cso");
+    EXPECT_EQ(test::Read32(shifted, 16), 16384U);
+    EXPECT_EQ(shifted[21], 1);
+    EXPECT_EQ(shifted.size(), std::size_t{test::Read32(shifted, 24 + 4 * 5)} << 1U);
+    ExpandsTo(folder, test::ReadWhole(folder / "game.iso"));
+    request.blockSize = 2048;
+    IsoToCso(request, operation);
+    EXPECT_EQ(test::Read32(test::ReadWhole(folder / "game.cso"), 16), 2048U);
+    EXPECT_EQ(test::ReadWhole(folder / "game.cso")[21], 1);
+    ExpandsTo(folder, test::ReadWhole(folder / "game.iso"));
+    EXPECT_THAT(folder.Names(), ElementsAre("back.iso", "game.cso", "game.iso"));
+    request.blockSize.reset();
+    request.largestCso = end - 1;
+    IsoToCso(request, operation);
+    EXPECT_EQ(test::ReadWhole(folder / "game.cso")[21], 0) << "the larger blocks suffice";
+    ExpandsTo(folder, test::ReadWhole(folder / "game.iso"));
     request.strict = false;
     IsoToCso(request, operation);
     request.strict = true;

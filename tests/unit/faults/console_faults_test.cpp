@@ -18,11 +18,12 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// Runs the program. Words that begin with "@" are files in `folder`.
+/// Runs the program. What follows "@" in a word is a file in `folder`.
 int RunIn(const CTestFolder& folder, const Words& words, std::string& printed) {
     Words whole;
     for (const std::string& word : words) {
-        whole.push_back(word.starts_with('@') ? folder / word.substr(1) : word);
+        const std::size_t mark = word.find('@');
+        whole.push_back(mark == std::string::npos ? word : word.substr(0, mark) + folder / word.substr(mark + 1));
     }
     const CCapturedOutput output;
     const int status = RunCommandLine(whole);
@@ -108,6 +109,7 @@ private:
                        call.file.ends_with(".vantrel-*");
             case ECall::Flush:  // a folder's, after the journal of a complete change was removed
             case ECall::Open:
+                // A folder is also opened to find the name of a missing file in any case.
                 return call.file.empty() || call.file.ends_with('/');
             case ECall::List:
             case ECall::Copy:
@@ -166,6 +168,11 @@ std::vector<SCase> Compressing() {
         {"Iso2CsoReplacing", umdAndOlder, {"iso2cso", "-f", "@game.iso"}},
         {"Iso2Dax", WriteUmd, {"iso2dax", "@game.iso"}},
         {"Iso2DaxReplacing", umdAndOlder, {"iso2dax", "-f", "@game.iso"}},
+        {"ConvertIsoToZso", WriteUmd, {"convert", "--verify", "--to", "zso", "@game.iso"}},
+        {"ConvertIsoToBin", WriteCd, {"convert", "--to", "bin", "@game.iso"}},
+        {"ConvertCsoToIso", cso, {"convert", "--to", "iso", "@game.cso"}},
+        {"ConvertCsoToDax", cso, {"convert", "--to", "dax", "@game.cso"}},
+        {"ConvertDaxToBin", dax, {"convert", "--to", "bin", "@game.dax"}},
         {"Cso2Iso", cso, {"cso2iso", "@game.cso"}},
         {"Dax2Iso", dax, {"dax2iso", "@game.dax"}},
     };
@@ -223,13 +230,54 @@ std::vector<SCase> Rebuilding() {
         layout(WriteUmd)(folder);
         RenameFile(folder / "UMD_DATA.BIN", folder / "umd_data.bin", false);
     };
+    const auto changed = [layout](const CTestFolder& folder) {
+        layout(WriteUmd)(folder);
+        WriteWhole(folder / "UMD_DATA.BIN", RandomBytes(100'000, 3));
+        WriteWhole((folder / "PSP_GAME") + "/DATA.BIN", RandomBytes(10'000, 4));
+    };
+    const auto changedWithoutGaps = [changed](const CTestFolder& folder) {
+        changed(folder);
+        RemoveFile(folder / "game.gaps");
+    };
     return {
         {"Iml2IsoCd", layout(WriteCd), {"iml2iso", "@game.iml"}},
         {"Iml2IsoUmd", otherCase, {"iml2iso", "@game.iml"}},
         {"Iml2IsoDvd", layout(WriteDvd), {"iml2iso", "@game.iml"}},
+        {"Iml2IsoChanged", changed, {"iml2iso", "@game.iml"}},
+        {"Iml2IsoChangedWithoutGaps", changedWithoutGaps, {"iml2iso", "@game.iml"}},
         {"Iml2IsoReplacing", cdAndOlder, {"iml2iso", "-f", "@game.iml"}},
+        {"Iml2IsoDryRun", changed, {"iml2iso", "--dry-run", "--json", "@game.iml"}},
+        {"Iml2IsoLikeWindowCd", layout(WriteCd), {"iml2iso", "--like-window", "@game.iml"}},
+        {"Iml2IsoLikeWindowUmd", otherCase, {"iml2iso", "--like-window", "@game.iml"}},
+        {"Iml2IsoLikeWindowDvd", layout(WriteDvd), {"iml2iso", "--like-window", "@game.iml"}},
+        {"Iml2IsoLikeWindowReplacing", cdAndOlder, {"iml2iso", "--like-window", "-f", "@game.iml"}},
         {"Iml2IsoExact", layout(WriteCd), {"iml2iso", "--exact", "@game.iml"}},
         {"Iml2IsoExactDvd", layout(WriteDvd), {"iml2iso", "--exact", "@game.iml"}},
+    };
+}
+
+std::vector<SCase> Replacing() {
+    const auto withFile = [](const std::function<void(const CTestFolder&)>& write) {
+        return [write](const CTestFolder& folder) {
+            write(folder);
+            WriteWhole(folder / "new", RandomBytes(100'000, 3));
+        };
+    };
+    const auto cso = [withFile](const CTestFolder& folder) {
+        withFile(WriteUmd)(folder);
+        Become(folder, {"iso2cso", "@game.iso"});
+    };
+    const auto older = [withFile](const CTestFolder& folder) {
+        withFile(WriteCd)(folder);
+        WriteOlder(folder, {"new.iso"});
+    };
+    return {
+        {"ReplaceInCopy", withFile(WriteUmd), {"replace", "@game.iso", "UMD_DATA.BIN=@new", "-o", "@new.iso"}},
+        {"ReplaceInCso", cso, {"replace", "@game.cso", "PSP_GAME/DATA.BIN=@new", "-o", "@new.iso"}},
+        {"ReplaceReplacing", older, {"replace", "-f", "@game.iso", "SYSTEM.CNF=@new", "-o", "@new.iso"}},
+        {"ReplaceInPlace", withFile(WriteUmd), {"replace", "--in-place", "@game.iso", "UMD_DATA.BIN=@new"}},
+        {"ReplaceInPlaceCd", withFile(WriteCd), {"replace", "--in-place", "@game.iso", "DATA/LEVEL1.BIN=@new"}},
+        {"ReplaceDryRun", withFile(WriteUmd), {"replace", "--dry-run", "--json", "@game.iso", "UMD_DATA.BIN=@new"}},
     };
 }
 
@@ -297,6 +345,7 @@ INSTANTIATE_TEST_SUITE_P(Compressing, ConsoleFaults, testing::ValuesIn(Compressi
 INSTANTIATE_TEST_SUITE_P(Raw, ConsoleFaults, testing::ValuesIn(Raw()), NameOf);
 INSTANTIATE_TEST_SUITE_P(Exporting, ConsoleFaults, testing::ValuesIn(Exporting()), NameOf);
 INSTANTIATE_TEST_SUITE_P(Rebuilding, ConsoleFaults, testing::ValuesIn(Rebuilding()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Replacing, ConsoleFaults, testing::ValuesIn(Replacing()), NameOf);
 INSTANTIATE_TEST_SUITE_P(Postgap, ConsoleFaults, testing::ValuesIn(Postgap()), NameOf);
 INSTANTIATE_TEST_SUITE_P(Inspecting, ConsoleFaults, testing::ValuesIn(Inspecting()), NameOf);
 

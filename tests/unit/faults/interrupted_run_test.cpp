@@ -161,7 +161,8 @@ TEST_P(InterruptedRun, FlushesInTheOrderThatKeepsOldOrNew) {
         EXPECT_LT(place(ECall::Flush, "game.iso"), place(ECall::Remove, journal));
         EXPECT_NE(place(ECall::Remove, journal), end);
     } else {
-        const bool replaces = !GetParam().older.empty();
+        const auto& words = GetParam().words;
+        const bool replaces = std::find(words.begin(), words.end(), "-f") != words.end();
         const auto flush =
             std::find_if(m_calls.begin(), m_calls.end(), [](const SCall& call) { return call.kind == ECall::Flush; });
         const auto rename =
@@ -172,6 +173,7 @@ TEST_P(InterruptedRun, FlushesInTheOrderThatKeepsOldOrNew) {
 }
 
 std::vector<SCase> Cases() {
+    const FolderState source = {{"new", std::string(100'000, 'n')}};
     return {
         {"Iso2Cso", WriteUmd, {"iso2cso", "@game.iso"}, {}},
 #ifndef _WIN32
@@ -183,6 +185,10 @@ std::vector<SCase> Cases() {
         {"Extract", WriteCd, {"extract", "@game.iso", "-C", "@files"}, {}},
         {"ExtractReplacing", WriteCd, {"extract", "-f", "@game.iso", "-C", "@"}, {{"SYSTEM.CNF", "older"}}},
         {"CheckPostgap", WriteCdWithoutPostgap, {"check-postgap", "@game.iso"}, {}},
+        {"ConvertToZso", WriteUmd, {"convert", "--to", "zso", "@game.iso"}, {}},
+        {"ConvertToBin", WriteCd, {"convert", "--to", "bin", "@game.iso"}, {}},
+        {"ReplaceInCopy", WriteUmd, {"replace", "@game.iso", "UMD_DATA.BIN=@new", "-o", "@new.iso"}, source},
+        {"ReplaceInPlace", WriteUmd, {"replace", "--in-place", "@game.iso", "UMD_DATA.BIN=@new"}, source},
     };
 }
 

@@ -54,6 +54,28 @@ TEST_F(UpdateFile, UncommittedChangeIsUndone) {
     EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"a.bin"});
 }
 
+TEST_F(UpdateFile, ManyOverwrittenBytesAreKeptInTheJournal) {
+    const Bytes before = test::RandomBytes(40 << 20U, 1);
+    for (const bool commits : {false, true}) {
+        test::WriteWhole(m_path, before);
+        Bytes after = before;
+        {
+            CUpdateFile file;
+            ASSERT_TRUE(file.Open(m_path, EUpdateManner::UndoUnlessCommitted));
+            for (std::size_t start = 0; start < before.size(); start += 4 << 20U) {
+                const Bytes piece = test::RandomBytes(5 << 20U, start);  // overlaps the next one
+                ASSERT_TRUE(file.Seek(static_cast<std::int64_t>(start)) && file.Write(piece));
+                after.resize(std::max(after.size(), start + piece.size()));
+                std::copy(piece.begin(), piece.end(), after.begin() + static_cast<std::ptrdiff_t>(start));
+            }
+            EXPECT_EQ(m_folder.Names().size(), 2U);
+            EXPECT_TRUE(!commits || file.Commit());
+        }
+        EXPECT_TRUE(test::ReadWhole(m_path) == (commits ? after : before));
+        EXPECT_EQ(m_folder.Names().size(), 1U);
+    }
+}
+
 TEST_F(UpdateFile, CommittedChangeStays) {
     CUpdateFile file;
     ASSERT_TRUE(file.Open(m_path, EUpdateManner::UndoUnlessCommitted));

@@ -126,13 +126,26 @@ void ExpectRefusal(const std::string& content, const std::string& cause) {
 
 TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
     ExpectRefusal("CISO", "the file is too short for a header");
-    ExpectRefusal("CISO" + std::string(20, '\0'), "the header is not one of a CSO file");
+    ExpectRefusal("CISO" + std::string(20, '\0'),
+                  "CSO block size 0 is not supported: it is not a power of two from 2048 to 1048576");
+    ExpectRefusal("CISO" + std::string("\0\0\0\0\0\0\0\0\0\0\0\0\0\x08\0\0\0\0\0\0", 20),
+                  "CSO image size 0 is not supported");
     ExpectRefusal("CISO" + std::string(12, '\1') + std::string("\0\x08\0\0\1\0\0\0", 8),
-                  "the index does not fit the file");
+                  "CSO image size 72340172838076673 is not supported: the index of its blocks does not fit the file");
     ExpectRefusal("CISO" + std::string(20, '\1'),
                   "CSO block size 16843009 is not supported: it is not a power of two from 2048 to 1048576");
     ExpectRefusal("hello", "not a known kind of disc image");
-    ExpectRefusal("[SYS]", "the form IML does not contain an image");
+    ExpectRefusal("[SYS]", "this is an IML file, which does not contain an image");
+    ExpectRefusal("MComprHD" + std::string(100, '\0'), "this is a CHD file, a form that is not read");
+    ExpectRefusal("\x1F\x8B\x08", "this is a GZ file, a form that is not read");
+    ExpectRefusal("7z\xBC\xAF\x27\x1C", "this is a 7Z file, a form that is not read");
+    ExpectRefusal("MEDIA DESCRIPTOR", "this is an MDF file, a form that is not read");
+    ExpectRefusal(std::string("ECM\0", 4), "this is an ECM file, a form that is not read");
+    ExpectRefusal(std::string("\0PBP", 4), "this is a PBP file, a form that is not read");
+    ExpectRefusal(std::string(100, 'x') + "NER5" + std::string(8, '\1'),
+                  "this is an NRG file, a form that is not read");
+    ExpectRefusal(std::string(100, 'x') + "NERO" + std::string(4, '\1'),
+                  "this is an NRG file, a form that is not read");
     EXPECT_THAT([] { OpenImage("/nowhere/at all"); },
                 testing::ThrowsMessage<CRefused>("/nowhere/at all: No such file or directory"));
 }

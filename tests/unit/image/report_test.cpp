@@ -1,5 +1,5 @@
 // The report tree: types of values, order of members.
-#include "image/inspect/report.h"
+#include "image/report.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -9,10 +9,6 @@
 namespace vantrel::test {
 namespace {
 
-bool operator==(const SImageArea& a, const SImageArea& b) {
-    return a.position == b.position && a.length == b.length;
-}
-
 using Areas = std::vector<SImageArea>;
 
 void ExpectAreas(const Areas& found, const Areas& expected) {
@@ -47,7 +43,7 @@ protected:
         const Areas areas = AreasWithData(image, uncovered);
         COutputFile output;
         ASSERT_TRUE(output.Open(m_folder / "out.gaps", EOutputManner::CommitReplace));
-        ASSERT_TRUE(WriteGapFile(image, kOrigin, areas, output));
+        ASSERT_TRUE(WriteGapFile(image, kOrigin, areas, m_files, output));
         ASSERT_TRUE(output.Commit());
     }
 
@@ -56,25 +52,36 @@ protected:
         return CGapFileReader().Open(m_folder / "some.gaps");
     }
 
-    static constexpr SGapOrigin kOrigin = {{5 * 2048 + 100, 0x89ABCDEF}, {1234, 0x10203040}};
+    static constexpr SGapOrigin kOrigin = {{5 * 2048 + 100, 0x89ABCDEF}, {1234, 0x10203040}, {4096, 0x50607080}};
 
+    std::vector<SExportedFile> m_files;
     CTestFolder m_folder;
     Bytes m_image;
 };
 
 TEST_F(GapFileTest, HoldsAreasWithData) {
+    m_files = {{9, {700, 5}}, {3, {0, 0}}, {3, {800, 6}}, {9, {700, 5}}};
     Write({{2000, 2000}, {3 * 2048, 2048}, {4 * 2048, 2048}, {5 * 2048, 100}});
-    Bytes expected = {'I', 'M', 'L', 'G', 'A', 'P', 'S', '2'};
-    expected.resize(40 + 3 * 16);
+    Bytes expected = {'I', 'M', 'L', 'G', 'A', 'P', 'S', '3'};
+    expected.resize(56 + 3 * 16 + 2 * 16);
     Write64(expected, 8, 5 * 2048 + 100);
     Write32(expected, 16, 3);
     Write32(expected, 20, 0x89ABCDEF);
     Write64(expected, 24, 1234);
     Write32(expected, 32, 0x10203040);
+    Write32(expected, 36, 2);
+    Write64(expected, 40, 4096);
+    Write32(expected, 48, 0x50607080);
+    Write32(expected, 104, 3);
+    Write32(expected, 108, 6);
+    Write64(expected, 112, 800);
+    Write32(expected, 120, 9);
+    Write32(expected, 124, 5);
+    Write64(expected, 128, 700);
     const Areas areas = {{2000, 2000}, {3 * 2048, 2048}, {5 * 2048, 100}};
     for (std::size_t i = 0; i < areas.size(); ++i) {
-        Write64(expected, 40 + 16 * i, static_cast<std::uint64_t>(areas[i].position));
-        Write64(expected, 48 + 16 * i, static_cast<std::uint64_t>(areas[i].length));
+        Write64(expected, 56 + 16 * i, static_cast<std::uint64_t>(areas[i].position));
+        Write64(expected, 64 + 16 * i, static_cast<std::uint64_t>(areas[i].length));
         const auto start = m_image.begin() + areas[i].position;
         expected.insert(expected.end(), start, start + areas[i].length);
     }
@@ -87,6 +94,7 @@ TEST_F(GapFileTest, IsReadBack) {
     ASSERT_TRUE(reader.Open(m_folder / "out.gaps")) << reader.Problem();
     EXPECT_EQ(reader.Origin().image, kOrigin.image);
     EXPECT_EQ(reader.Origin().layout, kOrigin.layout);
+    EXPECT_EQ(reader.Origin().leading, kOrigin.leading);
     ExpectAreas(reader.Areas(), {{2000, 2000}, {5 * 2048, 100}});
     Bytes data(100);
     EXPECT_EQ(reader.ReadAt(1, 0, data), 100U);
@@ -105,7 +113,7 @@ TEST_F(GapFileTest, HoldsTheLengthOfAnImageWithoutAreas) {
     EXPECT_EQ(reader.Origin().image, kOrigin.image);
     EXPECT_EQ(reader.Origin().layout, kOrigin.layout);
     EXPECT_TRUE(reader.Areas().empty());
-    EXPECT_EQ(ReadWhole(m_folder / "out.gaps").size(), 40U);
+    EXPECT_EQ(ReadWhole(m_folder / "out.gaps").size(), 56U);
 }
 
 TEST_F(GapFileTest, RefusesDamagedFiles) {
@@ -127,10 +135,27 @@ TEST_F(GapFileTest, RefusesDamagedFiles) {
     EXPECT_FALSE(readsWith64(8, 5 * 2048 + 99)) << "an area beyond the image";
     EXPECT_FALSE(readsWith64(8, 0x8000000000000000U)) << "a negative length of the image";
     EXPECT_FALSE(readsWith64(16, 0x89ABCDEFFFFFFFFFU)) << "a count beyond the file";
-    EXPECT_FALSE(readsWith64(40, 9000)) << "overlapping areas";
-    EXPECT_FALSE(readsWith64(40, 0xFFFFFFFFFFFFF000U)) << "a negative position";
-    EXPECT_FALSE(readsWith64(48, 0)) << "an area without length";
-    EXPECT_FALSE(readsWith64(56, 1000)) << "areas that do not ascend";
+    EXPECT_FALSE(readsWith64(56, 9000)) << "overlapping areas";
+    EXPECT_FALSE(readsWith64(56, 0xFFFFFFFFFFFFF000U)) << "a negative position";
+    EXPECT_FALSE(readsWith64(64, 0)) << "an area without length";
+    EXPECT_FALSE(readsWith64(72, 1000)) << "areas that do not ascend";
+}
+
+TEST_F(GapFileTest, FindsFilesBySectorAndLength) {
+    m_files = {{3, {800, 6}}, {9, {700, 5}}, {9, {710, 4}}};
+    Write({});
+    CGapFileReader reader;
+    ASSERT_TRUE(reader.Open(m_folder / "out.gaps"));
+    ASSERT_NE(reader.FindFile(9, 710), nullptr);
+    EXPECT_EQ(reader.FindFile(9, 710)->sum.crc32, 4U);
+    EXPECT_EQ(reader.FindFile(9, 709), nullptr);
+    EXPECT_EQ(reader.FindFile(10, 710), nullptr);
+    Bytes bytes = ReadWhole(m_folder / "out.gaps");
+    Write32(bytes, 56, 9);
+    Write64(bytes, 64, 700);
+    EXPECT_FALSE(Reads(bytes)) << "files that do not ascend";
+    Write64(bytes, 64, 0);
+    EXPECT_FALSE(Reads(bytes)) << "a file without length";
 }
 
 TEST_F(GapFileTest, NamesTheProblem) {
@@ -140,10 +165,16 @@ TEST_F(GapFileTest, NamesTheProblem) {
     WriteText(m_folder / "text", "no gaps");
     EXPECT_FALSE(reader.Open(m_folder / "text"));
     EXPECT_EQ(reader.Problem(), (m_folder / "text") + ": not a gap file");
-    WriteText(m_folder / "old", "IMLGAPS1" + std::string(16, '\0'));
-    EXPECT_FALSE(reader.Open(m_folder / "old"));
-    EXPECT_EQ(reader.Problem(),
-              (m_folder / "old") + ": a gap file of an earlier version, without checksums; export the image again");
+    for (const char* const magic : {"IMLGAPS1", "IMLGAPS2"}) {
+        WriteText(m_folder / "old", magic + std::string(16, '\0'));
+        EXPECT_FALSE(reader.Open(m_folder / "old"));
+        EXPECT_EQ(
+            reader.Problem(),
+            (m_folder / "old") + ": a gap file of an earlier version, without all checksums; export the image again");
+    }
+    WriteText(m_folder / "new", "IMLGAPS4" + std::string(80, '\0'));
+    EXPECT_FALSE(reader.Open(m_folder / "new"));
+    EXPECT_EQ(reader.Problem(), (m_folder / "new") + ": not a gap file");
 }
 
 TEST(LayoutNamesTest, ReplaceTheExtension) {

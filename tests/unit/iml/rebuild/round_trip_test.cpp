@@ -1,4 +1,4 @@
-// Exports images of the builder with their files, and rebuilds them, exactly and by default.
+// Exports images of the builder with their files, and rebuilds them, exactly, with the edit engine and like the window.
 #include <gtest/gtest.h>
 
 #include "files/input_file.h"
@@ -28,14 +28,14 @@ protected:
         ExportImage(request, m_operation);
     }
 
-    Bytes Rebuilt(bool exact) {
+    Bytes Rebuilt(ERebuildRule rule) {
         SRebuildRequest request = WindowRebuild(m_folder.Path(), "game.iml");
         request.sideFiles.reset();
         request.strict = true;
         request.manner = EOutputManner::CommitReplace;
         request.outputPath = m_folder / "rebuilt.iso";
         request.filesFolder = m_folder / "files/";
-        request.exact = exact;
+        request.rule = rule;
         request.gapsPath = GapPathOf(request.layoutPath);
         RebuildImage(request, m_operation);
         return test::ReadWhole(request.outputPath);
@@ -95,7 +95,7 @@ std::vector<SImageDescription> Descriptions() {
     return all;
 }
 
-TEST_F(RoundTrip, ExactRebuildRestoresEveryImage) {
+TEST_F(RoundTrip, ExactAndEditedRebuildsRestoreEveryImage) {
     int number = 0;
     for (SImageDescription description : Descriptions()) {
         const bool isCd = description.kind == EImageKind::Cd;
@@ -105,7 +105,8 @@ TEST_F(RoundTrip, ExactRebuildRestoresEveryImage) {
             }
             description.postgap = postgap;
             const Bytes image = Exported(description);
-            EXPECT_EQ(Rebuilt(true), image) << number;
+            EXPECT_EQ(Rebuilt(ERebuildRule::Exact), image) << number;
+            EXPECT_EQ(Rebuilt(ERebuildRule::Edited), image) << number;
             ++number;
         }
     }
@@ -124,7 +125,7 @@ TEST_F(RoundTrip, DvdsWithOtherUdfShapes) {
                 description.udfHoleBeforeEntries = hole;
                 description.udfEntriesAfter = hole == 0 ? 0 : 5;
                 const Bytes image = Exported(description);
-                EXPECT_EQ(Rebuilt(true), image);
+                EXPECT_EQ(Rebuilt(ERebuildRule::Exact), image);
             }
         }
     }
@@ -138,7 +139,7 @@ TEST_F(RoundTrip, DefaultRebuildKeepsFilesAndList) {
         });
         const test::SBuiltImage built = test::BuildImage(description);
         Exported(description);
-        const Bytes rebuilt = Rebuilt(false);
+        const Bytes rebuilt = Rebuilt(ERebuildRule::LikeWindow);
         for (const test::SBuiltFile& file : built.files) {
             const auto start = rebuilt.begin() + static_cast<std::ptrdiff_t>(file.sector) * 2048;
             EXPECT_TRUE(std::equal(file.content.begin(), file.content.end(), start)) << file.path;

@@ -1,0 +1,193 @@
+// What a map finds in images, and what it refuses.
+#include "iso/edit/disc_map.h"
+
+#include <gtest/gtest.h>
+
+#include "files/refused.h"
+#include "tests/unit/iso/edit/memory_image.h"
+
+namespace vantrel {
+namespace {
+
+using test::Bytes;
+using test::CMemoryImage;
+using test::EEmptyFile;
+using test::EImageKind;
+using test::PlaceOf;
+
+class DiscMap : public testing::Test {
+protected:
+    DiscMap() {
+        m_description.kind = EImageKind::Umd;
+        m_description.files = {{"A.BIN", test::RandomBytes(5000, 1)},
+                               {"DIR/B.BIN", test::RandomBytes(3000, 2), 4},
+                               {"DIR/SUB/C.BIN", test::RandomBytes(2048, 3)},
+                               {"EMPTY.DAT", {}, 0, EEmptyFile::SharesSector},
+                               {"Z.BIN", test::RandomBytes(1, 4)}};
+        Build();
+    }
+
+    void Build() {
+        m_built = test::BuildImage(m_description);
+        m_image.m_bytes = m_built.bytes;
+    }
+
+    SDiscMap Map(EMapRule rule = EMapRule::Complete) { return ReadDiscMap(m_image, rule); }
+
+    std::string Refusal() {
+        try {
+            Map();
+        } catch (const CRefused& refused) {
+            return refused.what();
+        }
+        return "not refused";
+    }
+
+    std::size_t RecordOf(const char* path) const { return m_built.File(path).recordOffset; }
+
+    test::SImageDescription m_description;
+    test::SBuiltImage m_built;
+    CMemoryImage m_image{{}};
+};
+
+TEST_F(DiscMap, HasEveryPlaceWithItsNamesAndRecords) {
+    const SDiscMap map = Map();
+    ASSERT_EQ(map.places.size(), 5U);
+    for (const test::SBuiltFile& file : m_built.files) {
+        std::string path = file.path.substr(1);
+        std::replace(path.begin(), path.end(), '\\', '/');
+        const SDiscPlace& place = map.places.at(PlaceOf(map, path));
+        EXPECT_EQ(place.Sector(), file.sector) << path;
+        EXPECT_EQ(place.Size(), static_cast<std::int64_t>(file.content.size()));
+        ASSERT_EQ(place.names.size(), 1U);
+        EXPECT_EQ(place.names[0].record, static_cast<std::int64_t>(file.recordOffset));
+        EXPECT_STREQ(place.obstacle, "");
+    }
+    ASSERT_EQ(map.volumeSizes.size(), 1U);
+    EXPECT_EQ(map.volumeSizes[0].sectors, m_built.volumeSectors);
+    EXPECT_EQ(map.closingSector, map.Sectors());
+}
+
+TEST_F(DiscMap, KnowsWhichSectorsAreFree) {
+    const SDiscMap map = Map();
+    const std::uint32_t second = m_built.File("\\DIR\\B.BIN").sector;
+    EXPECT_TRUE(map.occupied.IsFree(second - 4, second)) << "the hole";
+    EXPECT_FALSE(map.occupied.IsFree(second + 1, second + 2));
+    EXPECT_FALSE(map.occupied.IsFree(0, 1)) << "the system area";
+    for (const test::SBuiltDirectory& directory : m_built.directories) {
+        EXPECT_FALSE(map.occupied.IsFree(directory.sector, directory.sector + 1));
+    }
+    EXPECT_FALSE(map.occupied.IsFree(m_built.pathTableSector, m_built.pathTableSector + 1));
+}
+
+TEST_F(DiscMap, TwoNamesOfOnePlace) {
+    const test::SBuiltFile& first = m_built.File("\\A.BIN");
+    test::SetRecord(m_image.m_bytes, RecordOf("\\DIR\\B.BIN"), first.sector, 5000);
+    const SDiscMap map = Map();
+    ASSERT_EQ(PlaceOf(map, "A.BIN"), PlaceOf(map, "DIR/B.BIN"));
+    EXPECT_EQ(map.places[PlaceOf(map, "A.BIN")].names.size(), 2U);
+}
+
+TEST_F(DiscMap, EmptyFilesAreApartFromWhatSharesTheirSector) {
+    const SDiscMap map = Map();
+    const SDiscPlace& empty = map.places.at(PlaceOf(map, "EMPTY.DAT"));
+    EXPECT_EQ(empty.Sector(), m_built.File("\\Z.BIN").sector);
+    EXPECT_NE(PlaceOf(map, "EMPTY.DAT"), PlaceOf(map, "Z.BIN"));
+    EXPECT_EQ(map.FindPlace(empty.Sector(), 0, "EMPTY.DAT"), PlaceOf(map, "EMPTY.DAT"));
+    EXPECT_EQ(map.FindPlace(empty.Sector(), 1, "Z.BIN"), PlaceOf(map, "Z.BIN"));
+    EXPECT_EQ(map.FindPlace(empty.Sector(), 2, "Z.BIN"), std::nullopt);
+}
+
+TEST_F(DiscMap, ThePostgapOfACdClosesIt) {
+    m_description.kind = EImageKind::Cd;
+    m_description.postgap = test::EPostgap::Counted;
+    Build();
+    EXPECT_EQ(Map().closingSector, Map().Sectors() - 150);
+    const auto start = m_image.m_bytes.end() - 150 * 2048;
+    std::copy_n("postgap", 7, start);
+    EXPECT_EQ(Map().closingSector, Map().Sectors() - 150) << "with its mark";
+    *(start + 9000) = 1;
+    EXPECT_EQ(Map().closingSector, Map().Sectors()) << "data is no postgap";
+}
+
+TEST_F(DiscMap, RefusesAFileBeyondTheImage) {
+    test::SetRecord(m_image.m_bytes, RecordOf("\\Z.BIN"), Map().Sectors(), 1);
+    EXPECT_TRUE(Refusal().starts_with("Z.BIN: its 1 bytes at sector ")) << Refusal();
+    test::SetRecord(m_image.m_bytes, RecordOf("\\Z.BIN"), 0xFFFFFFFF, 0xFFFFFFFF);
+    EXPECT_TRUE(Refusal().starts_with("Z.BIN: its 4294967295 bytes at sector 4294967295")) << Refusal();
+}
+
+TEST_F(DiscMap, RefusesOverlaps) {
+    const std::uint32_t sector = m_built.File("\\A.BIN").sector;
+    test::SetRecord(m_image.m_bytes, RecordOf("\\Z.BIN"), sector + 2, 10);
+    EXPECT_TRUE(Refusal().find("overlap Z.BIN") != std::string::npos || Refusal().starts_with("Z.BIN")) << Refusal();
+    test::SetRecord(m_image.m_bytes, RecordOf("\\Z.BIN"), sector, 10);
+    EXPECT_TRUE(Refusal().find("is not the same file") != std::string::npos) << Refusal();
+    test::SetRecord(m_image.m_bytes, RecordOf("\\Z.BIN"), m_built.directories[1].sector, 10);
+    EXPECT_TRUE(Refusal().find("Z.BIN: its sectors") != std::string::npos) << Refusal();
+}
+
+TEST_F(DiscMap, RefusesDirectoriesThatContainThemselves) {
+    // The first records of a directory are its own and that of its parent; a third one names SUB.
+    const std::size_t folder = std::size_t{m_built.directories[1].sector} * 2048;
+    const std::size_t third = folder + m_image.m_bytes[folder] + m_image.m_bytes[folder + m_image.m_bytes[folder]];
+    std::size_t record = third;
+    while (m_image.m_bytes[record + 25] != 2) {
+        record += m_image.m_bytes[record];
+    }
+    test::SetRecord(m_image.m_bytes, record, m_built.directories[0].sector, m_built.directories[0].size);
+    EXPECT_NE(Refusal().find("contains itself"), std::string::npos) << Refusal();
+}
+
+TEST_F(DiscMap, RefusesRecordsThatDoNotFitTheirSector) {
+    for (const std::uint8_t length : {std::uint8_t{255}, std::uint8_t{20}}) {
+        m_image.m_bytes = m_built.bytes;
+        m_image.m_bytes[RecordOf("\\Z.BIN")] = length;
+        if (length == 255) {
+            m_image.m_bytes[RecordOf("\\Z.BIN") + 32] = 254;  // the name
+        }
+        EXPECT_NE(Refusal().find("does not fit its sector"), std::string::npos) << Refusal();
+    }
+}
+
+TEST_F(DiscMap, RefusesOtherBlockSizesAndPathTablesBeyondTheImage) {
+    m_image.m_bytes[16 * 2048 + 129] = 4;
+    EXPECT_NE(Refusal().find("logical blocks of 1024 bytes"), std::string::npos) << Refusal();
+    m_image.m_bytes = m_built.bytes;
+    test::Write32(m_image.m_bytes, 16 * 2048 + 140, 1U << 20U);
+    EXPECT_EQ(Refusal(), "the path table at sector 1048576 lies outside of the image");
+}
+
+TEST_F(DiscMap, ASupplementaryVolumeWithoutDirectories) {
+    // A supplementary descriptor in place of the terminator, whose root is beyond the image.
+    auto& bytes = m_image.m_bytes;
+    std::copy_n(bytes.begin() + 16 * 2048, 2048, bytes.begin() + 17 * 2048);
+    bytes[17 * 2048] = 2;
+    std::copy_n("%/E", 3, bytes.begin() + 17 * 2048 + 88);
+    test::SetRecord(bytes, 17 * 2048 + 156, 1U << 20U, 2048);
+    EXPECT_NE(Refusal().find("the directory at sector 1048576"), std::string::npos) << Refusal();
+    const SDiscMap map = Map(EMapRule::ReachableOnly);
+    ASSERT_EQ(map.warnings.size(), 1U);
+    EXPECT_TRUE(map.warnings[0].starts_with("The directories of the Joliet volume cannot be read")) << map.warnings[0];
+    EXPECT_EQ(map.volumeSizes.size(), 2U);
+}
+
+TEST_F(DiscMap, AnEnhancedVolumeMayShareTheDirectories) {
+    auto& bytes = m_image.m_bytes;
+    std::copy_n(bytes.begin() + 16 * 2048, 2048, bytes.begin() + 17 * 2048);
+    bytes[17 * 2048] = 2;
+    const SDiscMap map = Map();
+    EXPECT_EQ(map.volumeSizes.size(), 2U);
+    EXPECT_EQ(map.places.at(PlaceOf(map, "A.BIN")).names.size(), 1U);
+}
+
+TEST_F(DiscMap, ReadsDirectoriesOnly) {
+    m_description.files.push_back({"LARGE.BIN", Bytes(std::size_t{4} << 20U)});
+    Build();
+    m_image.m_bytesRead = 0;
+    Map();
+    EXPECT_LT(m_image.m_bytesRead, 200'000);
+}
+
+}  // namespace
+}  // namespace vantrel

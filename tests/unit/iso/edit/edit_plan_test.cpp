@@ -1,0 +1,207 @@
+// Plans as data: placements and patches, without writing an image.
+#include "iso/edit/edit_plan.h"
+
+#include <gtest/gtest.h>
+
+#include "files/refused.h"
+#include "tests/unit/iso/edit/memory_image.h"
+
+namespace vantrel {
+namespace {
+
+using test::CMemoryImage;
+using test::EImageKind;
+using test::PlaceOf;
+
+class EditPlan : public testing::Test {
+protected:
+    EditPlan() {
+        m_description.kind = EImageKind::Umd;
+        m_description.files = {{"A.BIN", test::RandomBytes(5000, 1)},
+                               {"B.BIN", test::RandomBytes(3000, 2)},
+                               {"C.BIN", test::RandomBytes(4096, 3), 3},
+                               {"EMPTY.DAT", {}, 0, test::EEmptyFile::SharesSector},
+                               {"Z.BIN", test::RandomBytes(10, 4)}};
+        Build();
+    }
+
+    void Build() {
+        m_built = test::BuildImage(m_description);
+        m_image.m_bytes = m_built.bytes;
+    }
+
+    SEditPlan Plan(const std::vector<std::pair<std::string, std::int64_t>>& changes, SEditRules rules = {}) {
+        const SDiscMap map = ReadDiscMap(m_image, EMapRule::Complete);
+        std::vector<SFileChange> list;
+        for (const auto& [path, size] : changes) {
+            list.push_back({PlaceOf(map, path), size, "new/" + path});
+        }
+        return PlanEdit(m_image, map, list, rules);
+    }
+
+    std::string Refusal(const std::vector<std::pair<std::string, std::int64_t>>& changes, SEditRules rules = {}) {
+        try {
+            Plan(changes, rules);
+        } catch (const CRefused& refused) {
+            return refused.what();
+        }
+        return "not refused";
+    }
+
+    std::uint32_t SectorOf(const std::string& name) const { return m_built.File("\\" + name).sector; }
+    std::uint32_t Sectors() const { return static_cast<std::uint32_t>(m_image.m_bytes.size() / 2048); }
+
+    /// The patch at a position as a 32-bit number at an offset.
+    static std::uint32_t PatchedAt(const SEditPlan& plan, std::int64_t position, std::size_t offset) {
+        for (const SSectorPatch& patch : plan.patches) {
+            if (patch.position == position) {
+                return test::Read32(patch.bytes, offset);
+            }
+        }
+        return 0xDEADBEEF;
+    }
+
+    test::SImageDescription m_description;
+    test::SBuiltImage m_built;
+    CMemoryImage m_image{{}};
+};
+
+TEST_F(EditPlan, AShorterFileStaysAndLeavesZeros) {
+    const SEditPlan plan = Plan({{"A.BIN", 100}});
+    ASSERT_EQ(plan.edits.size(), 1U);
+    EXPECT_FALSE(plan.edits[0].IsMoved());
+    EXPECT_EQ(plan.edits[0].names, (std::vector<std::string>{"A.BIN"}));
+    EXPECT_EQ(plan.edits[0].source, "new/A.BIN");
+    const std::int64_t start = std::int64_t{SectorOf("A.BIN")} * 2048;
+    EXPECT_EQ(plan.zeros, (std::vector<SImageArea>{{start + 100, 3 * 2048 - 100}}));
+    const auto record = static_cast<std::int64_t>(m_built.File("\\A.BIN").recordOffset);
+    ASSERT_EQ(plan.patches.size(), 1U);
+    EXPECT_EQ(PatchedAt(plan, record + 2, 0), SectorOf("A.BIN"));
+    EXPECT_EQ(PatchedAt(plan, record + 2, 4), __builtin_bswap32(SectorOf("A.BIN")));
+    EXPECT_EQ(PatchedAt(plan, record + 2, 8), 100U);
+    EXPECT_EQ(PatchedAt(plan, record + 2, 12), __builtin_bswap32(100));
+    EXPECT_EQ(plan.newLength, plan.oldLength);
+    EXPECT_EQ(plan.unchanged, 4);
+}
+
+TEST_F(EditPlan, TheSameLengthChangesNoStructure) {
+    const SEditPlan plan = Plan({{"A.BIN", 5000}});
+    EXPECT_TRUE(plan.patches.empty());
+    EXPECT_EQ(plan.zeros.size(), 1U) << "the rest of the last sector";
+}
+
+TEST_F(EditPlan, AFileGrowsIntoFreeSectorsAndNotFurther) {
+    // Three sectors are free behind B.
+    EXPECT_FALSE(Plan({{"B.BIN", 5 * 2048}}).edits[0].IsMoved());
+    const SEditPlan plan = Plan({{"B.BIN", 5 * 2048 + 1}});
+    EXPECT_EQ(plan.edits[0].to, Sectors());
+    EXPECT_EQ(plan.SectorsAdded(), 6);
+    EXPECT_EQ(PatchedAt(plan, 16 * 2048 + 80, 0), m_built.volumeSectors + 6);
+    EXPECT_EQ(PatchedAt(plan, 16 * 2048 + 80, 4), __builtin_bswap32(m_built.volumeSectors + 6));
+}
+
+TEST_F(EditPlan, SectorsWithDataAreNotFree) {
+    m_image.m_bytes[(std::size_t{SectorOf("B.BIN")} + 4) * 2048 + 7] = 1;
+    EXPECT_FALSE(Plan({{"B.BIN", 4 * 2048}}).edits[0].IsMoved());
+    EXPECT_TRUE(Plan({{"B.BIN", 5 * 2048}}).edits[0].IsMoved());
+}
+
+TEST_F(EditPlan, OnlyOneFileTakesFreeSectors) {
+    m_description.files[2] = {"C.BIN", {}, 0, test::EEmptyFile::OwnsSector};
+    m_description.files[3].holeBefore = 4;
+    Build();
+    // C lies at the first of the free sectors behind B; B takes them first.
+    const SEditPlan plan = Plan({{"B.BIN", 4 * 2048}, {"C.BIN", 2048}});
+    ASSERT_EQ(plan.edits.size(), 2U);
+    EXPECT_FALSE(plan.edits[0].IsMoved());
+    EXPECT_TRUE(plan.edits[1].IsMoved());
+}
+
+TEST_F(EditPlan, AFilledFileStaysAtASectorOfItsOwnOnly) {
+    EXPECT_EQ(Plan({{"EMPTY.DAT", 10}}).edits[0].to, Sectors()) << "it shares the sector of Z";
+    m_description.files[3].whenEmpty = test::EEmptyFile::OwnsSector;
+    Build();
+    EXPECT_FALSE(Plan({{"EMPTY.DAT", 2048}}).edits[0].IsMoved());
+    EXPECT_TRUE(Plan({{"EMPTY.DAT", 2049}}).edits[0].IsMoved());
+}
+
+TEST_F(EditPlan, MovedFilesLieBehindEachOtherAndLeaveZeros) {
+    const SEditPlan plan = Plan({{"Z.BIN", 9000}, {"A.BIN", 70000}});
+    ASSERT_EQ(plan.edits.size(), 2U);
+    EXPECT_EQ(plan.edits[0].names[0], "A.BIN");
+    EXPECT_EQ(plan.edits[0].to, Sectors());
+    EXPECT_EQ(plan.edits[1].from, SectorOf("Z.BIN"));
+    // Z is the last file, but free sectors behind it belong to no image.
+    EXPECT_EQ(plan.edits[1].to, Sectors() + 35);
+    EXPECT_EQ(plan.newLength, (std::int64_t{Sectors()} + 35 + 5) * 2048);
+    ASSERT_EQ(plan.zeros.size(), 4U);
+    EXPECT_EQ(plan.zeros[0], (SImageArea{std::int64_t{SectorOf("A.BIN")} * 2048, 3 * 2048}));
+    EXPECT_EQ(plan.zeros[2].End(), std::int64_t{plan.edits[1].to} * 2048);
+}
+
+TEST_F(EditPlan, FreeSectorsAtTheEndHoldMovedFilesWithoutGrowth) {
+    m_description.tailSectors = 10;
+    Build();
+    const SEditPlan plan = Plan({{"A.BIN", 4 * 2048}});
+    EXPECT_EQ(plan.edits[0].to, SectorOf("Z.BIN") + 1);
+    EXPECT_EQ(plan.SectorsAdded(), 0);
+    EXPECT_EQ(plan.patches.size(), 1U);
+}
+
+TEST_F(EditPlan, ThePostgapMovesToTheNewEnd) {
+    m_description.kind = EImageKind::Cd;
+    m_description.postgap = test::EPostgap::Uncounted;
+    Build();
+    const std::size_t start = m_image.m_bytes.size() - 150 * 2048;
+    std::copy_n("postgap", 7, m_image.m_bytes.begin() + static_cast<std::ptrdiff_t>(start));
+    const SEditPlan plan = Plan({{"Z.BIN", 5000}});
+    EXPECT_EQ(plan.edits[0].to, Sectors() - 150);
+    EXPECT_EQ(plan.SectorsAdded(), 3);
+    const std::int64_t moved = (std::int64_t{Sectors()} - 150 + 3) * 2048;
+    const auto patch = std::find_if(plan.patches.begin(), plan.patches.end(),
+                                    [moved](const SSectorPatch& a) { return a.position == moved; });
+    ASSERT_NE(patch, plan.patches.end());
+    EXPECT_EQ(patch->bytes.size(), 150U * 2048);
+    EXPECT_EQ(patch->bytes[0], 'p');
+    EXPECT_EQ(PatchedAt(plan, 16 * 2048 + 80, 0), m_built.volumeSectors + 3) << "the difference to the length stays";
+}
+
+TEST_F(EditPlan, APartialLastSectorIsCompletedByGrowthOnly) {
+    m_image.m_bytes.resize(m_image.m_bytes.size() - 2048 + 10);
+    EXPECT_EQ(Plan({{"Z.BIN", 4}}).newLength, m_image.Size());
+    EXPECT_EQ(Plan({{"Z.BIN", 11}}).newLength, m_image.Size() + 2038);
+    const SEditPlan moved = Plan({{"A.BIN", 9000}});
+    EXPECT_EQ(moved.edits[0].to, Sectors() + 1);
+    EXPECT_EQ(moved.newLength % 2048, 0);
+}
+
+TEST_F(EditPlan, KeepPlacesNamesEveryFileThatDoesNotFit) {
+    EXPECT_EQ(Refusal({{"A.BIN", 7000}, {"B.BIN", 2000}, {"Z.BIN", 4000}}, {true}),
+              "these files no longer fit their places and would have to move: A.BIN (5000 bytes, now 7000), Z.BIN (10 "
+              "bytes, now 4000)");
+    EXPECT_EQ(Refusal({{"A.BIN", 6144}, {"Z.BIN", 2048}}, {true}), "not refused");
+}
+
+TEST_F(EditPlan, LimitsOfFilesAndMedia) {
+    EXPECT_TRUE(Refusal({{"A.BIN", 1LL << 32U}}).starts_with("A.BIN: 4294967296 bytes are too many"));
+    EXPECT_EQ(Refusal({{"A.BIN", 1'790'000'000}}), "not refused");
+    EXPECT_NE(Refusal({{"A.BIN", 1'800'000'000}}).find("a UMD has at most 1800000000"), std::string::npos);
+    m_description.kind = EImageKind::Cd;
+    Build();
+    EXPECT_NE(Refusal({{"A.BIN", 333'000LL * 2048}}).find("a CD has at most 333000"), std::string::npos);
+    m_image.m_bytes[33792] = 0;  // neither CD nor UMD
+    EXPECT_EQ(Refusal({{"A.BIN", 333'000LL * 2048}}), "not refused");
+}
+
+TEST_F(EditPlan, FilesThatCannotBeChanged) {
+    const std::size_t record = m_built.File("\\A.BIN").recordOffset;
+    m_image.m_bytes[record + 1] = 1;
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}), "A.BIN: it has an extended attribute record, so it cannot be changed");
+    EXPECT_EQ(Refusal({{"B.BIN", 10}}), "not refused");
+    m_image.m_bytes[record + 1] = 0;
+    m_image.m_bytes[record + 26] = 1;
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}), "A.BIN: it is interleaved, so it cannot be changed");
+}
+
+}  // namespace
+}  // namespace vantrel
