@@ -62,15 +62,19 @@ public:
         for (std::uint64_t block = 0; block < m_cso.BlockCount(); ++block) {
             plain += m_cso.StoredAs(block) == EStoredAs::Plain ? 1 : 0;
         }
-        return CReport{{"header_size", header.header_size},
-                       {"total_bytes", header.total_bytes},
-                       {"block_size", header.block_size},
-                       {"version", header.version},
-                       {"align", header.align},
-                       {"blocks", m_cso.BlockCount()},
-                       {"plain_blocks", plain},
-                       {"ratio_percent", RatioPercent(m_cso.FileSize(), header.total_bytes)},
-                       {"oddities", Oddities()}};
+        CReport facts{{"header_size", header.header_size},
+                      {"total_bytes", header.total_bytes},
+                      {"block_size", header.block_size},
+                      {"version", header.version},
+                      {"align", header.align},
+                      {"blocks", m_cso.BlockCount()},
+                      {"plain_blocks", plain},
+                      {"ratio_percent", RatioPercent(m_cso.FileSize(), header.total_bytes)},
+                      {"oddities", Oddities()}};
+        if (!m_cso.Problem().empty()) {
+            throw CRefused(m_cso.Problem());
+        }
+        return facts;
     }
 
     std::vector<std::string> MissingParts() const override {

@@ -54,12 +54,16 @@ public:
         for (std::uint32_t frame = 0; frame < m_dax.FrameCount(); ++frame) {
             plain += m_dax.IsPlain(frame) ? 1 : 0;
         }
-        return CReport{{"image_size", m_dax.Header().image_size},
-                       {"version", m_dax.Header().version},
-                       {"frames", m_dax.FrameCount()},
-                       {"plain_frames", plain},
-                       {"ratio_percent", RatioPercent(m_dax.FileSize(), m_dax.Header().image_size)},
-                       {"oddities", Oddities()}};
+        CReport facts{{"image_size", m_dax.Header().image_size},
+                      {"version", m_dax.Header().version},
+                      {"frames", m_dax.FrameCount()},
+                      {"plain_frames", plain},
+                      {"ratio_percent", RatioPercent(m_dax.FileSize(), m_dax.Header().image_size)},
+                      {"oddities", Oddities()}};
+        if (!m_dax.Problem().empty()) {
+            throw CRefused(m_dax.Problem());
+        }
+        return facts;
     }
 
     CStoredBlocks& Stored() override { return m_dax; }
