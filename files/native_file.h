@@ -41,7 +41,10 @@ public:
     /// `path`, which RemoveUnused does not remove while it is open here; see StaysWhenClosed.
     bool OpenTemporary(const std::string& path, ESharing sharing);
     /// Whether a temporary file remains at its path when it is closed.
-    bool StaysWhenClosed() const { return m_temporary == ETemporary::Staying; }
+    bool StaysWhenClosed() const { return m_temporary == ETemporary::Staying || m_temporary == ETemporary::Readable; }
+    /// The path at which further handles can read a temporary file, which `path` was opened as. From then on, it stays
+    /// at its path on Windows. On failure, returns an empty path with LastFileError() set.
+    std::string PathToRead(const std::string& path);
     bool IsOpen() const;
     /// Returns false if the system reports that written data was lost.
     bool Close();
@@ -77,7 +80,9 @@ public:
     void TakeModeOf(const std::string& path);
 
 private:
-    enum class ETemporary { No, Vanishing, Staying };
+    enum class ETemporary { No, Vanishing, Staying, Readable };
+
+    bool Exchange(const std::string& path, bool toRename);
 
     std::intptr_t m_handle = -1;
     ETemporary m_temporary = ETemporary::No;

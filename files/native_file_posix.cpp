@@ -218,6 +218,10 @@ bool CNativeFile::FlushToDisk() {
     return ::fsync(Descriptor(m_handle)) == 0;
 }
 
+std::string CNativeFile::PathToRead(const std::string& path) {
+    return m_temporary == ETemporary::Vanishing ? PathOfDescriptor(Descriptor(m_handle)) : path;
+}
+
 bool CNativeFile::GiveName(const std::string& path, const std::string& name, bool replace) {
     const bool named = m_temporary == ETemporary::Vanishing ? LinkUnnamed(Descriptor(m_handle), path, name, replace)
                                                             : RenameFile(path, name, replace);

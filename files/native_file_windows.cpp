@@ -135,7 +135,44 @@ bool CNativeFile::FlushToDisk() {
     return ::FlushFileBuffers(Handle(m_handle)) != FALSE;
 }
 
-bool CNativeFile::GiveName(const std::string& /*path*/, const std::string& name, bool replace) {
+/// Opens a temporary file again, to rename it or without that right, which keeps others from reading it. A further
+/// handle keeps the file in use meanwhile.
+bool CNativeFile::Exchange(const std::string& path, bool toRename) {
+    const std::wstring wide = WideOf(path);
+    const DWORD access = GENERIC_READ | GENERIC_WRITE;
+    const DWORD share = ShareMode(ESharing::Anyone);
+    const HANDLE between = ::CreateFileW(wide.c_str(), access, share | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                         FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (between == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    ::CloseHandle(Handle(m_handle));
+    m_handle = reinterpret_cast<std::intptr_t>(between);
+    const HANDLE next = ::CreateFileW(wide.c_str(), toRename ? access | DELETE : access, share, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (next == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    ::CloseHandle(between);
+    m_handle = reinterpret_cast<std::intptr_t>(next);
+    return true;
+}
+
+std::string CNativeFile::PathToRead(const std::string& path) {
+    if (m_temporary == ETemporary::Readable) {
+        return path;
+    }
+    if (m_temporary == ETemporary::Vanishing && !MarkForRemoval(Handle(m_handle), false)) {
+        return {};
+    }
+    m_temporary = ETemporary::Readable;
+    return Exchange(path, false) ? path : std::string();
+}
+
+bool CNativeFile::GiveName(const std::string& path, const std::string& name, bool replace) {
+    if (m_temporary == ETemporary::Readable && !Exchange(path, true)) {
+        return false;
+    }
     const bool isMarked = m_temporary == ETemporary::Vanishing;
     if (isMarked && !MarkForRemoval(Handle(m_handle), false)) {
         return false;

@@ -197,6 +197,14 @@ bool COutputFile::Finish() {
     return m_problem.empty();
 }
 
+std::string COutputFile::PathToRead() {
+    const std::string path = m_temporaryPath.empty() ? m_targetPath : m_file.PathToRead(m_temporaryPath);
+    if (path.empty()) {
+        NoteFailure();
+    }
+    return path;
+}
+
 bool COutputFile::Commit() {
     if (!CommitAs(m_targetPath, Replaces(m_manner))) {
         return false;

@@ -86,8 +86,9 @@ public:
     bool Flushes() const { return m_flushes; }
     /// The path of the target, not of the temporary file. If a link is replaced, the path of the file behind it.
     const std::string& TargetPath() const { return m_targetPath; }
-    /// The file that holds the output now: a temporary one until Commit.
-    const std::string& CurrentPath() const { return m_temporaryPath.empty() ? m_targetPath : m_temporaryPath; }
+    /// The path at which further handles can read the output, which is finished. On failure, returns an empty path;
+    /// Problem() then has the cause.
+    std::string PathToRead();
     /// The first failure as a text with the target and the cause; empty if there was none.
     const std::string& Problem() const { return m_problem; }
 

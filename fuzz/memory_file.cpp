@@ -165,7 +165,15 @@ bool CNativeFile::FlushToDisk() {
     return true;
 }
 
-bool CNativeFile::GiveName(const std::string& /*path*/, const std::string& name, bool replace) {
+std::string CNativeFile::PathToRead(const std::string& path) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    disk.files[PlaceOf(path)] = disk.handles[m_handle].content;
+    m_temporary = ETemporary::Readable;
+    return path;
+}
+
+bool CNativeFile::GiveName(const std::string& path, const std::string& name, bool replace) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
     const std::string place = PlaceOf(name);
@@ -177,6 +185,9 @@ bool CNativeFile::GiveName(const std::string& /*path*/, const std::string& name,
         return Refuse("No such file or directory");
     }
     disk.files[place] = disk.handles[m_handle].content;
+    if (m_temporary == ETemporary::Readable) {
+        disk.files.erase(PlaceOf(path));
+    }
     m_temporary = ETemporary::No;
     return true;
 }

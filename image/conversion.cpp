@@ -128,7 +128,11 @@ void ReadBack(const SImageConversion& conversion, COutputFile& output, COperatio
     if (!conversion.readBack) {
         return;
     }
-    const std::unique_ptr<CImageSource> written = OpenImageAs(conversion.form, output.CurrentPath());
+    const std::string path = output.PathToRead();
+    if (path.empty()) {
+        operation.Fail(output.Problem());
+    }
+    const std::unique_ptr<CImageSource> written = OpenImageAs(conversion.form, path);
     const std::int64_t position = FirstDifference(conversion.image, *written, operation);
     RefuseDamaged(*written, conversion.outputPath);
     if (position != conversion.image.Size() || position != written->Size()) {

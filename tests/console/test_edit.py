@@ -121,7 +121,7 @@ class Default(Edited):
         for name in "game.iml", "game.ims", "game.gaps", "files/" + GAMMA:
             result = self.run_here("iml2iso", "-f", "game.iml", "--files", "files", "-o", name)
             self.assertEqual((result.status, result.out), (1, ""), (name, result))
-            self.assertIn(name, result.err)
+            self.assertIn(name, result.err.replace("\\", "/"))
             self.assertEqual((self.state(), self.read("files/" + GAMMA)), (before, content), name)
 
     def test_the_gaps_of_another_export_are_refused(self):
