@@ -37,7 +37,8 @@ protected:
     static int Run(const CTestFolder& folder, std::string& printed) {
         std::vector<std::string> words;
         for (const std::string& word : GetParam().words) {
-            words.push_back(word.starts_with('@') ? folder / word.substr(1) : word);
+            const std::size_t mark = std::min(word.find('@'), word.size());
+            words.push_back(word.substr(0, mark) + (mark < word.size() ? folder / word.substr(mark + 1) : ""));
         }
         const CCapturedOutput output;
         const int status = RunCommandLine(words);
