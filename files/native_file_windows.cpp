@@ -135,27 +135,16 @@ bool CNativeFile::FlushToDisk() {
     return ::FlushFileBuffers(Handle(m_handle)) != FALSE;
 }
 
-/// Opens a temporary file again, to rename it or without that right, which keeps others from reading it. A further
-/// handle keeps the file in use meanwhile.
+/// Opens a temporary file again, to rename it or without that right, which keeps others from reading it. Between both
+/// handles, another process may remove it as unused; opening then fails.
 bool CNativeFile::Exchange(const std::string& path, bool toRename) {
-    const std::wstring wide = WideOf(path);
     const DWORD access = GENERIC_READ | GENERIC_WRITE;
-    const DWORD share = ShareMode(ESharing::Anyone);
-    const HANDLE between = ::CreateFileW(wide.c_str(), access, share | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                         FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (between == INVALID_HANDLE_VALUE) {
-        return false;
-    }
     ::CloseHandle(Handle(m_handle));
-    m_handle = reinterpret_cast<std::intptr_t>(between);
-    const HANDLE next = ::CreateFileW(wide.c_str(), toRename ? access | DELETE : access, share, nullptr, OPEN_EXISTING,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (next == INVALID_HANDLE_VALUE) {
-        return false;
-    }
-    ::CloseHandle(between);
-    m_handle = reinterpret_cast<std::intptr_t>(next);
-    return true;
+    const HANDLE handle =
+        ::CreateFileW(WideOf(path).c_str(), toRename ? access | DELETE : access, ShareMode(ESharing::Anyone), nullptr,
+                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    m_handle = reinterpret_cast<std::intptr_t>(handle);
+    return handle != INVALID_HANDLE_VALUE;
 }
 
 std::string CNativeFile::PathToRead(const std::string& path) {

@@ -118,7 +118,7 @@ class Kill(ConsoleTest):
         self.check(["iso2cso", "-j", "2", "game.iso"], image)
         self.check(["iso2dax", "game.iso"], image)
         self.check(["iso2bin", "game.iso"], {"game.iso": ps2_image(210, 210)})
-        self.check(["convert", "--to", "zso", "game.iso"], image)
+        self.check(["convert", "--to", "zso", "game.iso"], {"game.iso": ps2_image(210, 210)})
         self.check(["convert", "--to", "bin", "game.iso"], {"game.iso": ps2_image(210, 210)})
         self.check(["cso2iso", "game.cso"], self.converted("iso2cso"))
         self.check(["dax2iso", "game.dax"], self.converted("iso2dax"))
