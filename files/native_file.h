@@ -42,8 +42,8 @@ public:
     bool OpenTemporary(const std::string& path, ESharing sharing);
     /// Whether a temporary file remains at its path when it is closed.
     bool StaysWhenClosed() const { return m_temporary == ETemporary::Staying || m_temporary == ETemporary::Readable; }
-    /// The path at which further handles can read a temporary file, which `path` was opened as. From then on, it stays
-    /// at its path on Windows. On failure, returns an empty path with LastFileError() set.
+    /// The path at which further handles can read a temporary file, which `path` was opened as. From then on, nothing
+    /// may be written, and on Windows it stays at its path. On failure, returns an empty path with LastFileError() set.
     std::string PathToRead(const std::string& path);
     bool IsOpen() const;
     /// Returns false if the system reports that written data was lost.

@@ -135,14 +135,13 @@ bool CNativeFile::FlushToDisk() {
     return ::FlushFileBuffers(Handle(m_handle)) != FALSE;
 }
 
-/// Opens a temporary file again, to rename it or without that right, which keeps others from reading it. Between both
-/// handles, another process may remove it as unused; opening then fails.
+/// Opens a temporary file again, to rename it or only to keep it in use, without the rights that keep others from
+/// reading it. Between both handles, another process may remove it as unused; opening then fails.
 bool CNativeFile::Exchange(const std::string& path, bool toRename) {
-    const DWORD access = GENERIC_READ | GENERIC_WRITE;
     ::CloseHandle(Handle(m_handle));
     const HANDLE handle =
-        ::CreateFileW(WideOf(path).c_str(), toRename ? access | DELETE : access, ShareMode(ESharing::Anyone), nullptr,
-                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        ::CreateFileW(WideOf(path).c_str(), toRename ? GENERIC_READ | DELETE : GENERIC_READ,
+                      ShareMode(ESharing::Anyone), nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     m_handle = reinterpret_cast<std::intptr_t>(handle);
     return handle != INVALID_HANDLE_VALUE;
 }
