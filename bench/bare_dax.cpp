@@ -8,9 +8,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <string_view>
 #include <vector>
+
+#include "bench/bare_files.h"
 
 namespace {
 
@@ -19,10 +20,6 @@ constexpr std::size_t kRoom = 9216;
 constexpr long kSizeOffset = 4;
 constexpr long kTables = 32;
 
-struct SFileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, SFileCloser>;
 using Bytes = std::vector<unsigned char>;
 
 /// Calls `step`, which is deflate or inflate, for all of the input. Returns the number of bytes in the output.

@@ -9,17 +9,11 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/bare_files.h"
 #include "compress/lz4_decoder.h"
 #include "compress/lz4_encoder.h"
 
 namespace {
-
-constexpr std::size_t kBlock = 2048;
-
-struct SFileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, SFileCloser>;
 
 int Compress(std::FILE* input, std::FILE* output) {
     std::vector<std::uint8_t> block(kBlock);
@@ -33,14 +27,8 @@ int Compress(std::FILE* input, std::FILE* output) {
 }
 
 int Expand(std::FILE* input, std::FILE* output) {
-    std::uint64_t total = 0;
-    std::fseek(input, 8, SEEK_SET);
-    if (std::fread(&total, 1, sizeof total, input) != sizeof total) {
-        return EXIT_FAILURE;
-    }
-    std::vector<std::uint32_t> index(total / kBlock + 1);
-    std::fseek(input, 24, SEEK_SET);
-    if (std::fread(index.data(), sizeof(std::uint32_t), index.size(), input) != index.size()) {
+    const std::vector<std::uint32_t> index = ReadIndex(input);
+    if (index.empty()) {
         return EXIT_FAILURE;
     }
     std::vector<std::uint8_t> stored(2 * kBlock);

@@ -8,19 +8,14 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <string_view>
 #include <vector>
 
+#include "bench/bare_files.h"
+
 namespace {
 
-constexpr std::size_t kBlock = 2048;
 constexpr int kRawWindow = -15;
-
-struct SFileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, SFileCloser>;
 
 int Deflate(int level, bool reused, std::FILE* input, std::FILE* output) {
     std::vector<unsigned char> block(kBlock);
@@ -53,14 +48,8 @@ int Deflate(int level, bool reused, std::FILE* input, std::FILE* output) {
 }
 
 int Inflate(bool reused, std::FILE* input, std::FILE* output) {
-    std::uint64_t total = 0;
-    std::fseek(input, 8, SEEK_SET);
-    if (std::fread(&total, 1, sizeof total, input) != sizeof total) {
-        return EXIT_FAILURE;
-    }
-    std::vector<std::uint32_t> index(total / kBlock + 1);
-    std::fseek(input, 24, SEEK_SET);
-    if (std::fread(index.data(), sizeof(std::uint32_t), index.size(), input) != index.size()) {
+    const std::vector<std::uint32_t> index = ReadIndex(input);
+    if (index.empty()) {
         return EXIT_FAILURE;
     }
     std::vector<unsigned char> stored(2 * kBlock);

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Fails, and names the places, if a source includes a header of a room that its own room does not declare to use.
+"""Fails, and names the places, if a source includes a header of a room that its own room does not declare to use, or if
+headers of two rooms define types of the same name.
 
     check_rooms.py ROOMS_FILE
 
 ROOMS_FILE is the rooms.txt of a build: one line per target with its folder, its name and the rooms it uses. The linker
-does not notice a wrong include of a header that needs no library.
+notices neither a wrong include of a header that needs no library nor two types of one name, whose functions it mixes up.
 """
 import os
 import re
@@ -47,7 +48,7 @@ def room_of(path, rooms):
 def main():
     allowed = declared(sys.argv[1])
     sources = subprocess.run(["git", "-C", ROOT, "ls-files", "*.cpp", "*.h"], capture_output=True, text=True, check=True)
-    wrong = []
+    wrong, defined = [], {}
     for source in sources.stdout.split():
         room = room_of(source, allowed)
         path = os.path.join(ROOT, source)
@@ -59,6 +60,9 @@ def main():
                 other = room_of(found.group(1), allowed) if found else None
                 if other and other not in allowed[room]:
                     wrong.append(f"{source}:{number}: {room} does not declare to use {other}")
+                found = re.match(r"(?:struct|class) (\w+)[^;]*$", line) if source.endswith(".h") else None
+                if found and defined.setdefault(found.group(1), source) != source:
+                    wrong.append(f"{source}:{number}: {found.group(1)} is also defined in {defined[found.group(1)]}")
     print("\n".join(wrong) or f"{len(allowed)} rooms include only what they declare to use")
     return 1 if wrong else 0
 

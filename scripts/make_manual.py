@@ -99,7 +99,7 @@ def manual(commands, version):
             "left. A signal that is ignored at the start, as under nohup, stays ignored.", ".TP", "141",
             "Nobody reads the results any more: the pipe was closed.", ".SH FILES",
             "Results go to standard output, messages to standard error. On a terminal a line on standard error "
-            "tells how far a conversion is."]
+            "shows the progress of a conversion."]
     return "\n".join(out) + "\n"
 
 

@@ -65,7 +65,7 @@ public:
     void Read() {
         Enter({}, m_volume.descriptor.rootRecord.extentLocation.Value());
         for (std::size_t i = 0; i < m_tree.folders.size() && !IsFull(); ++i) {
-            const STreeFolder folder = m_tree.folders[i];  // a copy: the list grows meanwhile
+            const SDiscFolder folder = m_tree.folders[i];  // a copy: the list grows meanwhile
             m_continues = false;
             m_isFirst = true;
             m_reader.Visit(
@@ -94,7 +94,7 @@ private:
         }
     }
 
-    void AddMissingSelf(const STreeFolder& folder) {
+    void AddMissingSelf(const SDiscFolder& folder) {
         m_problems.Add(Format("%s (sector %u) does not begin with its own record",
                               NameOfFolder(m_tree, folder.path).c_str(), folder.sector));
     }
@@ -104,7 +104,7 @@ private:
         return name.substr(0, name.find(kVersionSeparator));
     }
 
-    void Visit(const STreeFolder& folder, const SDirectoryEntry& entry) {
+    void Visit(const SDiscFolder& folder, const SDirectoryEntry& entry) {
         const bool isSelf = entry.name.size() == 1 && entry.name[0] == '\0';
         if (std::exchange(m_isFirst, false) && (!isSelf || entry.record.extentLocation.Value() != folder.sector)) {
             AddMissingSelf(folder);
@@ -140,7 +140,7 @@ private:
         if (!m_continues || m_tree.files.back().path != path) {
             m_tree.files.push_back({path, {}, extent.sector, 0});
         }
-        STreeFile& file = m_tree.files.back();
+        SDiscFile& file = m_tree.files.back();
         AddExtent(file.extents, extent);
         file.size += extent.size;
         m_continues = (record.flags & kFileFlagContinued) != 0;

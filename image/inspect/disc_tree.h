@@ -18,14 +18,14 @@ namespace vantrel {
 /// Sector of the first volume descriptor.
 inline constexpr std::uint32_t kFirstDescriptor = 16;
 
-struct STreeFile {
+struct SDiscFile {
     std::string path;              ///< folders and name in UTF-8, separated by '/', without version
     std::vector<SExtent> extents;  ///< adjacent ones joined; none if the file is empty
     std::uint32_t sector = 0;      ///< the recorded one, also of an empty file
     std::int64_t size = 0;
 };
 
-struct STreeFolder {
+struct SDiscFolder {
     std::string path;           ///< empty for the root
     std::uint32_t sector = 0;   ///< first sector
     std::uint32_t sectors = 0;  ///< those that the image holds
@@ -33,8 +33,8 @@ struct STreeFolder {
 
 struct SDiscTree {
     std::string prefix;  ///< for messages: empty, or the name of the tree with a colon
-    std::vector<STreeFile> files;
-    std::vector<STreeFolder> folders;  ///< the root first; of UDF none
+    std::vector<SDiscFile> files;
+    std::vector<SDiscFolder> folders;  ///< the root first; of UDF none
 };
 
 /// A volume of ISO 9660.

@@ -29,7 +29,7 @@ void CheckOverlaps(const SDiscTree& tree, const std::vector<SNamedArea>& areas, 
     for (const SNamedArea& area : areas) {
         all.push_back({&area.extent, &area.name});
     }
-    for (const STreeFile& file : tree.files) {
+    for (const SDiscFile& file : tree.files) {
         for (const SExtent& extent : file.extents) {
             all.push_back({&extent, &file.path});
         }

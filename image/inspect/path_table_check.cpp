@@ -89,8 +89,8 @@ std::vector<SPlacedTable> TablesOf(const SPrimaryVolumeDescriptor& descriptor) {
 
 /// Compares a table with the directories. They have the same folders, each with the sector of its parent.
 void CheckAgainstTree(CTable table, const SDiscTree& tree, CLimitedLines& problems) {
-    std::unordered_map<std::uint32_t, const STreeFolder*> missing;
-    for (const STreeFolder& folder : tree.folders) {
+    std::unordered_map<std::uint32_t, const SDiscFolder*> missing;
+    for (const SDiscFolder& folder : tree.folders) {
         missing.emplace(folder.sector, &folder);
     }
     const auto known = missing;
@@ -118,7 +118,7 @@ void CheckAgainstTree(CTable table, const SDiscTree& tree, CLimitedLines& proble
     if (!table.IsAtEnd()) {
         problems.Add(Format("%sthe path table ends before its length", tree.prefix.c_str()));
     }
-    for (const STreeFolder& folder : tree.folders) {
+    for (const SDiscFolder& folder : tree.folders) {
         if (missing.count(folder.sector) != 0) {
             problems.Add(
                 Format("%sthe path table lacks %s", tree.prefix.c_str(), NameOfFolder({}, folder.path).c_str()));

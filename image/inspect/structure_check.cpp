@@ -137,7 +137,7 @@ private:
     }
 
     void CheckInside(const SDiscTree& tree, CLimitedLines& problems) const {
-        for (const STreeFile& file : tree.files) {
+        for (const SDiscFile& file : tree.files) {
             const bool isInside =
                 file.size == 0 ? file.sector <= SectorsFor(m_image.Size())
                                : std::all_of(file.extents.begin(), file.extents.end(),
@@ -157,7 +157,7 @@ private:
             for (const SExtent& place : PathTablePlaces(volume.descriptor)) {
                 areas.push_back({place, volume.tree.prefix + "a path table"});
             }
-            for (const STreeFolder& folder : volume.tree.folders) {
+            for (const SDiscFolder& folder : volume.tree.folders) {
                 areas.push_back(
                     {{folder.sector, folder.sectors * kSectorSize}, NameOfFolder(volume.tree, folder.path)});
             }

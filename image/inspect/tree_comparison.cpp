@@ -9,7 +9,7 @@ namespace vantrel {
 
 namespace {
 
-bool SamePlace(const STreeFile& a, const STreeFile& b) {
+bool SamePlace(const SDiscFile& a, const SDiscFile& b) {
     return a.size == b.size && a.extents == b.extents;
 }
 
@@ -17,7 +17,7 @@ bool SamePlace(const STreeFile& a, const STreeFile& b) {
 class CTreeIndex {
 public:
     explicit CTreeIndex(const SDiscTree& tree) {
-        for (const STreeFile& file : tree.files) {
+        for (const SDiscFile& file : tree.files) {
             const auto [entry, isNew] = m_byName.try_emplace(FoldedPath(file.path), &file);
             if (!isNew) {
                 entry->second = nullptr;
@@ -30,55 +30,55 @@ public:
     }
 
     /// The file of that name in any case; null if there is none, or several.
-    const STreeFile* ByName(const STreeFile& file) const {
+    const SDiscFile* ByName(const SDiscFile& file) const {
         const auto found = m_byName.find(FoldedPath(file.path));
         return found == m_byName.end() ? nullptr : found->second;
     }
 
     /// A file with the same content; null if there is none.
-    const STreeFile* ByPlace(const STreeFile& file) const {
+    const SDiscFile* ByPlace(const SDiscFile& file) const {
         const auto found = m_byPlace.find(PlaceKey(file));
         return found == m_byPlace.end() || !SamePlace(*found->second, file) ? nullptr : found->second;
     }
 
     /// A file that begins in the same sector; null if there is none.
-    const STreeFile* ByStart(const STreeFile& file) const {
+    const SDiscFile* ByStart(const SDiscFile& file) const {
         const auto found = m_byStart.find(file.sector);
         return found == m_byStart.end() ? nullptr : found->second;
     }
 
 private:
     /// The same for the same place, and hardly ever for another one.
-    static std::uint64_t PlaceKey(const STreeFile& file) {
+    static std::uint64_t PlaceKey(const SDiscFile& file) {
         return (std::uint64_t{file.sector} << 32U) ^ static_cast<std::uint64_t>(file.size);
     }
 
-    std::unordered_map<std::string, const STreeFile*> m_byName;
-    std::unordered_map<std::uint32_t, const STreeFile*> m_byStart;
-    std::unordered_map<std::uint64_t, const STreeFile*> m_byPlace;
+    std::unordered_map<std::string, const SDiscFile*> m_byName;
+    std::unordered_map<std::uint32_t, const SDiscFile*> m_byStart;
+    std::unordered_map<std::uint64_t, const SDiscFile*> m_byPlace;
 };
 
 /// The file of the other tree that should have the same place as `file` and does not; null if there is none.
 ///
 /// Where names are shortened, the name of one file can be that of another file in the other tree. Hence a place that
 /// the other tree knows is right, unless it has a name there that belongs to another place here.
-const STreeFile* Contradiction(const STreeFile& file, const CTreeIndex& tree, const CTreeIndex& other) {
-    const STreeFile* const namesake = tree.ByName(file) == nullptr ? nullptr : other.ByName(file);
+const SDiscFile* Contradiction(const SDiscFile& file, const CTreeIndex& tree, const CTreeIndex& other) {
+    const SDiscFile* const namesake = tree.ByName(file) == nullptr ? nullptr : other.ByName(file);
     if (namesake != nullptr && SamePlace(*namesake, file)) {
         return nullptr;
     }
     if (file.extents.empty()) {
         return namesake != nullptr && tree.ByPlace(*namesake) == nullptr ? namesake : nullptr;
     }
-    const STreeFile* const same = other.ByPlace(file);
+    const SDiscFile* const same = other.ByPlace(file);
     if (same == nullptr) {
         return namesake != nullptr ? namesake : other.ByStart(file);
     }
-    const STreeFile* const owner = tree.ByName(*same);
+    const SDiscFile* const owner = tree.ByName(*same);
     return owner != nullptr && !SamePlace(*owner, *same) ? namesake : nullptr;
 }
 
-std::string PlaceText(const STreeFile& file) {
+std::string PlaceText(const SDiscFile& file) {
     return file.size == 0 ? "empty"
                           : Format("at sector %u with %lld bytes", file.sector, static_cast<long long>(file.size));
 }
@@ -88,8 +88,8 @@ std::string PlaceText(const STreeFile& file) {
 void CompareTrees(const SDiscTree& tree, const SDiscTree& other, CLimitedLines& problems) {
     const CTreeIndex index(tree);
     const CTreeIndex otherIndex(other);
-    for (const STreeFile& file : tree.files) {
-        if (const STreeFile* const wrong = Contradiction(file, index, otherIndex)) {
+    for (const SDiscFile& file : tree.files) {
+        if (const SDiscFile* const wrong = Contradiction(file, index, otherIndex)) {
             problems.Add(Format("%s is %s; %s%s is %s", file.path.c_str(), PlaceText(file).c_str(),
                                 other.prefix.c_str(), wrong->path.c_str(), PlaceText(*wrong).c_str()));
         }

@@ -32,24 +32,23 @@ public:
         m_imageLength = m_image.SizeOrFail();
     }
 
-    /// Shows notices about everything that the layout cannot represent.
+    /// Tells everything that the layout cannot represent. What keeps it from being rebuilt counts as a warning.
     void NotifyLimits() {
         for (const std::string& notice : m_walked.notices) {
             m_operation.Notify(notice);
         }
         if (KindByApplication(m_walked.mediaId, m_walked.mediaSub) == ImageKind::Unknown) {
-            m_operation.Notify("The image is of no known medium; the layout names none and cannot be rebuilt");
+            m_operation.Warn("The image is of no known medium; the layout names none and cannot be rebuilt");
         }
         if (EndsBeyondDiscs(m_walked)) {
-            m_operation.Notify(
-                Format("The volume of %s has %u sectors, more than any disc; its layout cannot be rebuilt",
-                       m_request.imagePath.c_str(), m_walked.volumeSectors));
+            m_operation.Warn(Format("The volume of %s has %u sectors, more than any disc; its layout cannot be rebuilt",
+                                    m_request.imagePath.c_str(), m_walked.volumeSectors));
         }
         const auto beyond = std::count_if(m_walked.files.begin(), m_walked.files.end(),
                                           [this](const SWalkedFile& file) { return IsBeyond(file); });
         if (beyond > 0) {
-            m_operation.Notify(Format("%s ends before %d of the listed files do", m_request.imagePath.c_str(),
-                                      static_cast<int>(beyond)));
+            m_operation.Warn(Format("%s ends before %d of the listed files do", m_request.imagePath.c_str(),
+                                    static_cast<int>(beyond)));
         }
     }
 

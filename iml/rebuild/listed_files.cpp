@@ -16,7 +16,7 @@ CListedFiles::CListedFiles(const SRebuildRequest& request, COperation& operation
       m_replacedLength(FileSizeOf(request.outputPath)) {}
 
 std::string CListedFiles::OpenOrFail(const std::string& listedPath, CCheckedInput& file) {
-    const std::string found = m_resolver.Resolve(listedPath);
+    std::string found = m_resolver.Resolve(listedPath);
     // Reading a pipe or a device might never end.
     const EFileKind kind = FileKindOf(found);
     if (kind != EFileKind::File || !file.Open(found)) {

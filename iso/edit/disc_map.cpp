@@ -260,7 +260,7 @@ private:
         for (const auto& [path, place] : byPath) {
             if (!areAllLinked) {
                 m_map.places[place].obstacle =
-                    "is empty, and its record in another volume cannot be told from those of other empty files";
+                    "is empty, and its Joliet or UDF record cannot be identified among those of other empty files";
             }
         }
     }

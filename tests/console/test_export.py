@@ -23,6 +23,15 @@ class Export(ConsoleTest):
         self.write(name, image)
         return bytes(image)
 
+    def test_a_layout_that_cannot_be_rebuilt_is_no_success(self):
+        image = bytearray(self.master("odd.iso", game="first"))
+        image[33343] = ord("X")  # neither PlayStation 2 nor PSP
+        self.write("odd.iso", image)
+        result = self.run_here("iso2iml", "odd.iso")
+        self.assertEqual(result.status, 1, result)
+        self.assertIn("no known medium", result.out + result.err)
+        self.assertTrue(os.path.exists(self.path("odd.iml")))
+
     def test_several_images_have_folders_of_their_own(self):
         one = self.master("one.v1.iso", game="first", only1="1")
         two = self.master("two.iso", game="second")

@@ -199,7 +199,7 @@ class Reports(Replacing):
 
 
 class Limits(Replacing):
-    """What the media and the format cannot hold is told before anything is written."""
+    """Content that exceeds the medium or the format is refused before anything is written."""
 
     def sparse(self, name, size):
         with open(self.path(name), "wb") as file:

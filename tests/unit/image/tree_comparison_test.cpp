@@ -10,11 +10,11 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-STreeFile File(const char* path, std::uint32_t sector, std::int64_t size) {
+SDiscFile File(const char* path, std::uint32_t sector, std::int64_t size) {
     return {path, size == 0 ? std::vector<SExtent>() : std::vector<SExtent>{{sector, size}}, sector, size};
 }
 
-std::vector<std::string> Compared(const std::vector<STreeFile>& files, const std::vector<STreeFile>& others) {
+std::vector<std::string> Compared(const std::vector<SDiscFile>& files, const std::vector<SDiscFile>& others) {
     CLimitedLines problems("more");
     CompareTrees({"", files, {}}, {"UDF: ", others, {}}, problems);
     return problems.Lines();

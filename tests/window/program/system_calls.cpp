@@ -4,6 +4,8 @@
 
 #include <cwchar>
 
+#include "tests/window/replaced_call.h"
+
 namespace vantrel::test {
 
 SSystemCalls g_calls;
@@ -110,25 +112,13 @@ BOOL WINAPI RecordSaveDialog(OPENFILENAMEW* record) {
 }  // namespace
 }  // namespace vantrel::test
 
-extern "C" {
-extern const decltype(&EnableWindow) __imp_EnableWindow;
-extern const decltype(&DragAcceptFiles) __imp_DragAcceptFiles;
-extern const decltype(&SetTimer) __imp_SetTimer;
-extern const decltype(&PatBlt) __imp_PatBlt;
-extern const decltype(&SystemParametersInfoW) __imp_SystemParametersInfoW;
-extern const decltype(&LoadLibraryW) __imp_LoadLibraryW;
-extern const decltype(&LoadLibraryExW) __imp_LoadLibraryExW;
-extern const decltype(&MessageBoxW) __imp_MessageBoxW;
-extern const decltype(&GetOpenFileNameW) __imp_GetOpenFileNameW;
-extern const decltype(&GetSaveFileNameW) __imp_GetSaveFileNameW;
-const decltype(&EnableWindow) __imp_EnableWindow = vantrel::test::RecordEnable;
-const decltype(&DragAcceptFiles) __imp_DragAcceptFiles = vantrel::test::RecordDrops;
-const decltype(&SetTimer) __imp_SetTimer = vantrel::test::RecordTimer;
-const decltype(&PatBlt) __imp_PatBlt = vantrel::test::RecordFrame;
-const decltype(&SystemParametersInfoW) __imp_SystemParametersInfoW = vantrel::test::AnswerSetting;
-const decltype(&LoadLibraryW) __imp_LoadLibraryW = vantrel::test::RecordLibrary;
-const decltype(&LoadLibraryExW) __imp_LoadLibraryExW = vantrel::test::RefuseLibraryFlags;
-const decltype(&MessageBoxW) __imp_MessageBoxW = vantrel::test::RecordBox;
-const decltype(&GetOpenFileNameW) __imp_GetOpenFileNameW = vantrel::test::RecordOpenDialog;
-const decltype(&GetSaveFileNameW) __imp_GetSaveFileNameW = vantrel::test::RecordSaveDialog;
-}
+REPLACE_CALL(EnableWindow, vantrel::test::RecordEnable)
+REPLACE_CALL(DragAcceptFiles, vantrel::test::RecordDrops)
+REPLACE_CALL(SetTimer, vantrel::test::RecordTimer)
+REPLACE_CALL(PatBlt, vantrel::test::RecordFrame)
+REPLACE_CALL(SystemParametersInfoW, vantrel::test::AnswerSetting)
+REPLACE_CALL(LoadLibraryW, vantrel::test::RecordLibrary)
+REPLACE_CALL(LoadLibraryExW, vantrel::test::RefuseLibraryFlags)
+REPLACE_CALL(MessageBoxW, vantrel::test::RecordBox)
+REPLACE_CALL(GetOpenFileNameW, vantrel::test::RecordOpenDialog)
+REPLACE_CALL(GetSaveFileNameW, vantrel::test::RecordSaveDialog)

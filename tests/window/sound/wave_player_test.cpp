@@ -11,6 +11,7 @@
 #include "files/utf.h"
 #include "tests/support/test_folder.h"
 #include "tests/window/driver/poll.h"
+#include "tests/window/replaced_call.h"
 
 namespace vantrel::test {
 namespace {
@@ -90,25 +91,14 @@ MMRESULT WINAPI Close(HWAVEOUT) {
 }  // namespace
 }  // namespace vantrel::test
 
-// The player calls the functions of winmm.dll through these pointers, which the import library would define.
-extern "C" {
-extern const decltype(&waveOutOpen) __imp_waveOutOpen;
-extern const decltype(&waveOutPrepareHeader) __imp_waveOutPrepareHeader;
-extern const decltype(&waveOutWrite) __imp_waveOutWrite;
-extern const decltype(&waveOutUnprepareHeader) __imp_waveOutUnprepareHeader;
-extern const decltype(&waveOutPause) __imp_waveOutPause;
-extern const decltype(&waveOutRestart) __imp_waveOutRestart;
-extern const decltype(&waveOutReset) __imp_waveOutReset;
-extern const decltype(&waveOutClose) __imp_waveOutClose;
-const decltype(&waveOutOpen) __imp_waveOutOpen = vantrel::test::Open;
-const decltype(&waveOutPrepareHeader) __imp_waveOutPrepareHeader = vantrel::test::Prepare;
-const decltype(&waveOutWrite) __imp_waveOutWrite = vantrel::test::Write;
-const decltype(&waveOutUnprepareHeader) __imp_waveOutUnprepareHeader = vantrel::test::Unprepare;
-const decltype(&waveOutPause) __imp_waveOutPause = vantrel::test::Pause;
-const decltype(&waveOutRestart) __imp_waveOutRestart = vantrel::test::Restart;
-const decltype(&waveOutReset) __imp_waveOutReset = vantrel::test::Reset;
-const decltype(&waveOutClose) __imp_waveOutClose = vantrel::test::Close;
-}
+REPLACE_CALL(waveOutOpen, vantrel::test::Open)
+REPLACE_CALL(waveOutPrepareHeader, vantrel::test::Prepare)
+REPLACE_CALL(waveOutWrite, vantrel::test::Write)
+REPLACE_CALL(waveOutUnprepareHeader, vantrel::test::Unprepare)
+REPLACE_CALL(waveOutPause, vantrel::test::Pause)
+REPLACE_CALL(waveOutRestart, vantrel::test::Restart)
+REPLACE_CALL(waveOutReset, vantrel::test::Reset)
+REPLACE_CALL(waveOutClose, vantrel::test::Close)
 
 namespace vantrel::test {
 namespace {

@@ -100,6 +100,17 @@ protected:
         std::copy(word.begin(), word.end(), image.begin() + static_cast<std::ptrdiff_t>(start));
     }
 
+    /// The image of a PlayStation 2 CD with these files: first sector and content.
+    test::Bytes CdWith(const std::vector<std::pair<std::size_t, test::Bytes>>& files) const {
+        test::Bytes image = m_leading;
+        for (const auto& [sector, content] : files) {
+            Put(image, sector, Padded(content));
+        }
+        PutPostgap(image);
+        PutVolumeSize(image);
+        return image;
+    }
+
     test::CTestFolder m_folder;
     std::string m_prefix = m_folder.Path();
     test::SLayoutDescription m_layout;
