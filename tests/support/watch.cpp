@@ -16,13 +16,16 @@ constexpr std::array<const char*, 19> kNames = {
     "open",   "close", "read",   "read the end of", "write", "copy into", "seek", "size",  "resize", "look at",
     "rename", "link",  "remove", "make folder",     "list",  "duplicate", "lock", "flush", "mark"};
 
-/// "a\.vantrel-01234567.tmp/b" becomes "a/.vantrel-*.tmp/b".
+/// "a\.vantrel-01234567.tmp\b" becomes "a/.vantrel-*.tmp/b".
 std::string Simplified(std::string path) {
     static constexpr std::string_view kBeginning = ".vantrel-";
     static constexpr std::size_t kDigits = 8;
     std::replace(path.begin(), path.end(), '\\', '/');
-    const std::size_t start = path.find(kBeginning);
-    return start == std::string::npos ? path : path.replace(start + kBeginning.size(), kDigits, "*");
+    for (std::size_t start = path.find(kBeginning); start != std::string::npos;
+         start = path.find(kBeginning, start + kBeginning.size())) {
+        path.replace(start + kBeginning.size(), kDigits, "*");
+    }
+    return path;
 }
 
 }  // namespace

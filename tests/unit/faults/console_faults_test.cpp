@@ -99,18 +99,20 @@ private:
         return names;
     }
 
-    /// Calls whose failure may be harmless: closing an unchanged file, reading at its end, examining a path, copying
-    /// within the system, protecting a temporary file from other processes or from the end of this one, and removing
-    /// temporary files: a removal is retried, and the next run removes what was not found in a folder.
+    static bool IsFolder(const SCall& call) { return call.file.empty() || call.file.ends_with('/'); }
+
+    /// Calls whose failure may be harmless: closing an unchanged file or a folder, reading at its end, examining a
+    /// path, copying within the system, protecting a temporary file from other processes or from the end of this one,
+    /// and removing temporary files: a removal is retried, and the next run removes what was not found in a folder.
     bool MayPass(const SCall& call) const {
         switch (call.kind) {
             case ECall::Close:
-                return !call.written || m_after == m_before || call.file.ends_with("/lock") ||
+                return !call.written || m_after == m_before || IsFolder(call) || call.file.ends_with("/lock") ||
                        call.file.ends_with(".vantrel-*");
             case ECall::Flush:  // a folder's, after the journal of a complete change was removed
             case ECall::Open:
                 // A folder is also opened to find the name of a missing file in any case.
-                return call.file.empty() || call.file.ends_with('/');
+                return IsFolder(call);
             case ECall::List:
             case ECall::Copy:
             case ECall::ReadEnd:
