@@ -293,7 +293,7 @@ std::vector<SCase> Postgap() {
     };
 }
 
-/// Every inspecting command with every format.
+/// Every inspecting command, and extracting, with every format.
 std::vector<SCase> Inspecting() {
     const auto become = [](const std::function<void(const CTestFolder&)>& write, const char* command) {
         return [write, command](const CTestFolder& folder) {
@@ -304,10 +304,6 @@ std::vector<SCase> Inspecting() {
     const auto layout = [](const CTestFolder& folder) {
         WriteCd(folder);
         Become(folder, {"iso2iml", "@game.iso", "--extract"});
-    };
-    const auto older = [](const CTestFolder& folder) {
-        WriteCd(folder);
-        WriteOlder(folder, {"SYSTEM.CNF"});
     };
     const auto two = [](const CTestFolder& folder) {
         WriteUmd(folder);
@@ -332,10 +328,19 @@ std::vector<SCase> Inspecting() {
         {"ListDax", become(WriteUmd, "iso2dax"), {"list", "@game.dax"}},
         {"ListBin", become(WriteCd, "iso2bin"), {"list", "@game.bin"}},
         {"ListCue", become(WriteCd, "iso2bin"), {"list", "@game.cue"}},
-        {"ExtractIso", WriteCd, {"extract", "@game.iso", "-C", "@files"}},
-        {"ExtractReplacing", older, {"extract", "-f", "@game.iso", "-C", "@"}},
         {"ExtractCso", become(WriteUmd, "iso2cso"), {"extract", "@game.cso", "-C", "@files"}},
         {"ExtractBin", become(WriteCd, "iso2bin"), {"extract", "@game.bin", "-C", "@files"}},
+    };
+}
+
+std::vector<SCase> Extracting() {
+    const auto older = [](const CTestFolder& folder) {
+        WriteCd(folder);
+        WriteOlder(folder, {"SYSTEM.CNF"});
+    };
+    return {
+        {"ExtractIso", WriteCd, {"extract", "@game.iso", "-C", "@files"}},
+        {"ExtractReplacing", older, {"extract", "-f", "@game.iso", "-C", "@"}},
     };
 }
 
@@ -350,8 +355,9 @@ INSTANTIATE_TEST_SUITE_P(Rebuilding, ConsoleFaults, testing::ValuesIn(Rebuilding
 INSTANTIATE_TEST_SUITE_P(Replacing, ConsoleFaults, testing::ValuesIn(Replacing()), NameOf);
 INSTANTIATE_TEST_SUITE_P(Postgap, ConsoleFaults, testing::ValuesIn(Postgap()), NameOf);
 INSTANTIATE_TEST_SUITE_P(Inspecting, ConsoleFaults, testing::ValuesIn(Inspecting()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Extracting, ConsoleFaults, testing::ValuesIn(Extracting()), NameOf);
 
-/// Commits of one and of two outputs on systems with fewer features.
+/// Commits of one output, of two and of files in folders on systems with fewer features.
 class ConsoleFaultsOnLimitedSystems : public ConsoleFaults {};
 
 TEST_P(ConsoleFaultsOnLimitedSystems, LeaveNothingBehind) {
@@ -372,6 +378,7 @@ TEST_P(ConsoleFaultsOnLimitedSystems, LeaveNothingBehindWithoutLinks) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Raw, ConsoleFaultsOnLimitedSystems, testing::ValuesIn(Raw()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Extracting, ConsoleFaultsOnLimitedSystems, testing::ValuesIn(Extracting()), NameOf);
 
 TEST_P(ConsoleFaultsOnLimitedSystems, LeaveNothingBehindWithoutVanishingFiles) {
     GetParam().prepare(m_folder);
