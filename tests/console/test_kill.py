@@ -4,13 +4,12 @@ import os
 import random
 import shutil
 import subprocess
+import tempfile
 import time
 import unittest
 
 from support import COMMAND, IS_WINDOWS, ConsoleTest, psp_image
 
-# For each command. Small images keep the whole test short; more moments: VANTREL_KILLS=2000.
-MOMENTS = int(os.environ.get("VANTREL_KILLS", 50 if IS_WINDOWS else 200))
 # Words of commands that may leave something for the next run: several outputs, an older one, changes in place.
 LEAVES_SOMETHING = {"iso2bin", "bin", "extract", "iso2iml", "-f", "add-postgap", "check-postgap", "--in-place"}
 
@@ -30,6 +29,13 @@ def is_ours(name):
 
 
 class Kill(ConsoleTest):
+    # For each command. Small images keep the whole test short; more moments: VANTREL_KILLS=2000.
+    moments = int(os.environ.get("VANTREL_KILLS", 50 if IS_WINDOWS else 200))
+
+    def leaves_nothing(self, words):
+        # On Windows, a file may be left that was created but not yet marked for removal.
+        return not IS_WINDOWS and not LEAVES_SOMETHING & set(words)
+
     def reset(self, files):
         for name in os.listdir(self.folder):
             path = self.path(name)
@@ -87,12 +93,11 @@ class Kill(ConsoleTest):
         self.assertNotEqual(before, after)
         moments = random.Random(" ".join(words))
         killed = 0
-        for _ in range(MOMENTS):
+        for _ in range(self.moments):
             self.reset(files)
             killed += self.kill_after(words, moments.uniform(0, duration))
             left = self.left()
-            # On Windows, a file may be left that was created but not yet marked for removal.
-            if not LEAVES_SOMETHING & set(words) and not IS_WINDOWS:
+            if self.leaves_nothing(words):
                 self.assertEqual(left, [], words)
             if not left:
                 self.assertIn(self.known(), (before, after), words)
@@ -149,19 +154,20 @@ class Kill(ConsoleTest):
         self.check(["iml2iso", "game.iml"], files)
         self.check(["iml2iso", "-f", "game.iml"], {**files, "game.iso": b"older"})
 
-    def game(self):
+    def game(self, further=None):
         """An image with files."""
         if shutil.which("genisoimage") is None:
             self.skipTest("needs genisoimage")
-        os.makedirs(self.path("src/DIR"))
-        for i in range(20):
-            self.write("src/DIR/FILE%d.BIN" % i, os.urandom(3000))
-        self.write("src/SYSTEM.CNF", b"BOOT2 = cdrom0:\\A;1\r\n")
-        subprocess.run(["genisoimage", "-quiet", "-sysid", "PLAYSTATION", "-A", "PLAYSTATION", "-o",
-                        self.path("game.iso"), self.path("src")], check=True, stderr=subprocess.DEVNULL)
-        image = bytearray(self.read("game.iso"))
+        files = {"DIR/FILE%d.BIN" % i: os.urandom(3000) for i in range(20)}
+        files["SYSTEM.CNF"] = b"BOOT2 = cdrom0:\\A;1\r\n"
+        with tempfile.TemporaryDirectory() as folder:
+            os.mkdir(os.path.join(folder, "DIR"))
+            for name, content in {**files, **(further or {})}.items():
+                self.write(os.path.join(folder, name), content)
+            done = subprocess.run(["genisoimage", "-quiet", "-sysid", "PLAYSTATION", "-A", "PLAYSTATION", folder],
+                                  check=True, capture_output=True)
+        image = bytearray(done.stdout)
         image[33792:33800] = b"CD-XA001"
-        self.reset({})
         return bytes(image)
 
     def test_folders(self):
@@ -184,7 +190,8 @@ class Kill(ConsoleTest):
             self.kill_after(words, duration * moment / 20)
             found = self.known()
             self.assertEqual({name: complete[name] for name in found}, found)
-            self.assertEqual(self.left(), [])
+            if self.leaves_nothing(words):
+                self.assertEqual(self.left(), [])
 
     def test_twenty_processes_at_once(self):
         """On one output, one of them is done; on one image in place, the image is changed once."""
