@@ -63,6 +63,8 @@ class Disk:
     def start(self, words, others):
         """Starts a process and waits until it writes something that `others` does not name. Returns both."""
         process = subprocess.Popen(COMMAND + words, cwd=self.folder, stdout=subprocess.DEVNULL)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
         while process.poll() is None:
             for name in set(self.left()) - set(others):
                 return process, name
