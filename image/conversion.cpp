@@ -187,27 +187,21 @@ void ConvertImage(const SImageConversion& conversion, COperation& operation) {
     }
 }
 
-std::unique_ptr<CImageSource> OpenInput(const std::string& path, const std::string& output) {
+std::unique_ptr<CImageSource> OpenInput(const std::string& path) {
     std::unique_ptr<CImageSource> image = OpenImage(path);
     if (const std::vector<std::string> missing = image->MissingParts(); !missing.empty()) {
         throw CRefused(path + ": " + missing.front());
     }
-    for (const std::string& file : image->FurtherFiles()) {
-        if (FileKindOf(output) != EFileKind::Missing && IsSameFile(file, output)) {
-            throw CRefused(output + ": the output would be a file of the input");
-        }
-    }
     return image;
 }
 
-std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const std::string& output, const char* openPattern,
-                                            COperation& operation) {
+std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const char* openPattern, COperation& operation) {
     CCheckedInput file(operation);
     file.OpenOrFail(path, openPattern);
     const EForm form = FormOf(file);
     file.FailIfUnread();
     file.Close();
-    return form == EForm::Unknown || form == EForm::Iso ? nullptr : OpenInput(path, output);
+    return form == EForm::Unknown || form == EForm::Iso ? nullptr : OpenInput(path);
 }
 
 void WarnOfOtherParts(const CImageSource& image, const std::string& path, COperation& operation) {
