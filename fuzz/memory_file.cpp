@@ -140,6 +140,58 @@ bool CNativeFile::Open(const std::string& path, EOpenMode mode, ESharing /*shari
     return true;
 }
 
+bool CNativeFile::OpenTemporary(const std::string& path, ESharing /*sharing*/) {
+    Close();
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    if (!CanBeCreated(disk, path, PlaceOf(path))) {
+        return Refuse("No such file or directory");
+    }
+    m_temporary = ETemporary::Vanishing;
+    m_handle = disk.nextHandle++;
+    disk.handles[m_handle] = {std::make_shared<Bytes>(), 0, true};
+    return true;
+}
+
+bool CNativeFile::CompleteWrites() {
+    return true;
+}
+
+ELock CNativeFile::TakeLock() {
+    return ELock::Taken;
+}
+
+bool CNativeFile::FlushToDisk() {
+    return true;
+}
+
+std::string CNativeFile::PathToRead(const std::string& path) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    disk.files[PlaceOf(path)] = disk.handles[m_handle].content;
+    m_temporary = ETemporary::Readable;
+    return path;
+}
+
+bool CNativeFile::GiveName(const std::string& path, const std::string& name, bool replace) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const std::string place = PlaceOf(name);
+    const EFileKind kind = KindOfPlace(disk, place);
+    if (kind == EFileKind::Folder || (kind == EFileKind::File && !replace)) {
+        return Refuse("File exists");
+    }
+    if (!CanBeCreated(disk, name, place)) {
+        return Refuse("No such file or directory");
+    }
+    disk.files[place] = disk.handles[m_handle].content;
+    if (m_temporary == ETemporary::Readable) {
+        disk.files.erase(PlaceOf(path));
+    }
+    m_temporary = ETemporary::No;
+    return true;
+}
+
 bool CNativeFile::IsOpen() const {
     return m_handle >= 0;
 }
@@ -148,8 +200,13 @@ bool CNativeFile::Close() {
     if (IsOpen()) {
         SDisk& disk = Disk();
         const std::lock_guard lock(disk.mutex);
+        const auto found = disk.handles.find(m_handle);
+        if (m_temporary == ETemporary::Vanishing && found != disk.handles.end()) {
+            disk.free += static_cast<std::int64_t>(found->second.content->size());
+        }
         disk.handles.erase(m_handle);
         m_handle = -1;
+        m_temporary = ETemporary::No;
     }
     return true;
 }
@@ -268,10 +325,33 @@ bool RemoveFile(const std::string& path) {
     return true;
 }
 
+/// Renames a folder with everything in it.
+bool RenameFolder(SDisk& disk, const std::string& from, const std::string& to) {
+    if (KindOfPlace(disk, to) != EFileKind::Missing) {
+        return Refuse("File exists");
+    }
+    const std::string beginning = from + '/';
+    const auto moved = [&](const std::string& place) { return to + place.substr(from.size()); };
+    std::set<std::string> folders;
+    for (const std::string& folder : disk.folders) {
+        folders.insert(folder == from || folder.starts_with(beginning) ? moved(folder) : folder);
+    }
+    std::map<std::string, std::shared_ptr<Bytes>> files;
+    for (const auto& [place, content] : disk.files) {
+        files[place.starts_with(beginning) ? moved(place) : place] = content;
+    }
+    disk.folders.swap(folders);
+    disk.files.swap(files);
+    return true;
+}
+
 bool RenameFile(const std::string& from, const std::string& to, bool replace) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
     const std::string place = PlaceOf(to);
+    if (disk.folders.contains(PlaceOf(from)) && CanBeCreated(disk, to, place)) {
+        return RenameFolder(disk, PlaceOf(from), place);
+    }
     const auto found = disk.files.find(PlaceOf(from));
     if (found == disk.files.end()) {
         return Refuse("No such file or directory");
@@ -286,6 +366,14 @@ bool RenameFile(const std::string& from, const std::string& to, bool replace) {
     const std::shared_ptr<Bytes> content = found->second;
     disk.files.erase(found);
     disk.files[place] = content;
+    return true;
+}
+
+void RemoveUnused(const std::string& path) {
+    RemoveFile(path);
+}
+
+bool FlushFolder(const std::string& /*path*/) {
     return true;
 }
 

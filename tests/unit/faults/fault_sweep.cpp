@@ -62,9 +62,12 @@ FolderState StateOf(const CTestFolder& folder) {
         if (entry.is_directory()) {
             state[path + '/'];
         } else {
-            const std::string content = ReadText(entry.path().string());
             const std::string kind = entry.path().extension().string();
-            state[path] = kind == ".iml" ? WithoutDate(content) : kind == ".gaps" ? WithoutLayoutSum(content) : content;
+            if (const auto content = ReadOpenFile(entry.path().string())) {
+                state[path] = kind == ".iml"    ? WithoutDate(*content)
+                              : kind == ".gaps" ? WithoutLayoutSum(*content)
+                                                : *content;
+            }
         }
     }
     return state;
