@@ -153,7 +153,7 @@ bool CStaging::Move(const std::string& from, const std::string& to, bool replace
     SGiven given = {replace ? ResolveLink(to) : to, ""};
     const bool replaces = replace && FileKindOf(given.target) == EFileKind::File;
     if (replaces) {
-        given.older = m_path + "old-" + std::to_string(m_given.size());
+        given.older = m_path + kReplacedFile + std::to_string(m_given.size());
         if (!KeepOlder(given.target, given.older)) {
             return false;
         }
@@ -178,7 +178,7 @@ void CStaging::Undo() {
     for (; !m_given.empty(); m_given.pop_back()) {
         const SGiven& given = m_given.back();
         if (given.older.empty()) {
-            RenameFile(given.target, m_path + "undone-" + std::to_string(m_given.size()), false);
+            RenameFile(given.target, m_path + kUndoneFile + std::to_string(m_given.size()), false);
         } else {
             RenameFile(given.older, given.target, true);
         }
