@@ -127,8 +127,12 @@ bool CStaging::Commit(bool replace) {
         return false;
     }
     if (m_flushes) {
+        std::set<std::string> folders;
+        for (const SGiven& given : m_given) {
+            folders.insert(FolderOf(given.target));
+        }
         // If that fails, the next run moves the outputs again after a power cut.
-        std::for_each(m_folders.begin(), m_folders.end(), FlushFolder);
+        std::for_each(folders.begin(), folders.end(), FlushFolder);
     }
     return true;
 }
