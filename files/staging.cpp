@@ -91,13 +91,28 @@ bool CStaging::MakeFolders(const std::string& target) {
 }
 
 bool CStaging::Add(COutputFile& output) {
-    m_flushes = m_flushes || output.Flushes();
-    if (output.CommitAs(PlaceOf(output.TargetPath()))) {
-        m_folders.insert(FolderOf(output.TargetPath()));
-        return true;
+    const std::string place = PlaceOf(output.TargetPath());
+    if (!output.CommitAs(place)) {
+        m_problem = output.Problem();
+        return false;
     }
-    m_problem = output.Problem();
-    return false;
+    m_folders.insert(FolderOf(output.TargetPath()));
+    if (output.Flushes()) {
+        m_flushes = true;
+    } else {
+        m_unflushed.push_back(place);
+    }
+    return true;
+}
+
+/// Writes the waiting outputs to the disk that have not done so, because they replace nothing.
+bool CStaging::FlushOutputs() {
+    const auto isFlushed = [this](const std::string& place) {
+        CNativeFile file;
+        return (file.Open(place, EOpenMode::ReadWrite, ESharing::Anyone) && file.FlushToDisk() && file.Close()) ||
+               Fail("Cannot write " + place);
+    };
+    return std::all_of(m_unflushed.begin(), m_unflushed.end(), isFlushed);
 }
 
 /// Writes the names of the waiting outputs to the disk, in their folders and those above.
@@ -113,7 +128,7 @@ bool CStaging::FlushFolders() {
 }
 
 bool CStaging::Commit(bool replace) {
-    if (m_flushes && !FlushFolders()) {
+    if (m_flushes && !(FlushOutputs() && FlushFolders())) {
         return false;
     }
     const std::string complete = m_path + kCompleteFolder;
