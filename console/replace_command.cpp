@@ -7,6 +7,7 @@
 #include "console/edit_result.h"
 #include "console/messages.h"
 #include "console/option_set.h"
+#include "files/leftovers.h"
 #include "files/native_file.h"
 #include "files/path.h"
 #include "files/refused.h"
@@ -97,6 +98,9 @@ private:
 
     EExit Replace() const {
         const SReplaceRequest request = Request();
+        if (!m_inPlace && !m_dryRun) {
+            RemoveLeftovers(FolderOf(ResolveLink(m_output)));
+        }
         RefuseOverwriting(request);
         CProgressLine progress(!m_quiet && CanDrawProgress(), FileNameOf(m_image), FileSizeOf(m_image));
         CConsoleOperation operation(progress);
