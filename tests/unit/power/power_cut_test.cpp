@@ -33,12 +33,16 @@ using Contents = std::map<std::string, Bytes>;
 using Words = std::vector<std::string>;
 
 constexpr std::int64_t kCapacity = 1 << 30U;
+constexpr std::size_t kSmallFile = 9000;
+constexpr std::size_t kLargeFile = 9 << 20U;  // more than a change in place collects in memory
 #ifdef __SANITIZE_ADDRESS__
 constexpr int kRandomStates = 2;
-constexpr std::size_t kSecondCuts = 4;
+constexpr int kLargeStates = 1;
+constexpr std::ptrdiff_t kSecondCuts = 4;
 #else
 constexpr int kRandomStates = 20;
-constexpr std::size_t kSecondCuts = 20;
+constexpr int kLargeStates = 3;
+constexpr std::ptrdiff_t kSecondCuts = 10;
 #endif
 
 enum class EPromise {
@@ -56,6 +60,7 @@ struct SCase {
     std::vector<std::string> older;
     Words words;
     EPromise promise;
+    bool isLarge = false;  ///< Too large for more than some states at random.
 };
 
 std::ostream& operator<<(std::ostream& stream, const SCase& tested) {
@@ -134,7 +139,7 @@ protected:
         fuzz::SupportUnnamedAndLinkedFiles(HasUnnamedAndLinked());
         fuzz::ClearDisk(kCapacity);
         PutFile("@game.iso", Case().image());
-        PutFile("@new", RandomBytes(9000, 7));
+        PutFile("@new", RandomBytes(Case().isLarge ? kLargeFile : kSmallFile, 7));
         std::string printed;
         for (const Words& words : Case().before) {
             ASSERT_EQ(RunWords(words, printed), 0) << printed;
@@ -292,20 +297,25 @@ TEST_P(PowerCut, LeavesOldOrNewAndIsCompletedByTheNextRun) {
     for (std::size_t count = 0; count <= m_done.size() && !HasFailure(); ++count) {
         SCOPED_TRACE("after " + std::to_string(count) + " of " + std::to_string(m_done.size()) + " operations");
         const fuzz::CPowerCut cut(m_start, std::span(m_done).first(count));
-        cut.ForEachState(m_random, kRandomStates,
-                         [&](const SDiskTree& state) { Check(state, count == m_done.size()); });
+        const bool isAtEnd = count == m_done.size();
+        for (int i = 0; i < kLargeStates && Case().isLarge; ++i) {
+            Check(cut.RandomState(m_random), isAtEnd);
+        }
+        if (!Case().isLarge) {
+            cut.ForEachState(m_random, kRandomStates, [&](const SDiskTree& state) { Check(state, isAtEnd); });
+        }
     }
     RecordProperty("states", static_cast<int>(m_checked.size()));
-    std::printf("%zu operations, %zu states\n", m_done.size(), m_checked.size());
+    const std::ptrdiff_t cuts = Case().isLarge ? 2 : kSecondCuts;
     std::shuffle(m_states.begin(), m_states.end(), m_random);
-    m_states.resize(std::min(m_states.size(), kSecondCuts));
-    for (const SDiskTree& state : std::vector<SDiskTree>(m_states)) {
+    std::vector<SDiskTree> states(m_states.begin(), m_states.begin() + std::min(std::ssize(m_states), cuts));
+    for (const SDiskTree& state : states) {
         fuzz::LoadDisk(state);
         fuzz::StartRecording();
         std::string printed;
         RunWords(NextWords(), printed);
-        const std::vector<fuzz::SDiskOperation> done = fuzz::StopRecording();
-        for (std::size_t i = 0; i < kSecondCuts && !HasFailure(); ++i) {
+        const auto done = fuzz::StopRecording();
+        for (std::ptrdiff_t i = 0; i < cuts && !HasFailure(); ++i) {
             const std::size_t count = m_random() % (done.size() + 1);
             SCOPED_TRACE("again after " + std::to_string(count) + " operations of the next run");
             Check(fuzz::CPowerCut(state, std::span(done).first(count)).RandomState(m_random), false);
@@ -330,6 +340,25 @@ SImageDescription CdDescription() {
 
 Bytes Cd() {
     return BuildImage(CdDescription()).bytes;
+}
+
+Bytes LargeUmd() {
+    SImageDescription description;
+    description.kind = EImageKind::Umd;
+    description.files = {{"UMD_DATA.BIN", TextLikeBytes(48, 1)}, {"PSP_GAME/DATA.BIN", RandomBytes(1'200'000, 2)}};
+    return BuildImage(description).bytes;
+}
+
+Bytes LargeCd() {
+    SImageDescription description = CdDescription();
+    description.files.push_back({"DATA/LEVEL2.BIN", RandomBytes(1'200'000, 2)});
+    return BuildImage(description).bytes;
+}
+
+Bytes CdWithManyFiles() {
+    SImageDescription description;
+    description.files = ManyFiles(20, 5, 1);
+    return BuildImage(description).bytes;
 }
 
 Bytes CdWithoutPostgap() {
@@ -417,9 +446,38 @@ std::vector<SCase> Cases() {
          {},
          {"iso2cso", "--sync", "--keep-going", "@game.iso", "@second.iso", "--output-dir", "@new_folder"},
          Each},
+        {"SeveralInputsReplacing",
+         Umd,
+         {{"convert", "--to", "iso", "@game.iso", "-o", "@second.iso"}},
+         {"@game.cso", "@second.cso"},
+         {"iso2cso", "-f", "@game.iso", "@second.iso"},
+         Each},
         {"CheckPostgap", CdWithoutPostgap, {}, {}, {"check-postgap", "@game.iso"}, InPlace},
         {"AddPostgap", Umd, {}, {}, {"add-postgap", "--count", "2", "@game.iso"}, InPlace},
         {"ReplaceInPlace", Umd, {}, {}, {"replace", "--in-place", "@game.iso", "UMD_DATA.BIN=@new"}, InPlace},
+        {"LargeIso2CsoReplacing", LargeUmd, {}, {"@game.cso"}, {"iso2cso", "-f", "@game.iso"}, One, true},
+        {"LargeIso2BinReplacing", LargeCd, {}, {"@game.bin"}, {"iso2bin", "-f", "@game.iso"}, Together, true},
+        {"LargeExtractReplacing",
+         LargeCd,
+         {},
+         {"@DATA/LEVEL2.BIN"},
+         {"extract", "-f", "@game.iso", "-C", "@"},
+         Together,
+         true},
+        {"LargeReplaceInPlace",
+         LargeUmd,
+         {},
+         {},
+         {"replace", "--in-place", "@game.iso", "UMD_DATA.BIN=@new"},
+         InPlace,
+         true},
+        {"ExtractManySynced",
+         CdWithManyFiles,
+         {},
+         {},
+         {"extract", "--sync", "@game.iso", "-C", "@files"},
+         Together,
+         true},
     };
 }
 
