@@ -115,9 +115,10 @@ bool CStaging::FlushOutputs() {
     return std::all_of(m_unflushed.begin(), m_unflushed.end(), isFlushed);
 }
 
-/// Writes the names of the waiting outputs to the disk, in their folders and those above.
+/// Writes the names of the waiting outputs to the disk, in their folders and those above. The name of "staged" itself
+/// follows when it is renamed.
 bool CStaging::FlushFolders() {
-    std::set<std::string> places = {m_base, m_path, m_path + WithSeparator(kStagedFolder)};
+    std::set<std::string> places = {m_base, m_path + WithSeparator(kStagedFolder)};
     for (const std::string& folder : m_folders) {
         for (std::string place = PlaceOf(folder); place.size() > m_path.size();
              place = FolderOf(place.substr(0, place.size() - 1))) {

@@ -113,6 +113,11 @@ Contents Undated(Contents contents) {
     return contents;
 }
 
+bool Holds(const Contents& contents, const Contents::value_type& entry) {
+    const auto found = contents.find(entry.first);
+    return found != contents.end() && found->second == entry.second;
+}
+
 std::size_t HashOf(const SDiskTree& tree) {
     std::size_t hash = 0;
     const auto add = [&hash](std::size_t value) { hash = (hash ^ value) * 0x9E3779B97F4A7C15U + (hash >> 29U); };
@@ -181,12 +186,8 @@ protected:
 
     /// Expects each file to be as before the run or as after it.
     void ExpectOldOrNew(const Contents& contents, bool maysMiss) const {
-        const auto isIn = [](const Contents& wanted, const auto& entry) {
-            const auto found = wanted.find(entry.first);
-            return found != wanted.end() && found->second == entry.second;
-        };
         for (const auto& entry : contents) {
-            EXPECT_TRUE(isIn(m_before, entry) || isIn(m_after, entry)) << entry.first;
+            EXPECT_TRUE(Holds(m_before, entry) || Holds(m_after, entry)) << entry.first;
         }
         for (const auto& [path, content] : m_before) {
             EXPECT_TRUE(contents.contains(path) || maysMiss || !m_after.contains(path)) << path << " is missing";
@@ -240,6 +241,12 @@ protected:
         EXPECT_TRUE(whole == (isChanged ? m_afterTwo : m_after)) << printed << TextOf(whole);
     }
 
+    /// Whether everything is on the disk that must be there at the end. A temporary folder may still be removed.
+    bool IsComplete(const Contents& found) const {
+        return Case().promise == EPromise::None ||
+               (Case().promise == EPromise::InPlace ? found : WithoutOurs(found)) == m_after;
+    }
+
     /// Expects what is promised of a state. Remembers it for a second power cut, unless it is in no way incomplete.
     void Check(const SDiskTree& state, bool isAtEnd) {
         if (HasFailure() || !m_checked.insert(HashOf(state) + isAtEnd).second) {
@@ -248,13 +255,12 @@ protected:
         const Contents found = Undated(ContentsOf(state));
         Contents recovered;
         try {
-            for (const auto& [path, content] : m_before) {
-                const auto same = m_after.find(path);
-                EXPECT_TRUE(same == m_after.end() || same->second != content || found.at(path) == content) << path;
+            for (const auto& entry : m_before) {
+                EXPECT_TRUE(Holds(found, entry) || !Holds(m_after, entry)) << entry.first << " was not to be changed";
             }
             recovered = Recovered(state);
             ExpectPromise(found, recovered);
-            EXPECT_TRUE(!isAtEnd || Case().promise == EPromise::None || WithoutOurs(found) == m_after);
+            EXPECT_TRUE(!isAtEnd || IsComplete(found)) << "the command ended before its outputs were on the disk";
             ExpectCompletion(state, Case().promise == EPromise::InPlace && recovered == m_after);
         } catch (const std::exception& error) {
             ADD_FAILURE() << error.what();
@@ -267,18 +273,26 @@ protected:
         }
     }
 
+    /// Lets the power fail again, at random moments of the next run.
+    void CutNextRun(const SDiskTree& state, std::ptrdiff_t cuts) {
+        fuzz::LoadDisk(state);
+        fuzz::StartRecording();
+        std::string printed;
+        RunWords(NextWords(), printed);
+        const auto done = fuzz::StopRecording();
+        for (std::ptrdiff_t i = 0; i < cuts && !HasFailure(); ++i) {
+            const std::size_t count = m_random() % (done.size() + 1);
+            SCOPED_TRACE("again after " + std::to_string(count) + " operations of the next run");
+            Check(fuzz::CPowerCut(state, std::span(done).first(count)).RandomState(m_random), false);
+        }
+    }
+
     std::string TextOf(const Contents& contents) const {
         std::string text;
-        const auto isIn = [](const Contents& wanted, const auto& entry) {
-            const auto same = wanted.find(entry.first);
-            return same != wanted.end() && same->second == entry.second;
-        };
         for (const auto& entry : contents) {
-            text += entry.first +
-                    (isIn(m_before, entry)  ? ": older"
-                     : isIn(m_after, entry) ? ": new"
-                                            : ": " + std::to_string(entry.second.size()) + " bytes") +
-                    '\n';
+            text += entry.first + (Holds(m_before, entry)  ? ": older\n"
+                                   : Holds(m_after, entry) ? ": new\n"
+                                                           : ": " + std::to_string(entry.second.size()) + " bytes\n");
         }
         return text;
     }
@@ -289,7 +303,7 @@ protected:
     Contents m_after;
     Contents m_afterTwo;  ///< After two uninterrupted runs.
     std::unordered_set<std::size_t> m_checked;
-    std::vector<SDiskTree> m_states;
+    std::vector<SDiskTree> m_states;  ///< For a second power cut.
     std::mt19937 m_random = std::mt19937(1);
 };
 
@@ -306,20 +320,11 @@ TEST_P(PowerCut, LeavesOldOrNewAndIsCompletedByTheNextRun) {
         }
     }
     RecordProperty("states", static_cast<int>(m_checked.size()));
-    const std::ptrdiff_t cuts = Case().isLarge ? 2 : kSecondCuts;
     std::shuffle(m_states.begin(), m_states.end(), m_random);
-    std::vector<SDiskTree> states(m_states.begin(), m_states.begin() + std::min(std::ssize(m_states), cuts));
+    const std::ptrdiff_t cuts = Case().isLarge ? 2 : kSecondCuts;
+    const std::vector<SDiskTree> states(m_states.begin(), m_states.begin() + std::min(std::ssize(m_states), cuts));
     for (const SDiskTree& state : states) {
-        fuzz::LoadDisk(state);
-        fuzz::StartRecording();
-        std::string printed;
-        RunWords(NextWords(), printed);
-        const auto done = fuzz::StopRecording();
-        for (std::ptrdiff_t i = 0; i < cuts && !HasFailure(); ++i) {
-            const std::size_t count = m_random() % (done.size() + 1);
-            SCOPED_TRACE("again after " + std::to_string(count) + " operations of the next run");
-            Check(fuzz::CPowerCut(state, std::span(done).first(count)).RandomState(m_random), false);
-        }
+        CutNextRun(state, cuts);
     }
 }
 
