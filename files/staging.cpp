@@ -139,18 +139,15 @@ bool CStaging::Commit(bool replace) {
     if (m_flushes && !FlushFolder(m_path)) {
         return Fail("Cannot write the folder " + m_path);
     }
-    if (!MoveAll(WithSeparator(complete), m_base, replace)) {
-        return false;
+    return MoveAll(WithSeparator(complete), m_base, replace) && (!m_flushes || FlushTargets());
+}
+
+bool CStaging::FlushTargets() {
+    std::set<std::string> folders;
+    for (const SGiven& given : m_given) {
+        folders.insert(FolderOf(given.target));
     }
-    if (m_flushes) {
-        std::set<std::string> folders;
-        for (const SGiven& given : m_given) {
-            folders.insert(FolderOf(given.target));
-        }
-        // If that fails, the next run moves the outputs again after a power cut.
-        std::for_each(folders.begin(), folders.end(), FlushFolder);
-    }
-    return true;
+    return std::all_of(folders.begin(), folders.end(), FlushFolder) || Fail("Cannot write the folder " + m_base);
 }
 
 bool CStaging::MoveAll(const std::string& from, const std::string& to, bool replace) {

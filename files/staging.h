@@ -58,6 +58,7 @@ private:
 
     bool FlushOutputs();
     bool FlushFolders();
+    bool FlushTargets();
     bool MoveAll(const std::string& from, const std::string& to, bool replace);
     bool Move(const std::string& from, const std::string& to, bool replace);
     bool KeepOlder(const std::string& target, const std::string& older);
