@@ -41,7 +41,7 @@ public:
         : m_command(command), m_options(options) {}
 
     EExit Run() {
-        if (!m_newFolders.Make(m_options.outputFolder)) {
+        if (!m_newFolders.Make(m_options.outputFolder) || (m_options.sync && !m_newFolders.Flush())) {
             PrintError(m_command.Name(), m_options.outputFolder, m_newFolders.Problem());
             return EExit::Failed;
         }

@@ -1,5 +1,8 @@
 #include "files/leftovers.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "files/path.h"
 #include "files/temporary_path.h"
 
@@ -36,15 +39,29 @@ void MoveAll(const std::string& from, const std::string& to) {
     }
 }
 
+bool HoldsWaitingOutputsOnly(const std::string& path) {
+    const std::vector<std::string> names = ListFolder(path);
+    return std::all_of(names.begin(), names.end(), [](const std::string& name) {
+        return name == kStagedFolder || name == kCompleteFolder || name.starts_with(kReplacedFile) ||
+               name.starts_with(kUndoneFile);
+    });
+}
+
 void FinishStaging(const std::string& path, const std::string& base) {
     CNativeFile lock;
-    if (!lock.Open(path + kStagingLock, EOpenMode::ReadWrite, ESharing::Nobody)) {
-        RemoveFolder(path);  // its process was killed before it had a lock
-    } else if (lock.TakeLock() == ELock::Taken) {
-        const std::string complete = path + WithSeparator(kCompleteFolder);
-        MoveAll(complete, base);
-        RemoveStaging(path, lock);
+    const auto hasLock = [&path] { return FileKindOf(path + kStagingLock) != EFileKind::Missing; };
+    if (!hasLock()) {
+        // Its process, which makes the lock first and removes it last, was killed then; or a power cut took the name of
+        // the lock but not all others.
+        if (RemoveFolder(path) || hasLock() || !HoldsWaitingOutputsOnly(path)) {
+            return;
+        }
+    } else if (!lock.Open(path + kStagingLock, EOpenMode::ReadWrite, ESharing::Nobody) ||
+               lock.TakeLock() != ELock::Taken) {
+        return;
     }
+    MoveAll(path + WithSeparator(kCompleteFolder), base);
+    RemoveStaging(path, lock);
 }
 
 }  // namespace

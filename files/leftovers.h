@@ -13,6 +13,8 @@ namespace vantrel {
 inline constexpr const char* kStagingLock = "lock";
 inline constexpr const char* kStagedFolder = "staged";
 inline constexpr const char* kCompleteFolder = "new";
+inline constexpr const char* kReplacedFile = "old-";
+inline constexpr const char* kUndoneFile = "undone-";
 
 /// Removes such leftovers from a folder, which ends in a separator or is empty. Outputs that were all complete get the
 /// names that they have not got yet. Whatever cannot be removed stays.

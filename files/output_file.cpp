@@ -229,12 +229,17 @@ std::string COutputFile::PathToRead() {
 }
 
 bool COutputFile::Commit() {
+    const bool isNew = m_flushes && FileKindOf(m_targetPath) == EFileKind::Missing;
     if (!CommitAs(m_targetPath, Replaces(m_manner))) {
         return false;
     }
-    // If that fails after a file was replaced, a power cut may bring the older one back, which is no loss.
-    const bool isFlushed = !m_flushes || FlushFolder(FolderOf(m_targetPath)) || !IsFlushed(m_manner);
-    return isFlushed || NoteFailure();
+    // If the flush fails after a file was replaced, a power cut may bring the older one back, which is no loss.
+    if (!m_flushes || FlushFolder(FolderOf(m_targetPath)) || !isNew) {
+        return true;
+    }
+    NoteFailure();
+    RemoveFile(m_targetPath);
+    return false;
 }
 
 bool COutputFile::CommitAs(const std::string& path) {

@@ -91,18 +91,34 @@ bool CStaging::MakeFolders(const std::string& target) {
 }
 
 bool CStaging::Add(COutputFile& output) {
-    m_flushes = m_flushes || output.Flushes();
-    if (output.CommitAs(PlaceOf(output.TargetPath()))) {
-        m_folders.insert(FolderOf(output.TargetPath()));
-        return true;
+    const std::string place = PlaceOf(output.TargetPath());
+    if (!output.CommitAs(place)) {
+        m_problem = output.Problem();
+        return false;
     }
-    m_problem = output.Problem();
-    return false;
+    m_folders.insert(FolderOf(output.TargetPath()));
+    if (output.Flushes()) {
+        m_flushes = true;
+    } else {
+        m_unflushed.push_back(place);
+    }
+    return true;
 }
 
-/// Writes the names of the waiting outputs to the disk, in their folders and those above.
+/// Writes the waiting outputs to the disk that have not done so, because they replace nothing.
+bool CStaging::FlushOutputs() {
+    const auto isFlushed = [this](const std::string& place) {
+        CNativeFile file;
+        return (file.Open(place, EOpenMode::ReadWrite, ESharing::Anyone) && file.FlushToDisk() && file.Close()) ||
+               Fail("Cannot write " + place);
+    };
+    return std::all_of(m_unflushed.begin(), m_unflushed.end(), isFlushed);
+}
+
+/// Writes the names of the waiting outputs to the disk, in their folders and those above. The name of "staged" itself
+/// follows when it is renamed.
 bool CStaging::FlushFolders() {
-    std::set<std::string> places = {m_base, m_path, m_path + WithSeparator(kStagedFolder)};
+    std::set<std::string> places = {m_base, m_path + WithSeparator(kStagedFolder)};
     for (const std::string& folder : m_folders) {
         for (std::string place = PlaceOf(folder); place.size() > m_path.size();
              place = FolderOf(place.substr(0, place.size() - 1))) {
@@ -113,7 +129,7 @@ bool CStaging::FlushFolders() {
 }
 
 bool CStaging::Commit(bool replace) {
-    if (m_flushes && !FlushFolders()) {
+    if (m_flushes && !(FlushOutputs() && FlushFolders())) {
         return false;
     }
     const std::string complete = m_path + kCompleteFolder;
@@ -123,14 +139,15 @@ bool CStaging::Commit(bool replace) {
     if (m_flushes && !FlushFolder(m_path)) {
         return Fail("Cannot write the folder " + m_path);
     }
-    if (!MoveAll(WithSeparator(complete), m_base, replace)) {
-        return false;
+    return MoveAll(WithSeparator(complete), m_base, replace) && (!m_flushes || FlushTargets());
+}
+
+bool CStaging::FlushTargets() {
+    std::set<std::string> folders;
+    for (const SGiven& given : m_given) {
+        folders.insert(FolderOf(given.target));
     }
-    if (m_flushes) {
-        // If that fails, the next run moves the outputs again after a power cut.
-        std::for_each(m_folders.begin(), m_folders.end(), FlushFolder);
-    }
-    return true;
+    return std::all_of(folders.begin(), folders.end(), FlushFolder) || Fail("Cannot write the folder " + m_base);
 }
 
 bool CStaging::MoveAll(const std::string& from, const std::string& to, bool replace) {
@@ -153,7 +170,7 @@ bool CStaging::Move(const std::string& from, const std::string& to, bool replace
     SGiven given = {replace ? ResolveLink(to) : to, ""};
     const bool replaces = replace && FileKindOf(given.target) == EFileKind::File;
     if (replaces) {
-        given.older = m_path + "old-" + std::to_string(m_given.size());
+        given.older = m_path + kReplacedFile + std::to_string(m_given.size());
         if (!KeepOlder(given.target, given.older)) {
             return false;
         }
@@ -178,7 +195,7 @@ void CStaging::Undo() {
     for (; !m_given.empty(); m_given.pop_back()) {
         const SGiven& given = m_given.back();
         if (given.older.empty()) {
-            RenameFile(given.target, m_path + "undone-" + std::to_string(m_given.size()), false);
+            RenameFile(given.target, m_path + kUndoneFile + std::to_string(m_given.size()), false);
         } else {
             RenameFile(given.older, given.target, true);
         }

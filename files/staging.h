@@ -56,7 +56,9 @@ private:
         std::string older;
     };
 
+    bool FlushOutputs();
     bool FlushFolders();
+    bool FlushTargets();
     bool MoveAll(const std::string& from, const std::string& to, bool replace);
     bool Move(const std::string& from, const std::string& to, bool replace);
     bool KeepOlder(const std::string& target, const std::string& older);
@@ -66,9 +68,10 @@ private:
     std::string m_base;
     std::string m_path;  ///< With its closing separator; empty if there is no folder.
     CNativeFile m_lock;
-    std::string m_lastFolder;         ///< The folder that MakeFolders made last.
-    bool m_flushes = false;           ///< Whether an output does.
-    std::set<std::string> m_folders;  ///< Those with outputs.
+    std::string m_lastFolder;              ///< The folder that MakeFolders made last.
+    bool m_flushes = false;                ///< Whether an output does.
+    std::set<std::string> m_folders;       ///< Those with outputs.
+    std::vector<std::string> m_unflushed;  ///< Where outputs wait that do not.
     std::vector<SGiven> m_given;
     std::string m_problem;
 };

@@ -128,7 +128,8 @@ bool CUndoJournal::Flush() {
 bool CUndoJournal::ReadPart(std::vector<std::uint8_t>& part) {
     bool failed = false;
     std::array<std::uint8_t, 4> number = {};
-    if (m_file.Read(number, failed) != number.size() || LoadLe32(number) > kLongestPart) {
+    // After a power cut, the journal may end in zeros, which must not count as parts without content.
+    if (m_file.Read(number, failed) != number.size() || LoadLe32(number) == 0 || LoadLe32(number) > kLongestPart) {
         return false;
     }
     part.resize(LoadLe32(number));

@@ -111,6 +111,12 @@ private:
 
     static bool IsFolder(const SCall& call) { return call.file.empty() || call.file.ends_with('/'); }
 
+    /// Whether new outputs must be on the disk at the end.
+    static bool IsSynced() {
+        const Words& words = GetParam().words;
+        return std::find(words.begin(), words.end(), "--sync") != words.end();
+    }
+
     /// Calls whose failure may be harmless: closing an unchanged file or a folder, reading at its end, examining a
     /// path, copying within the system, protecting a temporary file from other processes or from the end of this one,
     /// and removing temporary files: a removal is retried, and the next run removes what was not found in a folder.
@@ -119,7 +125,8 @@ private:
             case ECall::Close:
                 return !call.written || m_after == m_before || IsFolder(call) || call.file.ends_with("/lock") ||
                        call.file.ends_with(".vantrel-*");
-            case ECall::Flush:  // a folder's, after the journal of a complete change was removed
+            case ECall::Flush:  // a folder's, after a file was replaced or the journal of a complete change was removed
+                return !IsSynced() && IsFolder(call);
             case ECall::Open:
                 // A folder is also opened to find the name of a missing file in any case.
                 return IsFolder(call);
@@ -178,6 +185,7 @@ std::vector<SCase> Compressing() {
     return {
         {"Iso2Cso", WriteUmd, {"iso2cso", "@game.iso"}},
         {"Iso2CsoReplacing", umdAndOlder, {"iso2cso", "-f", "@game.iso"}},
+        {"Iso2CsoSynced", WriteUmd, {"iso2cso", "--sync", "@game.iso", "--output-dir", "@new"}},
         {"Iso2Dax", WriteUmd, {"iso2dax", "@game.iso"}},
         {"Iso2DaxReplacing", umdAndOlder, {"iso2dax", "-f", "@game.iso"}},
         {"ConvertIsoToBin", WriteCd, {"convert", "--to", "bin", "@game.iso"}},
@@ -208,6 +216,7 @@ std::vector<SCase> Raw() {
     return {
         {"Iso2Bin", WriteCd, {"iso2bin", "@game.iso"}},
         {"Iso2BinReplacing", cdAndOlder, {"iso2bin", "-f", "@game.iso"}},
+        {"Iso2BinSynced", WriteCd, {"iso2bin", "--sync", "@game.iso"}},
         {"Iso2BinWithPostgap", WriteCdWithoutPostgap, {"iso2bin", "@game.iso"}},
         {"Bin2Iso", bin, {"bin2iso", "@game.bin"}},
         {"Cue2Iso", bin, {"bin2iso", "@game.cue"}},
@@ -357,6 +366,7 @@ std::vector<SCase> Extracting() {
     return {
         {"ExtractIso", WriteCd, {"extract", "@game.iso", "-C", "@files"}},
         {"ExtractReplacing", older, {"extract", "-f", "@game.iso", "-C", "@"}},
+        {"ExtractSynced", WriteCd, {"extract", "--sync", "@game.iso", "-C", "@files"}},
     };
 }
 

@@ -118,6 +118,15 @@ TEST_F(Leftovers, FolderWithoutALockIsRemovedIfItIsEmpty) {
     EXPECT_EQ(m_folder.Names(), std::vector<std::string>{kTemporary});
 }
 
+/// As a power cut may leave it, because names survive independently.
+TEST_F(Leftovers, WaitingOutputsWithoutALockAreFinished) {
+    fs::create_directories(m_folder / ".vantrel-0123abcd.tmp/new");
+    test::WriteText(m_folder / ".vantrel-0123abcd.tmp/new/a", "new");
+    test::WriteText(m_folder / ".vantrel-0123abcd.tmp/old-0", "older");
+    RemoveLeftovers(Base());
+    EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"a"});
+}
+
 TEST_F(Leftovers, FailedCommitRestoresReplacedFiles) {
     test::WriteText(m_folder / "a", "older");
     fs::create_directories(m_folder / "DIR/b");  // a folder where an output belongs
