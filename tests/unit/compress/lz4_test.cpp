@@ -209,13 +209,6 @@ TEST(Lz4Encoder, EarlierBlocksDoNotMatter) {
         const Bytes in = test::TextLikeBytes(size, size);
         EXPECT_EQ(Encoded(*encoder, in), Encoded(in)) << size;
     }
-    // An earlier block holds the same words at the same places, and its words are far behind others.
-    Bytes in = test::TextLikeBytes(2048, 9);
-    Encoded(*encoder, in);
-    std::fill(in.begin(), in.begin() + 1000, std::uint8_t{7});
-    EXPECT_EQ(Encoded(*encoder, in), Encoded(in));
-    std::fill(in.begin() + 1500, in.end(), std::uint8_t{9});
-    EXPECT_EQ(Encoded(*encoder, in), Encoded(in));
 }
 
 }  // namespace
