@@ -140,7 +140,11 @@ private:
         if (m_inPlace || m_dryRun || FileKindOf(m_output) == EFileKind::Missing) {
             return;
         }
-        for (const std::string& file : InputOf(m_image).files) {
+        const SCommandInput input = InputOf(m_image);
+        if (!input.problem.empty()) {
+            throw CRefused(input.problem);
+        }
+        for (const std::string& file : input.files) {
             if (IsSameFile(file, m_output)) {
                 throw CRefused(m_image + ": the output would be " +
                                (file == m_image ? "the input itself; --in-place changes it" : "a file of the input"));

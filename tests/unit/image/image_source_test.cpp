@@ -129,8 +129,7 @@ TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
     ExpectRefusal("ZISO" + std::string(19, '\0'), "ZSO header is incomplete: the file has 23 bytes");
     ExpectRefusal(std::string("DAX\0", 4), "DAX header is incomplete: the file has 4 bytes");
     ExpectRefusal("DAX" + std::string(29, '\0'), "DAX image size 0 is not supported");
-    ExpectRefusal("DAX" + std::string("\0\0\x20\0\0\2", 6) + std::string(23, '\0'),
-                  "DAX version 2 is not supported");
+    ExpectRefusal("DAX" + std::string("\0\0\x20\0\0\2", 6) + std::string(23, '\0'), "DAX version 2 is not supported");
     ExpectRefusal("DAX" + std::string("\0\0\x20\0\0\0", 6) + std::string(23, '\0'),
                   "DAX image size 8192 is not supported: the tables of its frames do not fit the file");
     ExpectRefusal("CISO" + std::string(20, '\0'),
@@ -141,6 +140,8 @@ TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
                   "CSO image size 72340172838076673 is not supported: the index of its blocks does not fit the file");
     ExpectRefusal("CISO" + std::string(20, '\1'),
                   "CSO block size 16843009 is not supported: it is not a power of two from 2048 to 1048576");
+    ExpectRefusal("CISO" + std::string("\0\0\0\0\0\x08\0\0\0\0\0\0\0\x08\0\0\1\0\0\0", 20) + "1234",
+                  "CSO image size 2048 is not supported: the index of its blocks does not fit the file");
     ExpectRefusal("hello", "not a known kind of disc image");
     ExpectRefusal("[SYS]", "this is an IML file, which does not contain an image");
     ExpectRefusal("MComprHD" + std::string(100, '\0'), "this is a CHD file, a form that is not read");
