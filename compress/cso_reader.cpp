@@ -53,7 +53,9 @@ std::string RefusalOf(const CsoHeader& header) {
 ECsoFault CCsoReader::ReadHeader() {
     std::array<std::uint8_t, CsoHeader::kSize> bytes = {};
     if (m_file.ReadAt(0, bytes) != bytes.size()) {
-        return ECsoFault::ShortHeader;
+        return Refuse(ECsoFault::ShortHeader,
+                      Format("%s header is incomplete: the file has %lld bytes", m_magic == kZsoMagic ? "ZSO" : "CSO",
+                             static_cast<long long>(m_file.Size())));
     }
     m_header = CsoHeader::Decode(bytes);
     if (m_header.magic != m_magic) {

@@ -10,7 +10,8 @@ namespace vantrel {
 EDaxFault CDaxReader::ReadHeader() {
     std::array<std::uint8_t, DaxHeader::kSize> bytes = {};
     if (m_file.ReadAt(0, bytes) != bytes.size()) {
-        return EDaxFault::Header;
+        return Refuse(EDaxFault::Header, Format("DAX header is incomplete: the file has %lld bytes",
+                                                static_cast<long long>(m_file.Size())));
     }
     m_header = DaxHeader::Decode(bytes);
     if (m_header.magic != DaxHeader::kMagic) {
@@ -18,6 +19,9 @@ EDaxFault CDaxReader::ReadHeader() {
     }
     if (m_strict && m_header.version > kDaxVersionWithAreas) {
         return Refuse(EDaxFault::Unsupported, Format("DAX version %u is not supported", m_header.version));
+    }
+    if (m_strict && m_header.image_size == 0) {
+        return Refuse(EDaxFault::Unsupported, "DAX image size 0 is not supported");
     }
     return EDaxFault::None;
 }

@@ -6,6 +6,7 @@
 #include "compress/completion.h"
 #include "compress/cso.h"
 #include "compress/cso_header.h"
+#include "compress/lz4_encoder.h"
 #include "compress/number_table.h"
 #include "compress/psp_image.h"
 #include "files/checked_file.h"
@@ -87,8 +88,9 @@ private:
     /// Returns false if the index cannot address the output.
     bool CompressBlocks(int level) {
         const auto count = static_cast<std::uint64_t>(m_blockCount);
-        const SWorkPlan plan =
-            PlanWork(m_request.workers, CsoBlockSizes(m_header.block_size), count, m_image.PieceUnit());
+        SBlockSizes sizes = CsoBlockSizes(m_header.block_size);
+        sizes.coder = m_header.IsZso() ? kLz4EncoderMemory : sizes.coder;
+        const SWorkPlan plan = PlanWork(m_request.workers, sizes, count, m_image.PieceUnit());
         std::vector<CBlockSlot> slots = AllocateSlots(plan, &m_image);
         if (!m_index.Allocate(count + 1) || slots.empty()) {
             m_operation.Fail(Format("Code 1004-Can't allocate memory %s\n", m_request.imagePath.c_str()));

@@ -8,6 +8,8 @@
 
 namespace vantrel {
 
+static_assert(sizeof(CLz4Encoder) <= kLz4EncoderMemory);
+
 namespace {
 
 /// Bytes that continue a length behind its token.

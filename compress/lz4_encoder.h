@@ -9,8 +9,10 @@
 
 namespace vantrel {
 
-/// Compresses any number of blocks, each independently: the output depends on the input alone. An encoder takes 576 KiB
-/// for blocks of any size, so it belongs on the heap.
+/// Bytes that an encoder takes, for blocks of any size: it belongs on the heap.
+inline constexpr std::uint32_t kLz4EncoderMemory = 577U << 10U;
+
+/// Compresses any number of blocks, each independently: the output depends on the input alone.
 class CLz4Encoder {
 public:
     /// Compresses a block of less than 2 GiB. Returns the number of bytes written, or 0 if they do not fit `out`. The

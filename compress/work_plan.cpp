@@ -13,8 +13,8 @@ constexpr std::uint32_t kSlotSize = 128U * 1024U;
 constexpr std::uint32_t kMaxBlocksPerSlot = 64;
 /// Memory limit for all slots and streams together.
 constexpr std::uint64_t kMemoryLimit = 48U << 20U;
-/// A deflate stream takes 268 KiB; the rest is for its thread.
-constexpr std::uint64_t kWorkerMemory = 320U << 10U;
+/// What a thread takes besides its coder.
+constexpr std::uint64_t kThreadMemory = 52U << 10U;
 /// A piece of a container holds its blocks once expanded, and has twice their size for what is stored of them.
 constexpr std::uint32_t kPieceBuffers = 3;
 
@@ -36,7 +36,7 @@ SWorkPlan PlanWork(std::uint32_t workers, const SBlockSizes& sizes, std::uint64_
     const std::uint64_t pieceMemory = unit > 1 ? std::uint64_t{kPieceBuffers} * sizes.block : 0;
     const std::uint64_t slotMemory =
         std::uint64_t{plan.blocksPerSlot} * (std::uint64_t{sizes.block} + sizes.stored + pieceMemory);
-    const auto limit = static_cast<std::uint32_t>(kMemoryLimit / (2 * slotMemory + kWorkerMemory));
+    const auto limit = static_cast<std::uint32_t>(kMemoryLimit / (2 * slotMemory + sizes.coder + kThreadMemory));
     plan.workers = std::min(workers, std::max(limit, 1U));
     plan.streams = EStreamUse::Reused;
     return plan;

@@ -8,9 +8,10 @@
 namespace vantrel {
 
 struct SBlockSizes {
-    std::uint32_t block = 0;   ///< Bytes of an expanded block; the last block of an image may be shorter.
-    std::uint32_t stored = 0;  ///< Buffer size for a stored block: more than it ever takes.
-    bool pads = false;         ///< A partial last block is filled with zeros before it is deflated.
+    std::uint32_t block = 0;            ///< Bytes of an expanded block; the last block of an image may be shorter.
+    std::uint32_t stored = 0;           ///< Buffer size for a stored block: more than it ever takes.
+    bool pads = false;                  ///< A partial last block is filled with zeros before it is deflated.
+    std::uint32_t coder = 268U << 10U;  ///< Bytes that the coder of a thread takes; by default a deflate stream.
 };
 
 struct SWorkPlan {

@@ -70,8 +70,7 @@ public:
 
 private:
     void ConvertFromAnyForm(SCompressionRequest& request, COperation& operation) const {
-        const std::unique_ptr<CImageSource> image =
-            OpenContainer(request.imagePath, request.outputPath, m_openPattern, operation);
+        const std::unique_ptr<CImageSource> image = OpenContainer(request.imagePath, m_openPattern, operation);
         request.image = image.get();
         m_conversion(request, operation);
         if (image) {

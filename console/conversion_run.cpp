@@ -77,7 +77,8 @@ private:
             if (warning.empty()) {
                 ++m_tally.converted;
             } else {
-                PrintFailure(input, warning);
+                ++m_tally.failed;  // a report as JSON has the warning among its notices
+                PrintError(m_command.Name(), input, warning);
             }
         } catch (const CRefused& refusal) {
             PrintFailure(input, refusal.what());

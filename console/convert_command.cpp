@@ -63,7 +63,7 @@ public:
             return "--block: only CSO and ZSO files have blocks of a chosen size";
         }
         return m_block != 0 && !std::has_single_bit(static_cast<unsigned>(m_block))
-                   ? "--block: " + std::to_string(m_block) + " is no power of two"
+                   ? "--block: " + std::to_string(m_block) + " is not a power of two"
                    : std::string();
     }
 
@@ -76,7 +76,7 @@ public:
     }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
-        const std::unique_ptr<CImageSource> image = OpenInput(job.input, job.output);
+        const std::unique_ptr<CImageSource> image = OpenInput(job.input);
         SImageConversion conversion = {job.input, *image, OutputForm()->form, job.output, job.manner};
         conversion.workers = m_effort.Workers();
         conversion.level = m_effort.Level();

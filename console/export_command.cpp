@@ -79,7 +79,7 @@ public:
     void Convert(const SConversionJob& job, COperation& operation) const override {
         RefuseStaleGaps(job);
         const std::unique_ptr<CImageSource> image =
-            OpenContainer(ResolveFileCase(job.input), job.output, "Code 101e - Error Opening %s", operation);
+            OpenContainer(ResolveFileCase(job.input), "Code 101e - Error Opening %s", operation);
         SExportRequest request;
         request.imagePath = job.input;
         request.image = image.get();

@@ -70,7 +70,7 @@ public:
                     "  vantrel extract game.iso --stdout SYSTEM.CNF"}) {}
 
     void Declare(COptionSet& options) override {
-        options.AddText("FILE", m_file, "The image: ISO, CSO, DAX, BIN or CUE sheet");
+        options.AddText("FILE", m_file, "The image: ISO, CSO, ZSO, DAX, BIN or CUE sheet");
         options.Require("FILE");
         options.AddTexts("PATH", m_paths, "Files and folders to extract; by default all");
         options.AddText("-C,--directory", m_folder, "Write below this folder instead of the current one");

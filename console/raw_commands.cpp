@@ -25,8 +25,7 @@ public:
     std::vector<std::string> Companions(const std::string& output) const override { return {CuePathOf(output)}; }
 
     void Convert(const SConversionJob& job, COperation& operation) const override {
-        const std::unique_ptr<CImageSource> image =
-            OpenContainer(job.input, job.output, "Code 103- Error Opening %s", operation);
+        const std::unique_ptr<CImageSource> image = OpenContainer(job.input, "Code 103- Error Opening %s", operation);
         IsoToBin({job.input, job.output, CuePathOf(job.output), job.manner, image.get()}, operation);
         if (image) {
             WarnOfOtherParts(*image, job.input, operation);

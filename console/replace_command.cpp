@@ -1,6 +1,7 @@
 // The command that replaces files in an image.
 #include <algorithm>
 
+#include "console/command_input.h"
 #include "console/commands.h"
 #include "console/console_operation.h"
 #include "console/conversion_command.h"
@@ -11,7 +12,7 @@
 #include "files/native_file.h"
 #include "files/path.h"
 #include "files/refused.h"
-#include "image/image_source.h"
+#include "image/conversion.h"
 #include "iso/edit/replacement.h"
 #include "operation/text.h"
 
@@ -38,7 +39,7 @@ public:
     CReplaceCommand() : CCommand({"replace", "Replace files in an image", kNotes}) {}
 
     void Declare(COptionSet& options) override {
-        options.AddText("IMAGE", m_image, "The image: ISO, CSO, DAX, BIN or CUE sheet");
+        options.AddText("IMAGE", m_image, "The image: ISO, CSO, ZSO, DAX, BIN or CUE sheet");
         options.Require("IMAGE");
         options.AddTexts("CHANGE", m_changes, "PATH=FILE for each file to replace");
         options.Require("CHANGE");
@@ -104,16 +105,24 @@ private:
         RefuseOverwriting(request);
         CProgressLine progress(!m_quiet && CanDrawProgress(), FileNameOf(m_image), FileSizeOf(m_image));
         CConsoleOperation operation(progress);
-        const SEditReport report = m_inPlace ? ReplaceHere(request, operation) : ReplaceInNew(request, operation);
+        SEditReport report = m_inPlace ? ReplaceHere(request, operation) : ReplaceInNew(request, operation);
         progress.Clear();
+        if (operation.Warning().empty()) {
+            Print(report);
+            return EExit::Done;
+        }
+        report.notices.push_back(operation.Warning());
         Print(report);
-        return EExit::Done;
+        PrintError(Name(), m_image, operation.Warning());
+        return EExit::Failed;
     }
 
     SEditReport ReplaceInNew(const SReplaceRequest& request, COperation& operation) const {
-        const std::unique_ptr<CImageSource> image = OpenImage(m_image);
-        return ReplaceInCopy(
+        const std::unique_ptr<CImageSource> image = OpenInput(m_image);
+        SEditReport report = ReplaceInCopy(
             request, *image, [&] { RefuseDamaged(*image, m_image); }, operation);
+        WarnOfOtherParts(*image, m_image, operation);
+        return report;
     }
 
     SEditReport ReplaceHere(const SReplaceRequest& request, COperation& operation) const {
@@ -131,8 +140,11 @@ private:
         if (m_inPlace || m_dryRun || FileKindOf(m_output) == EFileKind::Missing) {
             return;
         }
-        if (IsSameFile(m_image, m_output)) {
-            throw CRefused(m_image + ": the output would be the input itself; --in-place changes it");
+        for (const std::string& file : InputOf(m_image).files) {
+            if (IsSameFile(file, m_output)) {
+                throw CRefused(m_image + ": the output would be " +
+                               (file == m_image ? "the input itself; --in-place changes it" : "a file of the input"));
+            }
         }
         for (const SReplacement& replacement : request.replacements) {
             if (IsSameFile(replacement.source, m_output)) {

@@ -82,13 +82,22 @@ bool RenameByLink(const std::string& from, const std::string& to) {
     return FailWith(error);
 }
 
-/// For file systems without hard links: checks that `to` does not exist, then renames.
+/// The folder of a path, as the system names it.
+std::string OpenableFolder(const std::string& folder) {
+    return folder.empty() ? "." : folder;
+}
+
+/// For file systems without hard links: checks that `to` does not exist, then renames. Processes that do so in the same
+/// folder take turns, where the file system has locks.
 bool RenameAfterLook(const std::string& from, const std::string& to) {
+    const int folder = ::open(OpenableFolder(FolderOf(to)).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ::flock(folder, LOCK_EX);
     struct stat status = {};
-    if (::lstat(to.c_str(), &status) == 0) {
-        return FailWith(EEXIST);
-    }
-    return errno == ENOENT && std::rename(from.c_str(), to.c_str()) == 0;
+    const bool exists = ::lstat(to.c_str(), &status) == 0;
+    const bool renamed = !exists && errno == ENOENT && std::rename(from.c_str(), to.c_str()) == 0;
+    const int error = exists ? EEXIST : errno;
+    ::close(folder);
+    return renamed || FailWith(error);
 }
 
 bool RenameWithoutReplacing(const std::string& from, const std::string& to) {
@@ -105,11 +114,6 @@ bool RenameWithoutReplacing(const std::string& from, const std::string& to) {
     }
     const bool hasNoLinks = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
     return hasNoLinks && RenameAfterLook(from, to);
-}
-
-/// The folder of a path, as the system names it.
-std::string OpenableFolder(const std::string& folder) {
-    return folder.empty() ? "." : folder;
 }
 
 /// The path of an open file, with or without a name.

@@ -22,8 +22,7 @@ COutputFile::~COutputFile() {
     Abandon();
 }
 
-bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing sharing,
-                       const std::optional<std::string>& folder) {
+void COutputFile::Begin(const std::string& path, EOutputManner manner, ESharing sharing) {
     Abandon();
     m_manner = manner;
     m_sharing = sharing;
@@ -33,23 +32,47 @@ bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing s
     m_position = 0;
     m_writtenEnd = 0;
     m_isFinished = false;
+    m_isPlaced = false;
+}
+
+/// Takes the permissions of the file that is replaced, as far as possible.
+bool COutputFile::TakeMode() {
+    if (Replaces(m_manner)) {
+        m_file.TakeModeOf(m_targetPath);
+    }
+    return true;
+}
+
+bool COutputFile::OpenTemporary() {
+    for (int attempt = 0; attempt < kTemporaryNameTries; ++attempt) {
+        m_temporaryPath = TemporaryPathIn(FolderOf(m_targetPath));
+        if (m_file.OpenTemporary(m_temporaryPath, m_sharing)) {
+            return true;
+        }
+        if (FileKindOf(m_temporaryPath) == EFileKind::Missing) {
+            break;
+        }
+    }
+    m_temporaryPath.clear();
+    return false;
+}
+
+bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing sharing) {
+    Begin(path, manner, sharing);
     if (manner == EOutputManner::InPlace) {
         return m_file.Open(path, EOpenMode::CreateTruncate, sharing);
     }
-    for (int attempt = 0; attempt < kTemporaryNameTries; ++attempt) {
-        const std::string temporary = TemporaryPathIn(folder.value_or(FolderOf(m_targetPath)));
-        if (m_file.OpenTemporary(temporary, sharing)) {
-            m_temporaryPath = temporary;
-            if (Replaces(manner)) {
-                m_file.TakeModeOf(m_targetPath);
-            }
-            return true;
-        }
-        if (FileKindOf(temporary) == EFileKind::Missing) {
-            return false;
-        }
+    return OpenTemporary() && TakeMode();
+}
+
+bool COutputFile::OpenAt(const std::string& place, const std::string& path, EOutputManner manner) {
+    Begin(path, manner, ESharing::Anyone);
+    if (!m_file.Open(place, EOpenMode::CreateNew, ESharing::Anyone)) {
+        return false;
     }
-    return false;
+    m_isPlaced = true;
+    m_temporaryPath = place;
+    return TakeMode();
 }
 
 bool COutputFile::NoteFailure() {
@@ -186,9 +209,9 @@ bool COutputFile::ReachEnd() {
 
 bool COutputFile::Finish() {
     if (m_file.IsOpen() && !m_isFinished) {
-        const bool isInPlace = m_manner == EOutputManner::InPlace;
+        const bool hasName = m_manner == EOutputManner::InPlace || m_isPlaced;
         if (!Flush() || !ReachEnd() || (m_flushes && !m_file.FlushToDisk()) ||
-            !(isInPlace ? m_file.Close() : m_file.CompleteWrites())) {
+            !(hasName ? m_file.Close() : m_file.CompleteWrites())) {
             NoteFailure();
         }
         m_unplacedZeros = 0;
@@ -198,7 +221,7 @@ bool COutputFile::Finish() {
 }
 
 std::string COutputFile::PathToRead() {
-    const std::string path = m_temporaryPath.empty() ? m_targetPath : m_file.PathToRead(m_temporaryPath);
+    std::string path = m_temporaryPath.empty() ? m_targetPath : m_file.PathToRead(m_temporaryPath);
     if (path.empty()) {
         NoteFailure();
     }
@@ -225,7 +248,8 @@ bool COutputFile::CommitAs(const std::string& path) {
 
 bool COutputFile::CommitAs(const std::string& path, bool replace) {
     const bool finished = Finish();
-    if (finished && m_temporaryPath.empty()) {
+    if (finished && (m_temporaryPath.empty() || (m_isPlaced && path == m_temporaryPath))) {
+        m_temporaryPath.clear();
         return true;
     }
     if (finished && (m_file.GiveName(m_temporaryPath, path, replace) || NoteFailure())) {
@@ -240,7 +264,7 @@ bool COutputFile::CommitAs(const std::string& path, bool replace) {
 void COutputFile::Abandon() {
     m_pending.clear();
     m_unplacedZeros = 0;
-    const bool stays = m_file.StaysWhenClosed();
+    const bool stays = !m_temporaryPath.empty() && (m_isPlaced || m_file.StaysWhenClosed());
     m_file.Close();
     if (stays) {
         RemoveTemporary(m_temporaryPath);

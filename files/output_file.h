@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -39,10 +38,12 @@ public:
     /// Removes a transactional output that was not committed.
     ~COutputFile();
 
-    /// Creates the output. A transactional one is created in `folder`, which ends in a separator, by default in that
-    /// of the target. On failure, returns false with LastFileError() set.
-    bool Open(const std::string& path, EOutputManner manner, ESharing sharing = ESharing::Anyone,
-              const std::optional<std::string>& folder = std::nullopt);
+    /// Creates the output, a transactional one in the folder of the target. On failure, returns false with
+    /// LastFileError() set.
+    bool Open(const std::string& path, EOutputManner manner, ESharing sharing = ESharing::Anyone);
+    /// Creates a transactional output at `place`, a path that does not exist yet, where it waits after CommitAs(place).
+    /// A killed process leaves it there. Failures as above.
+    bool OpenAt(const std::string& place, const std::string& path, EOutputManner manner);
     bool IsOpen() const { return m_file.IsOpen(); }
 
     /// Writes at the current position and advances it. Returns false if not everything could be written; Problem() then
@@ -93,6 +94,9 @@ public:
     const std::string& Problem() const { return m_problem; }
 
 private:
+    void Begin(const std::string& path, EOutputManner manner, ESharing sharing);
+    bool OpenTemporary();
+    bool TakeMode();
     bool Flush();
     bool PlaceZeros();
     bool ReachEnd();
@@ -106,6 +110,7 @@ private:
     ESharing m_sharing = ESharing::Anyone;
     std::string m_targetPath;
     std::string m_temporaryPath;
+    bool m_isPlaced = false;  ///< Whether the temporary path is where the output waits for its name.
     bool m_isFinished = false;
     bool m_flushes = false;
     std::string m_problem;

@@ -33,7 +33,7 @@ std::optional<Bytes> ExpandedStrictly(std::span<const std::uint8_t> file, Conver
 /// What `convert` does.
 void ConvertTo(EForm form, const SCompressionRequest& request, COperation& operation) {
     try {
-        const std::unique_ptr<CImageSource> image = OpenInput(request.imagePath, request.outputPath);
+        const std::unique_ptr<CImageSource> image = OpenInput(request.imagePath);
         SImageConversion conversion = {request.imagePath, *image, form, request.outputPath, request.manner, 2, 1};
         conversion.readBack = true;
         ConvertImage(conversion, operation);

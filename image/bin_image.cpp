@@ -82,9 +82,6 @@ public:
         }
         return texts;
     }
-    std::vector<std::string> FurtherFiles() const override {
-        return m_disc.hasSheet ? m_disc.Files() : std::vector<std::string>();
-    }
 
 private:
     std::unique_ptr<CBlockPiece> NewBlocks(std::size_t count) override {

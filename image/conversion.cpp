@@ -123,7 +123,18 @@ private:
     CCheckedOutput m_output{m_operation};
 };
 
-/// Fails if the output reads back differently.
+/// Fails if the image in the output, which is read at `path`, differs.
+void CompareWritten(const SImageConversion& conversion, const std::string& path, COperation& operation) {
+    const std::unique_ptr<CImageSource> written = OpenImageAs(conversion.form, path);
+    const std::int64_t position = FirstDifference(conversion.image, *written, operation);
+    RefuseDamaged(*written, conversion.outputPath);
+    if (position != conversion.image.Size() || position != written->Size()) {
+        operation.Fail(Format("%s: the output reads back differently from byte %lld on", conversion.outputPath.c_str(),
+                              static_cast<long long>(position)));
+    }
+}
+
+/// Fails if the output reads back differently. The message names the output, not the temporary file.
 void ReadBack(const SImageConversion& conversion, COutputFile& output, COperation& operation) {
     if (!conversion.readBack) {
         return;
@@ -132,12 +143,14 @@ void ReadBack(const SImageConversion& conversion, COutputFile& output, COperatio
     if (path.empty()) {
         operation.Fail(output.Problem());
     }
-    const std::unique_ptr<CImageSource> written = OpenImageAs(conversion.form, path);
-    const std::int64_t position = FirstDifference(conversion.image, *written, operation);
-    RefuseDamaged(*written, conversion.outputPath);
-    if (position != conversion.image.Size() || position != written->Size()) {
-        operation.Fail(Format("%s: the output reads back differently from byte %lld on", conversion.outputPath.c_str(),
-                              static_cast<long long>(position)));
+    try {
+        CompareWritten(conversion, path, operation);
+    } catch (const CRefused& refused) {
+        std::string problem = refused.what();
+        if (const std::size_t start = problem.find(path); start != std::string::npos) {
+            problem.replace(start, path.size(), conversion.outputPath);
+        }
+        operation.Fail(problem);
     }
 }
 
@@ -174,27 +187,21 @@ void ConvertImage(const SImageConversion& conversion, COperation& operation) {
     }
 }
 
-std::unique_ptr<CImageSource> OpenInput(const std::string& path, const std::string& output) {
+std::unique_ptr<CImageSource> OpenInput(const std::string& path) {
     std::unique_ptr<CImageSource> image = OpenImage(path);
     if (const std::vector<std::string> missing = image->MissingParts(); !missing.empty()) {
         throw CRefused(path + ": " + missing.front());
     }
-    for (const std::string& file : image->FurtherFiles()) {
-        if (FileKindOf(output) != EFileKind::Missing && IsSameFile(file, output)) {
-            throw CRefused(output + ": the output would be a file of the input");
-        }
-    }
     return image;
 }
 
-std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const std::string& output, const char* openPattern,
-                                            COperation& operation) {
+std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const char* openPattern, COperation& operation) {
     CCheckedInput file(operation);
     file.OpenOrFail(path, openPattern);
     const EForm form = FormOf(file);
     file.FailIfUnread();
     file.Close();
-    return form == EForm::Unknown || form == EForm::Iso ? nullptr : OpenInput(path, output);
+    return form == EForm::Unknown || form == EForm::Iso ? nullptr : OpenInput(path);
 }
 
 void WarnOfOtherParts(const CImageSource& image, const std::string& path, COperation& operation) {

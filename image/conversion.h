@@ -29,14 +29,13 @@ struct SImageConversion {
 /// Fails if the image cannot be read in full or the form cannot hold it.
 void ConvertImage(const SImageConversion& conversion, COperation& operation);
 
-/// Opens the input of a conversion to `output`. Throws CRefused, beyond what OpenImage refuses, if the file does not
-/// hold all of its image, or if the output is one of the files that a sheet names.
-std::unique_ptr<CImageSource> OpenInput(const std::string& path, const std::string& output);
+/// Opens the input of a conversion. Throws CRefused, beyond what OpenImage refuses, if the file does not hold all of
+/// its image.
+std::unique_ptr<CImageSource> OpenInput(const std::string& path);
 
 /// The same for conversions that open plain images themselves: null for those and for files of unknown form. Fails if
 /// the file cannot be read; `openPattern` is the text for a file that cannot be opened.
-std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const std::string& output, const char* openPattern,
-                                            COperation& operation);
+std::unique_ptr<CImageSource> OpenContainer(const std::string& path, const char* openPattern, COperation& operation);
 
 /// Warns of what the file has besides its image.
 void WarnOfOtherParts(const CImageSource& image, const std::string& path, COperation& operation);

@@ -14,11 +14,10 @@ const char* CsoFaultText(ECsoFault fault) {
         case ECsoFault::None:
             break;
         case ECsoFault::ShortHeader:
-            return "the file is too short for a header";
-        case ECsoFault::Format:
-            return "the file has another form now";
         case ECsoFault::Unsupported:
             break;
+        case ECsoFault::Format:
+            return "the file has another form now";
         case ECsoFault::Memory:
             return "the header claims blocks that are too large";
         case ECsoFault::Index:
@@ -81,7 +80,7 @@ public:
         if (m_cso.MissingBytes() == 0) {
             return {};
         }
-        return {Format("the last %llu bytes of the image are no whole block and are not stored",
+        return {Format("the last %llu bytes of the image, a partial block, are not stored",
                        static_cast<unsigned long long>(m_cso.MissingBytes()))};
     }
 

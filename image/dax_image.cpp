@@ -15,7 +15,7 @@ const char* DaxFaultText(EDaxFault fault) {
         case EDaxFault::None:
             break;
         case EDaxFault::Header:
-            return "the file is too short for a header";
+            return "the file has another form now";
         case EDaxFault::Unsupported:
         case EDaxFault::Short:
             break;

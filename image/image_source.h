@@ -42,8 +42,6 @@ public:
     virtual std::vector<std::string> MissingParts() const { return {}; }
     /// What the file has besides the image, in words: other tracks.
     virtual std::vector<std::string> OtherParts() const { return {}; }
-    /// Further files that the image is read from: those of a sheet.
-    virtual std::vector<std::string> FurtherFiles() const { return {}; }
     /// The whole image in large chunks, with what is wrong in each.
     virtual std::unique_ptr<CImageChunks> Chunks();
 };

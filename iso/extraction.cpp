@@ -146,7 +146,7 @@ void CExtraction::WriteFile(const SExtractedFile& listed) {
     CCheckedOutput output(m_operation);
     const std::string target = TargetOf(listed.path);
     const std::string place = PlaceFor(target);
-    if (!output.Open(target, m_request.manner, ESharing::Anyone, FolderOf(place))) {
+    if (!output.OpenAt(place, target, m_request.manner)) {
         m_operation.Fail(CreationProblem(target));
     }
     for (const SExtent& extent : listed.extents) {

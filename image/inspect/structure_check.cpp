@@ -9,6 +9,7 @@
 #include "image/inspect/overlap_check.h"
 #include "image/inspect/path_table_check.h"
 #include "image/inspect/tree_comparison.h"
+#include "iso/boot_catalogue.h"
 #include "iso/postgap.h"
 #include "iso/udf/unsupported.h"
 #include "iso/volume.h"
@@ -34,6 +35,7 @@ public:
         Append(records);
         ReadUdf();
         CheckPlaces();
+        CheckBootCatalogue();
         CLimitedLines tables("of path tables");
         for (const SIsoVolume& volume : m_volumes) {
             if (!volume.tree.folders.empty()) {
@@ -147,6 +149,25 @@ private:
                                     file.path.c_str(), file.sector, static_cast<long long>(file.size)));
             }
         }
+    }
+
+    void CheckBootCatalogue() {
+        const std::optional<SBootCatalogue> catalogue = ReadBootCatalogue(m_image);
+        if (!catalogue) {
+            return;
+        }
+        if (!catalogue->isValid) {
+            m_problems.push_back(Format("the boot record in sector %u names sector %u, which has no boot catalogue",
+                                        catalogue->record, catalogue->sector));
+        }
+        CLimitedLines outside("of the boot catalogue");
+        for (const SBootEntry& entry : catalogue->entries) {
+            if (SExtent{entry.sector, entry.Size()}.End() > m_image.Size()) {
+                outside.Add(Format("the boot catalogue: a boot image (sector %u, %lld bytes) lies outside the image",
+                                   entry.sector, static_cast<long long>(entry.Size())));
+            }
+        }
+        Append(outside);
     }
 
     /// What structures occupy, except the files.

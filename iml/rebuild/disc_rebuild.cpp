@@ -2,24 +2,21 @@
 
 #include <algorithm>
 #include <map>
-#include <optional>
 #include <set>
 #include <utility>
 #include <vector>
 
 #include "files/checked_file.h"
 #include "files/refused.h"
-#include "iml/layout/gap_file.h"
 #include "iml/layout/layout_path.h"
 #include "iml/layout/recorded_files.h"
-#include "iml/layout/trailing_sector.h"
 #include "iml/rebuild/composed_image.h"
+#include "iml/rebuild/kept_structures.h"
 #include "iml/rebuild/layout_pass.h"
 #include "iml/rebuild/listed_files.h"
 #include "iml/rebuild/placements.h"
 #include "iso/edit/edit_writer.h"
 #include "iso/path_table.h"
-#include "iso/volume.h"
 #include "operation/text.h"
 
 namespace vantrel {
@@ -63,155 +60,48 @@ public:
           m_operation(operation),
           m_placements(request, operation),
           m_pass(request, shape, m_placements, operation),
-          m_leading(operation) {}
+          m_kept(request, shape.isDvd, operation) {}
 
     SEditReport Run() {
         m_pass.Run();
-        OpenLeading();
-        OpenGaps();
-        CheckOrigin();
+        m_kept.OpenOrFail(m_pass.LeadingLast());
+        for (const std::string& notice : m_kept.Notices()) {
+            m_operation.Notify(notice);
+        }
         FindFiles();
-        CComposedImage base(LengthOfImage());
+        CComposedImage base(m_kept.ImageLengthOrFail(EndOfFiles()));
         AddFiles(base);
-        AddStructures(base);
+        m_kept.AddTo(base);
         const SEditPlan plan = Plan(base);
+        m_report = ReportOn(plan);
         base.StartSums();
         if (m_request.dryRun) {
             ReadAll(base);
+            CheckResult(base, plan);
         } else {
             CCheckedOutput output(m_operation);
             output.OpenOrFail(m_request.outputPath, m_request.manner, "Code 203!!! file not found ==> %s");
             WriteEdited({base, m_request.layoutPath, [&base] { ThrowProblemOf(base); }}, plan, output, m_operation);
-            m_report = ReportOn(plan);
             CheckResult(base, plan);
             output.CommitOrFail();
-            return Finish();
         }
-        m_report = ReportOn(plan);
-        CheckResult(base, plan);
         return Finish();
     }
 
 private:
-    void OpenLeading() {
-        m_leading.OpenOrFail(m_request.leadingPath, "Code 204!!! file not found==> %s");
-        m_leadingLength = m_leading.SizeOrFail() - (m_isDvd ? kSectorSize : 0);
-        if (ReplacesLeading(m_request)) {
-            m_operation.Fail(Format("The image would replace %s", m_request.leadingPath.c_str()));
-        }
-        if (m_leadingLength < 0 || m_leadingLength / kSectorSize <= m_pass.LeadingLast()) {
-            m_operation.Fail(Format("The file %s is shorter than the layout says", m_request.leadingPath.c_str()));
-        }
-    }
-
-    void OpenGaps() {
-        if (FileKindOf(m_request.gapsPath) == EFileKind::Missing) {
-            if (m_isExact) {
-                m_operation.Fail(Format(
-                    "%s is missing: an exact rebuild needs the gap file that \"vantrel iso2iml --extract\" writes",
-                    m_request.gapsPath.c_str()));
-            }
-            Notify(
-                Format("There is no %s: whatever no listed file covers becomes zeros. \"vantrel iso2iml --extract\" "
-                       "keeps it in that file",
-                       m_request.gapsPath.c_str()));
-            return;
-        }
-        m_gaps.emplace();
-        if (!m_gaps->Open(m_request.gapsPath)) {
-            m_operation.Fail(m_gaps->Problem());
-        }
-        if (m_gaps->Origin().image.length / kSectorSize >= kSectorLimit) {
-            m_operation.Fail(Format("%s describes an image larger than any disc", m_request.gapsPath.c_str()));
-        }
-    }
-
-    /// A gap file belongs to a layout and its leading structures. An edited rebuild accepts a change of one of them.
-    void CheckOrigin() {
-        if (!m_gaps) {
-            return;
-        }
-        CCheckedInput layout(m_operation);
-        layout.OpenOrFail(m_request.layoutPath, "Code 2011 - Error Opening %s");
-        const bool isLayout = SumOf(layout) == m_gaps->Origin().layout;
-        m_isLeadingUnchanged = SumOf(m_leading) == m_gaps->Origin().leading;
-        if (m_isExact && !isLayout) {
-            m_operation.Fail(
-                Format("%s belongs to another layout than %s: an exact rebuild needs both as one export wrote them",
-                       m_request.gapsPath.c_str(), m_request.layoutPath.c_str()));
-        }
-        if (!isLayout && !m_isLeadingUnchanged) {
-            m_operation.Fail(Format("%s belongs to another layout than %s; delete it if nothing can replace it",
-                                    m_request.gapsPath.c_str(), m_request.layoutPath.c_str()));
-        }
-        if (!m_isExact && !m_isLeadingUnchanged) {
-            Notify(Format("%s has changed since the export", m_request.leadingPath.c_str()));
-        }
-    }
-
-    SChecksum SumOf(CCheckedInput& file) {
-        const SChecksum sum = ChecksumOf(file, [this] { m_operation.Yield(); });
-        file.FailIfUnread();
-        return sum;
-    }
-
-    /// Without a gap file, the image ends with its volume, or behind it with the last file.
-    std::int64_t LengthOfImage() {
-        if (m_gaps) {
-            return m_gaps->Origin().image.length;
-        }
-        std::int64_t sectors =
-            std::max<std::int64_t>(ReadPrimaryVolume(m_leading).volumeSpaceSize.Value(), SectorsFor(m_leadingLength));
+    /// The sector behind the last file with content; 0 if there is none.
+    std::int64_t EndOfFiles() const {
+        std::int64_t end = 0;
         for (const SFoundFile& file : m_files) {
-            sectors = file.size > 0 ? std::max(sectors, file.sector + SectorsFor(file.size)) : sectors;
+            end = file.size > 0 ? std::max(end, file.sector + SectorsFor(file.size)) : end;
         }
-        if (m_isDvd) {
-            sectors = std::max<std::int64_t>(sectors, std::int64_t{TrailingLocation()} + 1);
-        }
-        if (sectors > kSectorLimit) {
-            m_operation.Fail(Format("%s describes an image larger than any disc", m_request.leadingPath.c_str()));
-        }
-        return sectors * kSectorSize;
-    }
-
-    std::uint32_t TrailingLocation() { return TagLocationOf(ReadTrailingSector(m_leading)); }
-
-    void AddStructures(CComposedImage& image) {
-        if (m_gaps) {
-            image.AddGaps(*m_gaps);
-        }
-        image.AddSource(0, m_leadingLength, m_leading);
-        if (!m_gaps && m_isDvd) {
-            image.AddBytes(TrailingLocation() * kSectorSize, ClosingAnchor());
-        }
-    }
-
-    /// The closing anchor of a UDF volume. The leading structures hold only the start of its tag, but its content is
-    /// that of the first anchor. Empty if the volume had none.
-    std::vector<std::uint8_t> ClosingAnchor() {
-        constexpr std::size_t kChecksumOffset = 4;
-        const TrailingSector trailing = ReadTrailingSector(m_leading);
-        TrailingSector anchor = {};
-        m_leading.ReadAt(kAnchorSector * kSectorSize, anchor);
-        if (LoadLe16(std::span(trailing).first<2>()) != kTagAnchor ||
-            !std::equal(trailing.begin() + 5, trailing.begin() + kTagHeadSize, anchor.begin() + 5)) {
-            return {};
-        }
-        const auto location = Le32(TagLocationOf(trailing));
-        std::copy(location.begin(), location.end(), anchor.begin() + kTagHeadSize);
-        anchor[kChecksumOffset] = 0;
-        std::uint8_t sum = 0;
-        for (std::size_t i = 0; i < kTagHeadSize + location.size(); ++i) {
-            sum = static_cast<std::uint8_t>(sum + anchor[i]);
-        }
-        anchor[kChecksumOffset] = sum;
-        return {anchor.begin(), anchor.end()};
+        return end;
     }
 
     /// Finds the records of all listed files, and the files themselves.
     void FindFiles() {
-        CComposedImage structures(m_gaps ? m_gaps->Origin().image.length : m_leadingLength);
-        AddStructures(structures);
+        CComposedImage structures(m_kept.LengthOfStructures());
+        m_kept.AddTo(structures);
         const CRecordedFiles records(structures);
         std::set<const SContentFile*> found;
         CListedFiles listed(m_request, m_operation);
@@ -255,7 +145,7 @@ private:
             m_operation.Fail(Format("%s has %lld bytes, but the image records it as empty, at the sector of %s",
                                     file.path.c_str(), static_cast<long long>(length), other->path.c_str()));
         }
-        m_operation.Fail(Format("%s has %lld bytes, but the image records %lld: an exact rebuild takes unchanged files",
+        m_operation.Fail(Format("%s has %lld bytes, but the image records %lld: an exact rebuild needs unchanged files",
                                 file.path.c_str(), static_cast<long long>(length),
                                 static_cast<long long>(record.Size())));
     }
@@ -263,7 +153,8 @@ private:
     /// Fails for a file that was taken out of the layout.
     void CheckListing(const CRecordedFiles& records, const std::set<const SContentFile*>& listed) {
         for (const SContentFile& record : records.All()) {
-            const bool wasExported = m_gaps && m_gaps->FindFile(record.Sector(), record.Size()) != nullptr;
+            const bool wasExported =
+                m_kept.Gaps() != nullptr && m_kept.Gaps()->FindFile(record.Sector(), record.Size()) != nullptr;
             if (!listed.contains(&record) && (MustBeListed(record) || wasExported)) {
                 m_operation.Fail(
                     Format("The layout does not list %s, which the directories have; a rebuild cannot "
@@ -284,7 +175,7 @@ private:
             } else if (file.length != file.size) {
                 m_changed.push_back(i);
             } else if (file.size > 0) {
-                m_kept.push_back({i, base.AddFile(file.sector * kSectorSize, file.length, file.source)});
+                m_keptFiles.push_back({i, base.AddFile(file.sector * kSectorSize, file.length, file.source)});
             }
         }
     }
@@ -299,11 +190,11 @@ private:
     SChecksum SumOfFile(const std::string& path) {
         CCheckedInput file(m_operation);
         file.OpenOrFail(path, "Cannot open %s");
-        return SumOf(file);
+        return SumOrFail(file, m_operation);
     }
 
     SEditPlan Plan(CComposedImage& base) {
-        if (m_changed.empty() && m_gaps) {
+        if (m_changed.empty() && m_kept.Gaps() != nullptr) {
             return PlanNothing(base);
         }
         const SDiscMap map = ReadMap(base);
@@ -321,7 +212,7 @@ private:
     }
 
     SDiscMap ReadMap(CComposedImage& base) {
-        SDiscMap map = ReadDiscMap(base, m_gaps ? EMapRule::Complete : EMapRule::ReachableOnly);
+        SDiscMap map = ReadDiscMap(base, m_kept.Gaps() != nullptr ? EMapRule::Complete : EMapRule::ReachableOnly);
         ThrowProblemOf(base);
         m_warnings = map.warnings;
         return map;
@@ -335,7 +226,7 @@ private:
 
     /// Reads what a rebuild would write, for the checksums.
     void ReadAll(CComposedImage& base) {
-        if (m_gaps) {
+        if (m_kept.Gaps() != nullptr) {
             ChecksumOf(base, [this] { m_operation.Yield(); });
             ThrowProblemOf(base);
         }
@@ -343,28 +234,28 @@ private:
 
     /// Finds the changed files among those of recorded length, and compares the image if there are none.
     void CheckResult(CComposedImage& base, const SEditPlan& plan) {
-        m_leading.FailIfUnread();
+        m_kept.Leading().FailIfUnread();
         ThrowProblemOf(base);
-        if (!m_gaps) {
+        if (m_kept.Gaps() == nullptr) {
             m_report.comparesContent = false;
             CountUnchanged();
             return;
         }
-        for (const SKeptFile& kept : m_kept) {
+        for (const SKeptFile& kept : m_keptFiles) {
             const SFoundFile& file = m_files[kept.index];
             SChecksum sum = base.FileSum(kept.number);
             if (sum.length != file.length) {
                 sum = SumOfFile(file.source);  // another file covers a part of it
             }
-            const SExportedFile* const exported = m_gaps->FindFile(file.sector, file.length);
+            const SExportedFile* const exported = m_kept.Gaps()->FindFile(file.sector, file.length);
             if (exported != nullptr && exported->sum != sum) {
                 AddChangedContent(file);
             }
         }
         std::sort(m_report.edits.begin(), m_report.edits.end(),
                   [](const SFileEdit& a, const SFileEdit& b) { return a.from < b.from; });
-        const bool isSame = plan.edits.empty() && m_report.edits.empty() && m_isLeadingUnchanged;
-        if ((isSame || m_isExact) && base.Sum() != m_gaps->Origin().image) {
+        const bool isSame = plan.edits.empty() && m_report.edits.empty() && m_kept.IsLeadingUnchanged();
+        if ((isSame || m_isExact) && base.Sum() != m_kept.Gaps()->Origin().image) {
             m_operation.Fail(
                 Format("The image would differ from the one that %s was exported from: a file or the leading "
                        "structures have changed",
@@ -379,7 +270,7 @@ private:
     void AddChangedContent(const SFoundFile& file) {
         if (m_isExact) {
             m_operation.Fail(
-                Format("%s has changed: an exact rebuild takes unchanged files", file.listedPath->c_str()));
+                Format("%s has changed: an exact rebuild needs unchanged files", file.listedPath->c_str()));
         }
         SFileEdit edit = {{}, file.sector, file.sector, file.length, file.length, file.source};
         const auto first =
@@ -400,26 +291,20 @@ private:
         }
     }
 
-    void Notify(const std::string& text) {
-        m_operation.Notify(text);
-        m_notices.push_back(text);
-    }
-
     SEditReport Finish() {
-        m_leading.Close();
+        m_report.notices = m_kept.Notices();
         for (const SFileEdit& edit : m_report.edits) {
             m_operation.Notify(LineOf(edit));
         }
         std::string warning;
         for (const std::string& text : m_warnings) {
             warning += (warning.empty() ? "" : "\n") + text;
-            m_notices.push_back(text);
+            m_report.notices.push_back(text);
         }
         if (!warning.empty()) {
             warning += Format("\n\"vantrel iso2iml --extract\" keeps all of it in %s", m_request.gapsPath.c_str());
             m_operation.Warn(warning);
         }
-        m_report.notices = m_notices;
         if (m_request.dryRun) {
             m_operation.Notify(m_request.layoutPath + ": " + SummaryOf(m_report) + "; nothing was written");
             return std::move(m_report);
@@ -436,14 +321,10 @@ private:
     COperation& m_operation;
     CPlacements m_placements;
     CLayoutPass m_pass;
-    CCheckedInput m_leading;
-    std::int64_t m_leadingLength = 0;  ///< without the trailing sector of a DVD
-    std::optional<CGapFileReader> m_gaps;
-    bool m_isLeadingUnchanged = true;
+    CKeptStructures m_kept;
     std::vector<SFoundFile> m_files;     ///< in the order of the recorded sectors
-    std::vector<SKeptFile> m_kept;       ///< files of recorded length, one for each place
+    std::vector<SKeptFile> m_keptFiles;  ///< files of recorded length, one for each place
     std::vector<std::size_t> m_changed;  ///< files of another length, one for each place
-    std::vector<std::string> m_notices;
     std::vector<std::string> m_warnings;
     SEditReport m_report;
 };

@@ -94,6 +94,7 @@ public:
         std::stable_sort(m_map.places.begin(), m_map.places.end(),
                          [](const SDiscPlace& a, const SDiscPlace& b) { return a.Sector() < b.Sector(); });
         CheckOverlaps();
+        AddBootImages();
         m_map.kind = KindBySystem(m_volumes.front().descriptor);
         FindClosingSector();
         return std::move(m_map);
@@ -388,6 +389,50 @@ private:
         throw CRefused(Format("%s: its sectors %lld to %lld overlap %s", file.place->Path().c_str(),
                               static_cast<long long>(file.first), static_cast<long long>(file.end) - 1,
                               otherName.c_str()));
+    }
+
+    void AddBootImages() {
+        const std::optional<SBootCatalogue> catalogue = ReadBootCatalogue(m_image);
+        if (!catalogue) {
+            return;
+        }
+        if (!catalogue->isValid) {
+            if (m_rule == EMapRule::ReachableOnly) {
+                m_map.warnings.push_back(
+                    Format("The boot catalogue at sector %u cannot be read: no computer will boot from the image",
+                           catalogue->sector));
+            }
+            return;
+        }
+        Occupy(catalogue->sector, 1);
+        if (SDiscPlace* const place = PlaceAround(catalogue->sector)) {
+            place->obstacle = "is the boot catalogue of the image";
+        }
+        for (const SBootEntry& entry : catalogue->entries) {
+            SDiscPlace* const place = PlaceAround(entry.sector);
+            if (place == nullptr) {
+                Occupy(entry.sector, SectorsFor(entry.Size()));
+            } else if (place->Sector() == entry.sector) {
+                place->bootEntries.push_back(entry);
+            } else {
+                place->obstacle = "holds a boot image behind its first sector";
+            }
+        }
+    }
+
+    void Occupy(std::int64_t sector, std::int64_t sectors) {
+        const std::int64_t end = std::min<std::int64_t>(sector + sectors, m_map.Sectors());
+        m_map.occupied.Add(static_cast<std::uint32_t>(sector), static_cast<std::uint32_t>(end));
+    }
+
+    /// The place with content that has a sector; null if there is none.
+    SDiscPlace* PlaceAround(std::uint32_t sector) {
+        const auto found = std::find_if(m_map.places.begin(), m_map.places.end(), [sector](const SDiscPlace& place) {
+            return std::any_of(place.extents.begin(), place.extents.end(), [sector](const SExtent& extent) {
+                return extent.sector <= sector && sector < extent.sector + SectorsFor(extent.size);
+            });
+        });
+        return found == m_map.places.end() ? nullptr : &*found;
     }
 
     void FindClosingSector() {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "files/byte_source.h"
+#include "iso/boot_catalogue.h"
 #include "iso/edit/occupied_sectors.h"
 #include "iso/extent.h"
 #include "iso/udf/udf_volume.h"
@@ -25,9 +26,10 @@ struct SDiscName {
 /// The sectors of a file, and all that names them. Several names of the same sectors share their content. An empty file
 /// is a place of its own.
 struct SDiscPlace {
-    std::vector<SExtent> extents;       ///< in the order of the content; at least one
-    std::vector<SDiscName> names;       ///< those in the primary volume first; at least one
-    std::vector<std::size_t> udfFiles;  ///< indices in the UDF volume of those with this content
+    std::vector<SExtent> extents;         ///< in the order of the content; at least one
+    std::vector<SDiscName> names;         ///< those in the primary volume first; at least one
+    std::vector<std::size_t> udfFiles;    ///< indices in the UDF volume of those with this content
+    std::vector<SBootEntry> bootEntries;  ///< entries of the boot catalogue that name its first sector
     const char* obstacle = "";  ///< why the place cannot be changed, as the predicate of a sentence; empty if it can
 
     std::uint32_t Sector() const { return extents.front().sector; }

@@ -19,6 +19,7 @@ constexpr std::int64_t kLargestFile = std::numeric_limits<std::uint32_t>::max();
 constexpr std::int64_t kMostSectors = std::numeric_limits<std::uint32_t>::max();
 constexpr std::int64_t kMostCdSectors = 333'000;  ///< 74 minutes
 constexpr std::int64_t kLargestUmd = 1'800'000'000;
+constexpr std::int64_t kMostBootSectors = std::numeric_limits<std::uint16_t>::max();
 constexpr std::int64_t kScanSectors = 512;
 
 using BothOrder32Bytes = std::array<std::uint8_t, sizeof(SBothOrder32)>;
@@ -37,6 +38,21 @@ SSectorPatch RecordPatch(std::int64_t record, std::uint32_t sector, std::uint32_
         patch.bytes.insert(patch.bytes.end(), bytes.begin(), bytes.end());
     }
     return patch;
+}
+
+std::int64_t BootSectorsFor(std::int64_t bytes) {
+    return (bytes + kBootSectorSize - 1) / kBootSectorSize;
+}
+
+/// How much of a changed boot image is loaded. If it was the whole file, with or without the rest of its last sector,
+/// it still is; it never exceeds the file.
+std::int64_t NewBootCount(const SBootEntry& entry, const SFileEdit& edit) {
+    const std::int64_t whole = BootSectorsFor(SectorsFor(edit.newSize) * kSectorSize);
+    if (entry.count == BootSectorsFor(SectorsFor(edit.oldSize) * kSectorSize)) {
+        return whole;
+    }
+    return entry.count == BootSectorsFor(edit.oldSize) ? BootSectorsFor(edit.newSize)
+                                                       : std::min<std::int64_t>(entry.count, whole);
 }
 
 /// Names of the primary volume, or else those of the others.
@@ -95,12 +111,15 @@ private:
             throw CRefused(Format("%s: it %s, so it cannot be changed", name, place.obstacle));
         }
         if (change.size > kLargestFile) {
-            throw CRefused(Format("%s: %lld bytes are too many for a file of a disc, which has less than 4 GiB", name,
+            throw CRefused(Format("%s: %lld bytes are too many: files of a disc are smaller than 4 GiB", name,
                                   static_cast<long long>(change.size)));
         }
         if (place.extents.size() > 1) {
             throw CRefused(
                 Format("%s: it is recorded in %zu extents, so it cannot be changed", name, place.extents.size()));
+        }
+        if (!place.bootEntries.empty() && change.size == 0) {
+            throw CRefused(Format("%s: it is a boot image, so it cannot be emptied", name));
         }
     }
 
@@ -243,6 +262,9 @@ private:
         for (const SDiscName& name : place.names) {
             m_plan.patches.push_back(RecordPatch(name.record, edit.to, static_cast<std::uint32_t>(edit.newSize)));
         }
+        for (const SBootEntry& entry : place.bootEntries) {
+            PatchBootEntry(entry, edit);
+        }
         std::set<std::uint32_t> patched;  // entries, which several names may share
         for (const std::size_t index : place.udfFiles) {
             const SUdfFile& file = m_map.udf->files[index];
@@ -250,6 +272,18 @@ private:
                 Append(PatchUdfFile(m_base, *m_map.udf, file, edit.to, edit.newSize));
             }
         }
+    }
+
+    void PatchBootEntry(const SBootEntry& entry, const SFileEdit& edit) {
+        const std::int64_t count = NewBootCount(entry, edit);
+        if (count > kMostBootSectors) {
+            throw CRefused(
+                Format("%s: %lld bytes are too many for a boot image that is loaded as a whole, which has at "
+                       "most %lld",
+                       edit.names.front().c_str(), static_cast<long long>(edit.newSize),
+                       static_cast<long long>(kMostBootSectors * kBootSectorSize)));
+        }
+        m_plan.patches.push_back(BootEntryPatch(entry, edit.to, static_cast<std::uint16_t>(count)));
     }
 
     void Append(std::vector<SSectorPatch> patches) {

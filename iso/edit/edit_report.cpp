@@ -42,11 +42,11 @@ std::string LineOf(const SFileEdit& edit) {
 }
 
 std::string SummaryOf(const SEditReport& report) {
-    return Format("%lld files %s, %lld changed in place, %lld moved, %lld sectors added",
-                  static_cast<long long>(report.unchanged),
+    return Format("%lld %s %s, %lld changed in place, %lld moved, %lld %s added",
+                  static_cast<long long>(report.unchanged), report.unchanged == 1 ? "file" : "files",
                   report.comparesContent ? "unchanged" : "of unchanged length",
                   static_cast<long long>(report.InPlace()), static_cast<long long>(report.Moved()),
-                  static_cast<long long>(report.sectorsAdded));
+                  static_cast<long long>(report.sectorsAdded), report.sectorsAdded == 1 ? "sector" : "sectors");
 }
 
 }  // namespace vantrel

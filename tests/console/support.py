@@ -28,9 +28,9 @@ class Result:
         return "status %d\n--- out\n%s--- err\n%s" % (self.status, self.out, self.err)
 
 
-def run(*words, program=COMMAND, **options):
+def run(*words, program=COMMAND, timeout=120, **options):
     """Runs the program with its output piped. The text is UTF-8 with "\\n" as line ends."""
-    done = subprocess.run(program + [str(word) for word in words], capture_output=True, timeout=120,
+    done = subprocess.run(program + [str(word) for word in words], capture_output=True, timeout=timeout,
                           stdin=subprocess.DEVNULL, **options)
     text = [stream.decode("utf-8", "surrogateescape").replace("\r\n", "\n") for stream in (done.stdout, done.stderr)]
     return Result(done.returncode, *text)
@@ -55,6 +55,18 @@ class ConsoleTest(unittest.TestCase):
             os.chmod(place, 0o755)
             program = shutil.copy(COMMAND[0], place)
             return run(*words, program=[program], cwd=self.folder, user=NOBODY, group=NOBODY, extra_groups=[])
+
+    def peak_memory(self, *words):
+        """Runs the program, which must succeed, and returns the most memory that it had, in bytes."""
+        # In a process of its own, because a child begins with the memory of its parent.
+        measure = ("import resource, subprocess, sys\n"
+                   "status = subprocess.call(sys.argv[1:], stdout=subprocess.DEVNULL)\n"
+                   "print(status, resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
+        out = subprocess.run([sys.executable, "-c", measure, *COMMAND, *words], cwd=self.folder, check=True,
+                             capture_output=True).stdout
+        status, kibibytes = map(int, out.split())
+        self.assertEqual(status, 0)
+        return kibibytes << 10
 
     def path(self, name):
         return os.path.join(self.folder, name)

@@ -220,7 +220,7 @@ class Convert(ConsoleTest):
         self.write("a.iso", IMAGES["umd"])
         for words, text in ((["a.iso"], "give --to FORM"), (["-o", "b.xyz", "a.iso"], "give --to FORM"),
                             (["--to", "chd", "a.iso"], "--to: chd is none of iso, bin, cso, zso and dax"),
-                            (["--to", "cso", "--block", "3000", "a.iso"], "--block: 3000 is no power of two"),
+                            (["--to", "cso", "--block", "3000", "a.iso"], "--block: 3000 is not a power of two"),
                             (["--to", "dax", "--block", "4096", "a.iso"], "--block: only CSO and ZSO files"),
                             (["--to", "cso", "--block", "1024", "a.iso"], "1024")):
             result = self.run_here("convert", *words)

@@ -3,12 +3,14 @@ import json
 import os
 import re
 import shutil
+import struct
 import subprocess
 import unittest
 import zlib
 
 from support import ConsoleTest
 from disc import SECTOR, Disc, sectors
+from disc_master import Entry, Master, make
 from edit_images import own_image
 
 SMALL = "SYSTEM.CNF"
@@ -124,6 +126,13 @@ class Default(Edited):
             self.assertIn(name, result.err.replace("\\", "/"))
             self.assertEqual((self.state(), self.read("files/" + GAMMA)), (before, content), name)
 
+    def test_damaged_gaps_are_refused(self):
+        self.export("umd-filled-hole")
+        gaps = self.read("game.gaps")
+        self.write("game.gaps", gaps[:-1] + bytes([gaps[-1] ^ 1]))
+        for words in [], ["--exact"], ["--dry-run"]:
+            self.assert_refused(self.rebuild(*words), "The image would differ from the one that game.iml was exported from")
+
     def test_the_gaps_of_another_export_are_refused(self):
         gaps = self.read("game.gaps")
         self.export("cd")
@@ -183,6 +192,19 @@ class Names(Edited):
         os.remove(self.path("game.gaps"))
         self.assert_refused(self.rebuild(), "GAMMA.BIN")
 
+    def test_a_removed_name_of_a_hidden_file(self):
+        """The gap file tells that it was exported."""
+        image = bytearray(self.image)
+        image[self.disc.primary.records[GAMMA] + 25] = 1
+        self.write("game.iso", image)
+        self.assert_done(self.run_here("iso2iml", "-f", "-q", "game.iso", "--extract", "files"))
+        self.assert_done(self.rebuild())
+        self.assertEqual(self.read("new.iso"), image)
+        os.remove(self.path("new.iso"))
+        self.edit_layout(lambda text: re.sub(r"entries: (\d+)", lambda count: "entries: %d" % (int(count[1]) - 1),
+                                             re.sub(r"[^\r\n]*GAMMA\.BIN\"\r\n", "", text)))
+        self.assert_refused(self.rebuild(), "The layout does not list DATA", "GAMMA.BIN")
+
     def test_a_file_that_no_line_names_is_not_looked_at(self):
         self.change("notes.txt", b"notes")
         self.rebuilt()
@@ -210,7 +232,9 @@ class WithoutGaps(Edited):
         self.change(GAMMA, b"short")
         result = self.rebuild()
         self.assert_done(result)
-        self.assertIn("There is no game.gaps: whatever no listed file covers becomes zeros", result.out)
+        self.assertIn("There is no game.gaps: whatever no listed file covers becomes zeros, and files of their recorded "
+                      "length count as unchanged. ", result.out)
+        self.assertIn(": 9 files of unchanged length, 1 changed in place, 0 moved, 0 sectors added", result.out)
         self.assertIn("--extract", result.out)
         new = Disc(self.read("new.iso"))
         self.assertEqual(new.content(new.primary.files[GAMMA]), b"short")
@@ -228,6 +252,10 @@ class WithoutGaps(Edited):
             self.assertIn("There is no game.gaps", result.out)
             new = Disc(self.read("new.iso"))
             self.assertEqual(new.content(new.primary.files[GAMMA]), content)
+        result = self.rebuild("-f", "--json")
+        report = json.loads(result.out)  # one object
+        self.assertEqual((result.status, report["moved"]), (1, 1), result)
+        self.assertIn("The directories of the Joliet volume cannot be read", report["notices"][1])
 
     def test_a_layout_of_other_media(self):
         """Audio and data that a window's layout never had are zeros; the files are right."""
@@ -239,6 +267,46 @@ class WithoutGaps(Edited):
             new = Disc(self.read("new.iso"))
             self.assertEqual(new.problems, [], name)
             self.assertEqual(new.content(new.primary.files[SMALL]), b"grown " * 1000)
+
+
+class SeveralExtents(Edited):
+    """A file of two extents, which follow each other or not, keeps its places; all others can be changed."""
+
+    def image_with_extents(self, *entries):
+        image = bytearray(make(Master(kind="umd", entries=[Entry(name, content) for name, content in entries])))
+        records = Disc(image).primary.records
+        image[records["LARGE0.BIN"] + 25] = 0x80
+        name = records["LARGE1.BIN"] + 33
+        image[name:name + 10] = b"LARGE0.BIN"
+        return bytes(image)
+
+    def test_several_extents(self):
+        parts = [("LARGE0.BIN", b"first " * 1024), ("LARGE1.BIN", b"second " * 900)]
+        others = [("A.BIN", b"a" * 3000), ("Z.BIN", b"z" * 100)]
+        for entries in others[:1] + parts + others[1:], parts[:1] + others + parts[1:]:
+            image = self.image_with_extents(*entries)
+            self.write("game.iso", image)
+            large = parts[0][1] + parts[1][1]
+            self.assertEqual(self.run_here("extract", "game.iso", "LARGE0.BIN", "--stdout").out, large.decode())
+            self.assertIn("%10d LARGE0.BIN" % len(large), self.run_here("list", "game.iso").out)
+            self.write("longer", large + b"x")
+            self.assert_refused(self.run_here("replace", "game.iso", "LARGE0.BIN=longer", "-o", "new.iso"),
+                                "LARGE0.BIN: it is recorded in 2 extents, so it cannot be changed")
+            self.assert_done(self.run_here("iso2iml", "-f", "game.iso", "--extract", "files"))
+            self.assert_done(self.rebuild())
+            self.assertEqual(self.read("new.iso"), image)
+            for name in "A.BIN", "Z.BIN":
+                self.change(name, b"grown " * 2000)
+            new = self.rebuilt()
+            self.assertEqual(new.problems, [])
+            self.assertEqual(new.primary.files["LARGE0.BIN"].extents, Disc(image).primary.files["LARGE0.BIN"].extents)
+            self.assertEqual({name: new.content(file) for name, file in new.primary.files.items()},
+                             {"A.BIN": b"grown " * 2000, "LARGE0.BIN": large, "Z.BIN": b"grown " * 2000})
+            os.remove(self.path("new.iso"))
+            if os.path.exists(self.path("files/LARGE0.BIN")):
+                self.change("LARGE0.BIN", large + b"x")
+                self.assert_refused(self.rebuild(), "LARGE0.BIN: it is recorded in 2 extents, so it cannot be changed")
+            shutil.rmtree(self.path("files"))
 
 
 class Rules(Edited):
@@ -347,6 +415,21 @@ class DamagedLayouts(Edited):
     def test_overlapping_files(self):
         self.damage_record("DATA/BETA.BIN", self.disc.primary.files["DATA/ALPHA.BIN"].sector + 1, 4096)
         self.assert_unusable("BETA.BIN")
+
+    def test_overlapping_files_of_the_exported_image(self):
+        """They are restored as they were, but no content may change: it would change another file, too."""
+        image = bytearray(self.image)
+        sector = self.disc.primary.files["DATA/ALPHA.BIN"].sector + 1
+        place = struct.pack("<I", sector) + struct.pack(">I", sector)
+        record = self.disc.primary.records["DATA/BETA.BIN"]
+        image[record + 2:record + 10] = place
+        self.write("game.iso", image)
+        self.assert_done(self.run_here("iso2iml", "-f", "-q", "game.iso", "--extract", "files"))
+        self.assert_done(self.rebuild())
+        self.assertEqual(self.read("new.iso"), image)
+        os.remove(self.path("new.iso"))
+        self.change("DATA/BETA.BIN", bytes(4096))
+        self.assert_refused(self.rebuild(), "BETA.BIN", "overlap")
 
     def test_a_file_beyond_all_sectors(self):
         self.damage_record("DATA/BETA.BIN", 0xFFFFFFF0, 0xFFFFFFF0)

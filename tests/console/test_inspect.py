@@ -203,7 +203,7 @@ class Inspect(ConsoleTest):
         self.assertEqual(self.report("verify", "odd.cso", "--against", "odd.iso")[0], 0)
         self.write("cut.cso", cso_reference.compress(9, self.psp_with_remainder()))
         self.assertEqual(self.report("verify", "cut.cso")[1]["problems"],
-                         ["the last 7 bytes of the image are no whole block and are not stored"])
+                         ["the last 7 bytes of the image, a partial block, are not stored"])
         self.assertEqual(self.report("info", "cut.cso")[1]["container"]["oddities"],
                          ["the image is not a whole number of sectors", "the image's partial last block is not stored"])
 

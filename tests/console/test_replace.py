@@ -93,6 +93,30 @@ class Outputs(Replacing):
             self.assert_content("out.iso", GAMMA, self.read("new"))
         self.assertEqual(self.read("out.iso")[-150 * SECTOR:], bytes(150 * SECTOR))
 
+    def test_no_file_of_a_sheet_is_replaced(self):
+        self.write_image("cd")
+        self.assert_done(self.run_here("iso2bin", "-q", "game.iso"))
+        before = self.state()
+        for output, what in ("game.bin", "a file of the input"), ("game.cue", "the input itself"):
+            result = self.run_here("replace", "-f", "game.cue", SMALL + "=new", "-o", output)
+            self.assert_refused(result, "game.cue: the output would be " + what)
+            self.assertEqual(self.state(), before)
+
+    def test_what_the_image_lacks_of_its_file_is_told(self):
+        self.write_image("cd")
+        self.assert_done(self.run_here("iso2bin", "-q", "game.iso"))
+        self.write("audio.bin", bytes(2352 * 10))
+        self.write("two.cue", self.read("game.cue") + b'FILE "audio.bin" BINARY\r\n  TRACK 02 AUDIO\r\n    INDEX 01 00:00:00\r\n')
+        for words in [], ["--dry-run"]:
+            result = self.run_here("replace", "-f", "two.cue", SMALL + "=new", "-o", "out.iso", *words)
+            self.assertEqual((result.status, result.err), (1, "vantrel replace: two.cue: track 2 (AUDIO) is not in the image\n"))
+            self.assertIn("SYSTEM.CNF: moved", result.out)
+        self.assert_content("out.iso", SMALL, self.read("new"))
+        report = json.loads(self.run_here("replace", "two.cue", SMALL + "=new", "-o", "out.iso", "--dry-run", "--json").out)
+        self.assertEqual(report["notices"], ["two.cue: track 2 (AUDIO) is not in the image"])
+        self.write("game.bin", self.read("game.bin") + b"12")
+        self.assert_refused(self.run_here("replace", "game.bin", SMALL + "=new", "-o", "other.iso"), "2 bytes are left over")
+
     def test_one_of_two_names_changes_both(self):
         self.assert_done(self.run_here("replace", "game.iso", "DATA/TWIN.BIN=new", "-o", "out.iso"))
         disc = Disc(self.read("out.iso"))

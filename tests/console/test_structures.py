@@ -4,10 +4,9 @@ import os
 import random
 import struct
 import subprocess
-import sys
 import unittest
 
-from support import COMMAND, IS_WINDOWS, ConsoleTest, limited_threads
+from support import IS_WINDOWS, ConsoleTest, limited_threads
 
 SECTOR = 2048
 FILES = {"SYSTEM.CNF": 43, "A.BIN": 5000, "DIR/B.BIN": 9000, "DIR/SUB/C.DAT": 2048, "DIR/SUB/EMPTY.DAT": 0, "Z.BIN": 3000}
@@ -174,6 +173,18 @@ class Structures(ConsoleTest):
         damaged.set_both(image.record("DIR") + 2, 0xFFFFFFF0)
         self.assertIn("the folder DIR (sector 4294967280) lies outside the image", self.problems(damaged))
 
+    def test_boot_catalogues(self):
+        image = self.master("-b", "A.BIN", "-no-emul-boot", "-c", "BOOT.CAT", "-no-pad")
+        self.assertEqual(self.problems(image), [])
+        sector, _ = image.place("BOOT.CAT")
+        for first, count, is_inside in ((image.sectors() - 1, 4, True), (image.sectors() - 1, 5, False),
+                                        (0xFFFFFFFF, 1, False)):
+            struct.pack_into("<HI", image.data, sector * SECTOR + 38, count, first)
+            self.assert_finds(image, *[] if is_inside else [
+                "the boot catalogue: a boot image (sector %d, %d bytes) lies outside the image" % (first, count * 512)])
+        struct.pack_into("<I", image.data, 17 * SECTOR + 71, image.sectors())
+        self.assert_finds(image, "the boot record in sector 17 names sector %d, which has no boot catalogue" % image.sectors())
+
     def test_fields_that_differ_in_their_byte_orders(self):
         image = self.master("-J")
         record = image.record("DIR/B.BIN")
@@ -271,6 +282,9 @@ class Structures(ConsoleTest):
         self.assert_finds(damaged, "the path table has a folder at sector", "the path table has another parent for the "
                           "folder DIR/SUB", "the path table lacks the folder DIR", "the type M path table")
         damaged = Image(image.data)
+        damaged.data[table * SECTOR + 28] = 1  # the parent of SUB, a known folder
+        self.assert_finds(damaged, "the path table has another parent for the folder DIR/SUB", "the type M path table")
+        damaged = Image(image.data)
         joliet = image.number(17 * SECTOR + 140)
         damaged.data[joliet * SECTOR + 2] ^= 64
         self.assertTrue(all(text.startswith("Joliet: the ") for text in self.problems(damaged)))
@@ -335,15 +349,7 @@ class Structures(ConsoleTest):
                 os.link(self.path("src/A.BIN"), self.path("src/MANY%02d/A_COMMON_NAME_%03d.BIN" % (folder, i)))
         image = self.master("-udf", "-J", "-l")
         self.write("game.iso", image.data)
-        # In a process of its own, because a child begins with the memory of its parent.
-        measure = ("import resource, subprocess, sys\n"
-                   "status = subprocess.call(sys.argv[1:], stdout=subprocess.DEVNULL)\n"
-                   "print(status, resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
-        out = subprocess.run([sys.executable, "-c", measure, *COMMAND, "verify", "game.iso"], cwd=self.folder, check=True,
-                             capture_output=True).stdout
-        status, kibibytes = map(int, out.split())
-        self.assertEqual(status, 0)
-        self.assertLess(kibibytes << 10, MOST_MEMORY)
+        self.assertLess(self.peak_memory("verify", "game.iso"), MOST_MEMORY)
 
 
 if __name__ == "__main__":

@@ -6,6 +6,7 @@
 #include <compare>
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -57,6 +58,9 @@ enum class EFailure { Device, NoSpace };
 
 /// The text of LastFileError for this cause.
 std::string SystemText(EFailure failure);
+
+/// The content of a file that may be open elsewhere; no value if it is removed when that is closed.
+std::optional<std::string> ReadOpenFile(const std::string& path);
 
 /// What the simulated system supports. Unsupported calls fail with the error codes of real systems.
 struct SSystem {

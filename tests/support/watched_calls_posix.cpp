@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "files/native_file.h"
+#include "tests/support/test_folder.h"
 #include "tests/support/watch.h"
 
 // The linker defines the names: "--wrap=read" redirects read to __wrap_read, and __real_read to the system's read.
@@ -83,6 +84,10 @@ std::optional<std::size_t> TransferOf(int descriptor, std::size_t count) {
 }
 
 }  // namespace
+
+std::optional<std::string> ReadOpenFile(const std::string& path) {
+    return ReadText(path);
+}
 
 std::string SystemText(EFailure failure) {
     errno = CodeOf(failure);

@@ -2,6 +2,7 @@
 // sets.
 // "--wrap=__imp_ReadFile" makes the file layer use the pointer __wrap___imp_ReadFile; __real___imp_ReadFile is the
 // loader's pointer.
+#include <gtest/gtest.h>
 #include <windows.h>
 
 #include "files/native_file.h"
@@ -222,6 +223,25 @@ BOOL WINAPI WatchedFindClose(HANDLE search) {
 }
 
 }  // namespace
+
+std::optional<std::string> ReadOpenFile(const std::string& path) {
+    const HANDLE file = __real___imp_CreateFileW(WideOf(path).c_str(), GENERIC_READ,
+                                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED)) << path;  // marked for removal
+        return std::nullopt;
+    }
+    LARGE_INTEGER size = {};
+    EXPECT_TRUE(__real___imp_GetFileSizeEx(file, &size)) << path;
+    std::string content(static_cast<std::size_t>(size.QuadPart), '\0');
+    DWORD count = 0;
+    EXPECT_TRUE(__real___imp_ReadFile(file, content.data(), static_cast<DWORD>(content.size()), &count, nullptr))
+        << path;
+    EXPECT_EQ(count, content.size()) << path;
+    __real___imp_CloseHandle(file);
+    return content;
+}
 
 std::string SystemText(EFailure failure) {
     SetLastErrorTo(failure);

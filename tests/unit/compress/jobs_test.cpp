@@ -4,6 +4,7 @@
 
 #include "compress/cso.h"
 #include "compress/dax.h"
+#include "compress/lz4_encoder.h"
 #include "compress/work_plan.h"
 #include "pipeline/ordered_pipeline.h"
 #include "tests/support/recording_operation.h"
@@ -307,18 +308,20 @@ TEST(JobsOfDax, RefuseAnImageThatGrows) {
 }
 
 TEST(WorkPlan, BoundsTheMemoryForAnyNumberOfWorkersAndBlockSize) {
-    constexpr std::uint64_t kStream = 268U << 10U;
     constexpr std::uint64_t kBlocks = 1U << 20U;
     for (const std::uint32_t block : {1U, 512U, 2048U, 8192U, 65536U, 1U << 20U}) {
-        const SBlockSizes sizes = {block, 2 * block};
-        for (const std::uint32_t workers : {1U, 2U, 64U, 256U}) {
-            const SWorkPlan plan = PlanWork(workers, sizes, kBlocks);
-            EXPECT_GE(plan.workers, std::min(workers, 7U)) << block;
-            EXPECT_LE(plan.workers, workers);
-            EXPECT_EQ(plan.SlotCount(), SlotsFor(plan.workers));
-            EXPECT_LE(plan.SlotCount() * plan.blocksPerSlot * std::uint64_t{3} * block + plan.workers * kStream,
-                      50U << 20U)
-                << "block size " << block << ", " << workers << " workers";
+        for (const std::uint32_t coder : {268U << 10U, kLz4EncoderMemory}) {
+            const SBlockSizes sizes = {block, 2 * block, false, coder};
+            for (const std::uint32_t workers : {1U, 2U, 64U, 256U}) {
+                const SWorkPlan plan = PlanWork(workers, sizes, kBlocks);
+                EXPECT_GE(plan.workers, std::min(workers, 7U)) << block;
+                EXPECT_LE(plan.workers, workers);
+                EXPECT_EQ(plan.SlotCount(), SlotsFor(plan.workers));
+                EXPECT_LE(plan.SlotCount() * plan.blocksPerSlot * std::uint64_t{3} * block +
+                              std::uint64_t{plan.workers} * coder,
+                          50U << 20U)
+                    << "block size " << block << ", " << workers << " workers";
+            }
         }
     }
 }

@@ -50,7 +50,9 @@ FolderState StateOf(const CTestFolder& folder) {
         if (entry.is_directory()) {
             state[path + '/'];
         } else {
-            state[path] = Undated(path, ReadText(entry.path().string()));
+            if (auto content = ReadOpenFile(entry.path().string())) {
+                state[path] = Undated(path, *std::move(content));
+            }
         }
     }
     return state;

@@ -27,8 +27,7 @@ protected:
         for (const std::string name : {"a", "DIR/b"}) {
             COutputFile output;
             ASSERT_TRUE(staging.MakeFolders(base + name)) << staging.Problem();
-            ASSERT_TRUE(output.Open(base + name, EOutputManner::CommitReplace, ESharing::Anyone,
-                                    FolderOf(staging.PlaceOf(base + name))));
+            ASSERT_TRUE(output.OpenAt(staging.PlaceOf(base + name), base + name, EOutputManner::CommitReplace));
             output.Write(Bytes{'n', 'e', 'w'});
             ASSERT_TRUE(staging.Add(output)) << staging.Problem();
         }

@@ -125,7 +125,14 @@ void ExpectRefusal(const std::string& content, const std::string& cause) {
 }
 
 TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
-    ExpectRefusal("CISO", "the file is too short for a header");
+    ExpectRefusal("CISO", "CSO header is incomplete: the file has 4 bytes");
+    ExpectRefusal("ZISO" + std::string(19, '\0'), "ZSO header is incomplete: the file has 23 bytes");
+    ExpectRefusal(std::string("DAX\0", 4), "DAX header is incomplete: the file has 4 bytes");
+    ExpectRefusal("DAX" + std::string(29, '\0'), "DAX image size 0 is not supported");
+    ExpectRefusal("DAX" + std::string("\0\0\x20\0\0\2", 6) + std::string(23, '\0'),
+                  "DAX version 2 is not supported");
+    ExpectRefusal("DAX" + std::string("\0\0\x20\0\0\0", 6) + std::string(23, '\0'),
+                  "DAX image size 8192 is not supported: the tables of its frames do not fit the file");
     ExpectRefusal("CISO" + std::string(20, '\0'),
                   "CSO block size 0 is not supported: it is not a power of two from 2048 to 1048576");
     ExpectRefusal("CISO" + std::string("\0\0\0\0\0\0\0\0\0\0\0\0\0\x08\0\0\0\0\0\0", 20),

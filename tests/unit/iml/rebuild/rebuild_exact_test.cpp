@@ -76,19 +76,19 @@ protected:
 TEST_F(RebuildExact, AFileThatGrewWithinItsSectors) {
     Export();
     test::WriteWhole(m_folder / "A.BIN", test::RandomBytes(2048, 4));
-    ExpectRefused("A.BIN has 2048 bytes, but the image records 2043: an exact rebuild takes unchanged files");
+    ExpectRefused("A.BIN has 2048 bytes, but the image records 2043: an exact rebuild needs unchanged files");
 }
 
 TEST_F(RebuildExact, AFileThatGrewOverItsNeighbour) {
     Export();
     test::WriteWhole(m_folder / "B.BIN", test::RandomBytes(2100, 4));
-    ExpectRefused("B.BIN has 2100 bytes, but the image records 2047: an exact rebuild takes unchanged files");
+    ExpectRefused("B.BIN has 2100 bytes, but the image records 2047: an exact rebuild needs unchanged files");
 }
 
 TEST_F(RebuildExact, AFileWithOtherContent) {
     Export();
     test::WriteWhole(m_folder / "A.BIN", test::RandomBytes(2043, 4));
-    ExpectRefused("A.BIN has changed: an exact rebuild takes unchanged files");
+    ExpectRefused("A.BIN has changed: an exact rebuild needs unchanged files");
 }
 
 TEST_F(RebuildExact, ContentInAnEmptyFileThatSharesASector) {

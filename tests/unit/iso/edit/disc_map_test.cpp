@@ -110,6 +110,43 @@ TEST_F(DiscMap, ThePostgapOfACdClosesIt) {
     EXPECT_EQ(Map().closingSector, Map().Sectors()) << "data is no postgap";
 }
 
+TEST_F(DiscMap, AFileOfZerosIsNoPostgap) {
+    m_description.kind = EImageKind::Cd;
+    m_description.files.back().content = Bytes(200 * 2048);
+    Build();
+    EXPECT_EQ(Map().closingSector, Map().Sectors());
+}
+
+TEST_F(DiscMap, RefusesADirectoryOfTwoLengths) {
+    const test::SBuiltDirectory& folder = m_built.directories[1];
+    test::SetRecord(m_image.m_bytes, std::size_t{folder.sector} * 2048, folder.sector, 2 * folder.size);
+    EXPECT_EQ(Refusal(), "DIR/: the directory at sector " + std::to_string(folder.sector) + " has two lengths");
+}
+
+TEST_F(DiscMap, RefusesAFileWithoutItsLastExtent) {
+    m_image.m_bytes[RecordOf("\\Z.BIN") + 25] = 0x80;
+    EXPECT_EQ(Refusal(), "Z.BIN: its last extent is missing") << "at the end of the directory";
+    m_image.m_bytes = m_built.bytes;
+    m_image.m_bytes[RecordOf("\\A.BIN") + 25] = 0x80;
+    EXPECT_EQ(Refusal(), "A.BIN: its last extent is missing") << "before another file";
+}
+
+TEST_F(DiscMap, RefusesAUdfFileOfAnotherPlaceOrLength) {
+    m_description.kind = EImageKind::Dvd;
+    m_description.udf = test::EUdf::Volume;
+    m_description.tailSectors = 5;
+    Build();
+    EXPECT_EQ(Map().places.at(PlaceOf(Map(), "A.BIN")).udfFiles.size(), 1U);
+    const std::uint32_t old = m_built.File("\\A.BIN").sector;
+    const std::uint32_t other = m_built.File("\\Z.BIN").sector + 1;
+    test::SetRecord(m_image.m_bytes, RecordOf("\\A.BIN"), other, 5000);
+    EXPECT_EQ(Refusal(), "A.BIN: ISO 9660 records 5000 bytes at sector " + std::to_string(other) +
+                             ", UDF 5000 bytes at sector " + std::to_string(old));
+    test::SetRecord(m_image.m_bytes, RecordOf("\\A.BIN"), old, 4999);
+    EXPECT_EQ(Refusal(), "A.BIN: ISO 9660 records 4999 bytes at sector " + std::to_string(old) +
+                             ", UDF 5000 bytes at sector " + std::to_string(old));
+}
+
 TEST_F(DiscMap, RefusesAFileBeyondTheImage) {
     test::SetRecord(m_image.m_bytes, RecordOf("\\Z.BIN"), Map().Sectors(), 1);
     EXPECT_TRUE(Refusal().starts_with("Z.BIN: its 1 bytes at sector ")) << Refusal();

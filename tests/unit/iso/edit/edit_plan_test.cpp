@@ -175,6 +175,77 @@ TEST_F(EditPlan, APartialLastSectorIsCompletedByGrowthOnly) {
     EXPECT_EQ(moved.newLength % 2048, 0);
 }
 
+TEST_F(EditPlan, AVolumeThatCountsAMissingPostgapStaysThatMuchLonger) {
+    m_description.kind = EImageKind::Cd;
+    m_description.postgap = test::EPostgap::Missing;
+    Build();
+    EXPECT_EQ(m_built.volumeSectors, Sectors() + 150);
+    EXPECT_EQ(PatchedAt(Plan({{"Z.BIN", 5000}}), 16 * 2048 + 80, 0), m_built.volumeSectors + 3);
+}
+
+TEST_F(EditPlan, AVolumeEndsBehindAllFiles) {
+    m_description.tailSectors = 10;
+    Build();
+    test::Write32(m_image.m_bytes, 16 * 2048 + 80, SectorOf("Z.BIN") + 1);
+    const SEditPlan plan = Plan({{"A.BIN", 4 * 2048}});
+    EXPECT_EQ(plan.SectorsAdded(), 0);
+    EXPECT_EQ(PatchedAt(plan, 16 * 2048 + 80, 0), SectorOf("Z.BIN") + 5);
+}
+
+/// A DVD with a UDF volume.
+class EditPlanOfUdf : public EditPlan {
+protected:
+    EditPlanOfUdf() {
+        m_description.kind = EImageKind::Dvd;
+        m_description.udf = test::EUdf::Volume;
+        Build();
+    }
+
+    /// Sets a number of a descriptor, whose tag stays valid.
+    void SetNumber(std::uint32_t sector, std::size_t offset, std::uint32_t value) {
+        auto& bytes = m_image.m_bytes;
+        const std::size_t at = std::size_t{sector} * 2048;
+        test::Write32(bytes, at + offset, value);
+        const std::size_t covered = bytes[at + 10] + 256U * bytes[at + 11];
+        test::WriteUdfTag(bytes, at, bytes[at], covered + 16, sector);
+    }
+};
+
+TEST_F(EditPlanOfUdf, TheClosingAnchorMoves) {
+    const SEditPlan plan = Plan({{"A.BIN", 9000}});
+    EXPECT_EQ(plan.edits[0].to, Sectors() - 1);
+    EXPECT_EQ(plan.SectorsAdded(), 5);
+    EXPECT_EQ(Refusal({{"A.BIN", 9000}}, {true}).substr(0, 21), "these files no longer");
+}
+
+TEST_F(EditPlanOfUdf, AVolumeWithADamagedCopyIsNotLengthened) {
+    for (std::uint32_t sector = 48; sector < 54; ++sector) {
+        m_image.m_bytes[sector * 2048 + 100] ^= 1;
+    }
+    const std::string refusal = Refusal({{"A.BIN", 9000}});
+    EXPECT_TRUE(refusal.starts_with("the UDF volume cannot be lengthened: the reserve UDF volume")) << refusal;
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}), "not refused");
+}
+
+TEST_F(EditPlanOfUdf, FilesBehindTheClosingAnchorKeepTheVolumeAsLongAsItIs) {
+    const std::uint32_t behind = Sectors();
+    m_image.m_bytes.resize(m_image.m_bytes.size() + 2048, 1);
+    test::SetRecord(m_image.m_bytes, m_built.File("\\EMPTY.DAT").recordOffset, behind, 10);
+    EXPECT_EQ(Refusal({{"A.BIN", 9000}}), "the UDF partition ends before the sectors to which a file would move");
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}), "not refused");
+    // With a partition that reaches to the end of the image.
+    for (const std::uint32_t sequence : {32U, 48U}) {
+        for (std::uint32_t sector = sequence; sector < sequence + 6; ++sector) {
+            if (m_image.m_bytes[sector * 2048] == 5) {
+                SetNumber(sector, 192, Sectors() - test::Read32(m_image.m_bytes, sector * 2048 + 188));
+            }
+        }
+    }
+    SetNumber(64, 84, test::Read32(m_image.m_bytes, 64 * 2048 + 84) + 2);
+    EXPECT_EQ(Refusal({{"A.BIN", 9000}}),
+              "files lie behind the closing anchor of the UDF volume, so it cannot be lengthened");
+}
+
 TEST_F(EditPlan, KeepPlacesNamesEveryFileThatDoesNotFit) {
     EXPECT_EQ(Refusal({{"A.BIN", 7000}, {"B.BIN", 2000}, {"Z.BIN", 4000}}, {true}),
               "these files no longer fit their places and would have to move: A.BIN (5000 bytes, now 7000), Z.BIN (10 "
@@ -185,10 +256,16 @@ TEST_F(EditPlan, KeepPlacesNamesEveryFileThatDoesNotFit) {
 TEST_F(EditPlan, LimitsOfFilesAndMedia) {
     EXPECT_TRUE(Refusal({{"A.BIN", 1LL << 32U}}).starts_with("A.BIN: 4294967296 bytes are too many"));
     EXPECT_EQ(Refusal({{"A.BIN", 1'790'000'000}}), "not refused");
-    EXPECT_NE(Refusal({{"A.BIN", 1'800'000'000}}).find("a UMD has at most 1800000000"), std::string::npos);
+    const std::int64_t mostOfUmd = (1'800'000'000 / 2048 - std::int64_t{Sectors()}) * 2048;
+    EXPECT_EQ(Refusal({{"A.BIN", mostOfUmd}}), "not refused");
+    EXPECT_EQ(Refusal({{"A.BIN", mostOfUmd + 1}}),
+              "the image would have 1800001536 bytes; a UMD has at most 1800000000");
     m_description.kind = EImageKind::Cd;
     Build();
     EXPECT_NE(Refusal({{"A.BIN", 333'000LL * 2048}}).find("a CD has at most 333000"), std::string::npos);
+    const std::int64_t most = (333'000 - std::int64_t{Sectors()}) * 2048;
+    EXPECT_EQ(Refusal({{"A.BIN", most}}), "not refused");
+    EXPECT_EQ(Refusal({{"A.BIN", most + 1}}), "the image would have 333001 sectors; a CD has at most 333000");
     m_image.m_bytes[33792] = 0;  // neither CD nor UMD
     EXPECT_EQ(Refusal({{"A.BIN", 333'000LL * 2048}}), "not refused");
 }
@@ -201,6 +278,128 @@ TEST_F(EditPlan, FilesThatCannotBeChanged) {
     m_image.m_bytes[record + 1] = 0;
     m_image.m_bytes[record + 26] = 1;
     EXPECT_EQ(Refusal({{"A.BIN", 10}}), "A.BIN: it is interleaved, so it cannot be changed");
+}
+
+TEST_F(EditPlan, AFileOfSeveralExtents) {
+    const std::size_t first = m_built.File("\\A.BIN").recordOffset;
+    const std::size_t second = m_built.File("\\B.BIN").recordOffset;
+    m_image.m_bytes[first + 25] = 0x80;
+    m_image.m_bytes[second + 33] = 'A';
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}), "A.BIN: it is recorded in 2 extents, so it cannot be changed");
+    EXPECT_EQ(Plan({{"C.BIN", 10}}).edits[0].to, SectorOf("C.BIN"));
+    EXPECT_TRUE(Plan({{"C.BIN", 9000}}).edits[0].IsMoved());
+}
+
+/// A boot record in sector 17 and a catalogue in the first sector of B, whose entries name boot images.
+class EditPlanOfBootImages : public EditPlan {
+protected:
+    EditPlanOfBootImages() {
+        m_catalogue = std::size_t{SectorOf("B.BIN")} * 2048;
+        auto& bytes = m_image.m_bytes;
+        std::copy_n(bytes.begin() + 16 * 2048, 7, bytes.begin() + 17 * 2048);
+        bytes[17 * 2048] = 0;
+        std::copy_n("EL TORITO SPECIFICATION", 24, bytes.begin() + 17 * 2048 + 7);
+        test::Write32(bytes, 17 * 2048 + 71, SectorOf("B.BIN"));
+        std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(m_catalogue), 3000, std::uint8_t{0});
+        bytes[m_catalogue] = 1;
+        bytes[m_catalogue + 30] = 0x55;
+        bytes[m_catalogue + 31] = 0xAA;
+        bytes[m_catalogue + 64] = 0x91;
+        bytes[m_catalogue + 66] = 1;
+    }
+
+    /// The default entry is number 1, the other one number 3.
+    void SetEntry(std::size_t number, std::uint32_t sector, std::uint8_t count) {
+        m_image.m_bytes[m_catalogue + number * 32 + 6] = count;
+        test::Write32(m_image.m_bytes, m_catalogue + number * 32 + 8, sector);
+    }
+
+    /// {count, sector} in the patch of an entry; {} if there is none.
+    std::vector<std::uint32_t> Patched(const SEditPlan& plan, std::size_t number) const {
+        for (const SSectorPatch& patch : plan.patches) {
+            if (patch.position == static_cast<std::int64_t>(m_catalogue + number * 32 + 6)) {
+                return {patch.bytes[0] + 256U * patch.bytes[1], test::Read32(patch.bytes, 2)};
+            }
+        }
+        return {};
+    }
+
+    /// The count of entry 1 after A, which has 5000 bytes, has changed.
+    std::uint32_t CountAfter(std::uint8_t count, std::int64_t size) {
+        SetEntry(1, SectorOf("A.BIN"), count);
+        return Patched(Plan({{"A.BIN", size}}), 1).at(0);
+    }
+
+    std::size_t m_catalogue;
+};
+
+TEST_F(EditPlanOfBootImages, EveryEntryFollowsAMovedFile) {
+    SetEntry(1, SectorOf("A.BIN"), 4);
+    SetEntry(3, SectorOf("A.BIN"), 1);
+    const SEditPlan plan = Plan({{"A.BIN", 7000}});
+    EXPECT_EQ(Patched(plan, 1), (std::vector<std::uint32_t>{4, plan.edits[0].to}));
+    EXPECT_EQ(Patched(plan, 3), (std::vector<std::uint32_t>{1, plan.edits[0].to}));
+    SetEntry(3, SectorOf("C.BIN"), 1);
+    EXPECT_EQ(Patched(Plan({{"A.BIN", 7000}}), 3), std::vector<std::uint32_t>{});
+    EXPECT_TRUE(Plan({{"A.BIN", 5000}}).patches.empty());
+}
+
+TEST_F(EditPlanOfBootImages, TheCountOfAWholeFileFollowsItsLength) {
+    EXPECT_EQ(CountAfter(10, 5500), 11U);
+    EXPECT_EQ(CountAfter(10, 9000), 18U);
+    EXPECT_EQ(CountAfter(10, 1), 1U);
+    EXPECT_EQ(CountAfter(12, 5500), 12U) << "whole sectors";
+    EXPECT_EQ(CountAfter(12, 9000), 20U);
+    EXPECT_EQ(CountAfter(12, 1), 4U);
+}
+
+TEST_F(EditPlanOfBootImages, AnyOtherCountStaysUnlessItExceedsTheFile) {
+    EXPECT_EQ(CountAfter(4, 9000), 4U);
+    EXPECT_EQ(CountAfter(4, 1), 4U) << "the rest of the sector is loaded, too";
+    EXPECT_EQ(CountAfter(8, 2048), 4U);
+    EXPECT_EQ(CountAfter(0, 9000), 0U);
+}
+
+TEST_F(EditPlanOfBootImages, ABootImageThatIsTooLarge) {
+    SetEntry(1, SectorOf("A.BIN"), 10);
+    EXPECT_EQ(Refusal({{"A.BIN", 65535 * 512}}), "not refused");
+    EXPECT_EQ(Refusal({{"A.BIN", 65535 * 512 + 1}}),
+              "A.BIN: 33553921 bytes are too many for a boot image that is loaded as a whole, which has at most "
+              "33553920");
+    SetEntry(1, SectorOf("A.BIN"), 4);
+    EXPECT_EQ(Refusal({{"A.BIN", 65535 * 512 + 1}}), "not refused");
+}
+
+TEST_F(EditPlanOfBootImages, WhatCannotBeChanged) {
+    SetEntry(1, SectorOf("A.BIN"), 4);
+    EXPECT_EQ(Refusal({{"A.BIN", 0}}), "A.BIN: it is a boot image, so it cannot be emptied");
+    EXPECT_EQ(Refusal({{"B.BIN", 3000}}), "B.BIN: it is the boot catalogue of the image, so it cannot be changed");
+    SetEntry(1, SectorOf("A.BIN") + 2, 1);
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}),
+              "A.BIN: it holds a boot image behind its first sector, so it cannot be changed");
+    SetEntry(1, SectorOf("A.BIN") + 3, 1);  // the first sector behind A is that of B
+    EXPECT_EQ(Refusal({{"A.BIN", 10}, {"C.BIN", 0}}), "not refused");
+}
+
+TEST_F(EditPlanOfBootImages, ABootImageThatNoFileNamesIsNoFreeSpace) {
+    // Three sectors are free behind B and before C.
+    SetEntry(1, SectorOf("C.BIN") - 2, 5);
+    EXPECT_FALSE(Plan({{"A.BIN", 10}}).edits[0].IsMoved());
+    const SDiscMap map = ReadDiscMap(m_image, EMapRule::Complete);
+    EXPECT_TRUE(map.occupied.IsFree(SectorOf("C.BIN") - 3, SectorOf("C.BIN") - 2));
+    EXPECT_FALSE(map.occupied.IsFree(SectorOf("C.BIN") - 2, SectorOf("C.BIN") - 1));
+    EXPECT_FALSE(map.occupied.IsFree(SectorOf("C.BIN") - 1, SectorOf("C.BIN")));
+    SetEntry(1, 0xFFFFFFFF, 255);
+    EXPECT_EQ(ReadDiscMap(m_image, EMapRule::Complete).closingSector, Sectors());
+}
+
+TEST_F(EditPlanOfBootImages, ACatalogueThatIsMissing) {
+    m_image.m_bytes[m_catalogue] = 0;
+    EXPECT_TRUE(ReadDiscMap(m_image, EMapRule::Complete).warnings.empty());
+    const SDiscMap map = ReadDiscMap(m_image, EMapRule::ReachableOnly);
+    ASSERT_EQ(map.warnings.size(), 1U);
+    EXPECT_EQ(map.warnings[0], "The boot catalogue at sector " + std::to_string(SectorOf("B.BIN")) +
+                                   " cannot be read: no computer will boot from the image");
 }
 
 }  // namespace

@@ -18,6 +18,9 @@ TEST(OccupiedSectors, JoinsRunsThatTouchOrOverlap) {
     EXPECT_FALSE(sectors.IsFree(19, 21));
     EXPECT_FALSE(sectors.IsFree(29, 40));
     EXPECT_TRUE(sectors.IsFree(30, 1000));
+    sectors.Add(1050, 1060);
+    sectors.Add(1045, 1055);
+    EXPECT_FALSE(sectors.IsFree(1058, 1059)) << "a longer run behind";
     sectors.Add(0, 100);
     EXPECT_FALSE(sectors.IsFree(16, 17));
     EXPECT_TRUE(sectors.IsFree(100, 101));

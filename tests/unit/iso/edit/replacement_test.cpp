@@ -58,6 +58,14 @@ TEST_F(Replacement, PathsThatNameNoFile) {
     EXPECT_TRUE(test::ReadWhole(m_folder / "game.iso") == m_built.bytes);
 }
 
+TEST_F(Replacement, APathThatSeveralFilesHave) {
+    test::SImageDescription description;
+    description.kind = test::EImageKind::Umd;
+    description.files = {{"NAME", test::RandomBytes(100, 1)}, {"NAME.", test::RandomBytes(200, 2)}};
+    test::WriteWhole(m_folder / "game.iso", test::BuildImage(description).bytes);
+    EXPECT_EQ(Failure({{"name", "new"}}), (m_folder / "game.iso") + " has several files name");
+}
+
 TEST_F(Replacement, OnePathTwice) {
     test::WriteText(m_folder / "same", "new content");
     test::WriteText(m_folder / "other", "other text!");

@@ -1,0 +1,1 @@
+// Gives the precompiled headers of the standard library a target.
