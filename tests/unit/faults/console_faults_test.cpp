@@ -103,19 +103,16 @@ private:
         return names;
     }
 
-    /// Whether the command reads its output back, which must be named, not its temporary file.
-    static bool Verifies() {
+    static bool HasOption(const char* option) {
         const Words& words = GetParam().words;
-        return std::find(words.begin(), words.end(), "--verify") != words.end();
+        return std::find(words.begin(), words.end(), option) != words.end();
     }
-
-    static bool IsFolder(const SCall& call) { return call.file.empty() || call.file.ends_with('/'); }
 
     /// Whether new outputs must be on the disk at the end.
-    static bool IsSynced() {
-        const Words& words = GetParam().words;
-        return std::find(words.begin(), words.end(), "--sync") != words.end();
-    }
+    static bool IsSynced() { return HasOption("--sync"); }
+    /// Whether the command reads its output back, which must be named, not its temporary file.
+    static bool Verifies() { return HasOption("--verify"); }
+    static bool IsFolder(const SCall& call) { return call.file.empty() || call.file.ends_with('/'); }
 
     /// Calls whose failure may be harmless: closing an unchanged file or a folder, reading at its end, examining a
     /// path, copying within the system, protecting a temporary file from other processes or from the end of this one,

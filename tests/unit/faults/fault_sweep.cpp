@@ -49,8 +49,8 @@ FolderState StateOf(const CTestFolder& folder) {
         const std::string path = fs::relative(entry.path(), folder.Path()).string();
         if (entry.is_directory()) {
             state[path + '/'];
-        } else if (const auto content = ReadOpenFile(entry.path().string())) {
-            state[path] = Undated(path, *content);
+        } else if (auto content = ReadOpenFile(entry.path().string())) {
+            state[path] = Undated(path, *std::move(content));
         }
     }
     return state;

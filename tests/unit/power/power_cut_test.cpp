@@ -236,7 +236,7 @@ protected:
         EXPECT_TRUE(status == 0 || printed.find("already") != std::string::npos) << printed;
         Contents whole = Undated(fuzz::WholeDisk());
         if (Case().promise == EPromise::None) {
-            whole = WithoutOurs(std::move(whole));  // a temporary file that was not flushed may be in any folder
+            whole = WithoutOurs(std::move(whole));  // may be in a folder that another run moved, after two power cuts
         }
         EXPECT_TRUE(whole == (isChanged ? m_afterTwo : m_after)) << printed << TextOf(whole);
     }
