@@ -45,7 +45,7 @@ class Disk:
             call(*cls.mount, device, cls.disk)
         finally:
             subprocess.run(["losetup", "--detach", device], check=False)  # as soon as the disk is not mounted any more
-        cls.addClassCleanup(subprocess.run, ["umount", cls.disk], check=False)
+        cls.addClassCleanup(subprocess.run, ["umount", "--lazy", cls.disk], check=False)
 
     def setUp(self):
         super().setUp()
