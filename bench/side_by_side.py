@@ -31,7 +31,7 @@ def compare(title, ours, reference, limit, rounds=7):
 
 def compare_jobs(title, ours, reference, limit, copied=None, rounds=5):
     """Compares `ours` with one and with two jobs to the reference on one core. The limit applies to the reference time
-    divided by the jobs; if copying `copied` takes longer, that time is the limit. Returns whether all are within."""
+    divided by the jobs, or to that of copying `copied` if it is longer. Returns whether all are within."""
     copy = ["cp", copied, copied + ".copy"] if copied else ["true"]
     commands = [ours + ["-j", "1"], ours + ["-j", "2"], reference, copy]
     times = [[timed(command) for command in commands] for _ in range(rounds)]
@@ -40,7 +40,7 @@ def compare_jobs(title, ours, reference, limit, copied=None, rounds=5):
     good = True
     for jobs in 1, 2:
         share = best[2] / jobs
-        within = best[jobs - 1] <= max(limit * share, best[3] if copied else 0)
+        within = best[jobs - 1] <= limit * max(share, best[3] if copied else 0)
         print("%-30s -j %d %7.3f s (median %.3f)  reference / %d %7.3f s (median %.3f)%s  ratio %.2f  limit %.2f  %s"
               % (title, jobs, best[jobs - 1], median[jobs - 1], jobs, share, median[2] / jobs,
                  "  cp %.3f s" % best[3] if copied else "", best[jobs - 1] / share, limit, "ok" if within else "OVER"))
