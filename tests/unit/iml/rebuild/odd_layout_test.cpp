@@ -1,6 +1,7 @@
 // The CD rebuild of layouts that an export would not write: counts, lines, line ends and media letters.
 #include <filesystem>
 
+#include "tests/support/file_size_limit.h"
 #include "tests/unit/iml/rebuild/rebuild_fixture.h"
 
 namespace vantrel {
@@ -132,6 +133,7 @@ TEST_F(OddLayout, SectorsThatExistOnNoDiscAreRefused) {
 
 /// Without files, only the entry of the leading structures says where they would begin.
 TEST_F(OddLayout, LeadingStructuresThatEndOnNoDiscMoveNothing) {
+    const test::CFileSizeLimit limit(1U << 20U);  // no gap up to the end of a disc
     for (const char* last : {"99999999", "16777216", "-2", "-1"}) {
         WriteLayout();
         std::string text = test::ReadText(m_folder / "game.iml");
