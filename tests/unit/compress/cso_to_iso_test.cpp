@@ -107,6 +107,9 @@ TEST(CsoToIso, ReadsAPlainBlockWhateverTheNextEntryIs) {
     EXPECT_EQ(Expanded(cso.Encode()), cso.data);
     cso.index = {32 | kPlain, 1};
     EXPECT_EQ(Expanded(cso.Encode()), cso.data);
+    Bytes version2 = cso.Encode();
+    version2[20] = 2;  // where the mark means LZ4, which the window does not know
+    EXPECT_EQ(Expanded(version2), cso.data);
 }
 
 TEST(CsoToIso, IgnoresHeaderSizeVersionAndReservedBytes) {

@@ -184,7 +184,7 @@ TEST(IsoToCso, AcceptsOneByteLessThanTwoGibibytes) {
     CRecordingOperation operation;
     operation.m_onYield = [](int) { throw std::runtime_error("interrupted"); };
     EXPECT_THROW(IsoToCso(request, operation), std::runtime_error);
-    EXPECT_EQ(operation.CallsOf("pane BYTES").front(), "pane BYTES 1048575 Frames");
+    EXPECT_THAT(operation.CallsOf("pane BYTES"), ElementsAre("pane BYTES 1048575 Frames"));
 }
 
 TEST(IsoToCso, RefusesTwoGibibytesAndMore) {

@@ -7,6 +7,7 @@
 #include "compress/cso.h"
 #include "compress/dax.h"
 #include "files/refused.h"
+#include "image/container_image.h"
 #include "raw/sector.h"
 #include "tests/support/image_builder.h"
 
@@ -129,8 +130,7 @@ TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
     ExpectRefusal("ZISO" + std::string(19, '\0'), "ZSO header is incomplete: the file has 23 bytes");
     ExpectRefusal(std::string("DAX\0", 4), "DAX header is incomplete: the file has 4 bytes");
     ExpectRefusal("DAX" + std::string(29, '\0'), "DAX image size 0 is not supported");
-    ExpectRefusal("DAX" + std::string("\0\0\x20\0\0\2", 6) + std::string(23, '\0'),
-                  "DAX version 2 is not supported");
+    ExpectRefusal("DAX" + std::string("\0\0\x20\0\0\2", 6) + std::string(23, '\0'), "DAX version 2 is not supported");
     ExpectRefusal("DAX" + std::string("\0\0\x20\0\0\0", 6) + std::string(23, '\0'),
                   "DAX image size 8192 is not supported: the tables of its frames do not fit the file");
     ExpectRefusal("CISO" + std::string(20, '\0'),
@@ -155,6 +155,15 @@ TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
                   "this is an NRG file, a form that is not read");
     EXPECT_THAT([] { OpenImage("/nowhere/at all"); },
                 testing::ThrowsMessage<CRefused>("/nowhere/at all: No such file or directory"));
+}
+
+TEST(RatioPercent, HasOneDecimalPlace) {
+    EXPECT_EQ(RatioPercent(1, 3), 33.3);
+    EXPECT_EQ(RatioPercent(2, 3), 66.7);
+    EXPECT_EQ(RatioPercent(999, 1000), 99.9);
+    EXPECT_EQ(RatioPercent(3, 2), 150.0) << "a container may be larger than its image";
+    EXPECT_EQ(RatioPercent(0, 7), 0.0);
+    EXPECT_EQ(RatioPercent(7, 0), 0.0);
 }
 
 }  // namespace
