@@ -5,6 +5,13 @@
 
 namespace vantrel {
 
+EOutputManner MannerOf(bool force, bool sync) {
+    if (sync) {
+        return force ? EOutputManner::CommitReplaceFlushed : EOutputManner::CommitNewFlushed;
+    }
+    return force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
+}
+
 void CConversionCommand::Declare(COptionSet& options) {
     DeclareFiles(options);
     DeclareOutput(options);
@@ -22,6 +29,8 @@ void CConversionCommand::DeclareOutput(COptionSet& options) {
                     "Write into this folder, which is made if missing, instead of beside the input");
     options.Exclude("--output-dir", "--output");
     options.AddFlag("-f,--force", m_options.force, "Replace an existing output");
+    options.AddFlag("--sync", m_options.sync,
+                    "Write new outputs to the disk before the end, as replaced ones always are");
 }
 
 void CConversionCommand::DeclareReport(COptionSet& options) {

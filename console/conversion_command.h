@@ -22,11 +22,15 @@ struct SConversionOptions {
     std::string output;
     std::string outputFolder;
     bool force = false;
+    bool sync = false;
     bool quiet = false;
     bool keepGoing = false;
     bool dryRun = false;
     bool json = false;  ///< The command prints the results of its conversions itself.
 };
+
+/// How outputs are written with --force and --sync.
+EOutputManner MannerOf(bool force, bool sync);
 
 class CConversionCommand : public CCommand {
 public:

@@ -9,6 +9,7 @@
 #include "console/console_operation.h"
 #include "console/edit_result.h"
 #include "console/messages.h"
+#include "files/leftovers.h"
 #include "files/native_file.h"
 #include "files/new_folders.h"
 #include "files/path.h"
@@ -40,7 +41,7 @@ public:
         : m_command(command), m_options(options) {}
 
     EExit Run() {
-        if (!m_newFolders.Make(m_options.outputFolder)) {
+        if (!m_newFolders.Make(m_options.outputFolder) || (m_options.sync && !m_newFolders.Flush())) {
             PrintError(m_command.Name(), m_options.outputFolder, m_newFolders.Problem());
             return EExit::Failed;
         }
@@ -63,7 +64,8 @@ private:
         job.input = input;
         try {
             job.output = OutputOf(input);
-            job.manner = m_options.force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
+            RemoveLeftovers(FolderOf(ResolveLink(job.output)));
+            job.manner = MannerOf(m_options.force, m_options.sync);
             SCommandInput read = InputOf(input);
             for (const std::string& further : m_command.FurtherInputs(input)) {
                 if (FileKindOf(further) != EFileKind::Missing) {

@@ -88,6 +88,7 @@ public:
         request.manner = job.manner;
         if (m_extract) {
             request.extractionFolder = ExtractionFolder(job);
+            RefuseUsedFolder(job, *request.extractionFolder);
             request.keepDates = !m_noDates;
             request.existsHint = "; -f replaces it";
         }
@@ -124,6 +125,13 @@ private:
             throw CRefused(gaps +
                            " of an earlier export would not belong to the new layout; use --extract again, "
                            "or delete it");
+        }
+    }
+
+    /// A folder that was named for the files and holds others.
+    void RefuseUsedFolder(const SConversionJob& job, const std::string& folder) const {
+        if (!m_extract->empty() && !Replaces(job.manner) && !ListFolder(folder).empty()) {
+            throw CRefused(folder + " exists already; -f adds the files to it and replaces those that exist");
         }
     }
 

@@ -7,6 +7,7 @@
 #include "console/command_input.h"
 #include "console/commands.h"
 #include "console/console_operation.h"
+#include "console/conversion_command.h"
 #include "console/file_patterns.h"
 #include "console/interrupt.h"
 #include "console/messages.h"
@@ -74,6 +75,7 @@ public:
         options.AddTexts("PATH", m_paths, "Files and folders to extract; by default all");
         options.AddText("-C,--directory", m_folder, "Write below this folder instead of the current one");
         options.AddFlag("-f,--force", m_force, "Replace existing files");
+        options.AddFlag("--sync", m_sync, "Write new files to the disk before the end, as replaced ones always are");
         options.AddFlag("--stdout", m_toOutput, "Write one file to standard output instead");
         options.Exclude("--stdout", "--directory");
         options.AddFlag("--no-dates", m_noDates, "Give the files the current date instead of the recorded one");
@@ -114,7 +116,7 @@ private:
         request.imagePath = m_file;
         request.inputs = input.files;
         request.folder = WithSeparator(m_folder);
-        request.manner = m_force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
+        request.manner = MannerOf(m_force, m_sync);
         request.existsHint = "; -f replaces it";
         CProgressLine progress(!m_quiet && CanDrawProgress(), FileNameOf(m_file), image->Size());
         CConsoleOperation operation(progress);
@@ -122,7 +124,7 @@ private:
             CExtraction extraction(request, *image, std::move(files), operation);
             extraction.Check();
             extraction.Write();
-            extraction.Keep();
+            extraction.Commit();
         } catch (const CConversionFailed& failure) {
             ThrowWithDamage(failure, *image);
         }
@@ -189,6 +191,7 @@ private:
     std::vector<std::string> m_paths;
     std::string m_folder;
     bool m_force = false;
+    bool m_sync = false;
     bool m_quiet = false;
     bool m_toOutput = false;
     bool m_noDates = false;

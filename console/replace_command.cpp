@@ -4,9 +4,11 @@
 #include "console/command_input.h"
 #include "console/commands.h"
 #include "console/console_operation.h"
+#include "console/conversion_command.h"
 #include "console/edit_result.h"
 #include "console/messages.h"
 #include "console/option_set.h"
+#include "files/leftovers.h"
 #include "files/native_file.h"
 #include "files/path.h"
 #include "files/refused.h"
@@ -45,6 +47,7 @@ public:
         options.AddFlag("--in-place", m_inPlace, "Change the image, which must be an ISO, itself");
         options.Exclude("--in-place", "--output");
         options.AddFlag("-f,--force", m_force, "Replace an existing output");
+        options.AddFlag("--sync", m_sync, "Write a new output to the disk before the end, as a replaced one always is");
         options.AddFlag("--keep-places", m_keepPlaces, "Refuse changes for which a file would have to move");
         options.AddFlag("--dry-run", m_dryRun, "Write nothing, and report what would change");
         options.AddFlag("--json", m_json, "Report as JSON");
@@ -84,7 +87,7 @@ private:
         SReplaceRequest request;
         request.imagePath = m_image;
         request.outputPath = m_output;
-        request.manner = m_force ? EOutputManner::CommitReplace : EOutputManner::CommitNew;
+        request.manner = MannerOf(m_force, m_sync);
         request.rules.keepPlaces = m_keepPlaces;
         request.dryRun = m_dryRun;
         for (const std::string& change : m_changes) {
@@ -96,6 +99,9 @@ private:
 
     EExit Replace() const {
         const SReplaceRequest request = Request();
+        if (!m_inPlace && !m_dryRun) {
+            RemoveLeftovers(FolderOf(ResolveLink(m_output)));
+        }
         RefuseOverwriting(request);
         CProgressLine progress(!m_quiet && CanDrawProgress(), FileNameOf(m_image), FileSizeOf(m_image));
         CConsoleOperation operation(progress);
@@ -134,7 +140,11 @@ private:
         if (m_inPlace || m_dryRun || FileKindOf(m_output) == EFileKind::Missing) {
             return;
         }
-        for (const std::string& file : InputOf(m_image).files) {
+        const SCommandInput input = InputOf(m_image);
+        if (!input.problem.empty()) {
+            throw CRefused(input.problem);
+        }
+        for (const std::string& file : input.files) {
             if (IsSameFile(file, m_output)) {
                 throw CRefused(m_image + ": the output would be " +
                                (file == m_image ? "the input itself; --in-place changes it" : "a file of the input"));
@@ -176,6 +186,7 @@ private:
     std::string m_output;
     bool m_inPlace = false;
     bool m_force = false;
+    bool m_sync = false;
     bool m_keepPlaces = false;
     bool m_dryRun = false;
     bool m_json = false;

@@ -101,6 +101,9 @@ void CCheckedUpdate::OpenOrFail(const std::string& path, EUpdateManner manner, c
         const std::string cause = OpeningProblem(path);
         m_operation.Fail(Format(pattern, path.c_str()), cause);
     }
+    if (WasRestored()) {
+        m_operation.Notify(path + ": an interrupted change was undone first");
+    }
 }
 
 void CCheckedUpdate::ReopenOrFail(const char* pattern) {

@@ -1,21 +1,14 @@
 #include "files/commit_together.h"
 
 #include <algorithm>
-#include <utility>
 
-#include "files/temporary_path.h"
+#include "files/path.h"
 
 namespace vantrel {
 
 namespace {
 
-/// Keeps the content of `path` under another name, as a hard link if possible. Returns that name; empty on failure.
-std::string KeepOlder(const std::string& path) {
-    const std::string older = TemporaryPathBeside(path);
-    return LinkFile(path, older) || RenameFile(path, older, false) ? older : std::string();
-}
-
-/// Writes all pending data, so that only renaming remains.
+/// Writes all data, so that only naming the outputs remains.
 bool FinishAll(std::span<COutputFile* const> outputs, std::string& problem) {
     return std::all_of(outputs.begin(), outputs.end(), [&problem](COutputFile* output) {
         const bool finished = output->Finish();
@@ -26,61 +19,66 @@ bool FinishAll(std::span<COutputFile* const> outputs, std::string& problem) {
 
 }  // namespace
 
-void CUndoableCommits::Undo(const SCommitted& committed) {
-    if (committed.older.empty()) {
-        RemoveTemporary(committed.target);
-    } else if (RenameFile(committed.older, committed.target, true)) {
-        RemoveFile(committed.older);  // renaming a hard link to its other name does nothing
+bool CJointCommit::Note(const CStaging& staging, bool succeeded) {
+    if (!succeeded) {
+        m_problem = staging.Problem();
     }
+    return succeeded;
 }
 
-bool CUndoableCommits::Commit(COutputFile& output, std::string& problem) {
-    SCommitted step = {output.TargetPath(), ""};
-    if (output.Manner() == EOutputManner::CommitReplace && FileKindOf(step.target) == EFileKind::File) {
-        step.older = KeepOlder(step.target);
-        if (step.older.empty()) {
-            problem = "Cannot replace " + step.target + ": " + LastFileError();
-            return false;
-        }
-    }
-    if (!output.Commit()) {
-        problem = output.Problem();
-        if (!step.older.empty()) {
-            Undo(step);
-        }
-        return false;
-    }
-    if (output.Manner() != EOutputManner::InPlace) {
-        m_committed.push_back(std::move(step));
-    }
-    return true;
+bool CJointCommit::Open(const std::string& base) {
+    m_stagings.push_back(std::make_unique<CStaging>());
+    CStaging& staging = *m_stagings.back();
+    return Note(staging, staging.Open(base));
 }
 
-void CUndoableCommits::Undo() {
-    for (; !m_committed.empty(); m_committed.pop_back()) {
-        Undo(m_committed.back());
+CStaging* CJointCommit::StagingOf(const std::string& target) {
+    const auto found = std::find_if(m_stagings.begin(), m_stagings.end(),
+                                    [&target](const auto& staging) { return staging->Covers(target); });
+    if (found != m_stagings.end()) {
+        return found->get();
     }
+    return Open(FolderOf(target)) ? m_stagings.back().get() : nullptr;
 }
 
-void CUndoableCommits::Keep() {
-    for (const SCommitted& kept : m_committed) {
-        if (!kept.older.empty()) {
-            RemoveTemporary(kept.older);
-        }
+std::string CJointCommit::PlaceFor(const std::string& target) {
+    CStaging* const staging = StagingOf(target);
+    return staging != nullptr && Note(*staging, staging->MakeFolders(target)) ? staging->PlaceOf(target) : "";
+}
+
+bool CJointCommit::Add(COutputFile& output) {
+    if (output.Manner() == EOutputManner::InPlace) {
+        m_problem = output.Commit() ? "" : output.Problem();
+        return m_problem.empty();
     }
-    m_committed.clear();
+    m_replaces = m_replaces || Replaces(output.Manner());
+    CStaging* const staging = StagingOf(output.TargetPath());
+    return staging != nullptr && Note(*staging, staging->MakeFolders(output.TargetPath()) && staging->Add(output));
+}
+
+bool CJointCommit::Commit() {
+    return std::all_of(m_stagings.begin(), m_stagings.end(),
+                       [this](const auto& staging) { return Note(*staging, staging->Commit(m_replaces)); });
+}
+
+void CJointCommit::Keep() {
+    for (const auto& staging : m_stagings) {
+        staging->Keep();
+    }
+    m_stagings.clear();
 }
 
 bool CommitTogether(std::span<COutputFile* const> outputs, std::string& problem) {
-    CUndoableCommits commits;
-    const bool committed = FinishAll(outputs, problem) &&
-                           std::all_of(outputs.begin(), outputs.end(),
-                                       [&](COutputFile* output) { return commits.Commit(*output, problem); });
-    if (committed) {
-        commits.Keep();
-        return true;
+    if (FinishAll(outputs, problem)) {
+        CJointCommit commit;
+        const bool added =
+            std::all_of(outputs.begin(), outputs.end(), [&commit](COutputFile* output) { return commit.Add(*output); });
+        if (added && commit.Commit()) {
+            commit.Keep();
+            return true;
+        }
+        problem = commit.Problem();
     }
-    commits.Undo();
     for (COutputFile* output : outputs) {
         output->Abandon();
     }

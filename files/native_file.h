@@ -12,6 +12,12 @@ namespace vantrel {
 /// Who else may open a file while it is open here. POSIX has no such restriction.
 enum class ESharing { Anyone, Readers, Nobody };
 
+enum class ELock {
+    Taken,
+    Refused,      ///< Another process has it.
+    Unsupported,  ///< The file system has no locks.
+};
+
 enum class EOpenMode {
     Read,            ///< An existing file, for reading.
     ReadWrite,       ///< An existing file, for reading and writing.
@@ -29,9 +35,29 @@ public:
 
     /// Opens `path`, which must not be a folder. On failure, returns false with LastFileError() set.
     bool Open(const std::string& path, EOpenMode mode, ESharing sharing);
+    /// Creates a temporary file for writing and reading in the folder of `path`, which must not exist. It disappears
+    /// when it is closed, even if the process is killed, unless GiveName gives it a name. Linux files have no name
+    /// until then, Windows files are at `path`. If the file system does not support that, it is an ordinary file at
+    /// `path`, which RemoveUnused does not remove while it is open here; see StaysWhenClosed.
+    bool OpenTemporary(const std::string& path, ESharing sharing);
+    /// Whether a temporary file remains at its path when it is closed.
+    bool StaysWhenClosed() const { return m_temporary == ETemporary::Staying || m_temporary == ETemporary::Readable; }
+    /// The path at which further handles can read a temporary file, which `path` was opened as. From then on, nothing
+    /// may be written, and on Windows it stays at its path. On failure, returns an empty path with LastFileError() set.
+    std::string PathToRead(const std::string& path);
     bool IsOpen() const;
     /// Returns false if the system reports that written data was lost.
     bool Close();
+    /// Reports lost data as Close does, but keeps the file open. Nothing may be written afterwards.
+    bool CompleteWrites();
+    /// Writes everything to the disk, so that it survives a power failure.
+    bool FlushToDisk();
+    /// Renames a temporary file, which `path` was opened as, to `name` on the same file system. If `name` exists,
+    /// replaces it atomically if `replace` is set, and fails otherwise.
+    bool GiveName(const std::string& path, const std::string& name, bool replace);
+    /// Locks the file, opened for writing with ESharing::Readers or Nobody, until it is closed. On Windows, opening it
+    /// that way has done so.
+    ELock TakeLock();
     /// Detaches the file without closing it: it stays open with its sharing mode until the program ends.
     void LeaveOpen() { m_handle = -1; }
 
@@ -54,7 +80,12 @@ public:
     void TakeModeOf(const std::string& path);
 
 private:
+    enum class ETemporary { No, Vanishing, Staying, Readable };
+
+    bool Exchange(const std::string& path, bool toRename);
+
     std::intptr_t m_handle = -1;
+    ETemporary m_temporary = ETemporary::No;
 };
 
 /// The system's text for the last error of this thread, for example "No space left on device".
@@ -76,7 +107,11 @@ std::string ResolveLink(const std::string& path);
 /// Sets the date of the last change, in seconds since 1970 (UTC), if the file system can store it.
 void SetFileDate(const std::string& path, std::int64_t seconds);
 bool RemoveFile(const std::string& path);
-/// Renames a file within its folder. If `to` exists, replaces it atomically if `replace` is set, and fails otherwise.
+/// Removes a file that a temporary file of this or another process stayed as, unless that process still has it open.
+/// Without effect where the file system has no locks.
+void RemoveUnused(const std::string& path);
+/// Renames a file or a folder on its file system. If `to` exists, replaces it atomically if `replace` is set, and fails
+/// otherwise.
 bool RenameFile(const std::string& from, const std::string& to, bool replace);
 /// Makes a hard link. Fails if the file system does not support it or `added` exists.
 bool LinkFile(const std::string& existing, const std::string& added);
@@ -84,6 +119,9 @@ bool LinkFile(const std::string& existing, const std::string& added);
 bool MakeFolder(const std::string& path);
 /// Removes an empty folder.
 bool RemoveFolder(const std::string& path);
+/// Writes the names in a folder to the disk, so that they survive a power failure. `path` ends in a separator or is
+/// empty. Returns true if the system does not support that.
+bool FlushFolder(const std::string& path);
 /// The names in a folder without "." and "..", sorted by bytes; empty if it cannot be read.
 std::vector<std::string> ListFolder(const std::string& path);
 /// The current folder without a closing separator; empty if unknown.

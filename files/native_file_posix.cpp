@@ -1,6 +1,7 @@
 // File access on POSIX systems.
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +16,7 @@
 
 #include "files/native_console.h"
 #include "files/native_file.h"
+#include "files/path.h"
 
 namespace vantrel {
 
@@ -80,13 +82,22 @@ bool RenameByLink(const std::string& from, const std::string& to) {
     return FailWith(error);
 }
 
-/// For file systems without hard links: checks that `to` does not exist, then renames.
+/// The folder of a path, as the system names it.
+std::string OpenableFolder(const std::string& folder) {
+    return folder.empty() ? "." : folder;
+}
+
+/// For file systems without hard links: checks that `to` does not exist, then renames. Processes that do so in the same
+/// folder take turns, where the file system has locks.
 bool RenameAfterLook(const std::string& from, const std::string& to) {
+    const int folder = ::open(OpenableFolder(FolderOf(to)).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ::flock(folder, LOCK_EX);
     struct stat status = {};
-    if (::lstat(to.c_str(), &status) == 0) {
-        return FailWith(EEXIST);
-    }
-    return errno == ENOENT && std::rename(from.c_str(), to.c_str()) == 0;
+    const bool exists = ::lstat(to.c_str(), &status) == 0;
+    const bool renamed = !exists && errno == ENOENT && std::rename(from.c_str(), to.c_str()) == 0;
+    const int error = exists ? EEXIST : errno;
+    ::close(folder);
+    return renamed || FailWith(error);
 }
 
 bool RenameWithoutReplacing(const std::string& from, const std::string& to) {
@@ -105,10 +116,126 @@ bool RenameWithoutReplacing(const std::string& from, const std::string& to) {
     return hasNoLinks && RenameAfterLook(from, to);
 }
 
+/// The path of an open file, with or without a name.
+std::string PathOfDescriptor(int descriptor) {
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+bool Lock(int descriptor) {
+    return ::flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+}
+
+/// Opens a file without a name. Returns −1 with errno EOPNOTSUPP if the system does not support it.
+int OpenUnnamed([[maybe_unused]] const std::string& folder) {
+#ifdef O_TMPFILE
+    const int descriptor = ::open(OpenableFolder(folder).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, kNewFileMode);
+    struct stat status = {};
+    if (descriptor >= 0 && ::stat(PathOfDescriptor(descriptor).c_str(), &status) == 0) {
+        Lock(descriptor);
+        return descriptor;
+    }
+    if (descriptor >= 0) {
+        ::close(descriptor);  // without /proc, it could not get a name
+    } else if (errno != EISDIR && errno != EINVAL && errno != ENOSYS) {
+        return -1;
+    }
+#endif
+    errno = EOPNOTSUPP;
+    return -1;
+}
+
+/// Creates a locked file. Tries again if another process removes it as unused before it is locked.
+int CreateLocked(const std::string& path) {
+    constexpr int kTries = 100;
+    for (int attempt = 0; attempt < kTries; ++attempt) {
+        const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
+        if (descriptor < 0) {
+            return -1;
+        }
+        const bool isTaken = !Lock(descriptor) && errno == EWOULDBLOCK;
+        struct stat status = {};
+        const int error = ::fstat(descriptor, &status) == 0 ? 0 : errno;
+        if (error == 0 && status.st_nlink > 0 && !isTaken) {
+            return descriptor;
+        }
+        ::close(descriptor);
+        if (error != 0) {
+            ::unlink(path.c_str());
+            errno = error;
+            return -1;
+        }
+    }
+    errno = EAGAIN;
+    return -1;
+}
+
+/// Names an unnamed file. Only a name that does not exist yet can be given in one step.
+bool LinkUnnamed(int descriptor, const std::string& temporary, const std::string& name, bool replace) {
+    const std::string unnamed = PathOfDescriptor(descriptor);
+    if (::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+        return true;
+    }
+    if (!replace || errno != EEXIST ||
+        ::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, temporary.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+        return false;
+    }
+    if (std::rename(temporary.c_str(), name.c_str()) == 0) {
+        return true;
+    }
+    const int error = errno;
+    ::unlink(temporary.c_str());
+    return FailWith(error);
+}
+
 }  // namespace
+
+bool CNativeFile::OpenTemporary(const std::string& path, ESharing /*sharing*/) {
+    Close();
+    m_handle = OpenUnnamed(FolderOf(path));
+    m_temporary = ETemporary::Vanishing;
+    if (m_handle < 0 && errno == EOPNOTSUPP) {
+        m_handle = CreateLocked(path);
+        m_temporary = ETemporary::Staying;
+    }
+    return m_handle >= 0;
+}
+
+bool CNativeFile::CompleteWrites() {
+    // A second descriptor keeps the lock and, if there is none, stands for the name.
+    const int second = ::fcntl(Descriptor(m_handle), F_DUPFD_CLOEXEC, 0);
+    if (second < 0) {
+        return false;
+    }
+    const bool complete = ::close(Descriptor(m_handle)) == 0;
+    m_handle = second;
+    return complete;
+}
+
+ELock CNativeFile::TakeLock() {
+    if (Lock(Descriptor(m_handle))) {
+        return ELock::Taken;
+    }
+    return errno == EWOULDBLOCK ? ELock::Refused : ELock::Unsupported;
+}
+
+bool CNativeFile::FlushToDisk() {
+    return ::fsync(Descriptor(m_handle)) == 0;
+}
+
+std::string CNativeFile::PathToRead(const std::string& path) {
+    return m_temporary == ETemporary::Vanishing ? PathOfDescriptor(Descriptor(m_handle)) : path;
+}
+
+bool CNativeFile::GiveName(const std::string& path, const std::string& name, bool replace) {
+    const bool named = m_temporary == ETemporary::Vanishing ? LinkUnnamed(Descriptor(m_handle), path, name, replace)
+                                                            : RenameFile(path, name, replace);
+    m_temporary = named ? ETemporary::No : m_temporary;
+    return named;
+}
 
 bool CNativeFile::Open(const std::string& path, EOpenMode mode, ESharing /*sharing*/) {
     Close();
+    m_temporary = ETemporary::No;
     m_handle = ::open(path.c_str(), OpenFlags(mode) | O_CLOEXEC, kNewFileMode);
     if (m_handle < 0 || mode != EOpenMode::Read) {
         return m_handle >= 0;  // opening a folder for writing fails anyway
@@ -243,6 +370,22 @@ bool RemoveFile(const std::string& path) {
     return ::unlink(path.c_str()) == 0;
 }
 
+void RemoveUnused(const std::string& path) {
+    constexpr int kFlags = O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC;
+    int descriptor = ::open(path.c_str(), O_RDWR | kFlags);  // locks of NFS need it
+    if (descriptor < 0) {
+        descriptor = ::open(path.c_str(), O_RDONLY | kFlags);
+    }
+    if (descriptor < 0) {
+        return;
+    }
+    struct stat status = {};
+    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && Lock(descriptor)) {
+        ::unlink(path.c_str());
+    }
+    ::close(descriptor);
+}
+
 bool RenameFile(const std::string& from, const std::string& to, bool replace) {
     return replace ? std::rename(from.c_str(), to.c_str()) == 0 : RenameWithoutReplacing(from, to);
 }
@@ -257,6 +400,17 @@ bool MakeFolder(const std::string& path) {
 
 bool RemoveFolder(const std::string& path) {
     return ::rmdir(path.c_str()) == 0;
+}
+
+bool FlushFolder(const std::string& path) {
+    const int descriptor = ::open(OpenableFolder(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return false;
+    }
+    const bool flushed = ::fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
+    const int error = errno;
+    ::close(descriptor);
+    return flushed || FailWith(error);
 }
 
 std::vector<std::string> ListFolder(const std::string& path) {

@@ -75,10 +75,111 @@ std::optional<SIdentity> IdentityOf(const std::string& path) {
     return identity;
 }
 
+/// Sets or clears the mark with which the system removes a file when its last handle is closed. Fails where the file
+/// system does not know it.
+bool MarkForRemoval(HANDLE handle, bool marked) {
+    FILE_DISPOSITION_INFO information = {};
+    information.DeleteFile = marked ? TRUE : FALSE;
+    return ::SetFileInformationByHandle(handle, FileDispositionInfo, &information, sizeof information) != FALSE;
+}
+
+/// `path` with drive and folder.
+std::wstring FullPath(const std::wstring& path) {
+    std::wstring full(::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(::GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    return full;
+}
+
+/// Renames an open file. By path, the system renames only files whose handles allow it to be removed.
+bool RenameByHandle(HANDLE handle, const std::string& name, bool replace) {
+    const std::wstring full = FullPath(WideOf(name));
+    const std::size_t nameBytes = full.size() * sizeof(wchar_t);
+    std::vector<std::uint8_t> bytes(sizeof(FILE_RENAME_INFO) + nameBytes);
+    auto* const information = reinterpret_cast<FILE_RENAME_INFO*>(bytes.data());
+    information->ReplaceIfExists = replace ? TRUE : FALSE;
+    information->FileNameLength = static_cast<DWORD>(nameBytes);
+    std::copy_n(full.c_str(), full.size() + 1, information->FileName);
+    return ::SetFileInformationByHandle(handle, FileRenameInfo, information, static_cast<DWORD>(bytes.size())) != FALSE;
+}
+
 }  // namespace
+
+bool CNativeFile::OpenTemporary(const std::string& path, ESharing sharing) {
+    Close();
+    const HANDLE handle = ::CreateFileW(WideOf(path).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, ShareMode(sharing),
+                                        nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    m_handle = reinterpret_cast<std::intptr_t>(handle);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    m_temporary = MarkForRemoval(handle, true) ? ETemporary::Vanishing : ETemporary::Staying;
+    return true;
+}
+
+bool CNativeFile::CompleteWrites() {
+    HANDLE second = nullptr;
+    const HANDLE process = ::GetCurrentProcess();
+    if (!::DuplicateHandle(process, Handle(m_handle), process, &second, 0, FALSE, DUPLICATE_SAME_ACCESS)) {
+        return false;
+    }
+    const BOOL complete = ::CloseHandle(Handle(m_handle));
+    m_handle = reinterpret_cast<std::intptr_t>(second);
+    return complete != FALSE;
+}
+
+ELock CNativeFile::TakeLock() {
+    return ELock::Taken;
+}
+
+bool CNativeFile::FlushToDisk() {
+    return ::FlushFileBuffers(Handle(m_handle)) != FALSE;
+}
+
+/// Opens a temporary file again, to rename it or only to keep it in use, without the rights that keep others from
+/// reading it. Between both handles, another process may remove it as unused; opening then fails.
+bool CNativeFile::Exchange(const std::string& path, bool toRename) {
+    ::CloseHandle(Handle(m_handle));
+    const HANDLE handle =
+        ::CreateFileW(WideOf(path).c_str(), toRename ? GENERIC_READ | DELETE : GENERIC_READ,
+                      ShareMode(ESharing::Anyone), nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    m_handle = reinterpret_cast<std::intptr_t>(handle);
+    return handle != INVALID_HANDLE_VALUE;
+}
+
+std::string CNativeFile::PathToRead(const std::string& path) {
+    if (m_temporary == ETemporary::Readable) {
+        return path;
+    }
+    if (m_temporary == ETemporary::Vanishing && !MarkForRemoval(Handle(m_handle), false)) {
+        return {};
+    }
+    m_temporary = ETemporary::Readable;
+    return Exchange(path, false) ? path : std::string();
+}
+
+bool CNativeFile::GiveName(const std::string& path, const std::string& name, bool replace) {
+    if (m_temporary == ETemporary::Readable && !Exchange(path, true)) {
+        return false;
+    }
+    const bool isMarked = m_temporary == ETemporary::Vanishing;
+    if (isMarked && !MarkForRemoval(Handle(m_handle), false)) {
+        return false;
+    }
+    if (RenameByHandle(Handle(m_handle), name, replace)) {
+        m_temporary = ETemporary::No;
+        return true;
+    }
+    const DWORD error = ::GetLastError();
+    if (isMarked && !MarkForRemoval(Handle(m_handle), true)) {
+        m_temporary = ETemporary::Staying;
+    }
+    ::SetLastError(error);
+    return false;
+}
 
 bool CNativeFile::Open(const std::string& path, EOpenMode mode, ESharing sharing) {
     Close();
+    m_temporary = ETemporary::No;
     const DWORD access = mode == EOpenMode::Read ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
     const HANDLE handle = ::CreateFileW(WideOf(path).c_str(), access, ShareMode(sharing), nullptr, Disposition(mode),
                                         FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -202,6 +303,10 @@ bool RemoveFile(const std::string& path) {
     return ::DeleteFileW(WideOf(path).c_str()) != FALSE;
 }
 
+void RemoveUnused(const std::string& path) {
+    ::DeleteFileW(WideOf(path).c_str());  // fails while the file is open, because temporary files do not share removal
+}
+
 bool RenameFile(const std::string& from, const std::string& to, bool replace) {
     return ::MoveFileExW(WideOf(from).c_str(), WideOf(to).c_str(), replace ? MOVEFILE_REPLACE_EXISTING : 0) != FALSE;
 }
@@ -217,6 +322,21 @@ bool MakeFolder(const std::string& path) {
 
 bool RemoveFolder(const std::string& path) {
     return ::RemoveDirectoryW(WideOf(path).c_str()) != FALSE;
+}
+
+bool FlushFolder(const std::string& path) {
+    const HANDLE handle = ::CreateFileW(path.empty() ? L"." : WideOf(path).c_str(), GENERIC_WRITE,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                        FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return ::GetLastError() == ERROR_ACCESS_DENIED;  // some file systems open no folders
+    }
+    const bool flushed = ::FlushFileBuffers(handle) != FALSE || ::GetLastError() == ERROR_ACCESS_DENIED ||
+                         ::GetLastError() == ERROR_INVALID_FUNCTION;
+    const DWORD error = ::GetLastError();
+    ::CloseHandle(handle);
+    ::SetLastError(error);
+    return flushed;
 }
 
 std::vector<std::string> ListFolder(const std::string& path) {

@@ -34,6 +34,16 @@ bool CNewFolders::Make(const std::string& path) {
     return true;
 }
 
+bool CNewFolders::Flush() {
+    return std::all_of(m_made.begin(), m_made.end(), [this](const std::string& folder) {
+        if (FlushFolder(FolderOf(folder))) {
+            return true;
+        }
+        m_problem = "Cannot write the folder " + FolderOf(folder) + ": " + LastFileError();
+        return false;
+    });
+}
+
 void CNewFolders::RemoveEmpty() {
     std::for_each(m_made.rbegin(), m_made.rend(), RemoveFolder);
     m_made.clear();

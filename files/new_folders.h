@@ -17,10 +17,12 @@ public:
     /// Makes a folder, with the folders above it as far as they are missing. Returns false if that fails; Problem()
     /// then has the cause.
     bool Make(const std::string& path);
+    /// Writes the names of the folders to the disk. Failures as above.
+    bool Flush();
     /// Removes those of the folders that are empty, the deepest first.
     void RemoveEmpty();
 
-    /// Why the latest folder could not be made, as a text with its path.
+    /// Why the latest call failed, as a text with its path.
     const std::string& Problem() const { return m_problem; }
 
 private:

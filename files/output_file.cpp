@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "files/path.h"
 #include "files/temporary_path.h"
 
 namespace vantrel {
@@ -21,31 +22,57 @@ COutputFile::~COutputFile() {
     Abandon();
 }
 
-bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing sharing) {
+void COutputFile::Begin(const std::string& path, EOutputManner manner, ESharing sharing) {
     Abandon();
     m_manner = manner;
     m_sharing = sharing;
-    m_targetPath = manner == EOutputManner::CommitReplace ? ResolveLink(path) : path;
+    m_targetPath = Replaces(manner) ? ResolveLink(path) : path;
+    m_flushes = IsFlushed(manner) || (Replaces(manner) && FileKindOf(m_targetPath) != EFileKind::Missing);
     m_problem.clear();
     m_position = 0;
     m_writtenEnd = 0;
+    m_isFinished = false;
+    m_isPlaced = false;
+}
+
+/// Takes the permissions of the file that is replaced, as far as possible.
+bool COutputFile::TakeMode() {
+    if (Replaces(m_manner)) {
+        m_file.TakeModeOf(m_targetPath);
+    }
+    return true;
+}
+
+bool COutputFile::OpenTemporary() {
+    for (int attempt = 0; attempt < kTemporaryNameTries; ++attempt) {
+        m_temporaryPath = TemporaryPathIn(FolderOf(m_targetPath));
+        if (m_file.OpenTemporary(m_temporaryPath, m_sharing)) {
+            return true;
+        }
+        if (FileKindOf(m_temporaryPath) == EFileKind::Missing) {
+            break;
+        }
+    }
+    m_temporaryPath.clear();
+    return false;
+}
+
+bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing sharing) {
+    Begin(path, manner, sharing);
     if (manner == EOutputManner::InPlace) {
         return m_file.Open(path, EOpenMode::CreateTruncate, sharing);
     }
-    for (int attempt = 0; attempt < kTemporaryNameTries; ++attempt) {
-        const std::string temporary = TemporaryPathBeside(m_targetPath);
-        if (m_file.Open(temporary, EOpenMode::CreateNew, sharing)) {
-            m_temporaryPath = temporary;
-            if (manner == EOutputManner::CommitReplace) {
-                m_file.TakeModeOf(m_targetPath);
-            }
-            return true;
-        }
-        if (FileKindOf(temporary) == EFileKind::Missing) {
-            return false;
-        }
+    return OpenTemporary() && TakeMode();
+}
+
+bool COutputFile::OpenAt(const std::string& place, const std::string& path, EOutputManner manner) {
+    Begin(path, manner, ESharing::Anyone);
+    if (!m_file.Open(place, EOpenMode::CreateNew, ESharing::Anyone)) {
+        return false;
     }
-    return false;
+    m_isPlaced = true;
+    m_temporaryPath = place;
+    return TakeMode();
 }
 
 bool COutputFile::NoteFailure() {
@@ -181,40 +208,68 @@ bool COutputFile::ReachEnd() {
 }
 
 bool COutputFile::Finish() {
-    if (m_file.IsOpen()) {
-        if (!Flush() || !ReachEnd() || !m_file.Close()) {
+    if (m_file.IsOpen() && !m_isFinished) {
+        const bool hasName = m_manner == EOutputManner::InPlace || m_isPlaced;
+        if (!Flush() || !ReachEnd() || (m_flushes && !m_file.FlushToDisk()) ||
+            !(hasName ? m_file.Close() : m_file.CompleteWrites())) {
             NoteFailure();
         }
         m_unplacedZeros = 0;
+        m_isFinished = true;
     }
     return m_problem.empty();
 }
 
+std::string COutputFile::PathToRead() {
+    std::string path = m_temporaryPath.empty() ? m_targetPath : m_file.PathToRead(m_temporaryPath);
+    if (path.empty()) {
+        NoteFailure();
+    }
+    return path;
+}
+
 bool COutputFile::Commit() {
-    if (!Finish()) {
-        Abandon();
+    const bool isNew = m_flushes && FileKindOf(m_targetPath) == EFileKind::Missing;
+    if (!CommitAs(m_targetPath, Replaces(m_manner))) {
         return false;
     }
-    if (m_temporaryPath.empty()) {
+    // If the flush fails after a file was replaced, a power cut may bring the older one back, which is no loss.
+    if (!m_flushes || FlushFolder(FolderOf(m_targetPath)) || !isNew) {
         return true;
     }
-    if (!RenameFile(m_temporaryPath, m_targetPath, m_manner == EOutputManner::CommitReplace)) {
-        NoteFailure();
-        Abandon();
-        return false;
+    NoteFailure();
+    RemoveFile(m_targetPath);
+    return false;
+}
+
+bool COutputFile::CommitAs(const std::string& path) {
+    return CommitAs(path, false);
+}
+
+bool COutputFile::CommitAs(const std::string& path, bool replace) {
+    const bool finished = Finish();
+    if (finished && (m_temporaryPath.empty() || (m_isPlaced && path == m_temporaryPath))) {
+        m_temporaryPath.clear();
+        return true;
     }
-    m_temporaryPath.clear();
-    return true;
+    if (finished && (m_file.GiveName(m_temporaryPath, path, replace) || NoteFailure())) {
+        m_temporaryPath.clear();
+        m_file.Close();
+        return true;
+    }
+    Abandon();
+    return false;
 }
 
 void COutputFile::Abandon() {
     m_pending.clear();
     m_unplacedZeros = 0;
+    const bool stays = !m_temporaryPath.empty() && (m_isPlaced || m_file.StaysWhenClosed());
     m_file.Close();
-    if (!m_temporaryPath.empty()) {
+    if (stays) {
         RemoveTemporary(m_temporaryPath);
-        m_temporaryPath.clear();
     }
+    m_temporaryPath.clear();
 }
 
 void COutputFile::LeaveOpen() {

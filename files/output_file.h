@@ -14,9 +14,21 @@ namespace vantrel {
 
 enum class EOutputManner {
     InPlace,        ///< Creates or truncates the target and writes it unbuffered.
-    CommitNew,      ///< Writes a temporary file beside the target. Commit renames it, or fails if the target exists.
+    CommitNew,      ///< Writes a temporary file, which Commit gives the target's name, or fails if the target exists.
     CommitReplace,  ///< The same, but Commit replaces an existing target, whose permissions stay; follows links.
+    CommitNewFlushed,      ///< Like CommitNew; everything is written to the disk, the content before the name.
+    CommitReplaceFlushed,  ///< The same for CommitReplace, which does so only if it replaces a file.
 };
+
+/// Whether an existing target is replaced instead of refused.
+constexpr bool Replaces(EOutputManner manner) {
+    return manner == EOutputManner::CommitReplace || manner == EOutputManner::CommitReplaceFlushed;
+}
+
+/// Whether everything is written to the disk, even if nothing is replaced.
+constexpr bool IsFlushed(EOutputManner manner) {
+    return manner == EOutputManner::CommitNewFlushed || manner == EOutputManner::CommitReplaceFlushed;
+}
 
 class COutputFile {
 public:
@@ -26,8 +38,12 @@ public:
     /// Removes a transactional output that was not committed.
     ~COutputFile();
 
-    /// Creates the output. On failure, returns false with LastFileError() set.
+    /// Creates the output, a transactional one in the folder of the target. On failure, returns false with
+    /// LastFileError() set.
     bool Open(const std::string& path, EOutputManner manner, ESharing sharing = ESharing::Anyone);
+    /// Creates a transactional output at `place`, a path that does not exist yet, where it waits after CommitAs(place).
+    /// A killed process leaves it there. Failures as above.
+    bool OpenAt(const std::string& place, const std::string& path, EOutputManner manner);
     bool IsOpen() const { return m_file.IsOpen(); }
 
     /// Writes at the current position and advances it. Returns false if not everything could be written; Problem() then
@@ -51,12 +67,14 @@ public:
     /// Number of bytes from the start to the end of everything written so far.
     std::int64_t Size() const;
 
-    /// Writes pending data and closes the file, so that only renaming remains. Returns false if anything has failed
-    /// since Open.
+    /// Writes all data, so that only naming the file remains. Returns false if anything has failed since Open.
     bool Finish();
-    /// Finishes and renames the output to its target. Returns false if anything has failed since Open; the output is
-    /// then removed unless it was written in place.
+    /// Finishes the output and gives it the target's name. Returns false if anything has failed since Open; the output
+    /// is then removed unless it was written in place.
     bool Commit();
+    /// Commits a transactional output under the name `path`, which must not exist, instead of the target's. Messages
+    /// still name the target.
+    bool CommitAs(const std::string& path);
     /// Closes the output, and removes it if it is transactional.
     void Abandon();
     /// Detaches an output in place without closing it: it stays open with its sharing mode until the program ends.
@@ -65,18 +83,25 @@ public:
     /// Whether writing, seeking or committing has failed since Open.
     bool HasFailed() const { return !m_problem.empty(); }
     EOutputManner Manner() const { return m_manner; }
+    /// Whether everything is written to the disk.
+    bool Flushes() const { return m_flushes; }
     /// The path of the target, not of the temporary file. If a link is replaced, the path of the file behind it.
     const std::string& TargetPath() const { return m_targetPath; }
-    /// The file that holds the output now: a temporary one until Commit.
-    const std::string& CurrentPath() const { return m_temporaryPath.empty() ? m_targetPath : m_temporaryPath; }
+    /// The path at which further handles can read the output, which is finished. On failure, returns an empty path;
+    /// Problem() then has the cause.
+    std::string PathToRead();
     /// The first failure as a text with the target and the cause; empty if there was none.
     const std::string& Problem() const { return m_problem; }
 
 private:
+    void Begin(const std::string& path, EOutputManner manner, ESharing sharing);
+    bool OpenTemporary();
+    bool TakeMode();
     bool Flush();
     bool PlaceZeros();
     bool ReachEnd();
     std::size_t CopyWithinSystem(CByteSource& source, std::int64_t position, std::size_t length);
+    bool CommitAs(const std::string& path, bool replace);
     void MoveOn(std::size_t count);
     bool NoteFailure();
 
@@ -85,6 +110,9 @@ private:
     ESharing m_sharing = ESharing::Anyone;
     std::string m_targetPath;
     std::string m_temporaryPath;
+    bool m_isPlaced = false;  ///< Whether the temporary path is where the output waits for its name.
+    bool m_isFinished = false;
+    bool m_flushes = false;
     std::string m_problem;
     std::vector<std::uint8_t> m_pending;
     std::int64_t m_position = 0;

@@ -1,11 +1,8 @@
 #include "files/temporary_folder.h"
 
-#include <random>
-
 #include "files/native_file.h"
 #include "files/path.h"
 #include "files/temporary_path.h"
-#include "operation/text.h"
 
 namespace vantrel {
 
@@ -30,9 +27,8 @@ bool CTemporaryFolder::Remove() const {
 }
 
 bool CTemporaryFolder::MakeIn(const std::string& parent) {
-    std::random_device random;
     for (int attempt = 0; attempt < kNameTries; ++attempt) {
-        const std::string path = parent + Format(".vantrel-%08x.tmp", random());
+        const std::string path = TemporaryPathIn(parent);
         if (FileKindOf(path) != EFileKind::Missing) {
             continue;
         }

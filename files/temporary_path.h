@@ -2,11 +2,15 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace vantrel {
 
-/// A random path in the folder of `path`, which is unlikely to exist.
-std::string TemporaryPathBeside(const std::string& path);
+/// A random path in a folder, which ends in a separator or is empty. It is unlikely to exist.
+std::string TemporaryPathIn(const std::string& folder);
+
+/// Whether a file name is one of these.
+bool IsTemporaryName(std::string_view name);
 
 /// Removes such a file. Tries again after 20 ms, because virus scanners open new files.
 void RemoveTemporary(const std::string& path);

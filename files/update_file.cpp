@@ -2,12 +2,15 @@
 
 #include <algorithm>
 
+#include "files/refused.h"
+
 namespace vantrel {
 
 namespace {
 
-/// Overwritten bytes that are kept in memory.
-constexpr std::size_t kMostInMemory = 16U << 20U;
+constexpr auto kSector = static_cast<std::int64_t>(kDiskSector);
+/// Collected sectors are written from this number on: 8 MiB.
+constexpr std::size_t kMostCollected = 16'384;
 
 }  // namespace
 
@@ -22,12 +25,21 @@ bool CUpdateFile::Open(const std::string& path, EUpdateManner manner) {
     m_writeProblem.clear();
     m_readProblem.clear();
     m_position = 0;
+    m_wasRestored = false;
+    if (manner != EUpdateManner::InPlace) {
+        m_journal.emplace(ResolveLink(path));
+    }
     const EOpenMode mode = manner == EUpdateManner::ReadOnly ? EOpenMode::Read : EOpenMode::ReadWrite;
-    if (!m_file.Open(path, mode, ESharing::Anyone)) {
+    if (!m_file.Open(path, mode, CanUndo() ? ESharing::Readers : ESharing::Anyone)) {
         return false;
     }
-    m_changed = false;
-    m_oldSize = m_file.Size();
+    if (manner == EUpdateManner::ReadOnly && m_journal->Exists()) {
+        m_file.Close();
+        throw CRefused(path +
+                       ": a change of this file was interrupted; run a command that changes it to undo that first");
+    }
+    m_oldSize = CanUndo() && !OpenRestored() ? -1 : m_file.Size();
+    m_size = m_oldSize;
     if (m_oldSize < 0) {
         m_file.Close();  // without the old length, appended bytes could not be removed again
         return false;
@@ -35,12 +47,27 @@ bool CUpdateFile::Open(const std::string& path, EUpdateManner manner) {
     return true;
 }
 
+/// Undoes an interrupted change, which no other process may be making. On failure, returns false with LastFileError()
+/// set.
+bool CUpdateFile::OpenRestored() {
+    if (m_file.TakeLock() == ELock::Refused) {
+        m_file.Close();
+        throw CRefused(m_path + ": another process is changing this file");
+    }
+    if (!m_journal->Exists()) {
+        return true;
+    }
+    m_wasRestored = m_journal->Restore(m_file) && m_journal->Remove();
+    return m_wasRestored;
+}
+
 std::int64_t CUpdateFile::Size() const {
     const std::int64_t size = m_file.Size();
     if (size < 0) {
         NoteReadFailure();
+        return size;
     }
-    return size;
+    return CanUndo() ? m_size : size;
 }
 
 bool CUpdateFile::Reopen() {
@@ -80,7 +107,7 @@ bool CUpdateFile::Seek(std::int64_t position) {
 }
 
 std::size_t CUpdateFile::ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) {
-    bool failed = !MoveTo(position);
+    bool failed = !Apply() || !MoveTo(position);
     const std::size_t count = failed ? 0 : m_file.Read(buffer, failed);
     if (failed) {
         NoteReadFailure();
@@ -89,97 +116,112 @@ std::size_t CUpdateFile::ReadAt(std::int64_t position, std::span<std::uint8_t> b
     return count;
 }
 
-bool CUpdateFile::Keep(std::size_t count) {
-    const std::int64_t old = std::min(m_oldSize - m_position, static_cast<std::int64_t>(count));
-    if (m_manner != EUpdateManner::UndoUnlessCommitted || old <= 0) {
-        return true;
+/// The content of a sector with the collected changes.
+bool CUpdateFile::Load(std::int64_t sector, std::vector<std::uint8_t>& content) {
+    const std::int64_t position = sector * kSector;
+    const std::int64_t length = std::clamp<std::int64_t>(m_size - position, 0, kSector);
+    content.resize(static_cast<std::size_t>(length));
+    bool failed = length > 0 && !m_file.Seek(position);
+    if (length > 0 && !failed) {
+        m_file.Read(content, failed);  // what is not in the file yet is zeros
     }
-    SOverwritten overwritten{m_position, static_cast<std::size_t>(old),
-                             std::vector<std::uint8_t>(static_cast<std::size_t>(old)), 0};
-    bool failed = false;
-    if (m_file.Read(overwritten.bytes, failed) != overwritten.bytes.size() || !m_file.Seek(m_position)) {
-        return NoteWriteFailure();
+    return !failed;
+}
+
+bool CUpdateFile::Collect(std::span<const std::uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const std::int64_t sector = m_position / kSector;
+        const auto offset = static_cast<std::size_t>(m_position % kSector);
+        const std::size_t count = std::min(bytes.size(), kDiskSector - offset);
+        const auto [found, isNew] = m_collected.try_emplace(sector);
+        if (isNew && count < kDiskSector && !Load(sector, found->second)) {
+            return NoteWriteFailure();
+        }
+        found->second.resize(std::max(found->second.size(), offset + count));
+        std::copy_n(bytes.begin(), count, found->second.begin() + static_cast<std::ptrdiff_t>(offset));
+        m_position += static_cast<std::int64_t>(count);
+        m_size = std::max(m_size, m_position);
+        bytes = bytes.subspan(count);
     }
-    if (m_inMemory + overwritten.length <= kMostInMemory) {
-        m_inMemory += overwritten.length;
-    } else if (!Save(overwritten)) {
+    return m_collected.size() < kMostCollected || Apply();
+}
+
+bool CUpdateFile::AddToJournal(std::int64_t position, std::span<const std::uint8_t> content) {
+    const std::int64_t size = m_file.Size();
+    const std::int64_t length = std::clamp<std::int64_t>(size - position, 0, static_cast<std::int64_t>(content.size()));
+    std::vector<std::uint8_t> older(static_cast<std::size_t>(length));
+    bool failed = size < 0 || !m_file.Seek(position);
+    return !failed && m_file.Read(older, failed) == older.size() && !failed && m_journal->Add(position, older, content);
+}
+
+/// Writes the collected sectors, after what they replace is on the disk.
+bool CUpdateFile::ApplyAll() {
+    std::map<std::int64_t, std::vector<std::uint8_t>> runs;
+    std::vector<std::uint8_t>* run = nullptr;
+    std::int64_t next = -1;
+    for (const auto& [sector, content] : m_collected) {
+        run = sector == next ? run : &runs[sector * kSector];
+        run->insert(run->end(), content.begin(), content.end());
+        next = content.size() == kDiskSector ? sector + 1 : -1;
+    }
+    if (!m_journal->IsBegun() && !m_journal->Create(m_oldSize)) {
         return false;
     }
-    m_overwritten.push_back(std::move(overwritten));
-    return true;
+    const auto isJournaled = [this](const auto& part) { return AddToJournal(part.first, part.second); };
+    const auto isWritten = [this](const auto& part) {
+        return m_file.Seek(part.first) && m_file.Write(part.second) == part.second.size();
+    };
+    return std::all_of(runs.begin(), runs.end(), isJournaled) && m_journal->Flush() &&
+           std::all_of(runs.begin(), runs.end(), isWritten);
 }
 
-/// Moves the bytes to the temporary file.
-bool CUpdateFile::Save(SOverwritten& overwritten) {
-    if (!m_saved.IsOpen() && !m_saved.Open(m_path, EOutputManner::CommitNew)) {
-        return NoteWriteFailure();
+bool CUpdateFile::Apply() {
+    if (m_collected.empty()) {
+        return true;
     }
-    overwritten.saved = m_saved.Position();
-    if (!m_saved.Write(overwritten.bytes)) {
-        return NoteWriteFailure();
-    }
-    overwritten.bytes = {};
-    return true;
-}
-
-std::vector<std::uint8_t> CUpdateFile::BytesOf(const SOverwritten& overwritten) {
-    std::vector<std::uint8_t> bytes = overwritten.bytes;
-    if (bytes.size() != overwritten.length) {
-        bytes.resize(overwritten.length);
-        bytes.resize(m_saved.ReadBack(overwritten.saved, bytes));
-    }
-    return bytes;
+    const bool applied = ApplyAll();
+    m_collected.clear();
+    return applied || NoteWriteFailure();
 }
 
 bool CUpdateFile::Write(std::span<const std::uint8_t> bytes) {
-    if (!Keep(bytes.size())) {
-        return false;
+    if (CanUndo()) {
+        return Collect(bytes);
     }
-    m_changed = true;
     const std::size_t written = m_file.Write(bytes);
     m_position += static_cast<std::int64_t>(written);
     return written == bytes.size() || NoteWriteFailure();
 }
 
 void CUpdateFile::Undo() {
-    if (m_file.IsOpen() && m_changed && m_manner == EUpdateManner::UndoUnlessCommitted) {
-        // Undoing the last change first restores bytes that were changed twice.
-        for (auto change = m_overwritten.rbegin(); change != m_overwritten.rend(); ++change) {
-            if (m_file.Seek(change->position)) {
-                m_file.Write(BytesOf(*change));
-            }
-        }
-        m_file.Resize(m_oldSize);
+    m_collected.clear();
+    if (CanUndo() && m_file.IsOpen() && m_journal && m_journal->IsBegun() && m_journal->Undo(m_file)) {
+        m_journal->Remove();
     }
-    Forget();
+    m_journal.reset();
     m_file.Close();
 }
 
-void CUpdateFile::Forget() {
-    m_overwritten.clear();
-    m_inMemory = 0;
-    m_saved.Abandon();
+/// Writes everything to the disk before the journal disappears.
+bool CUpdateFile::CommitChange() {
+    if (!m_writeProblem.empty() || !Apply()) {
+        return false;
+    }
+    const bool isChanged = m_journal->IsBegun();
+    return !isChanged ||
+           ((m_file.FlushToDisk() && m_file.CompleteWrites() && m_journal->Remove()) || NoteWriteFailure());
 }
 
 bool CUpdateFile::Commit() {
-    if (m_manner == EUpdateManner::UndoUnlessCommitted && !m_writeProblem.empty()) {
+    if (CanUndo() && !CommitChange()) {
         Undo();
         return false;
     }
-    CloseForGood();
-    Forget();
+    if (!m_file.Close() && !CanUndo()) {  // what can be undone is on the disk
+        NoteWriteFailure();
+    }
+    m_journal.reset();
     return m_writeProblem.empty();
-}
-
-/// If closing loses data, undoes the change through a new handle.
-void CUpdateFile::CloseForGood() {
-    if (m_file.Close()) {
-        return;
-    }
-    NoteWriteFailure();
-    if (m_manner == EUpdateManner::UndoUnlessCommitted && m_file.Open(m_path, EOpenMode::ReadWrite, ESharing::Anyone)) {
-        Undo();
-    }
 }
 
 }  // namespace vantrel

@@ -1,21 +1,23 @@
-// A file that is changed in place. The window keeps every change; the console program undoes an incomplete change.
+// A file that is changed in place. The window keeps every change; the console program undoes an incomplete change, even
+// one that a kill or a power cut interrupted: a journal beside the file says how; see undo_journal.h.
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "files/byte_source.h"
 #include "files/native_file.h"
-#include "files/output_file.h"
+#include "files/undo_journal.h"
 
 namespace vantrel {
 
 enum class EUpdateManner {
     InPlace,              ///< Every change stays.
-    UndoUnlessCommitted,  ///< Overwritten bytes, which a temporary file keeps if they are many, and the length are
-                          ///< restored unless Commit succeeds.
+    UndoUnlessCommitted,  ///< Content and length are restored unless Commit succeeds. One process at a time.
     ReadOnly,             ///< Opened for reading; writing fails.
 };
 
@@ -26,8 +28,12 @@ public:
     CUpdateFile& operator=(const CUpdateFile&) = delete;
     ~CUpdateFile() override;
 
-    /// Opens an existing file. On failure, returns false with LastFileError() set.
+    /// Opens an existing file, and undoes an interrupted change first unless the file is changed in place. On failure,
+    /// returns false with LastFileError() set. Throws CRefused if the change cannot be undone, or must not: to read
+    /// only.
     bool Open(const std::string& path, EUpdateManner manner);
+    /// Whether Open has undone an interrupted change.
+    bool WasRestored() const { return m_wasRestored; }
     /// Continues at position 0. In place, closes the file and opens it again. On failure, returns false with
     /// LastFileError() set.
     bool Reopen();
@@ -40,7 +46,7 @@ public:
     /// end of the file or after an error.
     std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override;
     /// Writes at the current position and advances it. Returns false if not everything could be written, or if the
-    /// bytes to be overwritten could not be saved; Problem() then has the cause.
+    /// journal could not; Problem() then has the cause. What can be undone is collected and written in large pieces.
     bool Write(std::span<const std::uint8_t> bytes);
 
     /// Closes the file and keeps the change. Returns false if a seek, a write or closing has failed since Open; the
@@ -56,20 +62,18 @@ public:
     const std::string& Path() const { return m_path; }
 
 private:
-    struct SOverwritten {
-        std::int64_t position;
-        std::size_t length;
-        std::vector<std::uint8_t> bytes;  ///< empty if they are in the temporary file
-        std::int64_t saved;               ///< their position there
-    };
+    /// The new content of sectors that are not yet written, by number.
+    using Sectors = std::map<std::int64_t, std::vector<std::uint8_t>>;
 
-    bool Keep(std::size_t count);
-    bool Save(SOverwritten& overwritten);
-    std::vector<std::uint8_t> BytesOf(const SOverwritten& overwritten);
+    bool CanUndo() const { return m_manner == EUpdateManner::UndoUnlessCommitted; }
+    bool OpenRestored();
+    bool Collect(std::span<const std::uint8_t> bytes);
+    bool Load(std::int64_t sector, std::vector<std::uint8_t>& content);
+    bool Apply();
+    bool ApplyAll();
+    bool AddToJournal(std::int64_t position, std::span<const std::uint8_t> content);
     void Undo();
-    /// Drops what an undo needs.
-    void Forget();
-    void CloseForGood();
+    bool CommitChange();
     bool MoveTo(std::int64_t position);
     bool NoteWriteFailure();
     void NoteReadFailure() const;
@@ -80,11 +84,11 @@ private:
     std::string m_writeProblem;
     mutable std::string m_readProblem;
     std::int64_t m_position = 0;
+    std::int64_t m_size = 0;  ///< With the collected sectors.
     std::int64_t m_oldSize = 0;
-    bool m_changed = false;
-    std::vector<SOverwritten> m_overwritten;
-    std::size_t m_inMemory = 0;  ///< bytes of it
-    COutputFile m_saved;         ///< a temporary file beside this one, for further bytes
+    bool m_wasRestored = false;
+    Sectors m_collected;
+    std::optional<CUndoJournal> m_journal;
 };
 
 }  // namespace vantrel

@@ -71,7 +71,7 @@ void Extract(const Bytes& image) {
         CExtraction extraction(request, file, files, operation);
         extraction.Check();
         extraction.Write();
-        extraction.Keep();
+        extraction.Commit();
     });
     for (const SExtractedFile& extracted : files) {
         std::string path = extracted.path;

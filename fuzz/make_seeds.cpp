@@ -120,10 +120,42 @@ void MakeImageSeeds() {
     }
 }
 
+/// The image with a boot record in place of the terminator, and behind its end a catalogue that names two files.
+Bytes WithBootCatalogue(const test::SBuiltImage& image) {
+    Bytes bytes = image.bytes;
+    const std::size_t catalogue = bytes.size();
+    const std::size_t record = std::size_t{17} * test::kImageSector;
+    bytes.resize(catalogue + test::kImageSector);
+    bytes[record] = 0;
+    const std::string_view identifier = "EL TORITO SPECIFICATION";
+    std::copy(identifier.begin(), identifier.end(), bytes.begin() + static_cast<std::ptrdiff_t>(record + 7));
+    test::Write32(bytes, record + 71, static_cast<std::uint32_t>(catalogue / test::kImageSector));
+    bytes[catalogue] = 1;
+    bytes[catalogue + 30] = 0x55;
+    bytes[catalogue + 31] = 0xAA;
+    bytes[catalogue + 38] = 4;
+    test::Write32(bytes, catalogue + 40, image.files[0].sector);
+    bytes[catalogue + 64] = 0x91;
+    bytes[catalogue + 66] = 1;
+    bytes[catalogue + 102] = 1;
+    test::Write32(bytes, catalogue + 104, image.files[1].sector);
+    return bytes;
+}
+
 /// Edits that stay in place, move files, empty and fill them.
 void MakeEditSeeds() {
     for (const SNamedImage& image : Images()) {
-        const Bytes patches = PatchesOf(test::BuildImage(image.description).bytes);
+        const test::SBuiltImage built = test::BuildImage(image.description);
+        const Bytes patches = PatchesOf(built.bytes);
+        WriteSeed("edit", image.name + "-boot",
+                  CPartWriter()
+                      .Byte(2)
+                      .Byte(0)
+                      .Number(2000)
+                      .Byte(1)
+                      .Number(700)
+                      .Raw(PatchesOf(WithBootCatalogue(built)))
+                      .Bytes());
         WriteSeed("edit", image.name + "-place", CPartWriter().Byte(1).Byte(0).Number(3).Raw(patches).Bytes());
         WriteSeed("edit", image.name + "-move",
                   CPartWriter().Byte(2).Byte(0).Number(2000).Byte(1).Number(700).Raw(patches).Bytes());

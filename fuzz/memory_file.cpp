@@ -5,7 +5,8 @@
 #include <cstdlib>
 #include <memory>
 #include <mutex>
-#include <set>
+#include <optional>
+#include <utility>
 
 #include "files/native_console.h"
 #include "files/native_file.h"
@@ -15,8 +16,15 @@ namespace vantrel {
 namespace {
 
 using fuzz::Bytes;
+using fuzz::EDiskOperation;
+using fuzz::kNothing;
+using fuzz::kRoot;
+using fuzz::Node;
+using fuzz::SDiskTree;
+using fuzz::SNameChange;
 
 struct SHandle {
+    Node node = kNothing;
     std::shared_ptr<Bytes> content;
     std::int64_t position = 0;
     bool writable = false;
@@ -25,11 +33,13 @@ struct SHandle {
 /// Guarded by a mutex, because conversions read and write on several threads.
 struct SDisk {
     std::mutex mutex;
-    std::map<std::string, std::shared_ptr<Bytes>> files;
-    std::set<std::string> folders = {"/"};
+    SDiskTree tree;
     std::map<std::intptr_t, SHandle> handles;
     std::intptr_t nextHandle = 0;
+    Node nextNode = kRoot + 1;
     std::int64_t free = 0;  ///< Bytes left.
+    bool hasUnnamedAndLinked = true;
+    std::optional<std::vector<fuzz::SDiskOperation>> record;
 };
 
 SDisk& Disk() {
@@ -44,8 +54,24 @@ bool Refuse(const char* reason) {
     return false;
 }
 
-/// The canonical form of a path: absolute, without empty names, "." and "..".
-std::string PlaceOf(const std::string& path) {
+/// A path on the disk.
+struct SPlace {
+    Node folder = kNothing;  ///< kNothing if it does not exist, and for the root
+    std::string name;
+    Node node = kNothing;
+};
+
+Node NodeIn(const SDisk& disk, Node folder, const std::string& name) {
+    const auto found = disk.tree.folders.find(folder);
+    if (found == disk.tree.folders.end()) {
+        return kNothing;
+    }
+    const auto entry = found->second.find(name);
+    return entry == found->second.end() ? kNothing : entry->second;
+}
+
+/// The names of a path without empty ones, "." and "..".
+std::vector<std::string> NamesOf(const std::string& path) {
     std::vector<std::string> names;
     for (std::size_t start = 0; start < path.size();) {
         const std::size_t end = std::min(path.find('/', start), path.size());
@@ -57,30 +83,92 @@ std::string PlaceOf(const std::string& path) {
         }
         start = end + 1;
     }
-    std::string place;
-    for (const std::string& name : names) {
-        place += '/' + name;
-    }
-    return place.empty() ? "/" : place;
+    return names;
 }
 
-std::string ParentOf(const std::string& place) {
-    const std::size_t separator = place.rfind('/');
-    return separator == 0 ? "/" : place.substr(0, separator);
+SPlace PlaceOf(const SDisk& disk, const std::string& path) {
+    SPlace place = {kNothing, "", kRoot};
+    for (const std::string& name : NamesOf(path)) {
+        place.folder = disk.tree.folders.contains(place.node) ? place.node : kNothing;
+        place.name = name;
+        place.node = NodeIn(disk, place.folder, name);
+    }
+    return place;
 }
 
 /// Names have at most 255 bytes, as on most file systems.
-bool CanBeCreated(const SDisk& disk, const std::string& path, const std::string& place) {
+bool CanBeCreated(const std::string& path, const SPlace& place) {
     constexpr std::size_t kLongestName = 255;
     return !path.empty() && path.back() != '/' && path.find('\0') == std::string::npos &&
-           place.size() - place.rfind('/') - 1 <= kLongestName && disk.folders.contains(ParentOf(place));
+           place.name.size() <= kLongestName && place.folder != kNothing;
 }
 
-EFileKind KindOfPlace(const SDisk& disk, const std::string& place) {
-    if (disk.folders.contains(place)) {
+EFileKind KindOf(const SDisk& disk, Node node) {
+    if (disk.tree.folders.contains(node)) {
         return EFileKind::Folder;
     }
-    return disk.files.contains(place) ? EFileKind::File : EFileKind::Missing;
+    return node == kNothing ? EFileKind::Missing : EFileKind::File;
+}
+
+void Record(SDisk& disk, fuzz::SDiskOperation operation) {
+    if (disk.record) {
+        disk.record->push_back(std::move(operation));
+    }
+}
+
+/// Frees a file that has neither a name nor a handle.
+void FreeUnused(SDisk& disk, Node node) {
+    const auto found = disk.tree.files.find(node);
+    const auto isNamedIn = [node](const auto& folder) {
+        return std::any_of(folder.second.begin(), folder.second.end(),
+                           [node](const auto& entry) { return entry.second == node; });
+    };
+    if (found == disk.tree.files.end() || found->second.use_count() > 1 ||
+        std::any_of(disk.tree.folders.begin(), disk.tree.folders.end(), isNamedIn)) {
+        return;
+    }
+    disk.free += static_cast<std::int64_t>(found->second->size());
+    disk.tree.files.erase(found);
+}
+
+/// `folder` is made or removed with that.
+void ChangeNames(SDisk& disk, std::vector<SNameChange> changes, Node folder = kNothing) {
+    std::vector<Node> replaced;
+    for (const SNameChange& change : changes) {
+        auto& names = disk.tree.folders[change.folder];
+        replaced.push_back(NodeIn(disk, change.folder, change.name));
+        if (change.node == kNothing) {
+            names.erase(change.name);
+        } else {
+            names[change.name] = change.node;
+        }
+    }
+    Record(disk, {EDiskOperation::ChangeNames, folder, 0, {}, std::move(changes)});
+    for (const Node node : replaced) {
+        FreeUnused(disk, node);
+    }
+}
+
+/// Gives a file a name, which replaces a file of that name.
+void SetName(SDisk& disk, const SPlace& place, Node node) {
+    ChangeNames(disk, {{place.folder, place.name, node}});
+}
+
+void Rename(SDisk& disk, const SPlace& from, const SPlace& to) {
+    if (from.node != to.node) {  // two names of one file both stay
+        ChangeNames(disk, {{from.folder, from.name, kNothing}, {to.folder, to.name, from.node}});
+    }
+}
+
+Node MakeFile(SDisk& disk) {
+    const Node node = disk.nextNode++;
+    disk.tree.files[node] = std::make_shared<Bytes>();
+    return node;
+}
+
+std::intptr_t OpenNode(SDisk& disk, Node node, bool writable) {
+    disk.handles[disk.nextHandle] = {node, disk.tree.files[node], 0, writable};
+    return disk.nextHandle++;
 }
 
 /// Changes the length of a file. Returns false and leaves the file unchanged if the disk is full.
@@ -101,22 +189,14 @@ std::int64_t PositionOf(std::intptr_t handle) {
     return found == disk.handles.end() ? 0 : found->second.position;
 }
 
-bool IsNameIn(const std::string& place, const std::string& folder) {
-    return place != "/" && ParentOf(place) == folder;
-}
-
-std::string NameOf(const std::string& place) {
-    return place.substr(place.rfind('/') + 1);
-}
-
 }  // namespace
 
 bool CNativeFile::Open(const std::string& path, EOpenMode mode, ESharing /*sharing*/) {
     Close();
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    const std::string place = PlaceOf(path);
-    const EFileKind kind = path.empty() ? EFileKind::Missing : KindOfPlace(disk, place);
+    SPlace place = PlaceOf(disk, path);
+    const EFileKind kind = path.empty() ? EFileKind::Missing : KindOf(disk, place.node);
     if (kind == EFileKind::Folder) {
         return Refuse("Is a directory");
     }
@@ -124,19 +204,83 @@ bool CNativeFile::Open(const std::string& path, EOpenMode mode, ESharing /*shari
     if (kind == EFileKind::File && mode == EOpenMode::CreateNew) {
         return Refuse("File exists");
     }
-    if (kind == EFileKind::Missing && (!creates || !CanBeCreated(disk, path, place))) {
+    if (kind == EFileKind::Missing) {
+        if (!creates || !CanBeCreated(path, place)) {
+            return Refuse("No such file or directory");
+        }
+        place.node = MakeFile(disk);
+        SetName(disk, place, place.node);
+    } else if (mode == EOpenMode::CreateTruncate) {
+        ChangeLength(disk, *disk.tree.files[place.node], 0);
+        Record(disk, {EDiskOperation::Resize, place.node});
+    }
+    m_handle = OpenNode(disk, place.node, mode != EOpenMode::Read);
+    return true;
+}
+
+bool CNativeFile::OpenTemporary(const std::string& path, ESharing /*sharing*/) {
+    Close();
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const SPlace place = PlaceOf(disk, path);
+    if (!CanBeCreated(path, place) || place.node != kNothing) {
         return Refuse("No such file or directory");
     }
-    std::shared_ptr<Bytes>& content = disk.files[place];
-    if (!content) {
-        content = std::make_shared<Bytes>();
+    const Node node = MakeFile(disk);
+    if (!disk.hasUnnamedAndLinked) {
+        SetName(disk, place, node);
     }
-    if (mode == EOpenMode::CreateTruncate) {
-        disk.free += static_cast<std::int64_t>(content->size());
-        content->clear();
+    m_temporary = disk.hasUnnamedAndLinked ? ETemporary::Vanishing : ETemporary::Staying;
+    m_handle = OpenNode(disk, node, true);
+    return true;
+}
+
+bool CNativeFile::CompleteWrites() {
+    return true;
+}
+
+ELock CNativeFile::TakeLock() {
+    return ELock::Taken;
+}
+
+bool CNativeFile::FlushToDisk() {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    Record(disk, {EDiskOperation::FlushFile, disk.handles[m_handle].node});
+    return true;
+}
+
+std::string CNativeFile::PathToRead(const std::string& path) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    if (m_temporary == ETemporary::Vanishing) {
+        SetName(disk, PlaceOf(disk, path), disk.handles[m_handle].node);
+        m_temporary = ETemporary::Readable;
     }
-    m_handle = disk.nextHandle++;
-    disk.handles[m_handle] = {content, 0, mode != EOpenMode::Read};
+    return path;
+}
+
+bool CNativeFile::GiveName(const std::string& path, const std::string& name, bool replace) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const SPlace place = PlaceOf(disk, name);
+    const EFileKind kind = KindOf(disk, place.node);
+    if (kind == EFileKind::Folder || (kind == EFileKind::File && !replace)) {
+        return Refuse("File exists");
+    }
+    if (!CanBeCreated(name, place)) {
+        return Refuse("No such file or directory");
+    }
+    const Node node = disk.handles[m_handle].node;
+    if (m_temporary != ETemporary::Vanishing || kind == EFileKind::File) {
+        if (m_temporary == ETemporary::Vanishing) {
+            SetName(disk, PlaceOf(disk, path), node);  // only a new name can be given in one step
+        }
+        Rename(disk, PlaceOf(disk, path), place);
+    } else {
+        SetName(disk, place, node);
+    }
+    m_temporary = ETemporary::No;
     return true;
 }
 
@@ -148,8 +292,11 @@ bool CNativeFile::Close() {
     if (IsOpen()) {
         SDisk& disk = Disk();
         const std::lock_guard lock(disk.mutex);
+        const Node node = disk.handles[m_handle].node;
         disk.handles.erase(m_handle);
+        FreeUnused(disk, node);
         m_handle = -1;
+        m_temporary = ETemporary::No;
     }
     return true;
 }
@@ -185,6 +332,9 @@ std::size_t CNativeFile::Write(std::span<const std::uint8_t> bytes) {
         return 0;
     }
     std::copy(bytes.begin(), bytes.end(), handle.content->begin() + handle.position);
+    if (disk.record) {
+        Record(disk, {EDiskOperation::Write, handle.node, handle.position, {bytes.begin(), bytes.end()}});
+    }
     handle.position = end;
     return bytes.size();
 }
@@ -226,7 +376,11 @@ bool CNativeFile::Resize(std::int64_t length) {
     if (found == disk.handles.end() || !found->second.writable || length < 0) {
         return Refuse("Invalid argument");
     }
-    return ChangeLength(disk, *found->second.content, length);
+    if (!ChangeLength(disk, *found->second.content, length)) {
+        return false;
+    }
+    Record(disk, {EDiskOperation::Resize, found->second.node, length});
+    return true;
 }
 
 std::string LastFileError() {
@@ -236,111 +390,121 @@ std::string LastFileError() {
 EFileKind FileKindOf(const std::string& path) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    return path.empty() ? EFileKind::Missing : KindOfPlace(disk, PlaceOf(path));
+    return path.empty() ? EFileKind::Missing : KindOf(disk, PlaceOf(disk, path).node);
 }
 
 std::int64_t FileSizeOf(const std::string& path) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    const auto found = disk.files.find(PlaceOf(path));
-    return found == disk.files.end() ? -1 : static_cast<std::int64_t>(found->second->size());
+    const auto found = disk.tree.files.find(PlaceOf(disk, path).node);
+    return found == disk.tree.files.end() ? -1 : static_cast<std::int64_t>(found->second->size());
 }
 
 bool IsSameFile(const std::string& first, const std::string& second) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    const auto one = disk.files.find(PlaceOf(first));
-    const auto two = disk.files.find(PlaceOf(second));
-    return one != disk.files.end() && two != disk.files.end() && one->second == two->second;
+    const Node node = PlaceOf(disk, first).node;
+    return node == PlaceOf(disk, second).node && KindOf(disk, node) == EFileKind::File;
 }
 
 bool RemoveFile(const std::string& path) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    const auto found = disk.files.find(PlaceOf(path));
-    if (found == disk.files.end()) {
+    const SPlace place = PlaceOf(disk, path);
+    if (KindOf(disk, place.node) != EFileKind::File) {
         return Refuse("No such file or directory");
     }
-    if (found->second.use_count() == 1) {
-        disk.free += static_cast<std::int64_t>(found->second->size());
-    }
-    disk.files.erase(found);
+    SetName(disk, place, kNothing);
     return true;
 }
 
 bool RenameFile(const std::string& from, const std::string& to, bool replace) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    const std::string place = PlaceOf(to);
-    const auto found = disk.files.find(PlaceOf(from));
-    if (found == disk.files.end()) {
+    const SPlace source = PlaceOf(disk, from);
+    const SPlace target = PlaceOf(disk, to);
+    const EFileKind moved = KindOf(disk, source.node);
+    const EFileKind replaced = KindOf(disk, target.node);
+    if (moved == EFileKind::Missing || source.folder == kNothing || !CanBeCreated(to, target)) {
         return Refuse("No such file or directory");
     }
-    const EFileKind kind = KindOfPlace(disk, place);
-    if (kind == EFileKind::Folder || (kind == EFileKind::File && !replace)) {
+    const bool isRefused = !replace || moved == EFileKind::Folder || replaced == EFileKind::Folder;
+    if (replaced != EFileKind::Missing && isRefused) {
         return Refuse("File exists");
     }
-    if (!CanBeCreated(disk, to, place)) {
+    Rename(disk, source, target);
+    return true;
+}
+
+void RemoveUnused(const std::string& path) {
+    RemoveFile(path);
+}
+
+bool FlushFolder(const std::string& path) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    const Node node = PlaceOf(disk, path).node;
+    if (KindOf(disk, node) != EFileKind::Folder) {
         return Refuse("No such file or directory");
     }
-    const std::shared_ptr<Bytes> content = found->second;
-    disk.files.erase(found);
-    disk.files[place] = content;
+    Record(disk, {EDiskOperation::FlushFolder, node});
     return true;
 }
 
 bool LinkFile(const std::string& existing, const std::string& added) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    const std::string place = PlaceOf(added);
-    const auto found = disk.files.find(PlaceOf(existing));
-    if (found == disk.files.end() || KindOfPlace(disk, place) != EFileKind::Missing ||
-        !CanBeCreated(disk, added, place)) {
+    const SPlace place = PlaceOf(disk, added);
+    const Node node = PlaceOf(disk, existing).node;
+    if (!disk.hasUnnamedAndLinked) {
+        return Refuse("Operation not permitted");
+    }
+    if (KindOf(disk, node) != EFileKind::File || place.node != kNothing || !CanBeCreated(added, place)) {
         return Refuse("File exists");
     }
-    disk.files[place] = found->second;
+    SetName(disk, place, node);
     return true;
 }
 
 bool MakeFolder(const std::string& path) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    const std::string place = PlaceOf(path);
-    if (!disk.folders.contains(ParentOf(place)) || disk.files.contains(place)) {
-        return Refuse("No such file or directory");
+    const SPlace place = PlaceOf(disk, path);
+    if (place.node != kNothing || place.folder == kNothing) {
+        return KindOf(disk, place.node) == EFileKind::Folder || Refuse("No such file or directory");
     }
-    disk.folders.insert(place);
+    const Node node = disk.nextNode++;
+    disk.tree.folders[node];
+    ChangeNames(disk, {{place.folder, place.name, node}}, node);
     return true;
 }
 
 bool RemoveFolder(const std::string& path) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    const std::string place = PlaceOf(path);
-    const auto isIn = [&place](const std::string& other) { return IsNameIn(other, place); };
-    if (std::any_of(disk.folders.begin(), disk.folders.end(), isIn) ||
-        std::any_of(disk.files.begin(), disk.files.end(), [&](const auto& file) { return isIn(file.first); })) {
+    const SPlace place = PlaceOf(disk, path);
+    const auto found = disk.tree.folders.find(place.node);
+    if (found == disk.tree.folders.end() || place.folder == kNothing) {
+        return Refuse("No such file or directory");
+    }
+    if (!found->second.empty()) {
         return Refuse("Directory not empty");
     }
-    return disk.folders.erase(place) > 0 || Refuse("No such file or directory");
+    disk.tree.folders.erase(found);
+    ChangeNames(disk, {{place.folder, place.name, kNothing}}, place.node);
+    return true;
 }
 
 std::vector<std::string> ListFolder(const std::string& path) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    const std::string place = PlaceOf(path);
     std::vector<std::string> names;
-    for (const std::string& folder : disk.folders) {
-        if (IsNameIn(folder, place)) {
-            names.push_back(NameOf(folder));
+    const auto found = disk.tree.folders.find(PlaceOf(disk, path).node);
+    if (found != disk.tree.folders.end()) {
+        for (const auto& [name, node] : found->second) {
+            names.push_back(name);
         }
     }
-    for (const auto& [file, content] : disk.files) {
-        if (IsNameIn(file, place)) {
-            names.push_back(NameOf(file));
-        }
-    }
-    std::sort(names.begin(), names.end());
     return names;
 }
 
@@ -370,30 +534,66 @@ int TerminalColumns() {
 
 namespace fuzz {
 
+namespace {
+
+SDiskTree CopyOf(const SDiskTree& tree) {
+    SDiskTree copy = {{}, tree.folders};
+    for (const auto& [node, content] : tree.files) {
+        copy.files[node] = std::make_shared<Bytes>(*content);
+    }
+    return copy;
+}
+
+void AddContents(const SDiskTree& tree, Node folder, const std::string& path, std::map<std::string, Bytes>& contents) {
+    contents[path];
+    for (const auto& [name, node] : tree.folders.at(folder)) {
+        if (tree.folders.contains(node)) {
+            AddContents(tree, node, path + name + '/', contents);
+        } else {
+            contents[path + name] = *tree.files.at(node);
+        }
+    }
+}
+
+}  // namespace
+
+std::map<std::string, Bytes> ContentsOf(const SDiskTree& tree) {
+    std::map<std::string, Bytes> contents;
+    AddContents(tree, kRoot, "/", contents);
+    return contents;
+}
+
 void ClearDisk(std::int64_t capacity) {
-    SDisk& disk = Disk();
-    const std::lock_guard lock(disk.mutex);
-    disk.files.clear();
-    disk.folders = {"/", "/disc"};
-    disk.free = capacity;
+    {
+        SDisk& disk = Disk();
+        const std::lock_guard lock(disk.mutex);
+        disk.tree = {};
+        disk.free = capacity;
+    }
+    MakeFolder(kFolder);
+}
+
+void SupportUnnamedAndLinkedFiles(bool isSupported) {
+    Disk().hasUnnamedAndLinked = isSupported;
 }
 
 void PutFile(const std::string& path, std::span<const std::uint8_t> content) {
+    for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
+        MakeFolder(path.substr(0, end));
+    }
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    const std::string place = PlaceOf(path);
-    for (std::string folder = ParentOf(place); disk.folders.insert(folder).second;) {
-        folder = ParentOf(folder);
-    }
+    const Node node = MakeFile(disk);
     disk.free -= static_cast<std::int64_t>(content.size());
-    disk.files[place] = std::make_shared<Bytes>(content.begin(), content.end());
+    disk.tree.files[node]->assign(content.begin(), content.end());
+    SetName(disk, PlaceOf(disk, path), node);
 }
 
 const Bytes& ContentOf(const std::string& path) {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    const auto found = disk.files.find(PlaceOf(path));
-    if (found == disk.files.end()) {
+    const auto found = disk.tree.files.find(PlaceOf(disk, path).node);
+    if (found == disk.tree.files.end()) {
         std::abort();
     }
     return *found->second;
@@ -402,14 +602,34 @@ const Bytes& ContentOf(const std::string& path) {
 std::map<std::string, Bytes> WholeDisk() {
     SDisk& disk = Disk();
     const std::lock_guard lock(disk.mutex);
-    std::map<std::string, Bytes> everything;
-    for (const auto& [place, content] : disk.files) {
-        everything[place] = *content;
-    }
-    for (const std::string& folder : disk.folders) {
-        everything[folder + '/'];
-    }
-    return everything;
+    return ContentsOf(disk.tree);
+}
+
+SDiskTree CopyOfDisk() {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    return CopyOf(disk.tree);
+}
+
+void LoadDisk(const SDiskTree& tree) {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    disk.tree = CopyOf(tree);
+}
+
+void StartRecording() {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    disk.record.emplace();
+}
+
+std::vector<SDiskOperation> StopRecording() {
+    SDisk& disk = Disk();
+    const std::lock_guard lock(disk.mutex);
+    std::vector<SDiskOperation> recorded;
+    disk.record.value().swap(recorded);
+    disk.record.reset();
+    return recorded;
 }
 
 }  // namespace fuzz

@@ -123,17 +123,34 @@ private:
     CCheckedOutput m_output{m_operation};
 };
 
-/// Fails if the output reads back differently.
-void ReadBack(const SImageConversion& conversion, COutputFile& output, COperation& operation) {
-    if (!conversion.readBack) {
-        return;
-    }
-    const std::unique_ptr<CImageSource> written = OpenImageAs(conversion.form, output.CurrentPath());
+/// Fails if the image in the output, which is read at `path`, differs.
+void CompareWritten(const SImageConversion& conversion, const std::string& path, COperation& operation) {
+    const std::unique_ptr<CImageSource> written = OpenImageAs(conversion.form, path);
     const std::int64_t position = FirstDifference(conversion.image, *written, operation);
     RefuseDamaged(*written, conversion.outputPath);
     if (position != conversion.image.Size() || position != written->Size()) {
         operation.Fail(Format("%s: the output reads back differently from byte %lld on", conversion.outputPath.c_str(),
                               static_cast<long long>(position)));
+    }
+}
+
+/// Fails if the output reads back differently. The message names the output, not the temporary file.
+void ReadBack(const SImageConversion& conversion, COutputFile& output, COperation& operation) {
+    if (!conversion.readBack) {
+        return;
+    }
+    const std::string path = output.PathToRead();
+    if (path.empty()) {
+        operation.Fail(output.Problem());
+    }
+    try {
+        CompareWritten(conversion, path, operation);
+    } catch (const CRefused& refused) {
+        std::string problem = refused.what();
+        if (const std::size_t start = problem.find(path); start != std::string::npos) {
+            problem.replace(start, path.size(), conversion.outputPath);
+        }
+        operation.Fail(problem);
     }
 }
 

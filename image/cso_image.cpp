@@ -12,7 +12,6 @@ namespace {
 const char* CsoFaultText(ECsoFault fault) {
     switch (fault) {
         case ECsoFault::None:
-            break;
         case ECsoFault::ShortHeader:
         case ECsoFault::Unsupported:
             break;

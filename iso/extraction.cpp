@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "files/leftovers.h"
 #include "files/path.h"
 #include "iso/extracted_path.h"
 #include "operation/progress.h"
@@ -28,13 +29,8 @@ CExtraction::CExtraction(const SExtractionRequest& request, CByteSource& image, 
                          COperation& operation)
     : m_request(request), m_image(image), m_files(std::move(files)), m_operation(operation), m_buffer(kBufferSize) {}
 
-CExtraction::~CExtraction() {
-    if (!m_kept) {
-        m_commits.Undo();
-    }
-}
-
 void CExtraction::Check() {
+    FinishKilled();
     CheckNames();
     CheckClashes();
     CheckTargets();
@@ -95,7 +91,7 @@ void CExtraction::CheckTargets() {
             m_operation.Fail(
                 Format("\"%s\" cannot be extracted: %s is a file of the image", file.path.c_str(), target.c_str()));
         }
-        if (m_request.manner == EOutputManner::CommitNew) {
+        if (!Replaces(m_request.manner)) {
             m_operation.Fail(Format("%s exists already%s", target.c_str(), m_request.existsHint.c_str()));
         }
     }
@@ -107,31 +103,40 @@ std::string CExtraction::TargetOf(const std::string& listedPath) const {
     return m_request.folder + path;
 }
 
-void CExtraction::Keep() {
-    m_commits.Keep();
-    m_kept = true;
-}
-
-void CExtraction::MakeFolderOrFail(const std::string& path) {
-    if (!m_newFolders.Make(path)) {
-        m_operation.Fail(m_newFolders.Problem());
+/// A killed extraction waited in the nearest folder that existed then.
+void CExtraction::FinishKilled() const {
+    std::string folder = m_request.folder;
+    RemoveLeftovers(folder);
+    while (!folder.empty() && FolderOf(folder.substr(0, folder.size() - 1)) != folder) {
+        folder = FolderOf(folder.substr(0, folder.size() - 1));
+        RemoveLeftovers(folder);
     }
 }
 
-void CExtraction::MakeFolders(const std::string& listedPath) {
-    const std::string folder = listedPath.substr(0, listedPath.rfind('\\') + 1);
-    if (folder == m_lastFolder) {
-        return;
+/// The folder in which everything waits for its names: that of the other outputs if it also holds the files' folder.
+std::string CExtraction::Base() const {
+    const std::string existing = ExistingFolder(m_request.folder);
+    const std::string other = m_request.otherOutputs.empty() ? existing : FolderOf(m_request.otherOutputs.front());
+    return LiesBelow(other, m_request.folder) ? other : existing;
+}
+
+std::string CExtraction::PlaceFor(const std::string& target) {
+    std::string place = m_commit.PlaceFor(target);
+    if (place.empty()) {
+        m_operation.Fail(m_commit.Problem());
     }
-    MakeFolderOrFail(TargetOf(folder));
-    m_lastFolder = folder;
+    return place;
 }
 
 void CExtraction::Write() {
-    MakeFolderOrFail(m_request.folder);
+    if (!m_commit.Open(Base())) {
+        m_operation.Fail(m_commit.Problem());
+    }
+    if (FileKindOf(m_request.folder) == EFileKind::Missing && !m_request.folder.empty()) {
+        PlaceFor(m_request.folder);  // the folder appears even without files
+    }
     CProgress progress(m_operation, static_cast<std::int64_t>(m_files.size()));
     for (const SExtractedFile& file : m_files) {
-        MakeFolders(file.path);
         WriteFile(file);
         progress.Advance();
     }
@@ -140,15 +145,16 @@ void CExtraction::Write() {
 void CExtraction::WriteFile(const SExtractedFile& listed) {
     CCheckedOutput output(m_operation);
     const std::string target = TargetOf(listed.path);
-    if (!output.Open(target, m_request.manner)) {
+    const std::string place = PlaceFor(target);
+    if (!output.OpenAt(place, target, m_request.manner)) {
         m_operation.Fail(CreationProblem(target));
     }
     for (const SExtent& extent : listed.extents) {
         CopyExtent(extent, listed.path, output);
     }
-    Commit(output);
+    Add(output);
     if (listed.date) {
-        SetFileDate(target, *listed.date);
+        SetFileDate(place, *listed.date);
     }
 }
 
@@ -165,11 +171,17 @@ void CExtraction::CopyExtent(const SExtent& extent, const std::string& path, CCh
     }
 }
 
-void CExtraction::Commit(COutputFile& output) {
-    std::string problem;
-    if (!m_commits.Commit(output, problem)) {
-        m_operation.Fail(problem);
+void CExtraction::Add(COutputFile& output) {
+    if (!m_commit.Add(output)) {
+        m_operation.Fail(m_commit.Problem());
     }
+}
+
+void CExtraction::Commit() {
+    if (!m_commit.Commit()) {
+        m_operation.Fail(m_commit.Problem());
+    }
+    m_commit.Keep();
 }
 
 }  // namespace vantrel

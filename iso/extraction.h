@@ -1,5 +1,5 @@
 // Extraction of files from an image into a folder. The paths come from the image, so all of them are checked before
-// anything is written. Unless the whole extraction succeeds, everything that was written is removed again.
+// anything is written. The files get their names together: all of them appear, or none.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,6 @@
 #include "files/byte_source.h"
 #include "files/checked_file.h"
 #include "files/commit_together.h"
-#include "files/new_folders.h"
 #include "iso/extent.h"
 #include "operation/operation.h"
 
@@ -38,26 +37,27 @@ public:
                 COperation& operation);
     CExtraction(const CExtraction&) = delete;
     CExtraction& operator=(const CExtraction&) = delete;
-    ~CExtraction();
 
-    /// Fails for names that leave the folder or that the file system cannot hold; files that clash with each other (on
-    /// a disk that ignores case, also files that differ in case only) or with other outputs; existing files unless they
-    /// are to be replaced; and files that reach beyond the image. Writes nothing.
+    /// Removes what a killed process left in the folder, or finishes it. Fails for names that leave the folder or that
+    /// the file system cannot hold; files that clash with each other (on a disk that ignores case, also files that
+    /// differ in case only) or with other outputs; existing files unless they are to be replaced; and files that reach
+    /// beyond the image. Writes nothing.
     void Check();
     /// Writes all files, one unit of progress each.
     void Write();
-    /// Commits a further output; undone with the rest unless Keep() is called.
-    void Commit(COutputFile& output);
-    /// Keeps everything.
-    void Keep();
+    /// Adds an output that gets its name together with the files.
+    void Add(COutputFile& output);
+    /// Gives everything its name.
+    void Commit();
 
 private:
     void CheckNames();
     void CheckClashes();
     void CheckTargets();
     std::string TargetOf(const std::string& listedPath) const;
-    void MakeFolders(const std::string& listedPath);
-    void MakeFolderOrFail(const std::string& path);
+    void FinishKilled() const;
+    std::string Base() const;
+    std::string PlaceFor(const std::string& target);
     void WriteFile(const SExtractedFile& file);
     void CopyExtent(const SExtent& extent, const std::string& path, CCheckedOutput& output);
 
@@ -65,11 +65,8 @@ private:
     CByteSource& m_image;
     std::vector<SExtractedFile> m_files;
     COperation& m_operation;
-    CNewFolders m_newFolders;  // before m_commits, because only empty folders can be removed
-    CUndoableCommits m_commits;
-    std::string m_lastFolder;
+    CJointCommit m_commit;
     std::vector<std::uint8_t> m_buffer;
-    bool m_kept = false;
 };
 
 }  // namespace vantrel

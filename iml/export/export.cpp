@@ -64,8 +64,14 @@ public:
         layout.beforeCommit = [&](const SChecksum& text, const SChecksum& leading) {
             WriteGaps(text, leading, extraction);
         };
+        layout.commit = [&extraction](std::span<COutputFile* const> outputs, std::string& /*problem*/) {
+            for (COutputFile* output : outputs) {
+                extraction.Add(*output);
+            }
+            extraction.Commit();
+            return true;
+        };
         WriteLayout(layout);
-        extraction.Keep();
     }
 
 private:
@@ -146,7 +152,7 @@ private:
         if (!complete) {
             m_operation.Fail(Format("Cannot read all of %s", m_request.imagePath.c_str()));
         }
-        extraction.Commit(output);
+        extraction.Add(output);
     }
 
     /// Checksums of the image and of its listed files. Reads the image once; of files that overlap, the later ones are

@@ -5,7 +5,6 @@
 
 #include "files/byte_order.h"
 #include "files/checked_file.h"
-#include "files/commit_together.h"
 #include "files/path.h"
 #include "files/text_output.h"
 #include "iml/layout/layout_names.h"
@@ -225,7 +224,7 @@ void CLayoutWriter::WriteEntries(CTextOutput& text, std::int32_t entries) {
 void CLayoutWriter::Commit() {
     std::string problem;
     const std::array<COutputFile*, 2> outputs = {&m_leading, &m_layout};
-    if (!CommitTogether(outputs, problem)) {
+    if (!m_request.commit(outputs, problem)) {
         m_operation.Fail(problem);
     }
 }

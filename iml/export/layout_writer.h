@@ -4,15 +4,19 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "files/checksum.h"
+#include "files/commit_together.h"
 #include "files/output_file.h"
 #include "iml/export/local_time.h"
 #include "iml/export/walker.h"
 #include "operation/operation.h"
 
 namespace vantrel {
+
+using CommitOutputs = std::function<bool(std::span<COutputFile* const> outputs, std::string& problem)>;
 
 struct SLayoutRequest {
     std::string layoutPath;  ///< The ".iml" file.
@@ -28,6 +32,8 @@ struct SLayoutRequest {
     /// Called with the checksums of the finished layout and its leading structures, before they get their names.
     std::function<void(const SChecksum& layout, const SChecksum& leading)> beforeCommit = [](const SChecksum&,
                                                                                              const SChecksum&) {};
+    /// Gives both files their names.
+    CommitOutputs commit = CommitTogether;
 };
 
 /// The folder that the path field puts before every path: its text without drive, and without the part behind the last

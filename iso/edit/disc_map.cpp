@@ -381,7 +381,6 @@ private:
             farthest = area.end > farthest.end ? area : farthest;
             m_map.occupied.Add(static_cast<std::uint32_t>(area.first), static_cast<std::uint32_t>(area.end));
         }
-        m_fileEnd = static_cast<std::uint32_t>(file.end);
     }
 
     [[noreturn]] static void RefuseOverlap(const SArea& file, const SArea& other) {
@@ -446,14 +445,15 @@ private:
         }
     }
 
-    /// The closing anchors, and the sectors between the partition and them, end the content unless files lie there.
+    /// The closing anchors, and the sectors between the partition and them, end the content unless anything lies there
+    /// or behind them.
     void FindClosingAnchors(const SUdfVolume& volume) {
         const auto anchor = static_cast<std::uint32_t>(volume.anchors.back() + 1 - volume.closingAnchors);
         const std::uint32_t partitionEnd = volume.partitionStart + volume.partitionSectors;
-        const bool isPartition =
-            partitionEnd < anchor && m_fileEnd <= partitionEnd && m_map.occupied.IsFree(partitionEnd, anchor);
+        const bool isPartition = partitionEnd < anchor && m_map.occupied.IsFree(partitionEnd, anchor);
         const std::uint32_t closing = isPartition ? partitionEnd : anchor;
-        if (m_fileEnd <= closing && m_map.Sectors() - closing <= kMostClosingSectors) {
+        if (m_map.occupied.IsFree(volume.anchors.back() + 1, m_map.Sectors()) &&
+            m_map.Sectors() - closing <= kMostClosingSectors) {
             m_map.closingSector = closing;
         }
     }
@@ -476,7 +476,6 @@ private:
     std::set<std::uint32_t> m_roots;
     std::map<std::uint32_t, std::size_t> m_placeBySector;  ///< places with content
     std::multimap<std::uint32_t, std::size_t> m_emptyBySector;
-    std::uint32_t m_fileEnd = 0;  ///< first sector behind all files
 };
 
 }  // namespace

@@ -19,7 +19,9 @@ constexpr std::int64_t kLargestFile = std::numeric_limits<std::uint32_t>::max();
 constexpr std::int64_t kMostSectors = std::numeric_limits<std::uint32_t>::max();
 constexpr std::int64_t kMostCdSectors = 333'000;  ///< 74 minutes
 constexpr std::int64_t kLargestUmd = 1'800'000'000;
+/// The catalogue counts the sectors of a boot image with 16 bits.
 constexpr std::int64_t kMostBootSectors = std::numeric_limits<std::uint16_t>::max();
+constexpr std::int64_t kLargestBootImage = kMostBootSectors * kBootSectorSize;
 constexpr std::int64_t kScanSectors = 512;
 
 using BothOrder32Bytes = std::array<std::uint8_t, sizeof(SBothOrder32)>;
@@ -281,7 +283,7 @@ private:
                 Format("%s: %lld bytes are too many for a boot image that is loaded as a whole, which has at "
                        "most %lld",
                        edit.names.front().c_str(), static_cast<long long>(edit.newSize),
-                       static_cast<long long>(kMostBootSectors * kBootSectorSize)));
+                       static_cast<long long>(kLargestBootImage)));
         }
         m_plan.patches.push_back(BootEntryPatch(entry, edit.to, static_cast<std::uint16_t>(count)));
     }

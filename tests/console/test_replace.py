@@ -18,6 +18,7 @@ import dax_reference
 
 SMALL = "SYSTEM.CNF"
 GAMMA = "DATA/DEEP/GAMMA.BIN"
+JOURNAL = ".game.iso.vantrel-undo"
 
 
 class Replacing(ConsoleTest):
@@ -339,7 +340,7 @@ class InPlace(Replacing):
 
     @unittest.skipUnless(shutil.which("strace") and not IS_WINDOWS, "a signal at a chosen moment comes from strace")
     def test_an_interrupt_is_undone(self):
-        """Ctrl-C at each write leaves the image as it was, or came too late and everything is done."""
+        """Ctrl-C at each transfer leaves the image as it was, or came too late and everything is done."""
         self.write_image("dvd")
         self.write("large", bytes(range(256)) * 400)
         words = ["replace", "--in-place", "game.iso", GAMMA + "=large", SMALL + "=new"]
@@ -348,8 +349,9 @@ class InPlace(Replacing):
         statuses = []
         for moment in range(1, 200):
             self.write("game.iso", self.image)
-            signal_at = ["strace", "-qq", "-f", "-o", os.devnull, "-P", self.path("game.iso"),
-                         "-e", "inject=write,pwrite64:signal=SIGINT:when=%d" % moment]
+            signal_at = ["strace", "-qq", "-f", "-o", os.devnull, "-P", self.path("game.iso"), "-P", self.path("large"),
+                         "-P", self.path(JOURNAL), "-e",
+                         "inject=read,pread64,write,pwrite64:signal=SIGINT:when=%d" % moment]
             result = run(*words, program=signal_at + COMMAND, cwd=self.folder,
                          env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"})
             statuses.append(result.status)
@@ -366,7 +368,7 @@ class InPlace(Replacing):
         self.write("large", bytes(range(256)) * 400)
         words = ["replace", "--in-place", "game.iso", GAMMA + "=large", SMALL + "=new"]
         for moment in range(1, 200):
-            failing = ["strace", "-qq", "-f", "-o", os.devnull, "-P", self.path("game.iso"),
+            failing = ["strace", "-qq", "-f", "-o", os.devnull, "-P", self.path("game.iso"), "-P", self.path(JOURNAL),
                        "-e", "inject=write,pwrite64:error=EIO:when=%d" % moment]
             result = run(*words, program=failing + COMMAND, cwd=self.folder,
                          env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"})
@@ -374,6 +376,7 @@ class InPlace(Replacing):
                 break
             self.assert_refused(result, "game.iso", "Input/output error")
             self.assertEqual(self.read("game.iso"), self.image)
+            self.assertEqual(self.names(), ["game.iso", "large", "new"])
         self.assertGreater(moment, 5)
 
     @unittest.skipIf(IS_WINDOWS, "permissions of POSIX systems")

@@ -9,29 +9,38 @@ std::optional<CWatch> g_watch;
 
 namespace {
 
-constexpr std::array<const char*, 15> kNames = {"open",      "close", "read",   "read the end of", "write",
-                                                "copy into", "seek",  "size",   "resize",          "look at",
-                                                "rename",    "link",  "remove", "make folder",     "list"};
+/// Calls that beforeCall makes are not watched. On Windows, the C library makes them through the same wrappers.
+thread_local bool t_isInBeforeCall = false;
 
-/// "a\.vantrel-01234567.tmp/b" becomes "a/.vantrel-*.tmp/b".
+constexpr std::array<const char*, 19> kNames = {
+    "open",   "close", "read",   "read the end of", "write", "copy into", "seek", "size",  "resize", "look at",
+    "rename", "link",  "remove", "make folder",     "list",  "duplicate", "lock", "flush", "mark"};
+
+/// "a\.vantrel-01234567.tmp\b" becomes "a/.vantrel-*.tmp/b".
 std::string Simplified(std::string path) {
     static constexpr std::string_view kBeginning = ".vantrel-";
     static constexpr std::size_t kDigits = 8;
     std::replace(path.begin(), path.end(), '\\', '/');
-    const std::size_t start = path.find(kBeginning);
-    return start == std::string::npos ? path : path.replace(start + kBeginning.size(), kDigits, "*");
+    for (std::size_t start = path.find(kBeginning); start != std::string::npos;
+         start = path.find(kBeginning, start + kBeginning.size())) {
+        path.replace(start + kBeginning.size(), kDigits, "*");
+    }
+    return path;
 }
 
 }  // namespace
 
 std::optional<std::string> CWatch::Below(std::string_view path) const {
-    if (!path.starts_with(std::string_view(m_folder).substr(0, m_folder.size() - 1))) {
+    if (t_isInBeforeCall || !path.starts_with(std::string_view(m_folder).substr(0, m_folder.size() - 1))) {
         return std::nullopt;
     }
     return Simplified(std::string(path.substr(std::min(path.size(), m_folder.size()))));
 }
 
 bool CWatch::Note(const SCall& call) {
+    t_isInBeforeCall = true;
+    m_system.beforeCall(call);
+    t_isInBeforeCall = false;
     const std::lock_guard lock(m_mutex);
     m_calls.push_back(call);
     if (call != m_fault.call || m_fault.number == 0 || ++m_met != m_fault.number) {
@@ -46,6 +55,11 @@ void CWatch::Keep(Handle handle, std::string_view path, bool written) {
         const std::lock_guard lock(m_mutex);
         m_open[handle] = {ECall::Open, *file, written};
     }
+}
+
+void CWatch::KeepSecond(Handle handle, const std::string& file) {
+    const std::lock_guard lock(m_mutex);
+    m_open[handle] = {ECall::Open, file, false};
 }
 
 std::optional<SCall> CWatch::CallOn(Handle handle, ECall kind) {

@@ -32,6 +32,8 @@ public:
 
     /// Records that a file was opened, if it is below the folder.
     void Keep(Handle handle, std::string_view path, bool written);
+    /// Records a second handle of a file below the folder, for reading.
+    void KeepSecond(Handle handle, const std::string& file);
     /// The description of a call on an open file; no value for files that are not watched.
     std::optional<SCall> CallOn(Handle handle, ECall kind);
     void Drop(Handle handle);

@@ -5,6 +5,8 @@
 
 #include <compare>
 #include <cstddef>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,7 +28,11 @@ enum class ECall {
     Link,
     Remove,
     MakeFolder,
-    List
+    List,
+    Duplicate,  ///< Of a handle, when a temporary file is complete.
+    Lock,
+    Flush,
+    Mark  ///< Windows: as a file that the system removes with its last handle.
 };
 
 /// A call and the path of its file below the watched folder, without the random part of temporary names.
@@ -53,11 +59,16 @@ enum class EFailure { Device, NoSpace };
 /// The text of LastFileError for this cause.
 std::string SystemText(EFailure failure);
 
+/// The content of a file that may be open elsewhere; no value if it is removed when that is closed.
+std::optional<std::string> ReadOpenFile(const std::string& path);
+
 /// What the simulated system supports. Unsupported calls fail with the error codes of real systems.
 struct SSystem {
     bool renamesWithoutReplacing = true;  ///< POSIX: renameat2 with RENAME_NOREPLACE
     bool linksFiles = true;
+    bool vanishingFiles = true;  ///< Temporary files that the system removes if they get no name.
     bool transfersWhole = true;  ///< If not, transfers are interrupted or move half of the requested bytes.
+    std::function<void(const SCall&)> beforeCall = [](const SCall&) {};
 };
 
 /// Watches the calls of all threads on one folder and everything below it. Only one object may exist at a time.

@@ -1,6 +1,7 @@
 // The watched calls of POSIX systems.
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,8 +9,11 @@
 #include <cstdarg>
 #include <cstdio>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include "files/native_file.h"
+#include "tests/support/test_folder.h"
 #include "tests/support/watch.h"
 
 // The linker defines the names: "--wrap=read" redirects read to __wrap_read, and __real_read to the system's read.
@@ -29,6 +33,10 @@ int __real_lstat64(const char* path, struct stat* status);
 int __real_rename(const char* from, const char* to);
 int __real_renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned int flags);
 int __real_link(const char* from, const char* to);
+int __real_linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags);
+int __real_fcntl64(int descriptor, int command, int argument);
+int __real_flock(int descriptor, int operation);
+int __real_fsync(int descriptor);
 int __real_unlink(const char* path);
 int __real_mkdir(const char* path, mode_t mode);
 int __real_rmdir(const char* path);
@@ -77,6 +85,10 @@ std::optional<std::size_t> TransferOf(int descriptor, std::size_t count) {
 
 }  // namespace
 
+std::optional<std::string> ReadOpenFile(const std::string& path) {
+    return ReadText(path);
+}
+
 std::string SystemText(EFailure failure) {
     errno = CodeOf(failure);
     return LastFileError();
@@ -86,19 +98,25 @@ extern "C" {
 
 int __wrap_open64(const char* path, int flags, ...) {
     mode_t mode = 0;
-    if ((flags & O_CREAT) != 0) {
+    const bool isUnnamed = (flags & O_TMPFILE) == O_TMPFILE;
+    if ((flags & O_CREAT) != 0 || isUnnamed) {
         va_list arguments;
         va_start(arguments, flags);
         mode = va_arg(arguments, mode_t);
         va_end(arguments);
     }
     const bool written = (flags & O_ACCMODE) != O_RDONLY;
-    if (FailsAt(path, ECall::Open, EFailure::Device, written)) {
+    const std::string file = isUnnamed ? std::string(path) + "unnamed" : path;
+    if (isUnnamed && g_watch && g_watch->Below(file) && !g_watch->System().vanishingFiles) {
+        errno = EOPNOTSUPP;
+        return -1;
+    }
+    if (FailsAt(file.c_str(), ECall::Open, EFailure::Device, written)) {
         return -1;
     }
     const int descriptor = __real_open64(path, flags, mode);
     if (descriptor >= 0 && g_watch) {
-        g_watch->Keep(descriptor, path, written);
+        g_watch->Keep(descriptor, file, written);
     }
     return descriptor;
 }
@@ -182,6 +200,35 @@ int __wrap_link(const char* from, const char* to) {
         return -1;
     }
     return FailsAt(to, ECall::Link) ? -1 : __real_link(from, to);
+}
+
+int __wrap_linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) {
+    return FailsAt(to, ECall::Link) ? -1 : __real_linkat(fromFolder, from, toFolder, to, flags);
+}
+
+/// All data was written through the first descriptor.
+int __wrap_fcntl64(int descriptor, int command, ...) {
+    va_list arguments;
+    va_start(arguments, command);
+    const int argument = va_arg(arguments, int);
+    va_end(arguments);
+    const std::optional<SCall> call = g_watch ? g_watch->CallOn(descriptor, ECall::Duplicate) : std::nullopt;
+    if (FailsOn(descriptor, ECall::Duplicate)) {
+        return -1;
+    }
+    const int second = __real_fcntl64(descriptor, command, argument);
+    if (call && second >= 0) {
+        g_watch->KeepSecond(second, call->file);
+    }
+    return second;
+}
+
+int __wrap_flock(int descriptor, int operation) {
+    return FailsOn(descriptor, ECall::Lock) ? -1 : __real_flock(descriptor, operation);
+}
+
+int __wrap_fsync(int descriptor) {
+    return FailsOn(descriptor, ECall::Flush) ? -1 : __real_fsync(descriptor);
 }
 
 int __wrap_unlink(const char* path) {

@@ -2,6 +2,7 @@
 // sets.
 // "--wrap=__imp_ReadFile" makes the file layer use the pointer __wrap___imp_ReadFile; __real___imp_ReadFile is the
 // loader's pointer.
+#include <gtest/gtest.h>
 #include <windows.h>
 
 #include "files/native_file.h"
@@ -26,6 +27,9 @@ extern decltype(&CreateDirectoryW) __real___imp_CreateDirectoryW;
 extern decltype(&RemoveDirectoryW) __real___imp_RemoveDirectoryW;
 extern decltype(&FindFirstFileW) __real___imp_FindFirstFileW;
 extern decltype(&FindNextFileW) __real___imp_FindNextFileW;
+extern decltype(&SetFileInformationByHandle) __real___imp_SetFileInformationByHandle;
+extern decltype(&DuplicateHandle) __real___imp_DuplicateHandle;
+extern decltype(&FlushFileBuffers) __real___imp_FlushFileBuffers;
 extern decltype(&FindClose) __real___imp_FindClose;
 }
 
@@ -160,6 +164,40 @@ BOOL WINAPI WatchedRemoveDirectory(LPCWSTR path) {
     return FailsAt(path, ECall::Remove) ? FALSE : __real___imp_RemoveDirectoryW(path);
 }
 
+std::string NameIn(LPVOID renaming) {
+    const auto* const information = static_cast<const FILE_RENAME_INFO*>(renaming);
+    return Utf8Of(std::wstring(information->FileName, information->FileNameLength / sizeof(wchar_t)));
+}
+
+BOOL WINAPI WatchedSetFileInformation(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, LPVOID data, DWORD length) {
+    if (kind == FileDispositionInfo && g_watch && !g_watch->System().vanishingFiles &&
+        g_watch->CallOn(HandleOf(file), ECall::Mark)) {
+        ::SetLastError(ERROR_INVALID_FUNCTION);
+        return FALSE;
+    }
+    const bool fails =
+        kind == FileRenameInfo ? FailsAt(WideOf(NameIn(data)).c_str(), ECall::Rename) : FailsOn(file, ECall::Mark);
+    return fails ? FALSE : __real___imp_SetFileInformationByHandle(file, kind, data, length);
+}
+
+/// All data was written through the first handle.
+BOOL WINAPI WatchedDuplicateHandle(HANDLE process, HANDLE file, HANDLE target, LPHANDLE second, DWORD access,
+                                   BOOL inherit, DWORD options) {
+    const std::optional<SCall> call = g_watch ? g_watch->CallOn(HandleOf(file), ECall::Duplicate) : std::nullopt;
+    if (FailsOn(file, ECall::Duplicate)) {
+        return FALSE;
+    }
+    const BOOL done = __real___imp_DuplicateHandle(process, file, target, second, access, inherit, options);
+    if (call && done) {
+        g_watch->KeepSecond(HandleOf(*second), call->file);
+    }
+    return done;
+}
+
+BOOL WINAPI WatchedFlushFileBuffers(HANDLE file) {
+    return FailsOn(file, ECall::Flush) ? FALSE : __real___imp_FlushFileBuffers(file);
+}
+
 HANDLE WINAPI WatchedFindFirstFile(LPCWSTR pattern, LPWIN32_FIND_DATAW data) {
     const std::wstring_view whole = pattern;
     const std::wstring path(whole.substr(0, whole.find_last_of(L'\\')));
@@ -185,6 +223,25 @@ BOOL WINAPI WatchedFindClose(HANDLE search) {
 }
 
 }  // namespace
+
+std::optional<std::string> ReadOpenFile(const std::string& path) {
+    const HANDLE file = __real___imp_CreateFileW(WideOf(path).c_str(), GENERIC_READ,
+                                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED)) << path;  // marked for removal
+        return std::nullopt;
+    }
+    LARGE_INTEGER size = {};
+    EXPECT_TRUE(__real___imp_GetFileSizeEx(file, &size)) << path;
+    std::string content(static_cast<std::size_t>(size.QuadPart), '\0');
+    DWORD count = 0;
+    EXPECT_TRUE(__real___imp_ReadFile(file, content.data(), static_cast<DWORD>(content.size()), &count, nullptr))
+        << path;
+    EXPECT_EQ(count, content.size()) << path;
+    __real___imp_CloseHandle(file);
+    return content;
+}
 
 std::string SystemText(EFailure failure) {
     SetLastErrorTo(failure);
@@ -212,5 +269,9 @@ decltype(&CreateDirectoryW) __wrap___imp_CreateDirectoryW = vantrel::test::Watch
 decltype(&RemoveDirectoryW) __wrap___imp_RemoveDirectoryW = vantrel::test::WatchedRemoveDirectory;
 decltype(&FindFirstFileW) __wrap___imp_FindFirstFileW = vantrel::test::WatchedFindFirstFile;
 decltype(&FindNextFileW) __wrap___imp_FindNextFileW = vantrel::test::WatchedFindNextFile;
+decltype(&SetFileInformationByHandle) __wrap___imp_SetFileInformationByHandle =
+    vantrel::test::WatchedSetFileInformation;
+decltype(&DuplicateHandle) __wrap___imp_DuplicateHandle = vantrel::test::WatchedDuplicateHandle;
+decltype(&FlushFileBuffers) __wrap___imp_FlushFileBuffers = vantrel::test::WatchedFlushFileBuffers;
 decltype(&FindClose) __wrap___imp_FindClose = vantrel::test::WatchedFindClose;
 }

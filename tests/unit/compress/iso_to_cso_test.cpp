@@ -241,6 +241,26 @@ TEST(IsoToCso, ShiftsThePositionsOfAnOutputThatItsIndexCannotAddressIfStrict) {
     EXPECT_EQ(SCompressionRequest().largestCso, 0x7FFFFFFF) << "bit 31 marks plain blocks";
 }
 
+TEST(IsoToCso, PadsEachBlockToWhatTheShiftCanExpress) {
+    const CTestFolder folder;
+    Bytes image = test::TextLikeBytes(2048 * 40, 3);
+    const Bytes random = test::RandomBytes(2048 * 20, 4);
+    std::copy(random.begin(), random.end(), image.begin());
+    test::WriteWhole(folder / "game.iso", test::WithPspMark(image));
+    SCompressionRequest request =
+        DirectConversion(folder / "game.iso", folder / "game.cso", EOutputManner::CommitReplace, 2, 9);
+    request.blockSize = 2048;
+    for (const auto& [largest, shift] : {std::pair(10'000, 4), std::pair(1'000, 7)}) {
+        request.largestCso = largest;
+        CRecordingOperation operation;
+        IsoToCso(request, operation);
+        const Bytes cso = test::ReadWhole(folder / "game.cso");
+        EXPECT_EQ(cso[21], shift);
+        EXPECT_EQ(cso.size(), std::size_t{test::Read32(cso, 24 + 4 * 40)} << shift);
+        ExpandsTo(folder, test::ReadWhole(folder / "game.iso"));
+    }
+}
+
 TEST(IsoToCso, NamesAnOutputThatCannotBeCreated) {
     const CTestFolder folder;
     SCompressionRequest request = test::CompressionOf(folder, Bytes(2048, 0), ".cso");

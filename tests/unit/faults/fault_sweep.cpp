@@ -5,25 +5,13 @@
 #include <filesystem>
 #include <vector>
 
+#include "tests/support/undated.h"
+
 namespace vantrel::test {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-/// A layout contains its date, which differs between runs.
-std::string WithoutDate(std::string layout) {
-    static constexpr std::string_view kKey = "\nDATE=";
-    static constexpr std::string_view kDate = "yyyy/MM/dd-hh:mm:ss";
-    const std::size_t start = layout.find(kKey);
-    return start == std::string::npos ? layout : layout.replace(start + kKey.size(), kDate.size(), kDate);
-}
-
-/// A gap file contains the checksum of its layout, which differs with the date.
-std::string WithoutLayoutSum(std::string gaps) {
-    constexpr std::size_t kSum = 32;
-    return gaps.size() < kSum + 4 ? gaps : gaps.replace(kSum, 4, "sum.");
-}
 
 /// Does not touch files that are as they were.
 void Restore(const CTestFolder& folder, const FolderState& state) {
@@ -61,10 +49,8 @@ FolderState StateOf(const CTestFolder& folder) {
         const std::string path = fs::relative(entry.path(), folder.Path()).string();
         if (entry.is_directory()) {
             state[path + '/'];
-        } else {
-            const std::string content = ReadText(entry.path().string());
-            const std::string kind = entry.path().extension().string();
-            state[path] = kind == ".iml" ? WithoutDate(content) : kind == ".gaps" ? WithoutLayoutSum(content) : content;
+        } else if (auto content = ReadOpenFile(entry.path().string())) {
+            state[path] = Undated(path, *std::move(content));
         }
     }
     return state;

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
+#include "files/refused.h"
 #include "tests/support/test_folder.h"
 
 namespace vantrel {
@@ -42,12 +45,16 @@ TEST_F(UpdateFile, UncommittedChangeIsUndone) {
         CUpdateFile file;
         ASSERT_TRUE(file.Open(m_path, EUpdateManner::UndoUnlessCommitted));
         Change(file);
+        Bytes content(m_after.size());
+        EXPECT_EQ(file.ReadAt(0, content), m_after.size());
+        EXPECT_EQ(content, m_after);
         EXPECT_EQ(test::ReadWhole(m_path), m_after);
     }
     EXPECT_EQ(test::ReadWhole(m_path), m_before);
+    EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"a.bin"});
 }
 
-TEST_F(UpdateFile, ManyOverwrittenBytesAreKeptInATemporaryFile) {
+TEST_F(UpdateFile, ManyOverwrittenBytesAreKeptInTheJournal) {
     const Bytes before = test::RandomBytes(40 << 20U, 1);
     for (const bool commits : {false, true}) {
         test::WriteWhole(m_path, before);
@@ -119,6 +126,100 @@ TEST_F(UpdateFile, ReadOnlyRefusesToWrite) {
 TEST_F(UpdateFile, MissingFileIsNotCreated) {
     CUpdateFile file;
     EXPECT_FALSE(file.Open(m_folder / "b.bin", EUpdateManner::UndoUnlessCommitted));
+    EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"a.bin"});
+}
+
+/// The states that a kill may leave: copies of the folder while a change is not committed.
+class InterruptedUpdate : public UpdateFile {
+protected:
+    /// Interrupts a change whose bytes have been written.
+    void Interrupt() {
+        CUpdateFile file;
+        ASSERT_TRUE(file.Open(m_path, EUpdateManner::UndoUnlessCommitted));
+        Change(file);
+        Bytes byte(1);
+        file.ReadAt(0, byte);
+        std::filesystem::copy(m_folder.Path(), m_killed.Path(), std::filesystem::copy_options::recursive);
+    }
+
+    test::CTestFolder m_killed;
+    std::string m_image = m_killed / "a.bin";
+    std::string m_journal = m_killed / ".a.bin.vantrel-undo";
+};
+
+TEST_F(InterruptedUpdate, IsUndoneByTheNextOne) {
+    Interrupt();
+    EXPECT_EQ(test::ReadWhole(m_image), m_after);
+    CUpdateFile file;
+    ASSERT_TRUE(file.Open(m_image, EUpdateManner::UndoUnlessCommitted));
+    EXPECT_TRUE(file.WasRestored());
+    EXPECT_EQ(file.Size(), 10);
+    EXPECT_EQ(test::ReadWhole(m_image), m_before);
+    EXPECT_EQ(m_killed.Names(), std::vector<std::string>{"a.bin"});
+}
+
+TEST_F(InterruptedUpdate, JournalCutAnywhereIsEnoughForWhatItCovers) {
+    Interrupt();
+    const Bytes journal = test::ReadWhole(m_journal);
+    for (std::size_t length = 0; length < journal.size(); ++length) {
+        // Bytes are changed only after the whole part is on the disk.
+        test::WriteWhole(m_journal, Bytes(journal.begin(), journal.begin() + static_cast<std::ptrdiff_t>(length)));
+        test::WriteWhole(m_image, m_before);
+        CUpdateFile file;
+        ASSERT_TRUE(file.Open(m_image, EUpdateManner::UndoUnlessCommitted)) << length;
+        EXPECT_EQ(test::ReadWhole(m_image), m_before);
+    }
+}
+
+TEST_F(InterruptedUpdate, IsReportedByARunThatChangesNothing) {
+    Interrupt();
+    CUpdateFile file;
+    EXPECT_THROW(file.Open(m_image, EUpdateManner::ReadOnly), CRefused);
+    EXPECT_EQ(test::ReadWhole(m_image), m_after);
+}
+
+TEST_F(InterruptedUpdate, JournalOfAnotherFileIsRefused) {
+    Interrupt();
+    for (const Bytes& other : {Bytes(10, 77), Bytes(2000, 0), Bytes(3, 0)}) {
+        test::WriteWhole(m_image, other);
+        CUpdateFile file;
+        EXPECT_THROW(file.Open(m_image, EUpdateManner::UndoUnlessCommitted), CRefused) << other.size();
+        EXPECT_EQ(test::ReadWhole(m_image), other);
+        EXPECT_NE(FileKindOf(m_journal), EFileKind::Missing);
+    }
+}
+
+TEST_F(UpdateFile, OneProcessAtATimeChangesAFile) {
+    CUpdateFile first;
+    ASSERT_TRUE(first.Open(m_path, EUpdateManner::UndoUnlessCommitted));
+    bool refused = false;
+    try {
+        CUpdateFile second;
+        refused = !second.Open(m_path, EUpdateManner::UndoUnlessCommitted);
+    } catch (const CRefused&) {
+        refused = true;
+    }
+    EXPECT_TRUE(refused);
+}
+
+TEST_F(UpdateFile, LargeChangesAreWrittenInPieces) {
+    const Bytes large = test::RandomBytes(20 << 20U, 1);
+    for (const bool commits : {false, true}) {
+        CUpdateFile file;
+        ASSERT_TRUE(file.Open(m_path, EUpdateManner::UndoUnlessCommitted));
+        ASSERT_TRUE(file.Seek(5));
+        for (std::size_t i = 0; i < large.size(); i += 1 << 20U) {
+            ASSERT_TRUE(file.Write(std::span(large).subspan(i, 1 << 20U))) << file.Problem();
+        }
+        EXPECT_EQ(file.Size(), 5 + static_cast<std::int64_t>(large.size()));
+        EXPECT_GT(test::ReadWhole(m_path).size(), 8U << 20U);
+        if (commits) {
+            EXPECT_TRUE(file.Commit());
+        }
+    }
+    Bytes expected(m_before.begin(), m_before.begin() + 5);
+    expected.insert(expected.end(), large.begin(), large.end());
+    EXPECT_TRUE(test::ReadWhole(m_path) == expected);
     EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"a.bin"});
 }
 

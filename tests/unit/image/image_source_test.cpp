@@ -141,6 +141,8 @@ TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
                   "CSO image size 72340172838076673 is not supported: the index of its blocks does not fit the file");
     ExpectRefusal("CISO" + std::string(20, '\1'),
                   "CSO block size 16843009 is not supported: it is not a power of two from 2048 to 1048576");
+    ExpectRefusal("CISO" + std::string("\0\0\0\0\0\x08\0\0\0\0\0\0\0\x08\0\0\1\0\0\0", 20) + "1234",
+                  "CSO image size 2048 is not supported: the index of its blocks does not fit the file");
     ExpectRefusal("hello", "not a known kind of disc image");
     ExpectRefusal("[SYS]", "this is an IML file, which does not contain an image");
     ExpectRefusal("MComprHD" + std::string(100, '\0'), "this is a CHD file, a form that is not read");

@@ -117,6 +117,19 @@ TEST_F(DiscMap, AFileOfZerosIsNoPostgap) {
     EXPECT_EQ(Map().closingSector, Map().Sectors());
 }
 
+TEST_F(DiscMap, StructuresBehindTheClosingAnchorKeepItInPlace) {
+    m_description.kind = EImageKind::Dvd;
+    m_description.udf = test::EUdf::Volume;
+    Build();
+    const std::uint32_t anchor = Map().Sectors() - 1;
+    EXPECT_EQ(Map().closingSector, anchor);
+    const std::size_t table = std::size_t{m_built.pathTableSector} * 2048;
+    m_image.m_bytes.insert(m_image.m_bytes.end(), m_built.bytes.begin() + static_cast<std::ptrdiff_t>(table),
+                           m_built.bytes.begin() + static_cast<std::ptrdiff_t>(table + 2048));
+    test::Write32(m_image.m_bytes, 16 * 2048 + 140, anchor + 1);
+    EXPECT_EQ(Map().closingSector, Map().Sectors());
+}
+
 TEST_F(DiscMap, RefusesADirectoryOfTwoLengths) {
     const test::SBuiltDirectory& folder = m_built.directories[1];
     test::SetRecord(m_image.m_bytes, std::size_t{folder.sector} * 2048, folder.sector, 2 * folder.size);

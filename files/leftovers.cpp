@@ -1,0 +1,101 @@
+#include "files/leftovers.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "files/path.h"
+#include "files/temporary_path.h"
+
+namespace vantrel {
+
+namespace {
+
+/// Not a link to one, whose contents are not ours.
+bool IsFolder(const std::string& path) {
+    return FileKindOf(path) == EFileKind::Folder && ResolveLink(path) == path;
+}
+
+void RemoveTree(const std::string& path) {
+    const std::string folder = WithSeparator(path);
+    for (const std::string& name : ListFolder(folder)) {
+        if (IsFolder(folder + name)) {
+            RemoveTree(folder + name);
+        } else {
+            RemoveTemporary(folder + name);
+        }
+    }
+    RemoveFolder(path);
+}
+
+/// Moves everything in one folder into another. Both end in a separator; the second may be empty.
+void MoveAll(const std::string& from, const std::string& to) {
+    for (const std::string& name : ListFolder(from)) {
+        const std::string target = to + name;
+        if (IsFolder(from + name) && FileKindOf(target) == EFileKind::Folder) {
+            MoveAll(WithSeparator(from + name), WithSeparator(target));
+        } else {
+            RenameFile(from + name, ResolveLink(target), true);
+        }
+    }
+}
+
+bool HoldsWaitingOutputsOnly(const std::string& path) {
+    const std::vector<std::string> names = ListFolder(path);
+    return std::all_of(names.begin(), names.end(), [](const std::string& name) {
+        return name == kStagedFolder || name == kCompleteFolder || name.starts_with(kReplacedFile) ||
+               name.starts_with(kUndoneFile);
+    });
+}
+
+void FinishStaging(const std::string& path, const std::string& base) {
+    CNativeFile lock;
+    const auto hasLock = [&path] { return FileKindOf(path + kStagingLock) != EFileKind::Missing; };
+    if (!hasLock()) {
+        // Its process, which makes the lock first and removes it last, was killed then; or a power cut took the name of
+        // the lock but not all others.
+        if (RemoveFolder(path) || hasLock() || !HoldsWaitingOutputsOnly(path)) {
+            return;
+        }
+    } else if (!lock.Open(path + kStagingLock, EOpenMode::ReadWrite, ESharing::Nobody) ||
+               lock.TakeLock() != ELock::Taken) {
+        return;
+    }
+    MoveAll(path + WithSeparator(kCompleteFolder), base);
+    RemoveStaging(path, lock);
+}
+
+}  // namespace
+
+void RemoveLeftovers(const std::string& folder) {
+    for (const std::string& name : ListFolder(folder.empty() ? "." : folder)) {
+        const std::string path = folder + name;
+        if (!IsTemporaryName(name)) {
+            continue;
+        }
+        if (IsFolder(path)) {
+            FinishStaging(WithSeparator(path), folder);
+        } else if (FileKindOf(path) == EFileKind::File) {
+            RemoveUnused(path);
+        }
+    }
+}
+
+void RemoveStaging(const std::string& path, CNativeFile& lock) {
+    for (const std::string& name : ListFolder(path)) {
+        if (name == kStagingLock) {
+            continue;
+        }
+        if (IsFolder(path + name)) {
+            RemoveTree(path + name);
+        } else {
+            RemoveTemporary(path + name);
+        }
+    }
+    lock.Close();
+    RemoveTemporary(path + kStagingLock);
+    if (!RemoveFolder(path)) {
+        RemoveTree(path);  // what could not be removed at the first try
+    }
+}
+
+}  // namespace vantrel
