@@ -3,6 +3,7 @@ import hashlib
 import json
 import os
 import shutil
+import struct
 import subprocess
 import unittest
 import zlib
@@ -57,6 +58,7 @@ class Inspect(ConsoleTest):
             shutil.copy(self.path(name), self.path("renamed.xyz"))
             status, report = self.report("info", "renamed.xyz")
             self.assertEqual((status, report["form"]), (0, form))
+            self.assertEqual(report["file_bytes"], os.path.getsize(self.path(name)))
             image = report["image"]
             self.assertEqual((image["volume_identifier"], image["application_identifier"]), ("GAME", application))
             self.assertEqual((image["files"], image["folders"]), (4, 3))
@@ -73,11 +75,15 @@ class Inspect(ConsoleTest):
                                                     "blocks", "oddities")},
                          {"header_size": 0, "total_bytes": len(self.image), "block_size": 2048, "version": 1,
                           "align": 0, "blocks": len(self.image) // 2048, "oddities": []})
+        index = struct.unpack_from("<%dI" % cso["blocks"], self.read("psp.cso"), 24)
+        self.assertEqual(cso["plain_blocks"], sum(entry >> 31 for entry in index))
         self.assertGreaterEqual(cso["plain_blocks"], 3, "B.BIN and C.BIN are random data")
+        self.assertEqual(cso["ratio_percent"], self.ratio("psp.cso"))
         dax = self.report("info", "psp.dax")[1]["container"]
         frames = -(-len(self.image) // 8192)
         self.assertEqual((dax["image_size"], dax["version"], dax["frames"], dax["plain_frames"], dax["oddities"]),
                          (len(self.image), 0, frames, 0, []))
+        self.assertEqual(dax["ratio_percent"], self.ratio("psp.dax"))
         self.write("plain.dax", dax_reference.compress(9, self.psp, version=1, areas=((1, 2), (5, 1))))
         dax = self.report("info", "plain.dax")[1]["container"]
         self.assertEqual((dax["version"], dax["frames"], dax["plain_frames"], dax["oddities"]), (1, frames, 3, []))
@@ -85,6 +91,9 @@ class Inspect(ConsoleTest):
         sectors = len(self.image) // SECTOR
         self.assertEqual(raw, {"sectors": sectors, "first_address": "00:02:00", "mode_1": 0, "mode_2_form_1": sectors,
                                "mode_2_form_2": 0, "other": 0, "audio": 0})
+
+    def ratio(self, name):
+        return round(100 * os.path.getsize(self.path(name)) / len(self.image), 1)
 
     def test_info_reports_oddities(self):
         self.make_forms()
@@ -95,6 +104,32 @@ class Inspect(ConsoleTest):
         oddities = self.report("info", "odd.cso")[1]["container"]["oddities"]
         self.assertEqual(oddities, ["the header size is neither 0 nor 24", "reserved bytes are not zero",
                                     "the index does not end at the end of the file"])
+        self.write("odd.cso", cso_reference.compress(9, self.psp, "padded", 16384, 3))
+        self.assertEqual(self.oddities("odd.cso"), ["blocks are not 2048 bytes", "positions are shifted"])
+        cso = bytearray(cso_reference.compress(9, self.psp, version=2))
+        for at in range(27, 24 + 4 * (len(self.psp) // 2048), 4):
+            cso[at] &= 0x7F  # in version 2, this bit marks LZ4 blocks
+        cso[4] = 24
+        self.write("odd.cso", cso)
+        self.assertEqual(self.oddities("odd.cso"), ["version 2 with LZ4 blocks"])
+
+    def oddities(self, name):
+        return self.report("info", name)[1]["container"]["oddities"]
+
+    def test_info_reports_oddities_of_dax_files(self):
+        self.make_forms()
+        dax = self.read("psp.dax")
+        self.write("more.dax", dax + b"more")
+        self.assertEqual(self.oddities("more.dax"), ["the last frame does not end at the end of the file"])
+        last = 32 + 4 * (-(-len(self.image) // 8192) - 1)  # the entry of the last frame
+        start = struct.unpack_from("<I", dax, last)[0]
+        gap = bytearray(dax[:start] + b"gap" + dax[start:])
+        struct.pack_into("<I", gap, last, start + 3)
+        self.write("gap.dax", gap)
+        self.assertEqual(self.oddities("gap.dax"), ["frames do not follow one another without gaps"])
+        self.write("odd.iso", self.psp_with_remainder())
+        self.assert_done(self.run_here("iso2dax", "odd.iso"))
+        self.assertEqual(self.oddities("odd.dax"), ["the image is not a whole number of sectors"])
 
     def test_postgap_states(self):
         for sectors, state in ((-150, "missing"), (1, "the length fits no postgap")):
@@ -207,6 +242,28 @@ class Inspect(ConsoleTest):
         self.assertEqual(self.report("info", "cut.cso")[1]["container"]["oddities"],
                          ["the image is not a whole number of sectors", "the image's partial last block is not stored"])
 
+    def test_verify_finds_what_a_raw_file_lacks_or_has_too_much(self):
+        self.assert_done(self.run_here("iso2bin", "game.iso"))
+        raw = self.read("game.bin")
+        self.write("long.bin", raw + bytes(9))
+        status, report = self.report("verify", "long.bin")
+        self.assertEqual((status, report["problems"]),
+                         (1, ["the file is not a whole number of sectors: 9 bytes are left over"]))
+        self.write("behead.bin", raw[RAW:])
+        status, report = self.report("verify", "behead.bin")
+        self.assertEqual(status, 1)
+        self.assertIn("the first sector's address is not 00:02:00", report["problems"])
+
+    def test_every_file_counts_for_the_exit_status(self):
+        self.assert_done(self.run_here("iso2bin", "game.iso"))
+        damaged = bytearray(self.read("game.bin"))
+        damaged[9 * RAW + 100] ^= 1
+        self.write("damaged.bin", damaged)
+        for command, bad in ("verify", "damaged.bin"), ("verify", "missing.bin"), ("info", "missing.bin"):
+            for words in [bad, "game.bin"], ["game.bin", bad], ["game.bin", bad, "game.bin"]:
+                self.assertEqual(self.run_here(command, *words).status, 1, words)
+        self.assert_done(self.run_here("verify", "game.bin", "game.iso"))
+
     def psp_with_remainder(self):
         image = bytearray(self.image + bytes(7))
         image[33342:33345] = b"PSP"
@@ -223,6 +280,18 @@ class Inspect(ConsoleTest):
         self.assertEqual((status, report["difference"]),
                          (1, {"byte": len(self.psp), "bytes": len(self.psp), "bytes_against": len(self.psp) + 5}))
 
+    def test_verify_against_compares_large_images_to_their_end(self):
+        image = self.image.ljust(3 << 20, b"\0")
+        self.write("large.iso", image)
+        self.assertEqual(self.report("verify", "large.iso", "--against", "large.iso")[0], 0)
+        for position in 0, (1 << 20) - 1, 1 << 20, (2 << 20) + 5, len(image) - 1:
+            other = bytearray(image)
+            other[position] ^= 1
+            self.write("other.iso", other)
+            status, report = self.report("verify", "large.iso", "--against", "other.iso")
+            self.assertEqual((status, report["difference"]),
+                             (1, {"byte": position, "bytes": len(image), "bytes_against": len(image)}))
+
     def test_list_is_the_same_for_every_form(self):
         self.make_forms()
         lists = [self.run_here("list", name) for name in ("game.iso", "psp.cso", "psp.dax", "game.bin")]
@@ -235,8 +304,9 @@ class Inspect(ConsoleTest):
             self.assertEqual(content, self.files.pop(name))
         self.assertEqual(self.files, {})
         report = self.report("list", "psp.cso")[1]
-        self.assertEqual(len(report["files"]), 4)
-        self.assertEqual(set(report["files"][0]), {"sector", "bytes", "path"})
+        rows = [row.split() for row in lists[0].out.splitlines()]
+        self.assertEqual(report, {"file": "psp.cso", "form": "CSO", "files": [
+            {"sector": int(sector), "bytes": int(size), "path": name} for sector, size, name in rows]})
 
     def test_extract_everything(self):
         self.make_forms()

@@ -106,6 +106,33 @@ class Json(ConsoleTest):
         self.check("list", self.reports("list", *files[:-1]))
         self.check("A file that cannot be read", self.reports("info", "text.iso"))
 
+    def test_values(self):
+        """Whole reports on files that the other tests of reports leave out."""
+        image = self.read("cd.iso")
+        sectors = len(image) // 2048
+        report = self.reports("info", "cd.iso")[0]
+        self.assertEqual(report, {"file": "cd.iso", "form": "ISO", "file_bytes": len(image), "image": {
+            "kind": "PlayStation 2 CD", "system_identifier": "PLAYSTATION", "volume_identifier": "GAME",
+            "application_identifier": "PLAYSTATION", "bytes": len(image), "sectors": sectors, "volume_sectors": sectors,
+            "postgap": "complete", "files": 1, "folders": 1, "disc_id": "SLUS-20062"}})
+        bin_report, cue_report = self.reports("info", "cd.bin", "cd.cue")
+        self.assertEqual((bin_report["form"], cue_report["form"]), ("BIN", "CUE"))
+        self.assertEqual((bin_report["file_bytes"], cue_report["file_bytes"]),
+                         (sectors * 2352, len(self.read("cd.cue"))))
+        self.assertEqual((bin_report["image"], cue_report["image"]), (report["image"], report["image"]))
+        layout = self.reports("info", "cd.iml")[0]
+        self.assertEqual(layout["file_bytes"], len(self.read("cd.iml")))
+        sums = {"bytes": len(image), "crc32": "%08x" % zlib.crc32(image), "md5": hashlib.md5(image).hexdigest(),
+                "sha1": hashlib.sha1(image).hexdigest()}
+        self.write_dat("Game (Europe).iso", image)
+        self.assertEqual(self.reports("verify", "--dat", "discs.dat", "cd.iso"), [{
+            "file": "cd.iso", "form": "ISO", "ok": True, "problems": [], "image": sums,
+            "dat": {"file": "discs.dat", "status": "verified", "game": 'The "game"', "name": "Game (Europe).iso"}}])
+        self.assertEqual(self.reports("verify", "--dat", "discs.dat", "psp.iso")[0]["dat"],
+                         {"file": "discs.dat", "status": "unknown"})
+        self.assertEqual(self.reports("verify", "psp.cso", "--against", "psp.iso"), [
+            {"file": "psp.cso", "form": "CSO", "against": "psp.iso", "ok": True, "difference": None}])
+
     def test_a_failing_file_has_an_object_too(self):
         for command in "info", "verify", "list":
             result = self.run_here(command, "--json", "text.iso", "psp.iso", "missing.iso")

@@ -159,6 +159,30 @@ TEST(ConverterConversion, AddsAPostgapUnlessTheImageIsAsLongAsItsVolume) {
     }
 }
 
+TEST(ConverterConversion, ReplacesOlderFilesWhole) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "game.iso", test::CdImage());
+    test::WriteText(folder / "game.cue", std::string(1000, 'o'));
+    test::WriteText(folder / "ISO2BIN.BAT", std::string(1000, 'o'));
+    CRecordingOperation operation;
+    CFakeRunner runner(folder);
+    IsoToBinByConverter(folder.Path(), "game.iso", runner, operation);
+    EXPECT_EQ(runner.m_line, "tmpfile game.iso game.bin /mode2\r\n");
+    EXPECT_EQ(test::ReadText(folder / "game.cue"),
+              "FILE \"game.bin\" BINARY\r\n  TRACK 01 MODE2/2352\r\n    INDEX 01 00:00:00\r\n");
+}
+
+TEST(ConverterConversion, KeepsTheCaseOfTheNameOnly) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "Game.ISO", test::CdImage());
+    CRecordingOperation operation;
+    CFakeRunner runner(folder);
+    IsoToBinByConverter(folder.Path(), "Game.ISO", runner, operation);
+    EXPECT_EQ(runner.m_line, "tmpfile Game.iso Game.bin /mode2\r\n");
+    EXPECT_EQ(operation.PaneText(EPane::File), "Game.bin");
+    EXPECT_THAT(folder.Names(), ElementsAre("Game.ISO", "Game.cue"));
+}
+
 TEST(ConverterConversion, NamesOutputsAfterTheFileWithoutItsExtension) {
     const CTestFolder folder;
     test::WriteWhole(folder / "a.b.img", test::CdImage());
@@ -193,6 +217,7 @@ TEST(BatchLine, IsUnsafeInFoldersThatTheCommandProcessorCannotUse) {
     EXPECT_FALSE(IsBatchLineSafe("C:\\a&b\\", call));
     EXPECT_FALSE(IsBatchLineSafe("C:\\caf\xC3\xA9\\", call));
     EXPECT_FALSE(IsBatchLineSafe("\\\\server\\share\\", call));
+    EXPECT_FALSE(IsBatchLineSafe("//server/share/", call));
     const CTestFolder folder;
     EXPECT_TRUE(IsBatchLineSafe(folder.Path(), call));
     {

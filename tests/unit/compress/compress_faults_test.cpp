@@ -23,6 +23,9 @@ using test::FailureOf;
 
 enum class EFault { None, DeflateInit, Deflate, DeflateEnd, InflateInit, InflateEnd };
 
+/// Result of a fake deflate, which fills the whole output and does nothing else.
+constexpr int kFillsOutput = 1000;
+
 /// What fails next: a call of zlib with a result and a message, or an allocation.
 struct SFaults {
     EFault call = EFault::None;
@@ -45,6 +48,7 @@ std::optional<int> FaultIn(EFault call, z_streamp stream) {
 using vantrel::EFault;
 using vantrel::FaultIn;
 using vantrel::g_faults;
+using vantrel::kFillsOutput;
 
 // GCC reports the names that the linker option prescribes.
 #pragma GCC diagnostic ignored "-Wpedantic"
@@ -66,6 +70,12 @@ int __wrap_deflateInit2_(z_streamp stream, int level, int method, int windowBits
 
 int __wrap_deflate(z_streamp stream, int flush) {
     const std::optional<int> fault = FaultIn(EFault::Deflate, stream);
+    if (fault == kFillsOutput) {
+        stream->next_out += stream->avail_out;
+        stream->total_out += stream->avail_out;
+        stream->avail_out = 0;
+        return Z_STREAM_END;
+    }
     return fault ? *fault : __real_deflate(stream, flush);
 }
 
@@ -173,6 +183,18 @@ TEST_F(CompressFaults, DaxConversionsShowTheFailedCall) {
     EXPECT_EQ(FailureWith({EFault::DeflateEnd, Z_DATA_ERROR, nullptr}, IsoToDax, "game.iso"), "did not fail");
     EXPECT_EQ(FailureWith({EFault::InflateInit, Z_MEM_ERROR, nullptr}, DaxToIso, "game.dax"),
               "Error while decompressing (corrupt input?)\n");
+}
+
+TEST_F(CompressFaults, IsoToDaxEndsBeforeAPositionThatItsTableCannotHold) {
+    constexpr std::int64_t kStoredFrame = 9216;
+    constexpr std::int64_t kFrames = (std::int64_t{1} << 32) / kStoredFrame + 2;
+    CNativeFile file;
+    ASSERT_TRUE(file.Open(Path("large.iso"), EOpenMode::CreateNew, ESharing::Anyone));
+    ASSERT_TRUE(file.Resize(kFrames * 8192));
+    COperation operation;
+    g_faults = {EFault::Deflate, kFillsOutput, nullptr};
+    const SCompressionRequest request = DirectConversion(Path("large.iso"), "/dev/null", EOutputManner::InPlace, 0, 1);
+    EXPECT_EQ(FailureOf([&] { ImageToDax(request, operation); }), "I/O write error.\n");
 }
 
 /// At least three failures, all with this text.

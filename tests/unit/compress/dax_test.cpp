@@ -5,6 +5,10 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <algorithm>
+#include <filesystem>
+
+#include "tests/support/file_size_limit.h"
 #include "tests/support/recording_operation.h"
 #include "tests/unit/compress/cso_support.h"
 
@@ -234,6 +238,44 @@ TEST(IsoToDax, ReportsAFullDisk) {
     request.outputPath = "/dev/full";
     CRecordingOperation operation;
     EXPECT_EQ(FailureOf([&] { IsoToDax(request, operation); }), "I/O write error.\n");
+}
+
+TEST(IsoToDax, ReportsADiskThatIsFullAtAFrame) {
+    const CTestFolder folder;
+    const SCompressionRequest request = CompressionOf(folder, test::RandomBytes(3 * kFrame, 3));
+    CRecordingOperation operation;
+    const test::CFileSizeLimit limit(32 + 6 * 3 + 2 * kFrame);  // random frames grow a little
+    EXPECT_EQ(FailureOf([&] { IsoToDax(request, operation); }), "I/O write error.\n");
+    EXPECT_THAT(operation.CallsOf("done"), ElementsAre("done 1"));
+}
+
+/// Names of the files in a folder that this process has open.
+std::vector<std::string> OpenFilesIn(const CTestFolder& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code error;
+        const std::string path = std::filesystem::read_symlink(entry.path(), error).string();
+        if (path.starts_with(folder.Path())) {
+            names.push_back(path.substr(folder.Path().size()));
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+TEST(DaxConversions, LeaveBothFilesOpenIfTheyEndEarly) {
+    const CTestFolder folder;
+    CRecordingOperation operation;
+    SCompressionRequest compression = CompressionOf(folder, Bytes(kFrame, 0));
+    IsoToDax(compression, operation);
+    DaxToIso(WindowDaxExpansion(folder.Path(), "game.dax"), operation);
+    EXPECT_THAT(OpenFilesIn(folder), ElementsAre());
+    operation.m_completes = false;
+    DaxToIso(WindowDaxExpansion(folder.Path(), "game.dax"), operation);
+    EXPECT_THAT(OpenFilesIn(folder), ElementsAre("game.dax", "new-game.iso"));
+    compression.level.reset();
+    IsoToDax(compression, operation);
+    EXPECT_THAT(OpenFilesIn(folder), ElementsAre("game.dax", "game.dax", "game.iso", "new-game.iso"));
 }
 #endif
 

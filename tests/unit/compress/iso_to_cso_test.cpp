@@ -2,7 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "compress/cso.h"
+#include "tests/support/file_size_limit.h"
 #include "tests/support/recording_operation.h"
 #include "tests/unit/compress/cso_support.h"
 
@@ -168,14 +171,27 @@ TEST(IsoToCso, TruncatesLongNames) {
               "Code 10010e - Error Opening " + (folder / (thirty + ".iso")));
 }
 
+void SetLength(const std::string& path, std::int64_t length) {
+    CNativeFile file;
+    ASSERT_TRUE(file.Open(path, EOpenMode::ReadWrite, ESharing::Anyone));
+    ASSERT_TRUE(file.Resize(length));
+}
+
+TEST(IsoToCso, AcceptsOneByteLessThanTwoGibibytes) {
+    const CTestFolder folder;
+    const SCompressionRequest request = test::CompressionOf(folder, {}, ".cso");
+    SetLength(folder / "game.iso", (std::int64_t{1} << 31) - 1);
+    CRecordingOperation operation;
+    operation.m_onYield = [](int) { throw std::runtime_error("interrupted"); };
+    EXPECT_THROW(IsoToCso(request, operation), std::runtime_error);
+    EXPECT_THAT(operation.CallsOf("pane BYTES"), ElementsAre("pane BYTES 1048575 Frames"));
+}
+
 TEST(IsoToCso, RefusesTwoGibibytesAndMore) {
     const CTestFolder folder;
     const SCompressionRequest request = test::CompressionOf(folder, {}, ".cso");
-    CNativeFile file;
     for (const std::int64_t length : {std::int64_t{1} << 31, (std::int64_t{1} << 32) + 2048}) {
-        ASSERT_TRUE(file.Open(folder / "game.iso", EOpenMode::ReadWrite, ESharing::Anyone));
-        ASSERT_TRUE(file.Resize(length));
-        ASSERT_TRUE(file.Close());
+        SetLength(folder / "game.iso", length);
         CRecordingOperation operation;
         EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }),
                   "Code 1003-Can't get file siz " + (folder / "game.iso") + "\n");
@@ -299,6 +315,14 @@ TEST(IsoToCso, ReportsAFullDiskWithTheBlock) {
     request.outputPath = "/dev/full";
     CRecordingOperation operation;
     EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }), "Code 1009-block 0 : Write error\n");
+    request.outputPath = folder / "game.cso";
+    constexpr std::size_t kStart = 24 + 4 * 5;
+    for (const std::size_t block : {1, 3}) {
+        const test::CFileSizeLimit limit(kStart + 2048 * block + 100);
+        EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }),
+                  "Code 1009-block " + std::to_string(block) + " : Write error\n");
+        EXPECT_EQ(test::ReadWhole(folder / "game.cso").size(), kStart + 2048 * block + 100) << "what was written stays";
+    }
 }
 #endif
 

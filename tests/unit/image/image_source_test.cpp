@@ -7,6 +7,7 @@
 #include "compress/cso.h"
 #include "compress/dax.h"
 #include "files/refused.h"
+#include "image/container_image.h"
 #include "raw/sector.h"
 #include "tests/support/image_builder.h"
 
@@ -156,6 +157,15 @@ TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
                   "this is an NRG file, a form that is not read");
     EXPECT_THAT([] { OpenImage("/nowhere/at all"); },
                 testing::ThrowsMessage<CRefused>("/nowhere/at all: No such file or directory"));
+}
+
+TEST(RatioPercent, HasOneDecimalPlace) {
+    EXPECT_EQ(RatioPercent(1, 3), 33.3);
+    EXPECT_EQ(RatioPercent(2, 3), 66.7);
+    EXPECT_EQ(RatioPercent(999, 1000), 99.9);
+    EXPECT_EQ(RatioPercent(3, 2), 150.0) << "a container may be larger than its image";
+    EXPECT_EQ(RatioPercent(0, 7), 0.0);
+    EXPECT_EQ(RatioPercent(7, 0), 0.0);
 }
 
 }  // namespace

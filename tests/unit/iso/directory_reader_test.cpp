@@ -68,9 +68,17 @@ TEST_F(DirectoryReaderTest, ARecordMayStartAtTheLastPossibleByteOnly) {
     ASSERT_EQ(at, kDirectory * 2048 + 2014);
     Put(at, "Z", 5, 1);
     EXPECT_EQ(NamesAt(2).back(), "Z");
-    m_bytes[at] = 0;
-    m_bytes[at + 1] = 34;  // a length at byte 2015 is none
-    EXPECT_NE(NamesAt(2).back(), "Z");
+}
+
+TEST_F(DirectoryReaderTest, NoRecordStartsBehindTheLastPossibleByte) {
+    constexpr std::size_t kEnd = kDirectory * 2048 + 2015;
+    std::size_t at = Put(kDirectory * 2048, ".", 2, 2048);
+    while (at + 2 * 100 < kEnd) {
+        at = Put(at, std::string(67, 'A'), 5, 1);
+    }
+    Put(at, "LAST", 5, 1, static_cast<std::uint8_t>(kEnd - at));
+    Put(kEnd, "", 5, 1, 33);  // would end with the sector
+    EXPECT_EQ(NamesAt(2).back(), "LAST");
 }
 
 TEST_F(DirectoryReaderTest, ARecordLongerThanItsSectorEndsIt) {

@@ -28,12 +28,13 @@ TEST(NameProblemTest, RefusesEverywhereWhatLeavesTheFolder) {
 }
 
 TEST(NameProblemTest, RefusesOnWindowsWhatWindowsCannotHold) {
-    for (const char* name : {"A:B", "C:", "A*", "A?", "A\"B", "A<", "A>", "A|B", "A..", "A ", "A .", "A\x01", "CON",
-                             "con.txt", "NUL", "COM1", "lpt9.bin", "AUX .x", "PRN"}) {
+    for (const char* name :
+         {"A:B",   "C:",  "A*",      "A?",  "A\"B", "A<",       "A>",     "A|B", "A..",    "A ",         "A .",
+          "A\x01", "CON", "con.txt", "NUL", "COM1", "lpt9.bin", "AUX .x", "PRN", "CONIN$", "conout$.log"}) {
         EXPECT_EQ(NameProblem(name, ENameRules::Posix), "") << name;
         EXPECT_NE(NameProblem(name, ENameRules::Windows), "") << name;
     }
-    for (const char* name : {"CONS", "A.", "COM", "COM0", "COM10", "LPTX", "NULL.BIN", ".A"}) {
+    for (const char* name : {"CONS", "A.", "COM", "COM0", "COM10", "LPTX", "NULL.BIN", ".A", "CONIN"}) {
         EXPECT_EQ(NameProblem(name, ENameRules::Windows), "") << name;
     }
 }

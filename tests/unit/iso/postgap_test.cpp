@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 
+#include "files/native_file.h"
 #include "tests/support/image_builder.h"
 #include "tests/support/recording_operation.h"
 #include "tests/support/test_folder.h"
@@ -119,6 +120,27 @@ TEST_F(Postgap, AppendsAPostgapToAnImageLongerThanItsVolume) {
     const Bytes before = Image(test::EImageKind::Cd, test::EPostgap::Uncounted);
     Check();
     EXPECT_EQ(test::ReadWhole(m_path), WithPostgap(before));
+}
+
+/// The length is a signed 32-bit number here, which wraps.
+TEST_F(Postgap, LengthsOfTwoGibibytesAndMoreWrap) {
+    const Bytes image = Image(test::EImageKind::Cd, test::EPostgap::Counted);
+    const auto setLengths = [&](std::int64_t length, std::uint32_t volumeSectors) {
+        Bytes start = image;
+        test::Write32(start, 0x8050, volumeSectors);
+        test::WriteWhole(m_path, start);
+        CNativeFile file;
+        ASSERT_TRUE(file.Open(m_path, EOpenMode::ReadWrite, ESharing::Anyone));
+        ASSERT_TRUE(file.Resize(length));
+    };
+    constexpr std::int64_t kTwoGibibytes = std::int64_t{1} << 31;
+    setLengths(kTwoGibibytes, 1U << 20U);
+    Check();
+    EXPECT_EQ(FileSizeOf(m_path), kTwoGibibytes + 150 * std::int64_t{kSector}) << "never as long as its volume";
+    setLengths(2 * kTwoGibibytes + 5 * std::int64_t{kSector}, 5);
+    Check();
+    EXPECT_EQ(FileSizeOf(m_path), 2 * kTwoGibibytes + 5 * std::int64_t{kSector});
+    EXPECT_EQ(m_operation.CallsOf("notify This is PS2 CD/DVDRIP iso image file ,already").size(), 1U);
 }
 
 TEST_F(Postgap, OtherImagesCountAsDvds) {

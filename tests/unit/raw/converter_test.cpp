@@ -47,6 +47,7 @@ void ExpectReference(const CTestFolder& folder, const char* mode, const char* po
 TEST(Converter, ConvertsInBothModesWithAndWithoutPostgap) {
     const CTestFolder folder;
     test::WriteWhole(folder / "in.iso", test::RandomBytes(10 * kUserDataSize, 1));
+    test::WriteWhole(folder / "out.bin", Bytes(1'000'000, 'o'));  // an older file, which is longer
     EXPECT_EQ(Convert({folder / "in.iso", folder / "out.bin"}).status, EConverterExit::Done);
     ExpectReference(folder, "1", "0");
     EXPECT_EQ(Convert({folder / "in.iso", folder / "out.bin", "/mode2"}).status, EConverterExit::Done);

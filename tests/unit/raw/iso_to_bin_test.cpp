@@ -28,6 +28,8 @@ TEST(IsoToBin, WritesSectorsAndSheet) {
     for (const test::EPostgap postgap : {test::EPostgap::None, test::EPostgap::Missing}) {
         const CTestFolder folder;
         const Bytes image = test::CdImage(postgap);
+        test::WriteWhole(folder / "game.bin", Bytes(1'000'000, 'o'));
+        test::WriteWhole(folder / "game.cue", Bytes(1'000, 'o'));
         CRecordingOperation operation;
         IsoToBin(RequestFor(folder, image), operation);
         const Bytes raw = test::ReadWhole(folder / "game.bin");

@@ -236,6 +236,28 @@ TEST_F(ExportFilesTest, NotifiesAboutFilesBeyondTheImage) {
     EXPECT_NE(ReadText(m_request.layoutPath).find("\"C.BIN\""), std::string::npos);
 }
 
+TEST_F(ExportFilesTest, AFileMayEndWithTheImage) {
+    SetFiles({{"A.BIN", Bytes(1, 1)}, {"B.BIN", Bytes(5000, 1)}});
+    m_image.bytes.resize(m_image.File("\\B.BIN").sector * std::size_t{2048} + 5000);
+    SaveImage();
+    m_request.extractionFolder.reset();
+    Export();
+    EXPECT_TRUE(m_operation.CallsOf("notify").empty());
+}
+
+TEST_F(ExportRefusalTest, AnEmptyFileBehindTheLastSectorOfAnyDisc) {
+    SetFiles({{"A.BIN", Bytes(1, 1)}, {"EMPTY.DAT", {}}});
+    const std::size_t extent = m_image.File("\\EMPTY.DAT").recordOffset + 2;
+    Write32(m_image.bytes, extent, 1U << 24U);
+    SaveImage();
+    ExpectRefusal("\"EMPTY.DAT\" cannot be exported: it is recorded at sector 16777216, which exists on no disc");
+    EXPECT_EQ(m_operation.CallsOf("notify").size(), 1U);
+    Write32(m_image.bytes, extent, (1U << 24U) - 1);
+    SaveImage();
+    Export();
+    EXPECT_EQ(m_operation.CallsOf("notify").size(), 1U) << "none for the last sector";
+}
+
 TEST_F(ExportRefusalTest, AnEmptyFileAtASectorThatExistsOnNoDisc) {
     SetFiles({{"A.BIN", Bytes(1, 1)}, {"EMPTY.DAT", {}}});
     Write32(m_image.bytes, m_image.File("\\EMPTY.DAT").recordOffset + 2, 1936683035);

@@ -135,6 +135,23 @@ TEST_F(WalkerTest, FilesAtTheSameSectorKeepDirectoryOrder) {
               "00000019|00000000|00000000|\\B\\M.DAT\r\n");
 }
 
+TEST_F(WalkerTest, ManyFilesAtTheSameSectorKeepDirectoryOrder) {
+    constexpr int kEmptyFiles = 200;
+    SImageDescription description;
+    for (int i = 0; i < kEmptyFiles; ++i) {
+        description.files.push_back({std::to_string(1000 + i), {}, 0, EEmptyFile::SharesSector});
+    }
+    std::reverse(description.files.begin(), description.files.end());
+    description.files.insert(description.files.begin() + kEmptyFiles / 2, {"MIDDLE", Bytes(1, 1)});
+    Walk(description);
+    std::vector<std::string> names;
+    for (const SBuiltFile& file : m_image.files) {
+        names.push_back(file.path);
+    }
+    ASSERT_TRUE(std::is_sorted(names.begin(), names.begin() + kEmptyFiles / 2));
+    ExpectSideFiles();
+}
+
 TEST_F(WalkerTest, NamesAreCutAtTheVersion) {
     SImageDescription description;
     description.versions = false;
@@ -147,10 +164,12 @@ TEST_F(WalkerTest, NamesAreCutAtTheVersion) {
 
 TEST_F(WalkerTest, OnlyRecordsWithoutFlagsAreFiles) {
     SImageDescription description;
-    description.files = {{"HIDDEN", Bytes(1, 1)}, {"PLAIN", Bytes(1, 1)}, {"ASSOC", Bytes(1, 1)}};
+    description.files = {
+        {"HIDDEN", Bytes(1, 1)}, {"PLAIN", Bytes(1, 1)}, {"ASSOC", Bytes(1, 1)}, {"EXTENTS", Bytes(1, 1)}};
     m_image = BuildImage(description);
     m_image.bytes[m_image.File("\\HIDDEN").recordOffset + 25] = 1;
     m_image.bytes[m_image.File("\\ASSOC").recordOffset + 25] = 4;
+    m_image.bytes[m_image.File("\\EXTENTS").recordOffset + 25] = 0x80;  // more extents follow
     Walk(m_image.bytes);
     EXPECT_EQ(List(), "00000018|00000001|00000001|\\PLAIN\r\n");
 }
@@ -180,6 +199,20 @@ TEST_F(WalkerTest, ADistantOptionalTableMakesTheCopyLonger) {
     Walk(m_image.bytes);
     EXPECT_EQ(ReadWhole(m_folder / "tmp.tmp").size(), 3U * 2048);
     ExpectSideFiles();
+}
+
+TEST_F(WalkerTest, AnOptionalTableThatIsNotBehindTheTableIsIgnored) {
+    SImageDescription description;
+    description.files = ManyFiles(300, 299, 5);
+    m_image = BuildImage(description);
+    const std::size_t sectors = (m_image.pathTableBytes + 2047) / 2048;
+    ASSERT_GT(sectors, 1U);
+    for (const std::uint32_t optional : {m_image.pathTableSector, m_image.pathTableSector - 1, 1U}) {
+        Write32(m_image.bytes, 32912, optional);
+        Walk(m_image.bytes);
+        EXPECT_EQ(ReadWhole(m_folder / "tmp.tmp").size(), sectors * 2048) << optional;
+        ExpectSideFiles();
+    }
 }
 
 TEST_F(WalkerTest, TheHeaderOfADvdIncludesFileEntriesBeforeTheFiles) {

@@ -1,6 +1,7 @@
 // The CD rebuild of layouts that an export would not write: counts, lines, line ends and media letters.
 #include <filesystem>
 
+#include "tests/support/file_size_limit.h"
 #include "tests/unit/iml/rebuild/rebuild_fixture.h"
 
 namespace vantrel {
@@ -92,14 +93,27 @@ TEST_F(OddLayout, LayoutTruncatedAnywhereGivesAMessageOrAnImage) {
     WriteLayout();
     const std::string text = test::ReadText(m_folder / "game.iml");
     const std::size_t whole = text.find("[/LOC]");
+    const Bytes withNone = CdWith({});
+    const Bytes withA = CdWith({{18, test::RandomBytes(3, 1)}});
+    const Bytes withBoth = CdWith({{18, test::RandomBytes(3, 1)}, {19, test::RandomBytes(3, 2)}});
+    const std::string noMedia = "Error!!!!!!!! This is not UMD or CD or DVD verson of iml file";
+    const std::string noList = "The layout " + (m_folder / "game.iml") + " has no list of files";
     for (std::size_t length = 0; length < text.size(); ++length) {
         test::WriteText(m_folder / "game.iml", text.substr(0, length));
         test::CRecordingOperation window;
         test::CRecordingOperation console;
         const std::string inPlace = test::FailureOf([&] { RebuildImage(InPlace(), window); });
-        EXPECT_FALSE(inPlace.empty());
+        if (inPlace == "did not fail") {
+            EXPECT_THAT(test::ReadWhole(m_folder / "game.iso"), testing::AnyOf(withNone, withA, withBoth)) << length;
+        } else if (!inPlace.starts_with("Code 3041 - Error!!! Opening [")) {
+            EXPECT_THAT(inPlace, testing::AnyOf(noMedia, noList)) << length;
+            EXPECT_EQ(FileKindOf(m_folder / "game.iso"), EFileKind::Missing);
+        }
         std::filesystem::remove((m_folder / "game.iso"));
         const std::string strict = test::FailureOf([&] { RebuildImage(Strict(), console); });
+        if (length >= whole) {
+            EXPECT_EQ(inPlace, "did not fail") << length;
+        }
         if (length < whole - 2) {
             EXPECT_NE(strict, "did not fail") << length;
             EXPECT_EQ(FileKindOf(m_folder / "game.iso"), EFileKind::Missing);
@@ -114,6 +128,23 @@ TEST_F(OddLayout, SectorsThatExistOnNoDiscAreRefused) {
         WriteLayout();
         EXPECT_EQ(Failure(InPlace()), "The layout " + (m_folder / "game.iml") + " puts " + m_prefix +
                                           "A at a sector that exists on no disc");
+    }
+}
+
+/// Without files, only the entry of the leading structures says where they would begin.
+TEST_F(OddLayout, LeadingStructuresThatEndOnNoDiscMoveNothing) {
+    const test::CFileSizeLimit limit(1U << 20U);  // no gap up to the end of a disc
+    for (const char* last : {"99999999", "16777216", "-2", "-1"}) {
+        WriteLayout();
+        std::string text = test::ReadText(m_folder / "game.iml");
+        const std::size_t entry = text.find("0        17 ");
+        ASSERT_NE(entry, std::string::npos);
+        text.replace(entry + 9, 8, std::string(last).append(8 - std::string(last).size(), ' '));
+        test::WriteText(m_folder / "game.iml", text);
+        m_operation = {};
+        RebuildImage(InPlace(), m_operation);
+        EXPECT_EQ(FileSizeOf(m_folder / "game.iso"), std::int64_t{(18 + 150) * kSector}) << last;
+        EXPECT_EQ(m_operation.CallsOf("total").size(), 1U);
     }
 }
 

@@ -85,6 +85,30 @@ TEST_F(RebuildCd, LongFileIsCutByTheNext) {
     EXPECT_EQ(image, CdWith({{18, test::RandomBytes(5000, 1)}, {19, test::RandomBytes(50, 2)}}));
 }
 
+TEST_F(RebuildCd, PercentageMayExceedAHundred) {
+    Add(18, 18, "LONG", test::RandomBytes(400 * kSector, 1));
+    const Bytes image = Rebuilt();
+    EXPECT_EQ(image, CdWith({{18, test::RandomBytes(400 * kSector, 1)}}));
+    const std::vector<std::string> percents = m_operation.CallsOf("pane PERCENT");
+    // 18 leading sectors, 400 of the file and 150 of the postgap; the layout promises 19 and the postgap.
+    EXPECT_EQ(percents.at(percents.size() - 2), "pane PERCENT " + std::to_string(568 * 100 / 169) + "%");
+    EXPECT_EQ(percents.back(), "pane PERCENT 100%");
+    EXPECT_EQ(m_operation.CallsOf("total"), std::vector<std::string>{"total 169"});
+    EXPECT_EQ(m_operation.CallsOf("done").back(), "done 169");
+}
+
+/// As in an image that records an empty file at the sector of the next one.
+TEST_F(RebuildCd, LaterFilesOverwriteThoseOfTheSameSector) {
+    const Bytes content = test::RandomBytes(3000, 1);
+    Add(18, 18, "EMPTY", {});
+    Add(18, 19, "B", content);
+    Bytes image = Rebuilt();
+    EXPECT_EQ(image, CdWith({{18, content}}));
+    std::swap(m_layout.entries[0], m_layout.entries[1]);
+    image = Rebuilt();
+    EXPECT_EQ(image, CdWith({{18, content}, {18, {}}}));
+}
+
 TEST_F(RebuildCd, FileAmongTheLeadingStructuresReplacesThem) {
     Add(17, 17, "A", test::RandomBytes(10, 1));
     Bytes image = Rebuilt();

@@ -143,6 +143,12 @@ TEST_F(RebuildDvd, LeadingFileWithoutATrailingSector) {
     WriteLayout();
     test::WriteWhole(m_folder / "game.ims", Bytes(2040, 7));
     EXPECT_EQ(Failure(InPlace()), "did not fail");
+    // A shorter file counts as no leading structures and a trailing sector of zeros.
+    Bytes expected;
+    Put(expected, 18, Padded(test::RandomBytes(7, 1)));
+    Put(expected, 19, Bytes(kSector));
+    PutVolumeSize(expected);
+    EXPECT_EQ(test::ReadWhole(m_folder / "game.iso"), expected);
     SRebuildRequest strict = Strict();
     strict.manner = EOutputManner::CommitReplace;
     EXPECT_EQ(Failure(strict), "The file " + (m_folder / "game.ims") + " is shorter than the layout says");

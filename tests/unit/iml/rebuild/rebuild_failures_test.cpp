@@ -1,6 +1,7 @@
 // The failures of the CD rebuild, each with its text.
 #include <filesystem>
 
+#include "tests/support/file_size_limit.h"
 #include "tests/support/ordinary_user.h"
 #include "tests/unit/iml/rebuild/rebuild_fixture.h"
 
@@ -42,6 +43,17 @@ TEST_F(RebuildFailures, FilesThatVanishDuringTheRebuild) {
         };
         EXPECT_EQ(test::FailureOf([&] { RebuildImage(InPlace(), operation); }), text + (m_folder / name));
     }
+}
+
+TEST_F(RebuildFailures, FullDiskEndsTheRebuildAtOnce) {
+    Add(18, 18, "A", test::RandomBytes(kSector, 1));
+    Add(19, 20, "B", test::RandomBytes(2 * kSector, 2));  // without padding, whose write would fail as well
+    Add(21, 21, "C", test::RandomBytes(kSector, 3));
+    WriteLayout();
+    const test::CFileSizeLimit limit(20 * kSector);
+    EXPECT_EQ(Failure(InPlace()).find("Cannot write " + (m_folder / "game.iso") + ": "), 0U);
+    EXPECT_EQ(m_operation.PaneText(EPane::File), "\\..\\B");
+    EXPECT_EQ(FileSizeOf(m_folder / "game.iso"), 20 * std::int64_t{kSector}) << "what was written stays";
 }
 
 TEST_F(RebuildFailures, MissingListedFileNamesItself) {

@@ -200,6 +200,20 @@ TEST_F(DiscMap, RefusesRecordsThatDoNotFitTheirSector) {
     }
 }
 
+TEST_F(DiscMap, IgnoresWhatFollowsTheLastPossibleRecord) {
+    m_description.files.clear();
+    for (int i = 10; i < 60; ++i) {
+        m_description.files.push_back({std::to_string(i), test::RandomBytes(1, 1)});
+    }
+    Build();
+    const std::size_t directory = std::size_t{m_built.directories[0].sector} * 2048;
+    const std::size_t last = RecordOf("\\59");
+    ASSERT_GT(last + 255, directory + 2015);
+    m_image.m_bytes[last] = static_cast<std::uint8_t>(directory + 2015 - last);
+    m_image.m_bytes[directory + 2015] = 33;
+    EXPECT_EQ(Map().places.size(), 50U);
+}
+
 TEST_F(DiscMap, RefusesOtherBlockSizesAndPathTablesBeyondTheImage) {
     m_image.m_bytes[16 * 2048 + 129] = 4;
     EXPECT_NE(Refusal().find("logical blocks of 1024 bytes"), std::string::npos) << Refusal();
