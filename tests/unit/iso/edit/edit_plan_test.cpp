@@ -270,6 +270,22 @@ TEST_F(EditPlan, LimitsOfFilesAndMedia) {
     EXPECT_EQ(Refusal({{"A.BIN", 333'000LL * 2048}}), "not refused");
 }
 
+TEST_F(EditPlan, AnImageOfMoreSectorsThan32BitsCount) {
+    constexpr std::int64_t kLargestFile = 0xFFFFFFFF;
+    std::vector<std::pair<std::string, std::int64_t>> changes;
+    m_description.kind = EImageKind::Cd;
+    m_description.files.clear();
+    for (int i = 0; i < 2048; ++i) {
+        changes.emplace_back("F" + std::to_string(i) + ".BIN", kLargestFile);
+        m_description.files.push_back({changes.back().first, {1}});
+    }
+    Build();
+    m_image.m_bytes[33792] = 0;  // neither CD nor UMD
+    EXPECT_EQ(Refusal(changes), "the image would have more sectors than 32 bits can count");
+    changes.pop_back();
+    EXPECT_EQ(Refusal(changes), "not refused");
+}
+
 TEST_F(EditPlan, FilesThatCannotBeChanged) {
     const std::size_t record = m_built.File("\\A.BIN").recordOffset;
     m_image.m_bytes[record + 1] = 1;
