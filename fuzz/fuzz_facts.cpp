@@ -8,7 +8,7 @@
 #include "files/refused.h"
 #include "fuzz/expect.h"
 #include "fuzz/input_parts.h"
-#include "fuzz/memory_file.h"
+#include "fuzz/memory_disk.h"
 #include "image/inspect/dat_file.h"
 #include "image/inspect/title.h"
 #include "iml/layout/layout_check.h"

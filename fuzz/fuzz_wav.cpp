@@ -4,7 +4,7 @@
 #include "app/sound/sample_loop.h"
 #include "app/sound/wav_file.h"
 #include "fuzz/expect.h"
-#include "fuzz/memory_file.h"
+#include "fuzz/memory_disk.h"
 
 namespace vantrel::fuzz {
 

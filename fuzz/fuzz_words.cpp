@@ -12,7 +12,7 @@
 #include "files/path.h"
 #include "files/utf.h"
 #include "fuzz/expect.h"
-#include "fuzz/memory_file.h"
+#include "fuzz/memory_disk.h"
 #include "raw/converter.h"
 #include "raw/cue_sheet.h"
 

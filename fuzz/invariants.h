@@ -2,7 +2,7 @@
 #pragma once
 
 #include "fuzz/expect.h"
-#include "fuzz/memory_file.h"
+#include "fuzz/memory_disk.h"
 #include "fuzz/silent_operation.h"
 
 namespace vantrel::fuzz {

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <span>
 
-#include "fuzz/memory_file.h"
+#include "fuzz/memory_disk.h"
 
 namespace vantrel::fuzz {
 

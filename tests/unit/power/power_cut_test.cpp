@@ -20,7 +20,7 @@
 #include "files/refused.h"
 #include "files/temporary_path.h"
 #include "files/update_file.h"
-#include "fuzz/memory_file.h"
+#include "fuzz/memory_disk.h"
 #include "tests/support/image_builder.h"
 #include "tests/support/undated.h"
 #include "tests/unit/faults/captured_output.h"

@@ -1,5 +1,5 @@
-// Files in memory: one more implementation of files/native_file.h, with which a fuzzed conversion has a disk of its
-// own, thousands of times a second. Like a real disk, it has a limited capacity; it can also record what happens to it.
+// A disk in memory, so that a fuzzed conversion has a disk of its own, thousands of times a second. Like a real disk,
+// it has a limited capacity; it can also record what happens to it. Conversions use it through files/native_file.h.
 #pragma once
 
 #include <cstdint>
