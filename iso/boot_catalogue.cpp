@@ -2,21 +2,19 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <span>
 #include <string_view>
 
 #include "files/byte_order.h"
 #include "iso/iso9660.h"
+#include "iso/volume.h"
 
 namespace vantrel {
 
 namespace {
 
-constexpr std::size_t kMostDescriptors = 64;
 constexpr std::uint8_t kBootRecord = 0;
-constexpr std::uint8_t kSetTerminator = 255;
-constexpr std::size_t kStandardIdentifier = 1;
-constexpr std::size_t kStandardIdentifierLength = 5;
 constexpr std::size_t kBootSystem = 7;
 constexpr std::string_view kElTorito = "EL TORITO SPECIFICATION";
 constexpr std::size_t kCatalogueSector = 71;
@@ -32,7 +30,7 @@ constexpr std::uint8_t kLastSectionHeader = 0x91;
 /// In the second byte of an entry: an extension of it follows.
 constexpr std::uint8_t kContinued = 0x20;
 
-// Of an entry: count and sector, which follength each other. Of a section header: the number of its entries.
+// Of an entry: count and sector, which follow each other. Of a section header: the number of its entries.
 constexpr std::size_t kCount = 6;
 constexpr std::size_t kSector = 8;
 constexpr std::size_t kNumberOfEntries = 2;
@@ -106,20 +104,12 @@ private:
 }  // namespace
 
 std::optional<SBootCatalogue> ReadBootCatalogue(CByteSource& image) {
-    std::array<std::uint8_t, kSectorSize> first = {};
-    image.ReadAt(kPrimaryVolumePosition, first);
-    for (std::size_t i = 1; i < kMostDescriptors; ++i) {
-        std::array<std::uint8_t, kSectorSize> bytes = {};
-        const std::int64_t position = kPrimaryVolumePosition + static_cast<std::int64_t>(i) * kSectorSize;
-        image.ReadAt(position, bytes);
-        const auto* const identifier = &bytes[kStandardIdentifier];
-        if (bytes[0] == kSetTerminator ||
-            !std::equal(identifier, identifier + kStandardIdentifierLength, &first[kStandardIdentifier])) {
-            break;
-        }
-        if (bytes[0] == kBootRecord && std::equal(kElTorito.begin(), kElTorito.end(), &bytes[kBootSystem])) {
+    for (const SVolumeDescriptorAt& volume : ReadVolumeDescriptors(image)) {
+        const auto bytes = std::bit_cast<std::array<std::uint8_t, sizeof(volume.descriptor)>>(volume.descriptor);
+        if (volume.descriptor.type == kBootRecord &&
+            std::equal(kElTorito.begin(), kElTorito.end(), &bytes[kBootSystem])) {
             SBootCatalogue catalogue;
-            catalogue.record = static_cast<std::uint32_t>(position / kSectorSize);
+            catalogue.record = volume.sector;
             catalogue.sector = LoadLe32(std::span(bytes).subspan<kCatalogueSector, 4>());
             CCatalogueReader(image, catalogue).Read();
             return catalogue;

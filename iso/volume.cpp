@@ -11,6 +11,8 @@ namespace vantrel {
 namespace {
 
 constexpr std::size_t kMarkSize = 3;
+constexpr std::size_t kMostDescriptors = 64;
+constexpr std::uint8_t kSetTerminator = 255;
 
 bool HasMark(CByteSource& image, std::int64_t position, std::string_view mark) {
     std::array<std::uint8_t, kMarkSize> bytes = {};
@@ -63,6 +65,25 @@ SPrimaryVolumeDescriptor ReadVolume(CByteSource& image, std::int64_t position) {
     std::array<std::uint8_t, sizeof(SPrimaryVolumeDescriptor)> bytes = {};
     image.ReadAt(position, bytes);
     return std::bit_cast<SPrimaryVolumeDescriptor>(bytes);
+}
+
+bool IsJoliet(const SPrimaryVolumeDescriptor& volume) {
+    const auto& escape = volume.unused88;
+    return escape[0] == '%' && escape[1] == '/' && (escape[2] == '@' || escape[2] == 'C' || escape[2] == 'E');
+}
+
+std::vector<SVolumeDescriptorAt> ReadVolumeDescriptors(CByteSource& image) {
+    std::vector<SVolumeDescriptorAt> volumes = {{ReadPrimaryVolume(image), kPrimaryVolumePosition / kSectorSize}};
+    while (volumes.size() < kMostDescriptors &&
+           (volumes.size() == 1 || volumes.back().descriptor.type != kSetTerminator)) {
+        const std::uint32_t sector = volumes.back().sector + 1;
+        const SPrimaryVolumeDescriptor next = ReadVolume(image, sector * kSectorSize);
+        if (next.standardIdentifier != volumes.front().descriptor.standardIdentifier) {
+            break;
+        }
+        volumes.push_back({next, sector});
+    }
+    return volumes;
 }
 
 std::string TruncationNotice(const std::string& path, std::int64_t length, const SPrimaryVolumeDescriptor& volume) {

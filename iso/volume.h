@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "files/byte_source.h"
 #include "iso/iso9660.h"
@@ -43,6 +44,22 @@ SPrimaryVolumeDescriptor ReadPrimaryVolume(CByteSource& image);
 
 /// The descriptor at a byte position. A supplementary volume descriptor has the same fields (ECMA-119 8.5).
 SPrimaryVolumeDescriptor ReadVolume(CByteSource& image, std::int64_t position);
+
+/// Type of supplementary and enhanced volume descriptors (ECMA-119 8.5).
+inline constexpr std::uint8_t kSupplementaryVolume = 2;
+
+/// Whether a supplementary volume has Joliet names: its escape sequence is "%/@", "%/C" or "%/E".
+bool IsJoliet(const SPrimaryVolumeDescriptor& volume);
+
+/// A volume descriptor and its sector.
+struct SVolumeDescriptorAt {
+    SPrimaryVolumeDescriptor descriptor;
+    std::uint32_t sector;
+};
+
+/// The volume descriptor set (ECMA-119 6.7.1): the descriptor in sector 16, and those behind it with the same standard
+/// identifier up to the terminator, which is the last one if there is one. At most 64 are read.
+std::vector<SVolumeDescriptorAt> ReadVolumeDescriptors(CByteSource& image);
 
 /// A notice if an image of `length` bytes is shorter than its volume; empty if it is not, or if the volume is not
 /// marked as ISO 9660 (ECMA-119 8.4.2), because its size means nothing then.

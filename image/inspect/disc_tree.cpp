@@ -14,11 +14,8 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::uint32_t kMostDescriptors = 16;
 /// Records of a tree that are read; no disc has as many.
 constexpr std::size_t kMostRecords = 1U << 20U;
-constexpr std::uint8_t kSupplementary = 2;  ///< also the type of enhanced ones (ECMA-119 8.5)
-constexpr std::uint8_t kTerminator = 255;
 
 bool SameOrders(const SBothOrder32& number) {
     return LoadLe32(number.little) == LoadBe32(number.big);
@@ -26,16 +23,6 @@ bool SameOrders(const SBothOrder32& number) {
 
 bool SameOrders(const SBothOrder16& number) {
     return number.little[0] == number.big[1] && number.little[1] == number.big[0];
-}
-
-bool HasStandardIdentifier(const SPrimaryVolumeDescriptor& descriptor) {
-    return std::string(descriptor.standardIdentifier.begin(), descriptor.standardIdentifier.end()) == "CD001";
-}
-
-/// The escape sequences of UCS-2 levels 1 to 3, which mark a Joliet volume.
-bool IsJoliet(const SPrimaryVolumeDescriptor& descriptor) {
-    const auto& escape = descriptor.unused88;
-    return escape[0] == '%' && escape[1] == '/' && (escape[2] == '@' || escape[2] == 'C' || escape[2] == 'E');
 }
 
 /// Big-endian UCS-2, which OSTA names contain behind a byte.
@@ -177,15 +164,12 @@ void CheckByteOrders(const SIsoVolume& volume, CLimitedLines& problems) {
 std::vector<SIsoVolume> ReadIsoVolumes(CByteSource& image, CLimitedLines& problems) {
     std::vector<SIsoVolume> volumes;
     std::set<std::uint32_t> roots;
-    for (std::uint32_t sector = kFirstDescriptor; sector < kFirstDescriptor + kMostDescriptors; ++sector) {
-        SIsoVolume volume = {sector, ReadVolume(image, sector * kSectorSize), false, {}};
-        const bool isPrimary = sector == kFirstDescriptor;  // with or without the standard identifier
-        if (!isPrimary && (!HasStandardIdentifier(volume.descriptor) || volume.descriptor.type == kTerminator)) {
-            break;
-        }
-        if (!isPrimary && volume.descriptor.type != kSupplementary) {
+    for (const SVolumeDescriptorAt& found : ReadVolumeDescriptors(image)) {
+        const bool isPrimary = volumes.empty();
+        if (!isPrimary && found.descriptor.type != kSupplementaryVolume) {
             continue;
         }
+        SIsoVolume volume = {found.sector, found.descriptor, false, {}};
         volume.isJoliet = !isPrimary && IsJoliet(volume.descriptor);
         volume.tree.prefix = isPrimary ? "" : volume.isJoliet ? "Joliet: " : "supplementary volume: ";
         CheckByteOrders(volume, problems);

@@ -4,6 +4,7 @@
 #include <array>
 #include <set>
 #include <span>
+#include <vector>
 
 #include "iso/contents.h"
 #include "iso/path_table.h"
@@ -18,10 +19,6 @@ constexpr char kSeparator = '\\';
 
 /// Names in a notice; further ones are counted.
 constexpr std::size_t kMostNames = 10;
-
-constexpr std::size_t kMostDescriptors = 64;
-constexpr std::uint8_t kSupplementaryVolume = 2;  ///< also an enhanced one (ECMA-119 8.5)
-constexpr std::uint8_t kSetTerminator = 255;
 
 /// "A, B and 3 more"
 std::string NamesOf(const std::vector<std::string>& names) {
@@ -168,12 +165,9 @@ private:
 
     /// The trees of the supplementary and enhanced volumes, for example Joliet's.
     void AddSupplementaryVolumes() {
-        for (std::size_t i = 1; i < kMostDescriptors; ++i) {
-            const SPrimaryVolumeDescriptor volume =
-                ReadVolume(m_image, kPrimaryVolumePosition + static_cast<std::int64_t>(i) * kSectorSize);
-            if (volume.standardIdentifier != m_volume.standardIdentifier || volume.type == kSetTerminator) {
-                return;
-            }
+        const std::vector<SVolumeDescriptorAt> volumes = ReadVolumeDescriptors(m_image);
+        for (const SVolumeDescriptorAt& found : std::span(volumes).subspan(1)) {
+            const SPrimaryVolumeDescriptor& volume = found.descriptor;
             if (volume.type == kSupplementaryVolume) {
                 AddPathTables("supplementary path table", volume);
                 for (const SContentFolder& folder :

@@ -18,9 +18,6 @@ namespace vantrel {
 
 namespace {
 
-constexpr std::size_t kMostDescriptors = 64;
-constexpr std::uint8_t kSupplementaryVolume = 2;  ///< also an enhanced one (ECMA-119 8.5)
-constexpr std::uint8_t kSetTerminator = 255;
 constexpr std::uint32_t kSystemAreaSectors = 16;
 /// What closes an image is kept in memory when it moves.
 constexpr std::uint32_t kMostClosingSectors = 4096;
@@ -30,12 +27,6 @@ struct SVolume {
     SPrimaryVolumeDescriptor descriptor;
     std::int64_t position;
 };
-
-/// Whether a supplementary volume has Joliet names: its escape sequence is "%/@", "%/C" or "%/E".
-bool IsJoliet(const SPrimaryVolumeDescriptor& volume) {
-    const auto& escape = volume.unused88;
-    return escape[0] == '%' && escape[1] == '/' && (escape[2] == '@' || escape[2] == 'C' || escape[2] == 'E');
-}
 
 /// A path for the comparison of names in two trees: in upper case, with '_' for characters that ISO 9660 names cannot
 /// have, and without the dot at the end of names that have no extension.
@@ -102,23 +93,15 @@ public:
 
 private:
     void ReadVolumes() {
-        for (std::size_t i = 0; i < kMostDescriptors; ++i) {
-            const std::int64_t position = kPrimaryVolumePosition + static_cast<std::int64_t>(i) * kSectorSize;
-            const SPrimaryVolumeDescriptor volume = ReadVolume(m_image, position);
-            const bool isFirst = i == 0;
-            if (!isFirst && volume.standardIdentifier != m_volumes.front().descriptor.standardIdentifier) {
-                break;
-            }
-            AddStructure(position / kSectorSize, 1);
-            if (!isFirst && volume.type == kSetTerminator) {
-                break;
-            }
-            if (isFirst || volume.type == kSupplementaryVolume) {
-                CheckBlockSize(volume);
-                m_volumes.push_back({volume, position});
+        for (const SVolumeDescriptorAt& volume : ReadVolumeDescriptors(m_image)) {
+            AddStructure(volume.sector, 1);
+            if (m_volumes.empty() || volume.descriptor.type == kSupplementaryVolume) {
+                CheckBlockSize(volume.descriptor);
+                const std::int64_t position = volume.sector * kSectorSize;
+                m_volumes.push_back({volume.descriptor, position});
                 m_map.volumeSizes.push_back(
                     {position + static_cast<std::int64_t>(offsetof(SPrimaryVolumeDescriptor, volumeSpaceSize)),
-                     volume.volumeSpaceSize.Value()});
+                     volume.descriptor.volumeSpaceSize.Value()});
             }
         }
     }

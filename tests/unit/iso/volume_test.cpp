@@ -93,6 +93,37 @@ TEST_F(VolumeTest, TheTwoRulesReadDifferentIdentifiers) {
     EXPECT_EQ(KindBySystem(volume), ImageKind::Cd);
 }
 
+TEST_F(VolumeTest, ReadsTheDescriptorSetUpToItsTerminator) {
+    Bytes bytes(100 * std::size_t{2048});
+    const auto setDescriptor = [&bytes](std::size_t sector, std::uint8_t type) {
+        bytes[sector * 2048] = type;
+        std::copy_n("CD001", 5, bytes.begin() + static_cast<std::ptrdiff_t>(sector * 2048 + 1));
+    };
+    const auto typesBySector = [&bytes, this] {
+        std::vector<std::pair<std::uint32_t, int>> found;
+        for (const SVolumeDescriptorAt& volume : ReadVolumeDescriptors(Image(bytes))) {
+            found.emplace_back(volume.sector, volume.descriptor.type);
+        }
+        return found;
+    };
+    using Found = std::vector<std::pair<std::uint32_t, int>>;
+
+    setDescriptor(16, 255);  // never the terminator: readers look nowhere else for the primary volume
+    EXPECT_EQ(typesBySector(), (Found{{16, 255}}));
+    setDescriptor(17, 0);
+    setDescriptor(18, 2);
+    setDescriptor(19, 255);
+    setDescriptor(20, 2);
+    EXPECT_EQ(typesBySector(), (Found{{16, 255}, {17, 0}, {18, 2}, {19, 255}}));
+    bytes[18 * 2048 + 5] = '2';
+    EXPECT_EQ(typesBySector(), (Found{{16, 255}, {17, 0}}));
+    for (std::size_t sector = 16; sector < 100; ++sector) {
+        setDescriptor(sector, 2);
+    }
+    EXPECT_EQ(typesBySector().size(), 64U);
+    EXPECT_EQ(typesBySector().back().first, 79U);
+}
+
 TEST(VolumeSizeFieldTest, CountsWholeSectorsInBothByteOrders) {
     EXPECT_EQ(VolumeSizeField(0x010203 * std::int64_t{2048} + 2047),
               (std::array<std::uint8_t, 8>{3, 2, 1, 0, 0, 1, 2, 3}));
