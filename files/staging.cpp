@@ -57,13 +57,14 @@ bool CStaging::Open(const std::string& base) {
             return Fail("Cannot create a folder in " + (base.empty() ? "." : base));
         }
         m_path = WithSeparator(path);
-        // Another process may take the folder for a leftover until it is locked.
-        if (m_lock.Open(m_path + kStagingLock, EOpenMode::CreateNew, ESharing::Readers) &&
-            m_lock.TakeLock() != ELock::Refused) {
-            return MakeFolder(m_path + kStagedFolder) || Fail("Cannot create a folder in " + m_path);
+        // Another process may take the folder for a leftover, and remove it, until it is locked.
+        const bool isOpen = m_lock.Open(m_path + kStagingLock, EOpenMode::CreateNew, ESharing::Readers);
+        const bool isLocked = isOpen && m_lock.TakeLock() != ELock::Refused;
+        if (isLocked && MakeFolder(m_path + kStagedFolder)) {
+            return true;
         }
-        if (FileKindOf(path) != EFileKind::Missing) {
-            return Fail("Cannot create a file in " + m_path);
+        if (isOpen == isLocked && FileKindOf(path) != EFileKind::Missing) {
+            return Fail("Cannot create a file or folder in " + m_path);
         }
         m_path.clear();
     }

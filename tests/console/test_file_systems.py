@@ -60,21 +60,36 @@ class Disk:
     def leaves_nothing(self, words):
         return False
 
-    def start(self, words, others):
-        """Starts a process and waits until it writes something that `others` does not name. Returns both."""
-        process = subprocess.Popen(COMMAND + words, cwd=self.folder, stdout=subprocess.DEVNULL)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-        while process.poll() is None:
-            for name in set(self.left()) - set(others):
-                return process, name
-        self.fail("%s has ended" % words)
+    def is_held(self, name):
+        """Whether its process has locked it: it does so before it writes anything else."""
+        path = self.path(name)
+        return os.path.isdir(os.path.join(path, "staged")) if os.path.isdir(path) else os.path.getsize(path) > 0
+
+    def start(self, words, output, others):
+        """Starts a process that makes an output, and stops it while it holds something that `others` does not name.
+        Returns both."""
+        for _ in range(100):
+            process = subprocess.Popen(COMMAND + words, cwd=self.folder, stdout=subprocess.DEVNULL)
+            self.addCleanup(process.wait)
+            self.addCleanup(process.kill)
+            while process.poll() is None:
+                process.send_signal(signal.SIGSTOP)
+                for name in set(self.left()) - set(others):
+                    if self.is_held(name):
+                        return process, name
+                process.send_signal(signal.SIGCONT)
+                time.sleep(0.001)
+            self.remove(output)  # it has ended between two looks
+        self.fail("%s ended each time before it was seen" % words)
+
+    def remove(self, name):
+        path = self.path(name)
+        shutil.rmtree(path) if os.path.isdir(path) else os.remove(path)
 
     def check_leftovers(self, words, target, image):
         """`target` returns the words for an output of this name."""
-        living, of_living = self.start([*words, *target("living"), image], [])
-        living.send_signal(signal.SIGSTOP)
-        dead, of_dead = self.start([*words, *target("dead"), image], [of_living])
+        living, of_living = self.start([*words, *target("living"), image], "living", [])
+        dead, of_dead = self.start([*words, *target("dead"), image], "dead", [of_living])
         dead.kill()
         dead.wait()
         self.assertEqual(set(self.left()), {of_living, of_dead})
