@@ -24,6 +24,7 @@ CFolderWatch::CFolderWatch(const std::string& folder)
         throw CDriveFailure("the folder " + folder + " cannot be watched");
     }
     m_thread = std::thread([this] { Run(); });
+    WaitUntil([this] { return m_watches.load(); });  // changes are reported from the first request on
 }
 
 CFolderWatch::~CFolderWatch() {
@@ -57,6 +58,7 @@ void CFolderWatch::Run() {
                                    FILE_NOTIFY_CHANGE_FILE_NAME, nullptr, &overlapped, nullptr)) {
             break;
         }
+        m_watches = true;
         const HANDLE either[] = {news, m_stop};
         if (WaitForMultipleObjects(2, either, FALSE, INFINITE) != WAIT_OBJECT_0) {
             CancelIo(m_folder);

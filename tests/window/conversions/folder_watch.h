@@ -34,6 +34,7 @@ private:
     HANDLE m_stop;
     std::set<std::string> m_appeared;
     std::set<std::string> m_vanished;
+    std::atomic<bool> m_watches = false;
     std::atomic<bool> m_hasSeenLastFile = false;
     std::thread m_thread;
 };
