@@ -216,9 +216,18 @@ class Kill(ConsoleTest):
         self.assertEqual(sorted(self.at_once(["iso2bin", "game.iso"])), [0] + [1] * 19)
         self.assertEqual(self.names(), ["game.bin", "game.cue", "game.iso"])
 
-    def at_once(self, words):
+    def test_processes_beside_each_other(self):
+        """Outputs that wait for others of their process are no leftovers to another process in the same folder."""
+        images = ["%d.iso" % i for i in range(20)]
+        for _ in range(5):
+            self.reset({name: ps2_image(210, 210) for name in images})
+            self.assertEqual(self.at_once(*(["iso2bin", name] for name in images)), [0] * 20)
+            self.assertEqual(len(self.names()), 60)
+
+    def at_once(self, *commands):
+        """The statuses of these commands, or of one that is run twenty times."""
         processes = [subprocess.Popen(COMMAND + words, cwd=self.folder, stdout=subprocess.DEVNULL,
-                                      stderr=subprocess.DEVNULL) for _ in range(20)]
+                                      stderr=subprocess.DEVNULL) for words in commands * (20 // len(commands))]
         return [process.wait(60) for process in processes]
 
 
