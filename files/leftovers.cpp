@@ -91,6 +91,8 @@ void RemoveStaging(const std::string& path, CNativeFile& lock) {
             RemoveTemporary(path + name);
         }
     }
+    // While it is locked, where the system removes open files: who waits for the lock of a removed file has lost.
+    RemoveFile(path + kStagingLock);
     lock.Close();
     RemoveTemporary(path + kStagingLock);
     if (!RemoveFolder(path)) {

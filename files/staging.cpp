@@ -58,8 +58,10 @@ bool CStaging::Open(const std::string& base) {
         }
         m_path = WithSeparator(path);
         // Another process may take the folder for a leftover, and remove it, until it is locked.
-        const bool isOpen = m_lock.Open(m_path + kStagingLock, EOpenMode::CreateNew, ESharing::Readers);
-        const bool isLocked = isOpen && m_lock.TakeLock() != ELock::Refused;
+        const std::string lock = m_path + kStagingLock;
+        const bool isOpen = m_lock.Open(lock, EOpenMode::CreateNew, ESharing::Readers);
+        const bool isLocked =
+            isOpen && m_lock.TakeLock() != ELock::Refused && FileKindOf(lock) != EFileKind::Missing;
         if (isLocked && MakeFolder(m_path + kStagedFolder)) {
             return true;
         }
