@@ -60,8 +60,7 @@ bool CStaging::Open(const std::string& base) {
         // Another process may take the folder for a leftover, and remove it, until it is locked.
         const std::string lock = m_path + kStagingLock;
         const bool isOpen = m_lock.Open(lock, EOpenMode::CreateNew, ESharing::Readers);
-        const bool isLocked =
-            isOpen && m_lock.TakeLock() != ELock::Refused && FileKindOf(lock) != EFileKind::Missing;
+        const bool isLocked = isOpen && m_lock.TakeLock() != ELock::Refused && FileKindOf(lock) != EFileKind::Missing;
         if (isLocked && MakeFolder(m_path + kStagedFolder)) {
             return true;
         }

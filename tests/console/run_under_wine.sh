@@ -7,6 +7,6 @@ set -u
 wine_env_display && wine_env_no_audio && wine_env_wine || exit 1
 status=0
 for test in "$@"; do
-    /usr/bin/python3 "$test" 8>&- </dev/null || status=1
+    /usr/bin/python3 "$test" -v 8>&- </dev/null || status=1
 done
 exit $status
