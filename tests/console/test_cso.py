@@ -145,7 +145,7 @@ class CsoCommands(ConsoleTest):
                              (1, "", "vantrel %s: %s: %s\n" % (command, name, text)))
 
     def test_other_forms_are_refused_by_name(self):
-        zso = cso_reference.compress(9, psp_image(), magic=b"ZISO")
+        zso = b"ZISO" + cso_reference.compress(9, psp_image())[4:]
         iso = bytearray(psp_image())
         iso[32769:32774] = b"CD001"
         for name, content, form in (("a.cso", zso, "a ZSO file"), ("b.cso", iso, "an ISO file"),

@@ -33,10 +33,8 @@ def lz4_block(block):
     return lz4.block.compress(block, mode="high_compression", compression=9, store_size=False)
 
 
-def compress_strict(image, magic, block_size=BLOCK, align=0, tail="padded"):
-    """ZSO (magic ZISO), or CSO 2 with LZ4 and deflate blocks in turn: the length says which blocks are plain."""
-    is_zso = magic == b"ZISO"
-    blocks = blocks_of(image, block_size, tail)
+def assemble(blocks, align, header, encode):
+    """A file of these blocks. `encode` returns the bytes of a block and its flag, given its number and content."""
     data = bytearray(24 + 4 * (len(blocks) + 1))
     index = []
 
@@ -45,20 +43,41 @@ def compress_strict(image, magic, block_size=BLOCK, align=0, tail="padded"):
         return len(data) >> align
 
     for number, block in enumerate(blocks):
-        is_lz4 = is_zso or number % 2 == 0
-        stored = lz4_block(block) if is_lz4 else deflate(9, block)
-        here = entry()
-        if is_zso:
-            is_plain = len(stored) >= len(block)
-            index.append(here | (PLAIN if is_plain else 0))
-        else:
-            is_plain = (-(-len(stored) // (1 << align)) << align) >= block_size
-            index.append(here | (PLAIN if is_lz4 and not is_plain else 0))
-        data += (block if is_zso else block.ljust(block_size, b"\0")) if is_plain else stored
+        stored, flag = encode(number, block)
+        index.append(entry() | flag)
+        data += stored
     index.append(entry())
-    data[:24] = magic + struct.pack("<IQIBBH", 24, len(image), block_size, 1 if is_zso else 2, align, 0)
+    data[:24] = header
     struct.pack_into("<%dI" % len(index), data, 24, *index)
     return bytes(data)
+
+
+def compress(level, image, tail="dropped", block_size=BLOCK, align=0, version=1):
+    """CSO with deflate blocks."""
+    def encode(_, block):
+        stored = deflate(level, block)
+        return (block, PLAIN) if len(stored) >= len(block) else (stored, 0)
+
+    header = struct.pack("<4sIQIBBH", b"CISO", 0, len(image), block_size, version, align, 0)
+    return assemble(blocks_of(image, block_size, tail), align, header, encode)
+
+
+def compress_strict(image, magic, block_size=BLOCK, align=0, tail="padded"):
+    """ZSO (magic ZISO), or CSO 2 with LZ4 and deflate blocks in turn: the length says which blocks are plain."""
+    def encode_zso(_, block):
+        stored = lz4_block(block)
+        return (block, PLAIN) if len(stored) >= len(block) else (stored, 0)
+
+    def encode_cso2(number, block):
+        is_lz4 = number % 2 == 0
+        stored = lz4_block(block) if is_lz4 else deflate(9, block)
+        if (-(-len(stored) // (1 << align)) << align) >= block_size:
+            return block.ljust(block_size, b"\0"), 0
+        return stored, PLAIN if is_lz4 else 0
+
+    is_zso = magic == b"ZISO"
+    header = struct.pack("<4sIQIBBH", magic, 24, len(image), block_size, 1 if is_zso else 2, align, 0)
+    return assemble(blocks_of(image, block_size, tail), align, header, encode_zso if is_zso else encode_cso2)
 
 
 def expand_zso(zso):
@@ -82,26 +101,6 @@ def expand_zso(zso):
         assert len(block) == block_size
         image += block
     return image[:total]
-
-
-def compress(level, image, tail="dropped", block_size=BLOCK, align=0, version=1, magic=b"CISO"):
-    blocks = blocks_of(image, block_size, tail)
-    data = bytearray(24 + 4 * (len(blocks) + 1))
-    index = []
-
-    def entry():
-        data.extend(b"\xEE" * (-len(data) % (1 << align)))
-        return len(data) >> align
-
-    for block in blocks:
-        stored = deflate(level, block)
-        is_plain = len(stored) >= len(block)
-        index.append(entry() | (PLAIN if is_plain else 0))
-        data += block if is_plain else stored
-    index.append(entry())
-    data[:24] = magic + struct.pack("<IQIBBH", 0, len(image), block_size, version, align, 0)
-    struct.pack_into("<%dI" % len(index), data, 24, *index)
-    return bytes(data)
 
 
 def expand(cso):
