@@ -1,4 +1,6 @@
 // The main task as a user sees it: an image becomes a container and an image again.
+#include <set>
+
 #include "tests/window/driver/window_test.h"
 #include "tests/window/journeys/cso_by_hand.h"
 
@@ -10,6 +12,10 @@ constexpr std::size_t kLong = std::size_t{64} << 20;
 
 constexpr int kConversionButtons[] = {IDC_ISO_TO_IML, IDC_VANTREL,    IDC_ISO_TO_BIN,    IDC_BIN_TO_ISO, IDC_ISO_TO_DAX,
                                       IDC_DAX_TO_ISO, IDC_ISO_TO_CSO, IDC_CHECK_POSTGAP, IDC_CSO_TO_ISO};
+
+constexpr int kControls[] = {IDC_ISO_TO_IML, IDC_VANTREL,    IDC_ISO_TO_BIN,  IDC_BIN_TO_ISO,
+                             IDC_ISO_TO_DAX, IDC_DAX_TO_ISO, IDC_ISO_TO_CSO,  IDC_CHECK_POSTGAP,
+                             IDC_CSO_TO_ISO, IDC_BROWSE,     IDC_COMPRESSION, IDC_EXIT};
 
 class CsoJourney : public CWindowTest {
 protected:
@@ -88,24 +94,40 @@ TEST_F(CsoJourney, NothingHappensWithoutASelectedLevel) {
 }
 
 TEST_F(CsoJourney, WindowIsResponsiveWhileItConverts) {
-    WriteWhole(m_folder / "game.iso", UmdImage(kLong));
-    const CDrivenDialog dialog = m_program.Start();
-    dialog.Choose(m_folder / "game.iso");
-    dialog.Press(IDC_ISO_TO_CSO);
-    Require("progress", [&] { return dialog.ProgressPosition().value_or(0) > 100; });
-    EXPECT_EQ(dialog.Pane(EPane::Status), "Compression ISO2CSO, please Wait");
-    // The bar is visible: its two ends differ while it is neither empty nor full.
-    const auto isHalfFilled = [&] { return dialog.ProgressColour(20) != dialog.ProgressColour(980); };
-    WaitUntil([&] { return isHalfFilled() || HasBox(m_program); });
-    EXPECT_TRUE(isHalfFilled());
-    ExpectAllConversionsGreyed(dialog);
-    EXPECT_FALSE(dialog.IsEnabled(IDC_BROWSE));
-    EXPECT_FALSE(dialog.IsEnabled(IDC_COMPRESSION));
-    EXPECT_TRUE(dialog.IsEnabled(IDC_EXIT));
-    dialog.PressAndWait(IDC_ALWAYS_ON_TOP);
-    EXPECT_TRUE(dialog.IsChecked(IDC_ALWAYS_ON_TOP));
-    EXPECT_FALSE(HasBox(m_program)) << "the conversion ended before the window was tested";
-    WaitForBox(m_program, kConversion).Close();
+    // A machine may be so busy that the conversion ends before the window was looked at.
+    constexpr std::size_t kLongest = 16 * kLong;
+    for (std::size_t length = kLong;; length *= 2) {
+        WriteWhole(m_folder / "game.iso", UmdImage(length));
+        const CDrivenDialog dialog = m_program.Start();
+        dialog.Choose(m_folder / "game.iso");
+        dialog.Press(IDC_ISO_TO_CSO);
+        WaitUntil([&] { return dialog.ProgressPosition().value_or(0) > 100 || HasBox(m_program); });
+        // The bar is visible: its two ends differ while it is neither empty nor full.
+        const auto isHalfFilled = [&] { return dialog.ProgressColour(20) != dialog.ProgressColour(980); };
+        const bool wasHalfFilled = WaitUntil([&] { return isHalfFilled() || HasBox(m_program); }) && isHalfFilled();
+        const std::string status = dialog.Pane(EPane::Status);
+        std::set<int> enabled;
+        for (const int control : kControls) {
+            if (dialog.IsEnabled(control)) {
+                enabled.insert(control);
+            }
+        }
+        dialog.PressAndWait(IDC_ALWAYS_ON_TOP);
+        const bool isOnTop = dialog.IsChecked(IDC_ALWAYS_ON_TOP);
+        const bool hasEnded = HasBox(m_program);
+        WaitForBox(m_program, kConversion).Close();
+        if (hasEnded && length < kLongest) {
+            dialog.Press(IDC_EXIT);
+            m_program.WaitForEnd();
+            continue;
+        }
+        EXPECT_FALSE(hasEnded) << "each conversion ended before the window was tested";
+        EXPECT_TRUE(wasHalfFilled);
+        EXPECT_EQ(status, "Compression ISO2CSO, please Wait");
+        EXPECT_EQ(enabled, std::set<int>{IDC_EXIT});
+        EXPECT_TRUE(isOnTop);
+        return;
+    }
 }
 
 TEST_F(CsoJourney, ExitLeavesAnUnfinishedContainer) {
