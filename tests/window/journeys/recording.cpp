@@ -1,6 +1,6 @@
 #include "tests/window/journeys/recording.h"
 
-#include <cmath>
+#include <algorithm>
 #include <cstdlib>
 
 #include "files/input_file.h"
@@ -11,10 +11,11 @@ namespace {
 
 /// Tolerance for rounding by resampling. The null device adds no noise.
 constexpr int kQuiet = 3;
-constexpr std::size_t kPause = kRecordingRate / 10;
+/// Samples per second of the recording: one unsigned byte each, 128 is silence.
+constexpr double kRate = 11025;
 
-int Loudness(std::uint8_t sample) {
-    return std::abs(static_cast<int>(sample) - 128);
+bool IsLoud(std::uint8_t sample) {
+    return std::abs(static_cast<int>(sample) - 128) > kQuiet;
 }
 
 void OpenRecording(CInputFile& file) {
@@ -30,20 +31,12 @@ std::size_t RecordedSize() {
     return static_cast<std::size_t>(file.Size());
 }
 
-std::size_t FirstLoud(const Bytes& recording) {
-    std::size_t i = 0;
-    while (i < recording.size() && Loudness(recording[i]) <= kQuiet) {
-        ++i;
-    }
-    return i;
-}
-
 }  // namespace
 
 CRecording::CRecording() : m_start(RecordedSize()) {}
 
 Bytes CRecording::AtLeast(double seconds) const {
-    const auto wanted = static_cast<std::size_t>(seconds * static_cast<double>(kRecordingRate));
+    const auto wanted = static_cast<std::size_t>(seconds * kRate);
     Require("recording of " + std::to_string(seconds) + " s", [&] { return RecordedSize() >= m_start + wanted; });
     Bytes recording(RecordedSize() - m_start);
     CInputFile file;
@@ -52,38 +45,13 @@ Bytes CRecording::AtLeast(double seconds) const {
     return recording;
 }
 
+double CRecording::LoudSeconds() const {
+    const Bytes recording = AtLeast(0);
+    return static_cast<double>(std::count_if(recording.begin(), recording.end(), IsLoud)) / kRate;
+}
+
 bool IsSilent(const Bytes& recording) {
-    return FirstLoud(recording) == recording.size();
-}
-
-std::vector<double> Onsets(const Bytes& recording) {
-    std::vector<double> onsets;
-    std::size_t quiet = kPause;
-    for (std::size_t i = 0; i < recording.size(); ++i) {
-        if (Loudness(recording[i]) <= kQuiet) {
-            ++quiet;
-            continue;
-        }
-        if (quiet >= kPause) {
-            onsets.push_back(static_cast<double>(i) / static_cast<double>(kRecordingRate));
-        }
-        quiet = 0;
-    }
-    return onsets;
-}
-
-double LikenessShiftedBy(const Bytes& recording, std::size_t shift) {
-    double product = 0;
-    double first = 0;
-    double second = 0;
-    for (std::size_t i = FirstLoud(recording); i + shift < recording.size(); ++i) {
-        const double here = recording[i] - 128.0;
-        const double there = recording[i + shift] - 128.0;
-        product += here * there;
-        first += here * here;
-        second += there * there;
-    }
-    return first > 0 && second > 0 ? product / std::sqrt(first * second) : 0;
+    return std::none_of(recording.begin(), recording.end(), IsLoud);
 }
 
 }  // namespace vantrel::test
