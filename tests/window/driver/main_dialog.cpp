@@ -159,11 +159,7 @@ void CDrivenDialog::Press(int id) const {
 }
 
 void CDrivenDialog::PressAndWait(int id) const {
-    Press(id);
-    // Sent messages overtake posted ones, so the state of the button shows when the click has been processed.
-    const HWND button = Control(id);
-    Require("end of the click", [&] { return (Ask(button, BM_GETSTATE) & BST_PUSHED) == 0; });
-    Ask(m_window, WM_NULL);
+    PressButtonAndWait(Control(id));
 }
 
 std::vector<std::string> CDrivenDialog::Entries(int id) const {

@@ -30,6 +30,12 @@ BOOL CALLBACK CollectAll(HWND window, LPARAM parameter) {
     return TRUE;
 }
 
+void RequirePressable(HWND button) {
+    if (IsWindowEnabled(button) == FALSE || IsWindowVisible(button) == FALSE) {
+        throw CDriveFailure("the button \"" + TextOf(button) + "\" is greyed or hidden");
+    }
+}
+
 }  // namespace
 
 LRESULT Ask(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -82,10 +88,13 @@ std::vector<HWND> ChildrenOf(HWND window) {
 }
 
 void PressButton(HWND button) {
-    if (IsWindowEnabled(button) == FALSE || IsWindowVisible(button) == FALSE) {
-        throw CDriveFailure("the button \"" + TextOf(button) + "\" is greyed or hidden");
-    }
+    RequirePressable(button);
     PostMessageW(button, BM_CLICK, 0, 0);
+}
+
+void PressButtonAndWait(HWND button) {
+    RequirePressable(button);
+    Ask(button, BM_CLICK);
 }
 
 }  // namespace vantrel::test

@@ -27,4 +27,7 @@ std::vector<HWND> ChildrenOf(HWND window);
 /// Presses a button and returns at once. Throws CDriveFailure if it is greyed or hidden.
 void PressButton(HWND button);
 
+/// Presses a button and waits until its window has handled that.
+void PressButtonAndWait(HWND button);
+
 }  // namespace vantrel::test
