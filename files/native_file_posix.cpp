@@ -144,6 +144,17 @@ int OpenUnnamed([[maybe_unused]] const std::string& folder) {
     return -1;
 }
 
+/// Whether a path still leads to an open file: 0, ENOENT if it does not, or another error. The number of links does not
+/// tell, because some file systems only hide the name of an open file that is removed.
+int CheckName(const std::string& path, int descriptor) {
+    struct stat own = {};
+    struct stat named = {};
+    if (::fstat(descriptor, &own) != 0 || ::stat(path.c_str(), &named) != 0) {
+        return errno;
+    }
+    return own.st_dev == named.st_dev && own.st_ino == named.st_ino ? 0 : ENOENT;
+}
+
 /// Creates a locked file. Tries again if another process removes it as unused before it is locked.
 int CreateLocked(const std::string& path) {
     constexpr int kTries = 100;
@@ -153,13 +164,12 @@ int CreateLocked(const std::string& path) {
             return -1;
         }
         const bool isTaken = !Lock(descriptor) && errno == EWOULDBLOCK;
-        struct stat status = {};
-        const int error = ::fstat(descriptor, &status) == 0 ? 0 : errno;
-        if (error == 0 && status.st_nlink > 0 && !isTaken) {
+        const int error = CheckName(path, descriptor);
+        if (error == 0 && !isTaken) {
             return descriptor;
         }
         ::close(descriptor);
-        if (error != 0) {
+        if (error != 0 && error != ENOENT) {
             ::unlink(path.c_str());
             errno = error;
             return -1;

@@ -161,7 +161,7 @@ bool CStaging::MoveAll(const std::string& from, const std::string& to, bool repl
             return false;
         }
     }
-    return RemoveFolder(from) || Fail("Cannot remove " + from);  // fails if the list of names was incomplete
+    return RemoveEmptied(from) || Fail("Cannot remove " + from);  // fails if the list of names was incomplete
 }
 
 bool CStaging::KeepOlder(const std::string& target, const std::string& older) {

@@ -15,6 +15,7 @@ constexpr std::string_view kBeginning = ".vantrel-";
 constexpr std::string_view kEnd = ".tmp";
 constexpr std::size_t kDigits = 8;
 constexpr std::chrono::milliseconds kRetryDelay{20};
+constexpr int kRetries = 5;
 
 }  // namespace
 
@@ -34,6 +35,16 @@ void RemoveTemporary(const std::string& path) {
         std::this_thread::sleep_for(kRetryDelay);
         RemoveFile(path);
     }
+}
+
+bool RemoveEmptied(const std::string& path) {
+    for (int retry = 0; !RemoveFolder(path); ++retry) {
+        if (retry == kRetries) {
+            return false;
+        }
+        std::this_thread::sleep_for(kRetryDelay);
+    }
+    return true;
 }
 
 }  // namespace vantrel

@@ -15,4 +15,9 @@ bool IsTemporaryName(std::string_view name);
 /// Removes such a file. Tries again after 20 ms, because virus scanners open new files.
 void RemoveTemporary(const std::string& path);
 
+/// Removes a folder whose contents were just moved or removed. Tries again for 100 ms, because file systems in user
+/// space may hide an open file in it instead of removing it at once. On failure, returns false with LastFileError()
+/// set.
+bool RemoveEmptied(const std::string& path);
+
 }  // namespace vantrel

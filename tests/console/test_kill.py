@@ -221,14 +221,18 @@ class Kill(ConsoleTest):
         images = ["%d.iso" % i for i in range(20)]
         for _ in range(5):
             self.reset({name: ps2_image(210, 210) for name in images})
-            self.assertEqual(self.at_once(*(["iso2bin", name] for name in images)), [0] * 20)
+            self.assertEqual(self.at_once(*(["iso2bin", name] for name in images)), [0] * 20, self.errors)
             self.assertEqual(len(self.names()), 60)
 
     def at_once(self, *commands):
-        """The statuses of these commands, or of one that is run twenty times."""
-        processes = [subprocess.Popen(COMMAND + words, cwd=self.folder, stdout=subprocess.DEVNULL,
-                                      stderr=subprocess.DEVNULL) for words in commands * (20 // len(commands))]
-        return [process.wait(60) for process in processes]
+        """The statuses of these commands, or of one that is run twenty times. Keeps what they print as errors."""
+        with tempfile.TemporaryFile() as errors:
+            processes = [subprocess.Popen(COMMAND + words, cwd=self.folder, stdout=subprocess.DEVNULL, stderr=errors)
+                         for words in commands * (20 // len(commands))]
+            statuses = [process.wait(60) for process in processes]
+            errors.seek(0)
+            self.errors = errors.read()
+        return statuses
 
 
 if __name__ == "__main__":

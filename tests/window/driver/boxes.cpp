@@ -86,12 +86,8 @@ std::string CDrivenFileDialog::FileNameText() const {
 
 void CDrivenFileDialog::Choose(const std::string& path) const {
     const std::size_t windowsBefore = WindowsOf(m_program->ProcessId()).size();
-    // A new dialog sets its own text once more, so the name is entered until it remains.
     constexpr Milliseconds kPatience{2'000};
-    Require("answer of the file dialog", [&] {
-        if (!IsOpen()) {
-            return true;
-        }
+    const auto choose = [&] {
         SetTextOf(NameField(), path);
         if (FileNameText() != path) {
             return false;
@@ -99,6 +95,18 @@ void CDrivenFileDialog::Choose(const std::string& path) const {
         PressButton(GetDlgItem(m_window, IDOK));
         return WaitUntil([&] { return !IsOpen() || WindowsOf(m_program->ProcessId()).size() > windowsBefore; },
                          kPatience);
+    };
+    // A new dialog sets its own text once more, so the name is entered until it remains. On a busy machine, the dialog
+    // may close because of one try during the next one.
+    Require("answer of the file dialog", [&] {
+        try {
+            return !IsOpen() || choose();
+        } catch (const CDriveFailure&) {
+            if (IsOpen()) {
+                throw;
+            }
+            return true;
+        }
     });
 }
 
