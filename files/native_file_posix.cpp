@@ -144,17 +144,6 @@ int OpenUnnamed([[maybe_unused]] const std::string& folder) {
     return -1;
 }
 
-/// Whether a path still leads to an open file: 0, ENOENT if it does not, or another error. The number of links does not
-/// tell, because some file systems only hide the name of an open file that is removed.
-int CheckName(const std::string& path, int descriptor) {
-    struct stat own = {};
-    struct stat named = {};
-    if (::fstat(descriptor, &own) != 0 || ::stat(path.c_str(), &named) != 0) {
-        return errno;
-    }
-    return own.st_dev == named.st_dev && own.st_ino == named.st_ino ? 0 : ENOENT;
-}
-
 /// Creates a locked file. Tries again if another process removes it as unused before it is locked.
 int CreateLocked(const std::string& path) {
     constexpr int kTries = 100;
@@ -164,7 +153,10 @@ int CreateLocked(const std::string& path) {
             return -1;
         }
         const bool isTaken = !Lock(descriptor) && errno == EWOULDBLOCK;
-        const int error = CheckName(path, descriptor);
+        // The number of links does not tell, because some file systems only hide the name of an open file that is
+        // removed.
+        struct stat status = {};
+        const int error = ::stat(path.c_str(), &status) == 0 ? 0 : errno;
         if (error == 0 && !isTaken) {
             return descriptor;
         }
@@ -389,8 +381,11 @@ void RemoveUnused(const std::string& path) {
     if (descriptor < 0) {
         return;
     }
-    struct stat status = {};
-    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && Lock(descriptor)) {
+    struct stat own = {};
+    struct stat named = {};
+    // While this process waited, the file may have been removed, and its name given to another one.
+    if (::fstat(descriptor, &own) == 0 && S_ISREG(own.st_mode) && Lock(descriptor) &&
+        ::stat(path.c_str(), &named) == 0 && named.st_dev == own.st_dev && named.st_ino == own.st_ino) {
         ::unlink(path.c_str());
     }
     ::close(descriptor);
