@@ -39,9 +39,9 @@ void MoveAll(const std::string& from, const std::string& to) {
     }
 }
 
-bool HoldsWaitingOutputsOnly(const std::string& path) {
-    const std::vector<std::string> names = ListFolder(path);
-    return std::all_of(names.begin(), names.end(), [](const std::string& name) {
+/// Not so for an empty folder, which another process may just have made.
+bool AreWaitingOutputs(const std::vector<std::string>& names) {
+    return !names.empty() && std::all_of(names.begin(), names.end(), [](const std::string& name) {
         return name == kStagedFolder || name == kCompleteFolder || name.starts_with(kReplacedFile) ||
                name.starts_with(kUndoneFile);
     });
@@ -53,7 +53,13 @@ void FinishStaging(const std::string& path, const std::string& base) {
     if (!hasLock()) {
         // Its process, which makes the lock first and removes it last, was killed then; or a power cut took the name of
         // the lock but not all others.
-        if (RemoveFolder(path) || hasLock() || !HoldsWaitingOutputsOnly(path)) {
+        if (RemoveFolder(path)) {
+            return;
+        }
+        // A living process makes the lock before anything else, so what is seen before the lock is missed is its
+        // leftover.
+        const std::vector<std::string> names = ListFolder(path);
+        if (hasLock() || !AreWaitingOutputs(names)) {
             return;
         }
     } else if (!lock.Open(path + kStagingLock, EOpenMode::ReadWrite, ESharing::Nobody) ||

@@ -218,8 +218,6 @@ class Kill(ConsoleTest):
 
     def test_processes_beside_each_other(self):
         """Outputs that wait for others of their process are no leftovers to another process in the same folder."""
-        if IS_WINDOWS:
-            self.skipTest("does not hold under Wine: docs/guarantees.md")
         images = ["%d.iso" % i for i in range(20)]
         for _ in range(5):
             self.reset({name: ps2_image(210, 210) for name in images})
