@@ -144,11 +144,16 @@ int OpenUnnamed([[maybe_unused]] const std::string& folder) {
     return -1;
 }
 
-/// Creates a locked file. Tries again if another process removes it as unused before it is locked.
+/// Creates a locked file. Tries again if another process takes it for unused before it is locked, and removes it.
 int CreateLocked(const std::string& path) {
     constexpr int kTries = 100;
+    constexpr useconds_t kDelay = 1000;
     for (int attempt = 0; attempt < kTries; ++attempt) {
         const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
+        if (descriptor < 0 && attempt > 0 && errno == EEXIST) {
+            ::usleep(kDelay);
+            continue;
+        }
         if (descriptor < 0) {
             return -1;
         }

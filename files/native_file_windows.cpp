@@ -9,6 +9,7 @@
 
 #include "files/native_console.h"
 #include "files/native_file.h"
+#include "files/retry.h"
 #include "files/utf.h"
 
 namespace vantrel {
@@ -90,6 +91,17 @@ std::wstring FullPath(const std::wstring& path) {
     return full;
 }
 
+/// Renames by calling the system. Tries again while another process has the file, or one in the folder, open.
+template <typename Call>
+bool RenameBriefly(Call call) {
+    bool renamed = false;
+    TryBriefly([&] {
+        renamed = call() != FALSE;
+        return renamed || (::GetLastError() != ERROR_SHARING_VIOLATION && ::GetLastError() != ERROR_ACCESS_DENIED);
+    });
+    return renamed;
+}
+
 /// Renames an open file. By path, the system renames only files whose handles allow it to be removed.
 bool RenameByHandle(HANDLE handle, const std::string& name, bool replace) {
     const std::wstring full = FullPath(WideOf(name));
@@ -99,7 +111,9 @@ bool RenameByHandle(HANDLE handle, const std::string& name, bool replace) {
     information->ReplaceIfExists = replace ? TRUE : FALSE;
     information->FileNameLength = static_cast<DWORD>(nameBytes);
     std::copy_n(full.c_str(), full.size() + 1, information->FileName);
-    return ::SetFileInformationByHandle(handle, FileRenameInfo, information, static_cast<DWORD>(bytes.size())) != FALSE;
+    return RenameBriefly([&] {
+        return ::SetFileInformationByHandle(handle, FileRenameInfo, information, static_cast<DWORD>(bytes.size()));
+    });
 }
 
 }  // namespace
@@ -308,7 +322,9 @@ void RemoveUnused(const std::string& path) {
 }
 
 bool RenameFile(const std::string& from, const std::string& to, bool replace) {
-    return ::MoveFileExW(WideOf(from).c_str(), WideOf(to).c_str(), replace ? MOVEFILE_REPLACE_EXISTING : 0) != FALSE;
+    return RenameBriefly([&] {
+        return ::MoveFileExW(WideOf(from).c_str(), WideOf(to).c_str(), replace ? MOVEFILE_REPLACE_EXISTING : 0);
+    });
 }
 
 bool LinkFile(const std::string& existing, const std::string& added) {

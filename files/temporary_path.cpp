@@ -1,10 +1,9 @@
 #include "files/temporary_path.h"
 
-#include <chrono>
 #include <random>
-#include <thread>
 
 #include "files/native_file.h"
+#include "files/retry.h"
 #include "operation/text.h"
 
 namespace vantrel {
@@ -14,8 +13,6 @@ namespace {
 constexpr std::string_view kBeginning = ".vantrel-";
 constexpr std::string_view kEnd = ".tmp";
 constexpr std::size_t kDigits = 8;
-constexpr std::chrono::milliseconds kRetryDelay{20};
-constexpr int kRetries = 5;
 
 }  // namespace
 
@@ -31,20 +28,11 @@ bool IsTemporaryName(std::string_view name) {
 }
 
 void RemoveTemporary(const std::string& path) {
-    if (!RemoveFile(path) && FileKindOf(path) != EFileKind::Missing) {
-        std::this_thread::sleep_for(kRetryDelay);
-        RemoveFile(path);
-    }
+    TryBriefly([&path] { return RemoveFile(path) || FileKindOf(path) == EFileKind::Missing; });
 }
 
 bool RemoveEmptied(const std::string& path) {
-    for (int retry = 0; !RemoveFolder(path); ++retry) {
-        if (retry == kRetries) {
-            return false;
-        }
-        std::this_thread::sleep_for(kRetryDelay);
-    }
-    return true;
+    return TryBriefly([&path] { return RemoveFolder(path); });
 }
 
 }  // namespace vantrel

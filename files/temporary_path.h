@@ -12,12 +12,11 @@ std::string TemporaryPathIn(const std::string& folder);
 /// Whether a file name is one of these.
 bool IsTemporaryName(std::string_view name);
 
-/// Removes such a file. Tries again after 20 ms, because virus scanners open new files.
+/// Removes such a file, or tries to for 100 ms.
 void RemoveTemporary(const std::string& path);
 
-/// Removes a folder whose contents were just moved or removed. Tries again for 100 ms, because file systems in user
-/// space may hide an open file in it instead of removing it at once. On failure, returns false with LastFileError()
-/// set.
+/// Removes a folder whose contents were just moved or removed, or tries to for 100 ms. On failure, returns false with
+/// LastFileError() set.
 bool RemoveEmptied(const std::string& path);
 
 }  // namespace vantrel

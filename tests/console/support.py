@@ -28,10 +28,19 @@ class Result:
         return "status %d\n--- out\n%s--- err\n%s" % (self.status, self.out, self.err)
 
 
+def was_not_started(status, printed):
+    """One of thousands of programs ends under Wine with status 1 before its first instruction. Ours always says why."""
+    return IS_WINDOWS and status == 1 and not printed
+
+
 def run(*words, program=COMMAND, timeout=120, **options):
     """Runs the program with its output piped. The text is UTF-8 with "\\n" as line ends."""
-    done = subprocess.run(program + [str(word) for word in words], capture_output=True, timeout=timeout,
-                          stdin=subprocess.DEVNULL, **options)
+    def start():
+        return subprocess.run(program + [str(word) for word in words], capture_output=True, timeout=timeout,
+                              stdin=subprocess.DEVNULL, **options)
+    done = start()
+    if was_not_started(done.returncode, done.stdout + done.stderr):
+        done = start()
     text = [stream.decode("utf-8", "surrogateescape").replace("\r\n", "\n") for stream in (done.stdout, done.stderr)]
     return Result(done.returncode, *text)
 
