@@ -117,8 +117,8 @@ def tests(wanted):
     left_out = "|".join(r"\.(%s)" % name for name in LEFT_OUT)
     done = run(["ctest", "--test-dir", BUILD, "-R", wanted, "-E", left_out, "-j", str(os.cpu_count()), "--timeout", "120",
                 "--stop-on-failure"], preexec_fn=limit_files)
-    failed = re.search(r"\d+ - (\S+) \((?!Passed)", done.stdout)
-    return failed.group(1) if failed else None
+    failed = re.search(r"(?m)^\s*\d+ - (\S+).* \((?!Passed)", done.stdout)
+    return failed.group(1) if failed else None if done.returncode == 0 else "ctest"
 
 
 def noticed_by(room):
