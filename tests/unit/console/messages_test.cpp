@@ -14,6 +14,12 @@ TEST(Messages, NamesCannotControlTheTerminal) {
     EXPECT_EQ(Escaped("\u009b31m"), "\\xC2\\x9B31m") << "a control character beyond ASCII";
     EXPECT_EQ(Escaped("\u202egpj.exe"), "\\xE2\\x80\\xAEgpj.exe") << "reverses the direction";
     EXPECT_EQ(Escaped("\xff\xc3"), "\\xFF\\xC3") << "invalid UTF-8";
+    EXPECT_EQ(Escaped("\xff\xc3(a)\xe2\x82(\xe2\x82"), "\\xFF\\xC3(a)\\xE2\\x82(\\xE2\\x82") << "incomplete";
+    EXPECT_EQ(Escaped("\xc1\xbf\xe0\x9f\xbf\xf0\x8f\xbf\xbf"), "\\xC1\\xBF\\xE0\\x9F\\xBF\\xF0\\x8F\\xBF\\xBF")
+        << "too long";
+    EXPECT_EQ(Escaped("\xf4\x90\x80\x80\xf5"), "\\xF4\\x90\\x80\\x80\\xF5") << "beyond Unicode";
+    EXPECT_EQ(Escaped("\u0080\u07ff\u0800\uffff\U00010000\U0010ffff"),
+              "\\xC2\\x80\u07ff\u0800\uffff\U00010000\U0010ffff");
     EXPECT_EQ(Escaped("\xed\xa0\x80"), "\\xED\\xA0\\x80") << "a surrogate";
     EXPECT_EQ(Escaped(std::string("a\0b", 3)), "a\\x00b");
     EXPECT_EQ(Escaped("\ufffd"), "\ufffd") << "the replacement character itself";

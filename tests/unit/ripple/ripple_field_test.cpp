@@ -50,6 +50,46 @@ TEST(RippleField, DropChangesPixelsNearItOnly) {
     }
 }
 
+/// A raised point gives its neighbours a slope: the left one and the upper one look to it, the others away from it.
+TEST(RippleField, SlopesDisplacePixelsAndChangeTheirBrightness) {
+    constexpr int kWidth = 9;
+    constexpr int kHeight = 8;
+    std::vector<std::uint32_t> picture(kWidth * kHeight);
+    for (std::size_t i = 0; i < picture.size(); ++i) {
+        picture[i] = 0x00FA4000 + static_cast<std::uint32_t>(i);
+    }
+    const auto at = [&picture](std::size_t x, std::size_t y) { return picture[y * kWidth + x]; };
+    struct SSlope {
+        int depth;
+        std::size_t left, right, upper, lower;  // places of the pixels that are seen beside the point
+    };
+    // One pixel for each 12 units of slope, one step of brightness for each 3, at most 64.
+    for (const SSlope& slope : {SSlope{11, 3, 5, 3, 5}, SSlope{24, 5, 3, 5, 3}, SSlope{300, 8, 0, 7, 0}}) {
+        CRippleField field(kWidth, kHeight);
+        field.Drop(4, 4, 0, slope.depth);
+        std::vector<std::uint32_t> view(picture.size());
+        field.Render(picture, view);
+        const auto seen = [&view](std::size_t x, std::size_t y) { return view[y * kWidth + x]; };
+        const auto lit = [](std::uint32_t pixel, int light) {
+            const auto channel = [&](unsigned shift) {
+                const int value = static_cast<int>(pixel >> shift & 0xFFU) + light;
+                return static_cast<std::uint32_t>(std::clamp(value, 0, 255)) << shift;
+            };
+            return channel(0) | channel(8) | channel(16);
+        };
+        const int light = std::min(slope.depth, 192) / 3;
+        EXPECT_EQ(seen(3, 4), lit(at(slope.left, 4), light)) << slope.depth;
+        EXPECT_EQ(seen(5, 4), lit(at(slope.right, 4), -light)) << slope.depth;
+        EXPECT_EQ(seen(4, 3), at(4, slope.upper)) << slope.depth;
+        EXPECT_EQ(seen(4, 5), at(4, slope.lower)) << slope.depth;
+        std::size_t changed = 0;
+        for (std::size_t i = 0; i < picture.size(); ++i) {
+            changed += view[i] == picture[i] ? 0U : 1U;
+        }
+        EXPECT_EQ(changed, slope.depth < 12 ? 2U : 4U) << slope.depth;
+    }
+}
+
 TEST(RippleField, WavesTravelFromTheDrop) {
     CRippleField field(80, 60);
     const std::vector<std::uint32_t> picture(80 * 60, 0x00808080);
