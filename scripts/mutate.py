@@ -4,11 +4,13 @@
     mutate.py [--count N] [--seed N] [--list] [FOLDER|FILE...]     the default is every room that the native build compiles
 
 Works on a copy of the checkout in build/mutate, which is built as the native one is. Each change is compiled; then all
-native tests run except checks of sources, third-party tools and packages, and those that take minutes, until one fails:
-first those of the changed room, then the other unit tests. Files that a changed program writes are limited. A change that
-does not compile is replaced by another. The same seed chooses the same changes.
+unit tests and those of the console program run natively, except those that take minutes, until one fails: first those of
+the changed room. Files that a changed program writes are limited. A change that does not compile is replaced by another.
+The same seed chooses the same changes of the same sources.
 """
 import argparse
+import concurrent.futures
+import glob
 import json
 import os
 import random
@@ -16,14 +18,14 @@ import re
 import resource
 import subprocess
 import sys
+import time
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 WORK = os.path.join(ROOT, "build", "mutate")
 COPY = os.path.join(WORK, "source")
-BUILD = os.path.join(WORK, "native")  # the last part of the path is the prefix of the tests
+BUILD = os.path.join(WORK, "native")  # the last part of the path is the prefix of the console tests
 ROOMS = ("operation", "pipeline", "files", "iso", "iml", "raw", "compress", "image", "app", "console")
-LEFT_OUT = ("format", "cppcheck", "clang_tidy", r"oracle\.", r"packages\.", r"memory_limit\.", r"lz4_size_test\.",
-            r"console\.(kill|limits|file_systems)")
+LEFT_OUT = ("kill", "limits", "file_systems", "lz4_size_test")
 MOST_FILE_BYTES = 10 << 30
 
 # Patterns and replacements. clang-format puts blanks around binary operators, and none into templates.
@@ -112,20 +114,60 @@ def limit_files():
     resource.setrlimit(resource.RLIMIT_FSIZE, (MOST_FILE_BYTES, MOST_FILE_BYTES))
 
 
-def tests(wanted):
-    """Runs tests until one fails; its name, or nothing if all pass. `wanted` is a regular expression of names."""
-    left_out = "|".join(r"\.(%s)" % name for name in LEFT_OUT)
-    done = run(["ctest", "--test-dir", BUILD, "-R", wanted, "-E", left_out, "-j", str(os.cpu_count()), "--timeout", "120",
-                "--stop-on-failure"], preexec_fn=limit_files)
+def console_tests():
+    """Runs the tests of the console program until one fails; its name, or nothing if all pass."""
+    left_out = "|".join(r"\.%s$" % name for name in LEFT_OUT)
+    done = run(["ctest", "--test-dir", BUILD, "-R", r"native\.console\.", "-E", left_out, "-j", str(os.cpu_count()),
+                "--timeout", "300", "--stop-on-failure"], preexec_fn=limit_files)
     failed = re.search(r"(?m)^\s*\d+ - (\S+).* \((?!Passed)", done.stdout)
     return failed.group(1) if failed else None if done.returncode == 0 else "ctest"
 
 
-def noticed_by(room):
-    return tests(r"native\.(%s|.*%s)" % (room, room)) or tests(r"native\.[a-z0-9_]+_test\.") or tests(r"native\.console\.")
+class UnitTests:
+    """The unit test programs, and how long each of them takes."""
+
+    def __init__(self):
+        found = glob.glob(os.path.join(BUILD, "bin", "*_test"))
+        self.seconds = {path: 0.0 for path in found if os.path.basename(path) not in LEFT_OUT}
+        self.running = set()
+
+    def failing(self, path):
+        """The first test of a program that fails, or nothing."""
+        start = time.monotonic()
+        with subprocess.Popen([path, "--gtest_fail_fast", "--gtest_brief=1"], stdout=subprocess.PIPE, text=True,
+                              stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL, preexec_fn=limit_files) as process:
+            self.running.add(process)
+            try:
+                output = process.communicate(timeout=300)[0]
+            except subprocess.TimeoutExpired:
+                process.kill()
+                return os.path.basename(path) + " (never ends)"
+            finally:
+                self.running.remove(process)
+        if process.returncode == 0:
+            self.seconds[path] = time.monotonic() - start
+            return None
+        failed = re.search(r"(?m)^\[  FAILED  \] ([^ ,]+)", output)
+        return os.path.basename(path) + "." + (failed.group(1) if failed else "(ends)")
+
+    def first_failing(self, room):
+        """The first test that fails, or nothing. Programs of the room go first, then the short ones."""
+        ordered = sorted(self.seconds, key=lambda path: (not os.path.basename(path).startswith(room), self.seconds[path]))
+        with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+            results = [pool.submit(self.failing, path) for path in ordered]
+            for result in concurrent.futures.as_completed(results):
+                if result.result():
+                    pool.shutdown(wait=False, cancel_futures=True)
+                    for process in tuple(self.running):
+                        process.kill()
+                    return result.result()
+        return None
+
+    def noticing(self, room):
+        return self.first_failing(room) or console_tests()
 
 
-def attempt(path, number, change):
+def attempt(unit_tests, path, number, change):
     """'broken' if the change does not compile, else the test that notices it, or nothing."""
     target = os.path.join(COPY, path)
     with open(target, encoding="utf-8") as file:
@@ -135,7 +177,7 @@ def attempt(path, number, change):
             file.writelines(original[:number] + [change] + original[number + 1:])
         if build().returncode != 0:
             return "broken"
-        return noticed_by(path.split("/")[0])
+        return unit_tests.noticing(path.split("/")[0])
     finally:
         with open(target, "w", encoding="utf-8") as file:
             file.writelines(original)
@@ -149,7 +191,8 @@ def main():
     parser.add_argument("paths", nargs="*")
     options = parser.parse_args()
     prepare()
-    failed = None if options.list else tests("native")
+    unit_tests = UnitTests()
+    failed = None if options.list else unit_tests.noticing("")
     if failed:
         sys.exit("The unchanged sources fail " + failed)
     chosen = candidates(sources(options.paths))
@@ -161,7 +204,7 @@ def main():
         with open(os.path.join(ROOT, path), encoding="utf-8") as file:
             line = file.readlines()[number].strip()
         what = "%s:%d: %s  ->  %s" % (path, number + 1, line, change.strip() or "(removed)")
-        result = "listed" if options.list else attempt(path, number, change)
+        result = "listed" if options.list else attempt(unit_tests, path, number, change)
         if result == "broken":
             continue
         tried += 1
