@@ -68,7 +68,7 @@ CDrivenDialog CTestedProgram::Start(const std::string& workingFolder) {
         return window != nullptr || !IsRunning();
     });
     if (window == nullptr) {
-        throw CDriveFailure("the program ended before it showed its dialog");
+        throw CDriveFailure("the program ended with status " + std::to_string(WaitForEnd()) + " without its dialog");
     }
     return {m_process, window};
 }
