@@ -239,6 +239,39 @@ TEST(UdfVolume, WithoutAUsableSequenceItIsRefused) {
               "the main UDF volume descriptor sequence: it has no descriptor of the volume's partition");
 }
 
+/// An image whose sequences go on elsewhere, in this number of sectors, behind a volume descriptor pointer. There are
+/// the descriptors of partition, logical volume and unallocated space, and the terminating one.
+SUdfImage WithContinuedSequences(std::uint32_t sectors) {
+    SUdfImage image = UdfImage(FewUdfFiles());
+    for (const auto& [start, next] : {std::pair(33U, 70U), std::pair(49U, 80U)}) {
+        for (std::uint32_t i = 0; i < 4; ++i) {
+            const auto from = image.bytes.begin() + static_cast<std::ptrdiff_t>(image.At(start + 1 + i));
+            std::copy_n(from, 2048, image.bytes.begin() + static_cast<std::ptrdiff_t>(image.At(next + i)));
+            std::fill_n(from, 2048, std::uint8_t{0});
+            image.Reseal(image.At(next + i), next + i);
+        }
+        Write32(image.bytes, image.At(start) + 20, sectors * 2048);
+        Write32(image.bytes, image.At(start) + 24, next);
+        WriteUdfTag(image.bytes, image.At(start), 3, 512, start);
+    }
+    return image;
+}
+
+TEST(UdfVolume, ASequenceGoesOnWhereItsPointerLeads) {
+    for (const std::uint32_t sectors : {2U, 4U}) {
+        const SUdfImage image = WithContinuedSequences(sectors);
+        EXPECT_EQ(image.Refusal(), "") << sectors;
+        const SUdfVolume volume = image.Read().value();
+        EXPECT_EQ(FilesOf(volume), FilesOf(UdfImage(FewUdfFiles()).Read().value()));
+        EXPECT_THAT(volume.findings, IsEmpty());
+        EXPECT_TRUE(std::any_of(volume.structures.begin(), volume.structures.end(), [&](const SExtent& area) {
+            return area.sector == 70 && area.size == sectors * kSectorSize;
+        }));
+    }
+    EXPECT_EQ(WithContinuedSequences(1).Refusal(),
+              "the main UDF volume descriptor sequence: it has no logical volume descriptor");
+}
+
 TEST(UdfVolume, ChainsOfSequencesEnd) {
     SUdfImage image = UdfImage(FewUdfFiles());
     // Volume descriptor pointers that name their own sequence replace the descriptors of implementation use.
