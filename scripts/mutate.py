@@ -132,13 +132,14 @@ class UnitTests:
         self.running = set()
 
     def failing(self, path):
-        """The first test of a program that fails, or nothing."""
+        """The first test of a program that fails, or nothing. A program that takes much longer than before never ends."""
+        limit = 30 + 10 * self.seconds[path] if self.seconds[path] else 600
         start = time.monotonic()
         with subprocess.Popen([path, "--gtest_fail_fast", "--gtest_brief=1"], stdout=subprocess.PIPE, text=True,
                               stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL, preexec_fn=limit_files) as process:
             self.running.add(process)
             try:
-                output = process.communicate(timeout=300)[0]
+                output = process.communicate(timeout=limit)[0]
             except subprocess.TimeoutExpired:
                 process.kill()
                 return os.path.basename(path) + " (never ends)"
