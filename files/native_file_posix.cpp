@@ -8,11 +8,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <thread>
 
 #include "files/native_console.h"
 #include "files/native_file.h"
@@ -147,11 +149,11 @@ int OpenUnnamed([[maybe_unused]] const std::string& folder) {
 /// Creates a locked file. Tries again if another process takes it for unused before it is locked, and removes it.
 int CreateLocked(const std::string& path) {
     constexpr int kTries = 100;
-    constexpr useconds_t kDelay = 1000;
+    constexpr std::chrono::milliseconds kDelay{1};
     for (int attempt = 0; attempt < kTries; ++attempt) {
         const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
         if (descriptor < 0 && attempt > 0 && errno == EEXIST) {
-            ::usleep(kDelay);
+            std::this_thread::sleep_for(kDelay);
             continue;
         }
         if (descriptor < 0) {
