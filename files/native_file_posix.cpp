@@ -70,6 +70,10 @@ bool Look(const std::string& path, struct stat& status) {
     return !missing;
 }
 
+bool IsSameInode(const struct stat& one, const struct stat& two) {
+    return one.st_dev == two.st_dev && one.st_ino == two.st_ino;
+}
+
 /// For file systems that cannot rename without replacing: makes a hard link and removes the first name. If the removal
 /// fails, removes the link again.
 bool RenameByLink(const std::string& from, const std::string& to) {
@@ -372,7 +376,7 @@ bool IsSameFile(const std::string& first, const std::string& second) {
         return false;
     }
     const bool inDoubt = one.st_mode == 0 || two.st_mode == 0;
-    return inDoubt || (one.st_dev == two.st_dev && one.st_ino == two.st_ino);
+    return inDoubt || IsSameInode(one, two);
 }
 
 bool RemoveFile(const std::string& path) {
@@ -392,7 +396,7 @@ void RemoveUnused(const std::string& path) {
     struct stat named = {};
     // While this process waited, the file may have been removed, and its name given to another one.
     if (::fstat(descriptor, &own) == 0 && S_ISREG(own.st_mode) && Lock(descriptor) &&
-        ::stat(path.c_str(), &named) == 0 && named.st_dev == own.st_dev && named.st_ino == own.st_ino) {
+        ::stat(path.c_str(), &named) == 0 && IsSameInode(own, named)) {
         ::unlink(path.c_str());
     }
     ::close(descriptor);

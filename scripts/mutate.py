@@ -102,8 +102,7 @@ def prepare():
     # With new dates, so that what an interrupted run has compiled is compiled again.
     subprocess.run(["rsync", "--archive", "--no-times", "--checksum", "--from0", "--files-from=-", ROOT + "/", COPY],
                    input=files, check=True)
-    done = run(["cmake", "-S", COPY, "-B", BUILD, "-G", "Ninja", "-Wno-dev", "-D", "CMAKE_BUILD_TYPE=Release",
-                "-D", "CMAKE_CXX_FLAGS_RELEASE=-O2 -DNDEBUG"])
+    done = run(["cmake", "--preset", "native", "-B", BUILD, "-Wno-dev", "-D", "VANTREL_BENCH=OFF"], cwd=COPY)
     if done.returncode == 0:
         done = build()
     if done.returncode != 0:

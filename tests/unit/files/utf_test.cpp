@@ -23,19 +23,16 @@ TEST(Utf, InvalidBytesRoundTrip) {
 
 /// Each byte of an invalid sequence becomes a unit of its own.
 TEST(Utf, SequencesAtTheLimitsOfValidOnes) {
-    const auto units = [](const char* text) { return WideOf(text).size(); };
-    EXPECT_EQ(units("\xC1\xBF"), 2U);
-    EXPECT_EQ(units("\xC2\x80"), 1U);
-    EXPECT_EQ(units("\xE0\x9F\xBF"), 3U);
-    EXPECT_EQ(units("\xE0\xA0\x80"), 1U);
-    EXPECT_EQ(units("\xED\x9F\xBF"), 1U);
-    EXPECT_EQ(units("\xED\xA0\x80"), 3U);
-    EXPECT_EQ(units("\xED\xBF\xBF"), 3U);
-    EXPECT_EQ(units("\xEE\x80\x80"), 1U);
-    EXPECT_EQ(units("\xF0\x8F\xBF\xBF"), 4U);
-    EXPECT_EQ(units("\xF0\x90\x80\x80"), 2U);
-    EXPECT_EQ(units("\xF4\x8F\xBF\xBF"), 2U);
-    EXPECT_EQ(units("\xF4\x90\x80\x80"), 4U);
+    for (const char* text : {"\xC2\x80", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80"}) {
+        EXPECT_EQ(WideOf(text).size(), 1U);
+    }
+    for (const char* text : {"\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+        EXPECT_EQ(WideOf(text).size(), 2U);
+    }
+    for (const std::string text :
+         {"\xC1\xBF", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xED\xBF\xBF", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80"}) {
+        EXPECT_EQ(WideOf(text).size(), text.size());
+    }
 }
 
 TEST(Utf, CodePointsOfEveryLengthRoundTrip) {
