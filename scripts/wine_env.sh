@@ -132,6 +132,11 @@ wine_env_wine() {
     wine_env_folder
     wine_env_prefix || return 1
     WINE_ENV_STARTED_WINE=yes
+    wine_env_session
+}
+
+# Ends what runs in the prefix and starts Wine's services.
+wine_env_session() {
     # Programs left over from a killed run use a display that no longer exists.
     wineserver -k 8>&- >/dev/null 2>&1 && wineserver -w 8>&- >/dev/null 2>&1
     # The first program of a session starts Wine's services. They keep inherited descriptors, so they must get neither

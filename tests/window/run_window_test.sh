@@ -49,12 +49,14 @@ fi
 wine_env_wine || exit 1
 if [ "$scale" != 100 ] && [ ! -e "$WINEPREFIX/.scaled" ]; then
     wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d $((96 * scale / 100)) /f 8>&- >/dev/null 2>&1 </dev/null
-    wineserver -k 8>&-
-    wineserver -w 8>&-
     touch "$WINEPREFIX/.scaled"
-    wineserver -p 8>&- >/dev/null 2>&1 </dev/null
-    wine wineboot 8>&- >/dev/null 2>&1 </dev/null
+    wine_env_session
 fi
+# The desktop of a session may fail to reach the display; then no program in it can open a window.
+for tries in 1 2 3; do
+    wine "$(dirname "$1")/has_desktop.exe" 8>&- >/dev/null 2>&1 </dev/null && break
+    wine_env_session
+done
 # A time zone other than UTC, in a form that the system understands and the C runtime of Windows misreads.
 export TZ='<+0545>-5:45'
 mkdir -p "$pictures"
