@@ -3,10 +3,10 @@
 
     mutate.py [--count N] [--seed N] [--list] [FOLDER|FILE...]     the default is every room that the native build compiles
 
-Works on a copy of the checkout in build/mutate, which is built as the native one is. Each change is compiled; then all
-unit tests and those of the console program run natively, except those that take minutes, until one fails: first those of
-the changed room. Files that a changed program writes are limited. A change that does not compile is replaced by another.
-The same seed chooses the same changes of the same sources.
+Works on a copy of the checkout in build/mutate, which is built as the native one is. For each change, unit tests and those
+of the console program are built and run natively, except those that take minutes, until one fails: first those of the
+changed room. Files that a changed program writes are limited. A change that does not compile is replaced by another. The
+same seed chooses the same changes of the same sources.
 """
 import argparse
 import concurrent.futures
@@ -92,8 +92,8 @@ def run(command, **options):
                           check=False, **options)
 
 
-def build():
-    return run(["cmake", "--build", BUILD])
+def build(targets=("all",)):
+    return run(["cmake", "--build", BUILD, "--target", *targets])
 
 
 def prepare():
@@ -127,7 +127,7 @@ class UnitTests:
 
     def __init__(self):
         found = glob.glob(os.path.join(BUILD, "bin", "*_test"))
-        self.seconds = {path: 0.0 for path in found if os.path.basename(path) not in LEFT_OUT}
+        self.seconds = {path: 0.0 for path in sorted(found) if os.path.basename(path) not in LEFT_OUT}
         self.running = set()
 
     def failing(self, path):
@@ -150,11 +150,10 @@ class UnitTests:
         failed = re.search(r"(?m)^\[  FAILED  \] ([^ ,]+)", output)
         return os.path.basename(path) + "." + (failed.group(1) if failed else "(ends)")
 
-    def first_failing(self, room):
-        """The first test that fails, or nothing. Programs of the room go first, then the short ones."""
-        ordered = sorted(self.seconds, key=lambda path: (not os.path.basename(path).startswith(room), self.seconds[path]))
+    def first_failing(self, paths):
+        """The first test of these programs that fails, or nothing. The short ones go first."""
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-            results = [pool.submit(self.failing, path) for path in ordered]
+            results = [pool.submit(self.failing, path) for path in sorted(paths, key=self.seconds.get)]
             for result in concurrent.futures.as_completed(results):
                 if result.result():
                     pool.shutdown(wait=False, cancel_futures=True)
@@ -164,19 +163,26 @@ class UnitTests:
         return None
 
     def noticing(self, room):
-        return self.first_failing(room) or console_tests()
+        """'broken' if the changed room does not compile, else the test that notices the change, or nothing."""
+        own = [path for path in self.seconds if os.path.basename(path).startswith(room)]
+        if build([os.path.basename(path) for path in own]).returncode != 0:
+            return "broken"
+        failed = self.first_failing(own)
+        if failed:
+            return failed
+        if build().returncode != 0:
+            return "broken"
+        return self.first_failing(set(self.seconds) - set(own)) or console_tests()
 
 
 def attempt(unit_tests, path, number, change):
-    """'broken' if the change does not compile, else the test that notices it, or nothing."""
+    """What notices the change of one line; see noticing."""
     target = os.path.join(COPY, path)
     with open(target, encoding="utf-8") as file:
         original = file.readlines()
     try:
         with open(target, "w", encoding="utf-8") as file:
             file.writelines(original[:number] + [change] + original[number + 1:])
-        if build().returncode != 0:
-            return "broken"
         return unit_tests.noticing(path.split("/")[0])
     finally:
         with open(target, "w", encoding="utf-8") as file:

@@ -58,6 +58,13 @@ TEST(Title, ParamSfo) {
     EXPECT_EQ(title.discId, "ULUS-10041");
 }
 
+TEST(Title, AValueOfAParamSfoHasNoMoreThanItsBytes) {
+    Bytes sfo = ParamSfo();
+    constexpr std::size_t kBytesOfTitle = 20 + 16 + 4;
+    sfo[kBytesOfTitle] = 3;
+    EXPECT_EQ(TitleOfParamSfo(sfo).name, "A g");
+}
+
 TEST(Title, NoBeginningOfAParamSfoIsReadBeyondItsEnd) {
     const Bytes whole = ParamSfo();
     for (std::size_t length = 0; length < whole.size(); ++length) {
