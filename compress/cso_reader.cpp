@@ -85,8 +85,7 @@ ECsoFault CCsoReader::ReadIndex() {
                       Format("%s image size %llu is not supported: the index of its blocks does not fit the file",
                              m_header.FormName(), static_cast<unsigned long long>(m_header.total_bytes)));
     }
-    if (m_header.block_size > kLargestBlockSize || !m_index.Allocate(BlockCount() + 1) ||
-        !m_slot.Allocate(BlockSizes(), 1)) {
+    if (m_header.block_size > kLargestBlockSize || !m_index.Allocate(BlockCount() + 1)) {
         return ECsoFault::Memory;
     }
     const std::span index = m_index.Bytes();
@@ -111,14 +110,6 @@ void CCsoReader::FindMissingBytes() {
         m_blockCount = m_header.WholeBlockCount();
         m_missingBytes = m_header.total_bytes % m_header.block_size;
     }
-}
-
-ECsoFault CCsoReader::ReadBlock(std::uint64_t block, std::span<const std::uint8_t>& content) {
-    m_slot.ReadContainer(*this, block, 1);
-    m_slot.Inflate(m_stream);
-    const SBlock& expanded = m_slot.Blocks().front();
-    content = ContentOf(block, expanded);
-    return FaultOf(block, expanded);
 }
 
 bool CCsoReader::ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& block) {

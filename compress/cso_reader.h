@@ -1,4 +1,4 @@
-// Reads the image in a CSO or ZSO file block by block. Reports kinds of faults; the texts for them belong to the
+// Reads the stored blocks of a CSO or ZSO file. Reports kinds of faults; the texts for them belong to the
 // callers.
 #pragma once
 
@@ -28,7 +28,7 @@ enum class ECsoFault {
 };
 
 /// Call Open, ReadHeader and ReadIndex in this order, each only if the one before succeeded. Then blocks can be read in
-/// any order: expanded with ReadBlock, or as stored with ReadStored.
+/// any order.
 ///
 /// A strict reader reads every byte of the image and refuses headers that it does not understand. Any other one reads
 /// whole blocks only, ignores the version, and takes positions as signed 32-bit numbers.
@@ -41,9 +41,6 @@ public:
 
     ECsoFault ReadHeader();
     ECsoFault ReadIndex();
-
-    /// Expands a block (from 0) to the bytes that the image has of it. `content` is valid until the next call.
-    ECsoFault ReadBlock(std::uint64_t block, std::span<const std::uint8_t>& content);
 
     bool ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& block) override;
     /// The fault of block `number` after it was inflated.
@@ -87,8 +84,6 @@ private:
     std::uint64_t m_blockCount = 0;
     std::uint64_t m_missingBytes = 0;
     CNumberTable<std::uint32_t> m_index;
-    CBlockSlot m_slot;
-    CBlockStream m_stream{{EStreamForm::Raw, std::nullopt}, EStreamUse::Reused};
 };
 
 }  // namespace vantrel

@@ -39,7 +39,7 @@ std::uint32_t CDaxReader::AreaCount() const {
 EDaxFault CDaxReader::ReadTables() {
     EDaxFault fault = ReadTable(m_positions, FrameCount());
     if (fault == EDaxFault::None) {
-        fault = m_slot.Allocate(kDaxFrameSizes, 1) ? ReadTable(m_lengths, FrameCount()) : EDaxFault::Memory;
+        fault = ReadTable(m_lengths, FrameCount());
     }
     return fault == EDaxFault::None && AreaCount() != 0 ? ReadAreas() : fault;
 }
@@ -88,13 +88,6 @@ EDaxFault CDaxReader::ReadTable(CNumberTable<Number>& table, std::uint32_t count
         return EDaxFault::Memory;
     }
     return m_file.Read(table.Bytes()) == size ? EDaxFault::None : EDaxFault::Tables;
-}
-
-EDaxFault CDaxReader::ReadFrame(std::uint32_t frame, std::span<const std::uint8_t>& content) {
-    m_slot.ReadContainer(*this, frame, 1);
-    m_slot.Inflate(m_stream);
-    content = ContentOf(frame, m_slot.Blocks().front());
-    return FaultOf(frame, m_slot.Blocks().front());
 }
 
 std::span<const std::uint8_t> CDaxReader::ContentOf(std::uint32_t number, const SBlock& frame) const {

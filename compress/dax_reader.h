@@ -1,4 +1,4 @@
-// Reads the image in a DAX file frame by frame. Reports kinds of faults; the texts for them belong to the callers.
+// Reads the stored frames of a DAX file. Reports kinds of faults; the texts for them belong to the callers.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +24,7 @@ enum class EDaxFault {
 };
 
 /// Call Open, ReadHeader and ReadTables in this order, each only if the one before succeeded. Then frames can be read
-/// in any order: expanded with ReadFrame, or as stored with ReadStored.
+/// in any order.
 ///
 /// A strict reader believes the header: the image has exactly the size that it gives, and frames in the plain areas of
 /// version 1 are no streams. Any other one takes every frame as a stream, of whatever length.
@@ -41,9 +41,6 @@ public:
 
     EDaxFault ReadHeader();
     EDaxFault ReadTables();
-
-    /// Expands a frame (from 0) to at most 8192 bytes of the image. `content` is valid until the next call.
-    EDaxFault ReadFrame(std::uint32_t frame, std::span<const std::uint8_t>& content);
 
     bool ReadStored(std::uint64_t number, std::span<std::uint8_t> buffer, SBlock& frame) override;
     /// The fault of frame `number` after it was inflated.
@@ -79,8 +76,6 @@ private:
     CNumberTable<std::uint32_t> m_positions;
     CNumberTable<std::uint16_t> m_lengths;
     Buffer m_isPlain;  ///< A byte for each frame; null if there are no areas.
-    CBlockSlot m_slot;
-    CBlockStream m_stream{{EStreamForm::Zlib, std::nullopt}, EStreamUse::Reused};
 };
 
 }  // namespace vantrel

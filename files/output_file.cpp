@@ -169,20 +169,6 @@ bool COutputFile::Seek(std::int64_t position) {
     return true;
 }
 
-std::size_t COutputFile::ReadBack(std::int64_t position, std::span<std::uint8_t> buffer) {
-    m_unplacedZeros = 0;
-    if (!Flush() || !ReachEnd() || !m_file.Seek(position)) {
-        NoteFailure();
-        return 0;
-    }
-    bool failed = false;
-    const std::size_t count = m_file.Read(buffer, failed);
-    if (failed) {
-        NoteFailure();
-    }
-    return count;
-}
-
 bool COutputFile::Reopen() {
     if (m_manner != EOutputManner::InPlace) {
         return Seek(0);

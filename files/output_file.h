@@ -57,9 +57,6 @@ public:
     /// fewer than buffer.size() only at its end or after a read error. HasFailed reports write errors.
     std::size_t Copy(CByteSource& source, std::int64_t position, std::span<std::uint8_t> buffer);
     bool Seek(std::int64_t position);
-    /// Reads what has been written, for checks before Commit; nothing may be written afterwards. Returns the number of
-    /// bytes read, fewer than buffer.size() only at the end or after a failure.
-    std::size_t ReadBack(std::int64_t position, std::span<std::uint8_t> buffer);
     /// Continues at position 0. In place, closes the target and opens it again without truncating it. On failure,
     /// returns false with LastFileError() set.
     bool Reopen();
