@@ -18,7 +18,7 @@ const char* CsoFaultText(ECsoFault fault) {
         case ECsoFault::Format:
             return "the file has another form now";
         case ECsoFault::Memory:
-            return "the header claims blocks that are too large";
+            return "there is not enough memory for the index";
         case ECsoFault::Index:
             return "the index cannot be read";
         case ECsoFault::Read:

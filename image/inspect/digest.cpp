@@ -2,6 +2,7 @@
 
 #include <gcrypt.h>
 
+#include <mutex>
 #include <stdexcept>
 
 #include "operation/text.h"
@@ -12,15 +13,12 @@ namespace {
 
 /// Once, before the library is used on several threads.
 void StartLibrary() {
-    static const char* const version = [] {
-        const char* const found = gcry_check_version(nullptr);
+    static std::once_flag isStarted;
+    std::call_once(isStarted, [] {
+        gcry_check_version(nullptr);  // starts the library; it must be the first call
         gcry_control(GCRYCTL_DISABLE_SECMEM, 0);
         gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
-        return found;
-    }();
-    if (version == nullptr) {
-        throw std::runtime_error("MD5 and SHA-1 are not available on this system");
-    }
+    });
 }
 
 }  // namespace

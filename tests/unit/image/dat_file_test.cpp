@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "files/refused.h"
 #include "tests/support/test_folder.h"
 
@@ -28,6 +30,8 @@ TEST(DatFile, FindsEntriesBySizeAndSums) {
                     "<?xml version=\"1.0\"?>\n<!DOCTYPE datafile>\n<datafile><header><name>x</name></header>"
                     "<game name=\"One &amp; two\"><rom name=\"one.cue\" size=\"5\" crc=\"0000000A\"/>"
                     "<rom name=\"one.bin\" size=\"4096\" crc=\"C71C0011\" md5=\"AB\" sha1=\"CD\"/></game>"
+                    "<game name=\"Md5\"><rom name=\"md5\" size=\"8\" md5=\"AB\"/></game>"
+                    "<game name=\"Sha1\"><rom name=\"sha1\" size=\"9\" sha1=\"CD\"/></game>"
                     "<machine name=\"Bare\"><rom name=\"bare\" size=\"7\"/></machine></datafile>");
     const CDatFile dat(folder / "a.dat");
     const SDatEntry* const entry = dat.Find({4096, "c71c0011", "ab", "cd"});
@@ -39,6 +43,12 @@ TEST(DatFile, FindsEntriesBySizeAndSums) {
     EXPECT_EQ(dat.Find({4096, "c71c0011", "ac", "cd"}), nullptr);
     EXPECT_EQ(dat.Find({4096, "c71c0012", "ab", "cd"}), nullptr);
     EXPECT_EQ(dat.Find({4097, "c71c0011", "ab", "cd"}), nullptr);
+    for (const auto& [size, game] : {std::pair{8, "Md5"}, std::pair{9, "Sha1"}}) {
+        const SDatEntry* const partial = dat.Find({size, "any", "ab", "cd"});
+        ASSERT_NE(partial, nullptr) << game;
+        EXPECT_EQ(partial->game, game);
+        EXPECT_EQ(dat.Find({size, "any", "ff", "ff"}), nullptr) << game;
+    }
     EXPECT_EQ(dat.Find({7, "", "", ""}), nullptr) << "an entry without any sum";
 }
 
@@ -46,9 +56,19 @@ TEST(DatFile, RefusesEverythingElse) {
     EXPECT_THAT(ProblemOf(""), testing::HasSubstr("a.dat: not a disc database"));
     EXPECT_THAT(ProblemOf("<datafile>"), testing::HasSubstr("not a disc database"));
     EXPECT_THAT(ProblemOf("<other/>"), testing::HasSubstr("it has no element datafile"));
+    EXPECT_THAT(ProblemOf("<datafile><game"), testing::HasSubstr("not a disc database"));
     EXPECT_THAT(ProblemOf("<"), testing::HasSubstr("not a disc database"));
     EXPECT_THAT(ProblemOf(std::string("<datafile\0>", 11)), testing::HasSubstr("not a disc database"));
     EXPECT_EQ(ProblemOf("<datafile/>"), "");
+}
+
+TEST(DatFile, RefusesAFileThatIsMuchTooLong) {
+    const test::CTestFolder folder;
+    const std::string path = folder / "a.dat";
+    test::WriteText(path, "<datafile/>");
+    std::filesystem::resize_file(path, (1U << 28U) + 1);
+    EXPECT_THAT([&] { CDatFile{path}; },
+                testing::ThrowsMessage<CRefused>(path + ": the file is too large for a disc database"));
 }
 
 TEST(DatFile, SurvivesDeepNesting) {

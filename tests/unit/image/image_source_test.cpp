@@ -8,6 +8,7 @@
 #include "compress/dax.h"
 #include "files/refused.h"
 #include "image/container_image.h"
+#include "image/forms.h"
 #include "raw/sector.h"
 #include "tests/support/image_builder.h"
 
@@ -157,6 +158,39 @@ TEST(ImageSource, FilesWithoutAnImageAreRefusedWithTheCause) {
                   "this is an NRG file, a form that is not read");
     EXPECT_THAT([] { OpenImage("/nowhere/at all"); },
                 testing::ThrowsMessage<CRefused>("/nowhere/at all: No such file or directory"));
+}
+
+TEST(ImageSource, AFileThatWasReplacedAfterItsFormWasRecognisedIsRefused) {
+    const CTestFolder folder;
+    const std::string path = folder / "file";
+    test::WriteText(path, "ZISO" + std::string(100, '\0'));
+    for (const auto open : {OpenCsoImage, OpenDaxImage}) {
+        EXPECT_THAT([&] { open(path); }, testing::ThrowsMessage<CRefused>(path + ": the file has another form now"));
+    }
+}
+
+/// What is unusual in a file.
+CReport OdditiesOf(const CTestFolder& folder, const char* name, const Bytes& content) {
+    test::WriteWhole(folder / name, content);
+    return OpenImage(folder / name)->Facts().value()["oddities"];
+}
+
+TEST(ImageSource, UnusualFieldsAreReported) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "game.iso", BuiltUmd());
+    COperation operation;
+    IsoToCso(Compression(folder, "game.cso"), operation);
+    IsoToDax(Compression(folder, "game.dax"), operation);
+    const Bytes cso = test::ReadWhole(folder / "game.cso");
+    for (const std::size_t reserved : {22U, 23U}) {
+        Bytes odd = cso;
+        odd[reserved] = 1;
+        EXPECT_EQ(OdditiesOf(folder, "odd.cso", odd), CReport(CReport::List{"reserved bytes are not zero"}));
+    }
+    Bytes dax = test::ReadWhole(folder / "game.dax");
+    test::Write32(dax, 32, test::Read32(dax, 32) - 1);  // the position of the first frame
+    EXPECT_EQ(OdditiesOf(folder, "odd.dax", dax),
+              CReport(CReport::List{"frames do not follow one another without gaps"}));
 }
 
 TEST(RatioPercent, HasOneDecimalPlace) {

@@ -20,6 +20,10 @@ TEST(Title, DiscIdOfSystemCnf) {
     EXPECT_EQ(DiscIdOfSystemCnf("VER = SLUS_200.62"), "");
     EXPECT_EQ(DiscIdOfSystemCnf("BOOT2 = SLUS_200.621"), "") << "six digits";
     EXPECT_EQ(DiscIdOfSystemCnf("BOOT2 = SL1S_200.62"), "") << "a digit among the letters";
+    EXPECT_EQ(DiscIdOfSystemCnf("BOOT2 = SL[S_200.62"), "") << "a character behind Z";
+    EXPECT_EQ(DiscIdOfSystemCnf("BOOT2 = SLUS_20+.62"), "") << "a character before 0";
+    EXPECT_EQ(DiscIdOfSystemCnf("BOOT2 = SLUS_20A.62"), "") << "a letter among the digits";
+    EXPECT_EQ(DiscIdOfSystemCnf("BOOT2 = cdrom0:\\SLUS-200.62;1"), "SLUS-20062");
     EXPECT_EQ(DiscIdOfSystemCnf(""), "");
     EXPECT_EQ(DiscIdOfSystemCnf(std::string(1000, '\n')), "");
 }

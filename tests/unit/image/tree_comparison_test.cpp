@@ -34,6 +34,14 @@ TEST(TreeComparison, FilesHaveOnePlaceAndLength) {
                 testing::SizeIs(2));
 }
 
+TEST(TreeComparison, EveryPartOfAFileHasOnePlace) {
+    const SDiscFile file = {"A", {{20, 2048}, {30, 2048}}, 20, 4096};
+    const SDiscFile other = {"A", {{20, 2048}, {40, 2048}}, 20, 4096};
+    EXPECT_THAT(Compared({file}, {file}), IsEmpty());
+    EXPECT_THAT(Compared({file}, {other}),
+                ElementsAre("A is at sector 20 with 4096 bytes; UDF: A is at sector 20 with 4096 bytes"));
+}
+
 TEST(TreeComparison, ATreeMayLackFiles) {
     EXPECT_THAT(Compared({File("A", 20, 5)}, {File("B", 30, 5)}), IsEmpty());
     EXPECT_THAT(Compared({}, {File("B", 30, 5)}), IsEmpty());

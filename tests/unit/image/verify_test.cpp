@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "files/refused.h"
 #include "tests/support/image_builder.h"
 #include "tests/support/recording_operation.h"
@@ -93,6 +95,51 @@ TEST(Verify, AnImageThatBeginsLikeTheOtherDiffersAtItsEnd) {
         EXPECT_EQ(report["ok"], false);
         EXPECT_EQ(report["difference"]["byte"], image.size());
     }
+}
+
+/// An element of a disc database.
+std::string RomOf(const char* name, const CReport& sums) {
+    return "<rom name=\"" + std::string(name) + "\" size=\"" + std::to_string(sums["bytes"].As<std::int64_t>()) +
+           "\" sha1=\"" + sums["sha1"].As<std::string>() + "\"/>";
+}
+
+TEST(Verify, ADatabaseMustKnowEveryFileOfASheet) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "data.bin", LargeImage());
+    test::WriteWhole(folder / "audio.bin", Bytes(20 * 2352, 7));
+    test::WriteText(folder / "game.cue",
+                    "FILE data.bin BINARY\nTRACK 01 MODE1/2048\nINDEX 01 00:00:00\n"
+                    "FILE audio.bin BINARY\nTRACK 02 AUDIO\nINDEX 01 00:00:00\n");
+    CRecordingOperation operation;
+    const CReport::List bins = VerifyFile(folder / "game.cue", operation)["bins"].As<CReport::List>();
+    ASSERT_EQ(bins.size(), 2U);
+    test::WriteText(folder / "a.dat", "<datafile><game name=\"A game\">" + RomOf("data.bin", bins[0]) +
+                                          RomOf("audio.bin", bins[1]) + "</game></datafile>");
+    const CDatFile dat(folder / "a.dat");
+    const CReport known = VerifyFile(folder / "game.cue", operation, {&dat, {}});
+    EXPECT_EQ(known["ok"], true);
+    EXPECT_EQ(known["dat"],
+              (CReport{{"file", folder / "a.dat"}, {"status", "verified"}, {"game", "A game"}, {"name", "data.bin"}}));
+    std::filesystem::remove(folder / "audio.bin");
+    const CReport missing = VerifyFile(folder / "game.cue", operation, {&dat, {}});
+    EXPECT_EQ(missing["ok"], false);
+    EXPECT_EQ(missing["dat"], (CReport{{"file", folder / "a.dat"}, {"status", "unknown"}}));
+    EXPECT_EQ(missing["problems"].As<CReport::List>().back(),
+              "no entry of " + (folder / "a.dat") + " has the size and the checksums of " + (folder / "audio.bin"));
+}
+
+TEST(Verify, ALayoutIsInNoDatabase) {
+    const CTestFolder folder;
+    test::WriteText(folder / "game.iml", "[SYS]\r\n");
+    test::WriteText(folder / "a.dat", "<datafile/>");
+    const CDatFile dat(folder / "a.dat");
+    CRecordingOperation operation;
+    const std::string path = folder / "game.iml";
+    EXPECT_THAT(
+        [&] {
+            VerifyFile(path, operation, {&dat, {}});
+        },
+        testing::ThrowsMessage<CRefused>(path + ": a layout has no checksums to look up"));
 }
 
 }  // namespace
