@@ -25,7 +25,6 @@ public:
 
     /// Whether the image has at least the first byte of the sector.
     bool HasSector(std::uint32_t sector) const { return sector < m_imageSectors; }
-    std::uint32_t ImageSectors() const { return m_imageSectors; }
 
     /// Sectors of the directory at `extent`, by the length in its own first record, limited to the image.
     std::uint32_t SectorsOf(std::uint32_t extent);

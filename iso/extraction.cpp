@@ -107,7 +107,7 @@ std::string CExtraction::TargetOf(const std::string& listedPath) const {
 void CExtraction::FinishKilled() const {
     std::string folder = m_request.folder;
     RemoveLeftovers(folder);
-    while (!folder.empty() && FolderOf(folder.substr(0, folder.size() - 1)) != folder) {
+    while (!folder.empty()) {
         folder = FolderOf(folder.substr(0, folder.size() - 1));
         RemoveLeftovers(folder);
     }

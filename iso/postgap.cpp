@@ -136,17 +136,13 @@ void CheckPostgap(const SPostgapRequest& request, COperation& operation) {
     operation.Begin(EConversion::CheckPostgap);
     CPostgapImage image(request, operation);
     CProgress progress(operation, kPostgapSectors);
-    switch (image.Kind()) {
-        case ImageKind::Unknown:
-        case ImageKind::Dvd:
-            image.NotifyDvd();
-            break;
-        case ImageKind::Umd:
-            image.Notify("This is PSP UMD iso image file ,doesn't needed to Write a postgap %s");
-            break;
-        case ImageKind::Cd:
-            CheckCd(image, progress, request);
-            break;
+    const ImageKind kind = image.Kind();
+    if (kind == ImageKind::Cd) {
+        CheckCd(image, progress, request);
+    } else if (kind == ImageKind::Umd) {
+        image.Notify("This is PSP UMD iso image file ,doesn't needed to Write a postgap %s");
+    } else {
+        image.NotifyDvd();
     }
 }
 

@@ -34,7 +34,6 @@ struct SDiscPlace {
 
     std::uint32_t Sector() const { return extents.front().sector; }
     std::int64_t Size() const;
-    std::uint32_t Sectors() const { return static_cast<std::uint32_t>(SectorsFor(Size())); }
     const std::string& Path() const { return names.front().path; }
 };
 

@@ -139,7 +139,7 @@ private:
 
     /// Takes the sectors from `first` to `end` - 1 if they are free.
     bool TakeFree(std::int64_t first, std::int64_t end) {
-        if (first == 0 || end > m_map.closingSector ||
+        if (end > m_map.closingSector ||
             !m_occupied.IsFree(static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(end)) ||
             EndOfData(first, end) > first) {
             return false;

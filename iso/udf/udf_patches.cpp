@@ -68,11 +68,14 @@ std::vector<SSectorPatch> PatchUdfFile(CByteSource& image, const SUdfVolume& vol
 
 std::vector<SSectorPatch> PatchUdfLength(CByteSource& image, const SUdfVolume& volume, std::uint32_t oldLastSector,
                                          std::uint32_t newLastSector) {
-    const std::optional<SVolumeStructure> structure = ReadVolumeStructure(image);
     const std::uint32_t added = newLastSector - oldLastSector;
     std::vector<SSectorPatch> patches;
-    if (!structure || added == 0) {
+    if (added == 0) {
         return patches;
+    }
+    const std::optional<SVolumeStructure> structure = ReadVolumeStructure(image);
+    if (!structure) {
+        throw CRefused("the UDF volume can no longer be read");
     }
     if (structure->hasSpaceTables) {
         throw CRefused("the UDF partition has tables of its free space and cannot be lengthened");
@@ -84,7 +87,7 @@ std::vector<SSectorPatch> PatchUdfLength(CByteSource& image, const SUdfVolume& v
         // Behind the header, there is one free space number and one size: there is one partition.
         patches.push_back(Lengthened(image, sector, sizeof(SIntegrityDescriptor) + 4, added));
     }
-    if (!volume.anchors.empty() && volume.anchors.back() == oldLastSector) {
+    if (volume.anchors.back() == oldLastSector) {
         MoveAnchors(image, volume, added, patches);
     }
     return patches;

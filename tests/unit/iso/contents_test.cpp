@@ -121,5 +121,35 @@ TEST(Contents, AnotherNameEndsAContinuedFile) {
     EXPECT_EQ(ContentsOf(records.image).files.size(), 3U);
 }
 
+TEST(Contents, AFileWithAnyExtentBeyondTheImageIsNotInside) {
+    for (const bool isFirst : {true, false}) {
+        SRecords records;
+        records.Join();
+        const auto sectors = static_cast<std::uint32_t>(records.image.size() / 2048);
+        test::Write32(records.image, (isFirst ? records.a : records.b) + 2, sectors);
+        const SContents contents = ContentsOf(records.image);
+        ASSERT_EQ(contents.files.size(), 2U);
+        for (const SContentFile& file : contents.files) {
+            EXPECT_EQ(file.inside, file.path == "C.BIN") << file.path;
+        }
+    }
+}
+
+TEST(Contents, PathsLongerThanTheLimitAreLeftOut) {
+    std::string folder;
+    for (int depth = 0; depth < 10; ++depth) {
+        folder += std::string(198, 'F') + '/';
+    }
+    test::SImageDescription description;
+    description.files = {{folder + "TEN_LETTER", {1}}, {folder + "ELEVEN_LETT", {1}}, {"A.BIN", {1}}};
+    const SContents contents = ContentsOf(test::BuildImage(description).bytes);
+    EXPECT_EQ(contents.folders.size(), 11U);
+    std::vector<std::string> found;
+    for (const SContentFile& file : contents.files) {
+        found.push_back(file.path);
+    }
+    EXPECT_THAT(found, testing::UnorderedElementsAre("A.BIN", folder + "TEN_LETTER"));
+}
+
 }  // namespace
 }  // namespace vantrel

@@ -44,6 +44,7 @@ TEST(FindClashTest, FindsEqualPaths) {
     EXPECT_EQ(clash.first, "B");
     EXPECT_EQ(clash.second, "B");
     EXPECT_EQ(FindClash({"A", "B", "C\\A"}, true).second, "");
+    EXPECT_EQ(FindClash({"A", "AB", "A.B", "C\\A", "C\\AB"}, true).second, "") << "one begins with the other";
 }
 
 TEST(FindClashTest, FindsAFileThatIsAFolderToo) {
@@ -64,6 +65,12 @@ TEST(FolderFoldsCaseTest, LeavesNothingBehind) {
 #ifndef _WIN32
     EXPECT_FALSE(FolderFoldsCase(folder.Path())) << "the temporary folder is expected to tell cases apart";
 #endif
+    EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(FolderFoldsCaseTest, AFolderThatCannotBeProbedTellsCasesApart) {
+    const CTestFolder folder;
+    EXPECT_FALSE(FolderFoldsCase(folder / "missing/"));
     EXPECT_TRUE(folder.Names().empty());
 }
 

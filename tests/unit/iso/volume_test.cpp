@@ -124,6 +124,16 @@ TEST_F(VolumeTest, ReadsTheDescriptorSetUpToItsTerminator) {
     EXPECT_EQ(typesBySector().back().first, 79U);
 }
 
+TEST(VolumeDescriptorTest, TheEscapeSequenceTellsJoliet) {
+    const std::pair<std::string_view, bool> cases[] = {{"%/@", true},  {"%/C", true},  {"%/E", true},  {"%/A", false},
+                                                       {"%/F", false}, {"%?E", false}, {"$/E", false}, {"", false}};
+    for (const auto& [escape, isJoliet] : cases) {
+        SPrimaryVolumeDescriptor volume = {};
+        std::copy(escape.begin(), escape.end(), volume.unused88.begin());
+        EXPECT_EQ(IsJoliet(volume), isJoliet) << escape;
+    }
+}
+
 TEST(VolumeSizeFieldTest, CountsWholeSectorsInBothByteOrders) {
     EXPECT_EQ(VolumeSizeField(0x010203 * std::int64_t{2048} + 2047),
               (std::array<std::uint8_t, 8>{3, 2, 1, 0, 0, 1, 2, 3}));

@@ -96,6 +96,20 @@ TEST_F(DiscMap, EmptyFilesAreApartFromWhatSharesTheirSector) {
     EXPECT_EQ(map.FindPlace(empty.Sector(), 0, "EMPTY.DAT"), PlaceOf(map, "EMPTY.DAT"));
     EXPECT_EQ(map.FindPlace(empty.Sector(), 1, "Z.BIN"), PlaceOf(map, "Z.BIN"));
     EXPECT_EQ(map.FindPlace(empty.Sector(), 2, "Z.BIN"), std::nullopt);
+    EXPECT_EQ(map.FindPlace(empty.Sector(), 0, "OTHER.DAT"), std::nullopt);
+    EXPECT_EQ(map.FindPlace(empty.Sector() - 1, 0, "EMPTY.DAT"), std::nullopt);
+}
+
+TEST_F(DiscMap, EmptyFilesAtOneSectorAreToldApartByTheirNames) {
+    m_description.files.push_back({"EMPTY2.DAT", {}, 0, EEmptyFile::SharesSector});
+    m_description.files.push_back({"EMPTY3.DAT", {}, 0, EEmptyFile::SharesSector});
+    Build();
+    const SDiscMap map = Map();
+    const std::uint32_t sector = m_built.File("\\EMPTY2.DAT").sector;
+    ASSERT_EQ(m_built.File("\\EMPTY3.DAT").sector, sector);
+    for (const char* const path : {"EMPTY2.DAT", "EMPTY3.DAT"}) {
+        EXPECT_EQ(map.FindPlace(sector, 0, path), PlaceOf(map, path));
+    }
 }
 
 TEST_F(DiscMap, ThePostgapOfACdClosesIt) {
@@ -108,6 +122,9 @@ TEST_F(DiscMap, ThePostgapOfACdClosesIt) {
     EXPECT_EQ(Map().closingSector, Map().Sectors() - 150) << "with its mark";
     *(start + 9000) = 1;
     EXPECT_EQ(Map().closingSector, Map().Sectors()) << "data is no postgap";
+    *(start + 9000) = 0;
+    m_image.m_bytes.pop_back();
+    EXPECT_EQ(Map().closingSector, Map().Sectors()) << "a postgap is whole sectors";
 }
 
 TEST_F(DiscMap, AFileOfZerosIsNoPostgap) {
@@ -128,6 +145,153 @@ TEST_F(DiscMap, StructuresBehindTheClosingAnchorKeepItInPlace) {
                            m_built.bytes.begin() + static_cast<std::ptrdiff_t>(table + 2048));
     test::Write32(m_image.m_bytes, 16 * 2048 + 140, anchor + 1);
     EXPECT_EQ(Map().closingSector, Map().Sectors());
+}
+
+/// DVDs whose UDF volume names other files than their directories.
+class DiscMapOfUdf : public DiscMap {
+protected:
+    DiscMapOfUdf() {
+        m_description.kind = EImageKind::Dvd;
+        m_description.udf = test::EUdf::Volume;
+    }
+
+    /// Leaves room for another UDF volume before the first file, and free sectors behind the last one.
+    void Build(std::vector<test::SImageFile> files) {
+        m_description.files = std::move(files);
+        m_description.files.front().holeBefore = 10;
+        m_description.tailSectors = 10;
+        DiscMap::Build();
+    }
+
+    std::uint32_t SectorOf(const char* path) const { return m_built.File(path).sector; }
+
+    /// Names of the UDF files of a place.
+    std::vector<std::string> UdfNames(const SDiscMap& map, const char* path) const {
+        std::vector<std::string> names;
+        for (const std::size_t file : map.places.at(PlaceOf(map, path)).udfFiles) {
+            names.push_back(map.udf->files[file].path);
+        }
+        return names;
+    }
+
+    std::string Obstacle(const char* path) {
+        const SDiscMap map = Map();
+        return map.places.at(PlaceOf(map, path)).obstacle;
+    }
+
+    /// Makes the partition end so many sectors before the closing anchor.
+    void EndPartitionEarlier(std::uint32_t sectors) {
+        for (const std::uint32_t sector : {34U, 50U}) {
+            const std::size_t at = std::size_t{sector} * 2048;
+            test::Write32(m_image.m_bytes, at + 192, test::Read32(m_built.bytes, at + 192) - sectors);
+            test::WriteUdfTag(m_image.m_bytes, at, 5, 512, sector);
+        }
+    }
+
+    using Names = std::vector<std::string>;
+};
+
+TEST_F(DiscMapOfUdf, EmptyFilesBelongTogetherByTheirNames) {
+    Build({{"DIR./A-B1.", {}}, {"C@2.D", {}}});
+    test::ReplaceUdf(m_image.m_bytes, {{"dir/a b1"}, {"c{2.d"}});
+    const SDiscMap map = Map();
+    EXPECT_EQ(UdfNames(map, "DIR./A-B1."), Names{"dir/a b1"});
+    EXPECT_EQ(UdfNames(map, "C@2.D"), Names{"c{2.d"});
+}
+
+TEST_F(DiscMapOfUdf, EmptyFilesWhoseNamesDoNotTellThemCannotBeChanged) {
+    const std::string obstacle =
+        "is empty, and its Joliet or UDF record cannot be identified among those of other empty files";
+    Build({{"A", {}}, {"B", {}}});
+    test::ReplaceUdf(m_image.m_bytes, {{"A"}, {"OTHER"}});
+    EXPECT_EQ(Obstacle("A"), "");
+    EXPECT_EQ(Obstacle("B"), obstacle);
+    test::ReplaceUdf(m_image.m_bytes, {{"OTHER"}});
+    EXPECT_EQ(Obstacle("A"), obstacle);
+    EXPECT_EQ(Obstacle("B"), obstacle);
+    test::ReplaceUdf(m_image.m_bytes, {{"A"}});
+    EXPECT_EQ(Obstacle("A"), "");
+    EXPECT_EQ(Obstacle("B"), "") << "UDF does not have it";
+    Build({{"A", {}}});
+    test::ReplaceUdf(m_image.m_bytes, {{"OTHER"}});
+    EXPECT_EQ(UdfNames(Map(), "A"), Names{"OTHER"}) << "there is only one on either side";
+}
+
+TEST_F(DiscMapOfUdf, ContentInAFileEntryBelongsToTheFileOfTheSameNameAndLength) {
+    Build({{"A.BIN", test::RandomBytes(1000, 1)}, {"B.BIN", test::RandomBytes(100, 2)}});
+    const auto embedded = [](std::size_t size) {
+        return test::SUdfFileDescription{"A.BIN", {}, test::EUdfAllocation::Embedded, Bytes(size, 1)};
+    };
+    test::ReplaceUdf(m_image.m_bytes, {embedded(1000)});
+    EXPECT_EQ(UdfNames(Map(), "A.BIN"), Names{"A.BIN"});
+    const test::SBuiltUdf udf = test::ReplaceUdf(m_image.m_bytes, {embedded(999)});
+    EXPECT_EQ(Refusal(), "A.BIN: ISO 9660 records 1000 bytes at sector " + std::to_string(SectorOf("\\A.BIN")) +
+                             ", UDF 999 bytes at sector " + std::to_string(udf.entries.at("A.BIN")));
+}
+
+TEST_F(DiscMapOfUdf, SectorsOfFilesThatOnlyUdfHasAreOccupied) {
+    Build({{"A.BIN", test::RandomBytes(1000, 1)}});
+    const std::uint32_t sector = SectorOf("\\A.BIN") + 3;
+    test::ReplaceUdf(m_image.m_bytes, {{"HIDDEN.BIN", {{sector, 2049}}}});
+    const SDiscMap map = Map();
+    EXPECT_TRUE(map.occupied.IsFree(sector - 2, sector));
+    EXPECT_FALSE(map.occupied.IsFree(sector, sector + 1));
+    EXPECT_FALSE(map.occupied.IsFree(sector + 1, sector + 2));
+    EXPECT_TRUE(map.occupied.IsFree(sector + 2, sector + 3));
+    EXPECT_EQ(map.places.size(), 1U);
+}
+
+TEST_F(DiscMapOfUdf, SeveralExtentsAreThoseOfUdf) {
+    for (const std::uint32_t between : {0U, 1U}) {
+        Build({{"A.BIN", test::RandomBytes(4096, 1)}, {"B.BIN", test::RandomBytes(3000, 2), between}});
+        // B becomes the second extent of A. UDF joins adjacent extents.
+        m_image.m_bytes[RecordOf("\\A.BIN") + 25] = 0x80;
+        m_image.m_bytes[RecordOf("\\B.BIN") + 33] = 'A';
+        const std::uint32_t first = SectorOf("\\A.BIN");
+        test::ReplaceUdf(m_image.m_bytes, {{"A.BIN", {{first, 4096}, {SectorOf("\\B.BIN"), 3000}}}});
+        EXPECT_EQ(UdfNames(Map(), "A.BIN"), Names{"A.BIN"});
+        EXPECT_EQ(Map().places.at(0).extents.size(), 2U);
+        test::ReplaceUdf(m_image.m_bytes, {{"A.BIN", {{first, 4096}, {SectorOf("\\B.BIN") + 3, 3000}}}});
+        EXPECT_TRUE(Refusal().starts_with("A.BIN: ISO 9660 records 7096 bytes at sector ")) << Refusal();
+    }
+}
+
+TEST_F(DiscMapOfUdf, AVolumeThatCannotBeReadIsRefusedOrAWarning) {
+    Build({{"A.BIN", test::RandomBytes(1000, 1)}});
+    m_image.m_bytes[std::size_t{m_built.udf.entries.at("")} * 2048 + 60] ^= 1U;
+    EXPECT_TRUE(Refusal().starts_with("the UDF file entry of \"/\"")) << Refusal();
+    const SDiscMap map = Map(EMapRule::ReachableOnly);
+    EXPECT_EQ(map.udf, std::nullopt);
+    ASSERT_EQ(map.warnings.size(), 1U);
+    EXPECT_EQ(map.warnings[0],
+              "The UDF volume cannot be read (" + Refusal() + "): readers that prefer it will not find the files");
+}
+
+TEST_F(DiscMapOfUdf, WithoutAClosingAnchorNothingClosesIt) {
+    m_description.anchorAtEnd = false;
+    Build({{"A.BIN", test::RandomBytes(1000, 1)}});
+    EXPECT_EQ(Map().closingSector, Map().Sectors());
+}
+
+TEST_F(DiscMapOfUdf, FreeSectorsBetweenThePartitionAndTheClosingAnchorCloseIt) {
+    Build({{"A.BIN", test::RandomBytes(1000, 1)}});
+    test::ReplaceUdf(m_image.m_bytes, {});
+    const std::uint32_t anchor = Map().Sectors() - 1;
+    EndPartitionEarlier(6);
+    EXPECT_EQ(Map().closingSector, anchor - 6);
+    test::SetRecord(m_image.m_bytes, RecordOf("\\A.BIN"), anchor - 3, 1000);
+    EXPECT_EQ(Map().closingSector, anchor) << "a file lies between them";
+}
+
+TEST_F(DiscMapOfUdf, OnlySoManySectorsCloseIt) {
+    Build({{"A.BIN", test::RandomBytes(1000, 1)}, {"B.BIN", Bytes(std::size_t{5000} * 2048)}});
+    test::ReplaceUdf(m_image.m_bytes, {});
+    test::SetRecord(m_image.m_bytes, RecordOf("\\B.BIN"), SectorOf("\\A.BIN") + 1, 1);
+    const std::uint32_t sectors = Map().Sectors();
+    EndPartitionEarlier(4095);
+    EXPECT_EQ(Map().closingSector, sectors - 4096);
+    EndPartitionEarlier(4096);
+    EXPECT_EQ(Map().closingSector, sectors);
 }
 
 TEST_F(DiscMap, RefusesADirectoryOfTwoLengths) {
@@ -177,6 +341,22 @@ TEST_F(DiscMap, RefusesOverlaps) {
     EXPECT_TRUE(Refusal().find("Z.BIN: its sectors") != std::string::npos) << Refusal();
 }
 
+TEST_F(DiscMap, RefusesFilesThatShareTheirFirstExtentOnly) {
+    m_description.files = {
+        {"A.BIN", Bytes(2048, 1)}, {"B.BIN", Bytes(100, 2)}, {"C.BIN", Bytes(2048, 3)}, {"D.BIN", Bytes(100, 4)}};
+    Build();
+    // The second extents of A and C.
+    m_image.m_bytes[RecordOf("\\A.BIN") + 25] = m_image.m_bytes[RecordOf("\\C.BIN") + 25] = 0x80;
+    m_image.m_bytes[RecordOf("\\B.BIN") + 33] = 'A';
+    m_image.m_bytes[RecordOf("\\D.BIN") + 33] = 'C';
+    const std::uint32_t sector = m_built.File("\\A.BIN").sector;
+    test::SetRecord(m_image.m_bytes, RecordOf("\\C.BIN"), sector, 2048);
+    EXPECT_EQ(Refusal(),
+              "C.BIN: it starts at sector " + std::to_string(sector) + " like A.BIN, but is not the same file");
+    test::SetRecord(m_image.m_bytes, RecordOf("\\D.BIN"), m_built.File("\\B.BIN").sector, 100);
+    EXPECT_EQ(Refusal(), "not refused");
+}
+
 TEST_F(DiscMap, RefusesDirectoriesThatContainThemselves) {
     // The first records of a directory are its own and that of its parent; a third one names SUB.
     const std::size_t folder = std::size_t{m_built.directories[1].sector} * 2048;
@@ -198,6 +378,22 @@ TEST_F(DiscMap, RefusesRecordsThatDoNotFitTheirSector) {
         }
         EXPECT_NE(Refusal().find("does not fit its sector"), std::string::npos) << Refusal();
     }
+    m_image.m_bytes = m_built.bytes;
+    m_image.m_bytes[RecordOf("\\Z.BIN") + 32] = 0;
+    EXPECT_NE(Refusal().find("does not fit its sector"), std::string::npos) << "without a name: " << Refusal();
+}
+
+TEST_F(DiscMap, RefusesPathsLongerThanTheLimit) {
+    std::string folder;
+    for (int depth = 0; depth < 10; ++depth) {
+        folder += std::string(198, 'F') + '/';
+    }
+    m_description.files = {{folder + "TEN_LETTER", {1}}};
+    Build();
+    EXPECT_EQ(Refusal(), "not refused");
+    m_description.files.push_back({folder + "ELEVEN_LETT", {1}});
+    Build();
+    EXPECT_EQ(Refusal(), folder + "ELEVEN_LETT: the path is longer than a disc allows");
 }
 
 TEST_F(DiscMap, IgnoresWhatFollowsTheLastPossibleRecord) {
@@ -234,6 +430,9 @@ TEST_F(DiscMap, ASupplementaryVolumeWithoutDirectories) {
     ASSERT_EQ(map.warnings.size(), 1U);
     EXPECT_TRUE(map.warnings[0].starts_with("The directories of the Joliet volume cannot be read")) << map.warnings[0];
     EXPECT_EQ(map.volumeSizes.size(), 2U);
+    bytes[17 * 2048 + 88] = 0;
+    const std::string warning = Map(EMapRule::ReachableOnly).warnings.at(0);
+    EXPECT_TRUE(warning.starts_with("The directories of the supplementary volume cannot be read")) << warning;
 }
 
 TEST_F(DiscMap, AnEnhancedVolumeMayShareTheDirectories) {

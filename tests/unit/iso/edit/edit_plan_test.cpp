@@ -192,6 +192,25 @@ TEST_F(EditPlan, AVolumeEndsBehindAllFiles) {
     EXPECT_EQ(PatchedAt(plan, 16 * 2048 + 80, 0), SectorOf("Z.BIN") + 5);
 }
 
+TEST_F(EditPlan, AFilledFileNeverStaysInTheSystemArea) {
+    test::SetRecord(m_image.m_bytes, m_built.File("\\EMPTY.DAT").recordOffset, 0, 0);
+    EXPECT_EQ(Plan({{"EMPTY.DAT", 10}}).edits[0].to, Sectors());
+}
+
+TEST_F(EditPlan, AnImageWhoseEndCannotBeRead) {
+    m_description.kind = EImageKind::Cd;
+    m_description.postgap = test::EPostgap::Counted;
+    Build();
+    const SDiscMap map = ReadDiscMap(m_image, EMapRule::Complete);
+    m_image.m_bytes.resize(m_image.m_bytes.size() - 10);
+    try {
+        PlanEdit(m_image, map, {{PlaceOf(map, "A.BIN"), 9000, "new"}}, {});
+        ADD_FAILURE() << "not refused";
+    } catch (const CRefused& refused) {
+        EXPECT_STREQ(refused.what(), "the end of the image cannot be read");
+    }
+}
+
 /// A DVD with a UDF volume.
 class EditPlanOfUdf : public EditPlan {
 protected:
@@ -216,6 +235,55 @@ TEST_F(EditPlanOfUdf, TheClosingAnchorMoves) {
     EXPECT_EQ(plan.edits[0].to, Sectors() - 1);
     EXPECT_EQ(plan.SectorsAdded(), 5);
     EXPECT_EQ(Refusal({{"A.BIN", 9000}}, {true}).substr(0, 21), "these files no longer");
+}
+
+TEST_F(EditPlanOfUdf, AVolumeWithoutAClosingAnchorIsLengthenedToo) {
+    m_description.anchorAtEnd = false;
+    m_description.tailSectors = 1;
+    Build();
+    const std::uint32_t partition = Sectors() - test::Read32(m_image.m_bytes, 34 * 2048 + 188);
+    for (const std::uint32_t sector : {34U, 50U}) {
+        SetNumber(sector, 192, partition);
+    }
+    const SEditPlan plan = Plan({{"A.BIN", 9000}});
+    EXPECT_EQ(plan.SectorsAdded(), 4) << "one of five was free";
+    const test::Bytes after = test::Patched(m_image.m_bytes, plan.patches);
+    EXPECT_EQ(after.size(), m_image.m_bytes.size()) << "no anchor moves";
+    for (const std::size_t sector : {34U, 50U}) {
+        EXPECT_EQ(test::Read32(after, sector * 2048 + 192), partition + 4);
+    }
+}
+
+TEST_F(EditPlanOfUdf, ContentInAFileEntryMovesToTheSectorsOfTheFile) {
+    m_description.files[0] = {"A.BIN", test::RandomBytes(1000, 1), 10};
+    Build();
+    test::ReplaceUdf(m_image.m_bytes, {{"A.BIN", {}, test::EUdfAllocation::Embedded, m_description.files[0].content}});
+    // Also without a change of length: the entry would keep the old content.
+    for (const std::int64_t size : {std::int64_t{1000}, std::int64_t{2000}}) {
+        CMemoryImage after(test::Patched(m_image.m_bytes, Plan({{"A.BIN", size}}).patches));
+        const SUdfFile file = ReadUdfVolume(after).value().files.at(1);
+        EXPECT_FALSE(file.embedded);
+        EXPECT_EQ(file.size, size);
+        EXPECT_EQ(file.extents, (std::vector<SExtent>{{SectorOf("A.BIN"), size}}));
+    }
+}
+
+TEST_F(EditPlanOfUdf, AnEntryThatSeveralNamesShareIsChangedOnce) {
+    m_description.files[0].holeBefore = 10;
+    Build();
+    test::SUdfFileDescription link = {"LINK"};
+    link.sharesEntryOf = "A.BIN";
+    const test::SBuiltUdf udf =
+        test::ReplaceUdf(m_image.m_bytes, {{"A.BIN", {{SectorOf("A.BIN"), 5000}}}, std::move(link)});
+    const SEditPlan plan = Plan({{"A.BIN", 100}});
+    const std::int64_t entry = udf.entries.at("A.BIN") * std::int64_t{2048};
+    EXPECT_EQ(std::count_if(plan.patches.begin(), plan.patches.end(),
+                            [entry](const SSectorPatch& patch) { return patch.position == entry; }),
+              1);
+    CMemoryImage after(test::Patched(m_image.m_bytes, plan.patches));
+    const SUdfVolume volume = ReadUdfVolume(after).value();
+    EXPECT_EQ(volume.files.at(1).size, 100);
+    EXPECT_EQ(volume.files.at(2).size, 100);
 }
 
 TEST_F(EditPlanOfUdf, AVolumeWithADamagedCopyIsNotLengthened) {
@@ -284,6 +352,16 @@ TEST_F(EditPlan, AnImageOfMoreSectorsThan32BitsCount) {
     EXPECT_EQ(Refusal(changes), "the image would have more sectors than 32 bits can count");
     changes.pop_back();
     EXPECT_EQ(Refusal(changes), "not refused");
+    // What closes the image counts, too: behind the moved files lie the sectors of the postgap.
+    m_description.postgap = test::EPostgap::Counted;
+    Build();
+    const std::int64_t left = 0xFFFFFFFFLL - (Sectors() - 150) - 2047LL * 2'097'152;
+    changes.emplace_back("F2047.BIN", left * 2048);
+    EXPECT_EQ(Refusal(changes), "the image would have more sectors than 32 bits can count");
+    changes.back().second = (left - 149) * 2048;
+    EXPECT_EQ(Refusal(changes), "the image would have more sectors than 32 bits can count");
+    changes.back().second = (left - 150) * 2048;
+    EXPECT_EQ(Refusal(changes), "the image would have 4294967295 sectors; a CD has at most 333000");
 }
 
 TEST_F(EditPlan, FilesThatCannotBeChanged) {
@@ -293,6 +371,16 @@ TEST_F(EditPlan, FilesThatCannotBeChanged) {
     EXPECT_EQ(Refusal({{"B.BIN", 10}}), "not refused");
     m_image.m_bytes[record + 1] = 0;
     m_image.m_bytes[record + 26] = 1;
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}), "A.BIN: it is interleaved, so it cannot be changed");
+    m_image.m_bytes[record + 26] = 0;
+    m_image.m_bytes[record + 27] = 1;
+    EXPECT_EQ(Refusal({{"A.BIN", 10}}), "A.BIN: it is interleaved, so it cannot be changed");
+    // With any of its names, one of which is that of B.
+    const std::size_t second = m_built.File("\\B.BIN").recordOffset;
+    test::SetRecord(m_image.m_bytes, second, SectorOf("A.BIN"), 5000);
+    EXPECT_EQ(Refusal({{"B.BIN", 10}}), "A.BIN: it is interleaved, so it cannot be changed");
+    m_image.m_bytes[record + 27] = 0;
+    m_image.m_bytes[second + 27] = 1;
     EXPECT_EQ(Refusal({{"A.BIN", 10}}), "A.BIN: it is interleaved, so it cannot be changed");
 }
 
@@ -407,6 +495,20 @@ TEST_F(EditPlanOfBootImages, ABootImageThatNoFileNamesIsNoFreeSpace) {
     EXPECT_FALSE(map.occupied.IsFree(SectorOf("C.BIN") - 1, SectorOf("C.BIN")));
     SetEntry(1, 0xFFFFFFFF, 255);
     EXPECT_EQ(ReadDiscMap(m_image, EMapRule::Complete).closingSector, Sectors());
+}
+
+TEST_F(EditPlanOfBootImages, ACatalogueThatNoFileNamesIsNoFreeSpace) {
+    const std::uint32_t sector = SectorOf("C.BIN") - 2;
+    auto& bytes = m_image.m_bytes;
+    const auto start = bytes.begin() + static_cast<std::ptrdiff_t>(m_catalogue);
+    std::copy_n(start, 2048, bytes.begin() + std::ptrdiff_t{sector} * 2048);
+    std::fill_n(start, 2048, std::uint8_t{0});
+    test::Write32(bytes, 17 * 2048 + 71, sector);
+    const SDiscMap map = ReadDiscMap(m_image, EMapRule::Complete);
+    EXPECT_TRUE(map.occupied.IsFree(sector - 1, sector));
+    EXPECT_FALSE(map.occupied.IsFree(sector, sector + 1));
+    EXPECT_FALSE(Plan({{"B.BIN", 3 * 2048}}).edits[0].IsMoved()) << "B is no catalogue any more";
+    EXPECT_TRUE(Plan({{"B.BIN", 4 * 2048}}).edits[0].IsMoved());
 }
 
 TEST_F(EditPlanOfBootImages, ACatalogueThatIsMissing) {

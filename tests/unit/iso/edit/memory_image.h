@@ -8,6 +8,7 @@
 
 #include "files/byte_source.h"
 #include "iso/edit/disc_map.h"
+#include "iso/patch.h"
 #include "tests/support/image_builder.h"
 
 namespace vantrel::test {
@@ -50,6 +51,27 @@ inline void SetRecord(Bytes& image, std::size_t record, std::uint32_t sector, st
         Write32(image, record + 2 + 8 * i, values[i]);
         Write32(image, record + 6 + 8 * i, __builtin_bswap32(values[i]));
     }
+}
+
+/// Writes a volume of these files in place of the UDF volume of a DVD image. It may need sectors behind the old one.
+inline SBuiltUdf ReplaceUdf(Bytes& image, std::vector<SUdfFileDescription> files) {
+    constexpr std::size_t kPartition = 34 * 2048;
+    SUdfDescription udf;
+    udf.start = Read32(image, kPartition + 188);
+    udf.lastSector = udf.start + Read32(image, kPartition + 192);
+    udf.files = std::move(files);
+    const auto at = [&image](std::uint32_t sector) { return image.begin() + std::ptrdiff_t{sector} * 2048; };
+    std::fill(at(udf.start), at(EndOfUdf(udf)), std::uint8_t{0});
+    return WriteUdfVolume(image, udf);
+}
+
+/// The image with patches inside of it or directly behind it.
+inline Bytes Patched(Bytes image, const std::vector<SSectorPatch>& patches) {
+    for (const SSectorPatch& patch : patches) {
+        image.resize(std::max(image.size(), static_cast<std::size_t>(patch.position) + patch.bytes.size()));
+        std::copy(patch.bytes.begin(), patch.bytes.end(), image.begin() + patch.position);
+    }
+    return image;
 }
 
 }  // namespace vantrel::test

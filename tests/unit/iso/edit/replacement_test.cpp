@@ -66,6 +66,21 @@ TEST_F(Replacement, APathThatSeveralFilesHave) {
     EXPECT_EQ(Failure({{"name", "new"}}), (m_folder / "game.iso") + " has several files name");
 }
 
+TEST_F(Replacement, APathThatSeveralNamesOfOneFileHave) {
+    test::SImageDescription description;
+    description.kind = test::EImageKind::Umd;
+    description.files = {{"NAME", test::RandomBytes(100, 1)}, {"NAME.", test::RandomBytes(200, 2)}};
+    test::SBuiltImage built = test::BuildImage(description);
+    test::SetRecord(built.bytes, built.File("\\NAME.").recordOffset, built.File("\\NAME").sector, 100);
+    test::WriteWhole(m_folder / "game.iso", built.bytes);
+    EXPECT_EQ(Failure({{"name", "new"}}), "did not fail");
+    ASSERT_EQ(m_report.edits.size(), 1U);
+    const Bytes after = test::ReadWhole(m_folder / "game.iso");
+    for (const char* const path : {"\\NAME", "\\NAME."}) {
+        EXPECT_EQ(test::Read32(after, built.File(path).recordOffset + 10), 11U) << path;
+    }
+}
+
 TEST_F(Replacement, OnePathTwice) {
     test::WriteText(m_folder / "same", "new content");
     test::WriteText(m_folder / "other", "other text!");

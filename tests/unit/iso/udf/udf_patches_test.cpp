@@ -169,6 +169,30 @@ TEST(UdfPatches, AnAnchorThatIsNotAtTheEndStays) {
     }
 }
 
+TEST(UdfPatches, OnlyIntegrityDescriptorsOfTheSequenceAreLengthened) {
+    SUdfImage image = UdfImage(FewUdfFiles());
+    // The sequence ends behind its first sector; the next one holds a copy of its descriptor.
+    for (const std::uint32_t sector : {35U, 51U}) {
+        Write32(image.bytes, image.At(sector) + 432, 2048);
+        image.Reseal(image.At(sector), sector);
+    }
+    std::copy_n(image.bytes.begin() + 64 * kUdfSector, 512, image.bytes.begin() + 65 * kUdfSector);
+    image.Reseal(image.At(65), 65);
+    CMemorySource source(image.bytes);
+    std::vector<std::int64_t> sectors;
+    for (const SSectorPatch& patch : PatchUdfLength(source, image.Read().value(), 399, 410)) {
+        sectors.push_back(patch.position / kSectorSize);
+    }
+    EXPECT_THAT(sectors, ElementsAre(34, 50, 64, 410));
+}
+
+TEST(UdfPatches, AVolumeThatCanNoLongerBeReadIsNotLengthened) {
+    SUdfImage image = UdfImage(FewUdfFiles());
+    const SUdfVolume volume = image.Read().value();
+    CMemorySource source(Bytes(image.bytes.size()));
+    EXPECT_THROW(PatchUdfLength(source, volume, 399, 410), CRefused);
+}
+
 TEST(UdfPatches, VolumesWithTablesOfTheirSpaceStayAsLong) {
     SUdfImage image = UdfImage(FewUdfFiles());
     for (const std::uint32_t sector : {34U, 50U}) {

@@ -41,9 +41,10 @@ struct SUdfImage {
     }
 };
 
-inline SUdfImage UdfImage(SUdfDescription description) {
+inline SUdfImage UdfImage(SUdfDescription description, std::uint32_t sectors = kVolumeEnd) {
     SUdfImage image;
-    description.lastSector = kVolumeEnd - 1;
+    image.bytes.resize(sectors * kUdfSector);
+    description.lastSector = sectors - 1;
     for (const std::size_t sector : {16U, 17U}) {
         std::copy_n("CD001", 5, image.bytes.begin() + static_cast<std::ptrdiff_t>(sector * kUdfSector + 1));
     }

@@ -43,6 +43,19 @@ TEST(UdfVolume, AnImageWithoutItsRecognitionSequenceHasNone) {
     EXPECT_NE(image.Read(), std::nullopt) << "NSR03";
 }
 
+TEST(UdfVolume, TheRecognitionSequenceEndsBeforeTheFirstAnchor) {
+    for (const std::size_t sector : {255U, 256U}) {
+        SUdfImage image;
+        for (std::size_t i = 16; i < kVolumeEnd; ++i) {
+            std::copy_n("CD001", 5, image.bytes.begin() + static_cast<std::ptrdiff_t>(i * kUdfSector + 1));
+        }
+        std::copy_n("NSR02", 5, image.bytes.begin() + static_cast<std::ptrdiff_t>(sector * kUdfSector + 1));
+        EXPECT_EQ(
+            image.Refusal(),
+            sector == 256 ? "" : "the image is marked as UDF, but neither sector 256 nor its end has a valid anchor");
+    }
+}
+
 TEST(UdfVolume, HasTheFilesOfItsFolders) {
     const SUdfImage image = UdfImage(FewUdfFiles());
     const SUdfVolume volume = image.Read().value();
@@ -90,6 +103,27 @@ TEST(UdfVolume, ReadsEveryKindOfAllocation) {
                     "LONG AND EXTENDED: 6, 300+6", "EMBEDDED: 1800 embedded", "EMBEDDED AND EXTENDED: 3 embedded",
                     "EMPTY: 0", "CHAIN: 8201, 300+2048, 302+2048, 304+2048, 306+2048, 308+9",
                     "LONG CHAIN: 4103, 300+2048, 302+2048, 304+7"));
+}
+
+TEST(UdfVolume, AnEmptyAllocationDescriptorEndsTheList) {
+    SUdfImage image = UdfImage(FewUdfFiles());
+    const std::size_t entry = image.Entry("B.BIN");
+    Write32(image.bytes, entry + 172, 24);
+    Write32(image.bytes, entry + 184, 1U << 30U);  // no length, whatever its kind
+    Write32(image.bytes, entry + 192, 2048);
+    Write32(image.bytes, entry + 196, 70);
+    WriteUdfTag(image.bytes, entry, 261, 176 + 24, image.built.entries.at("B.BIN") - 257);
+    EXPECT_EQ(TextOf(FileIn(image.Read().value(), "B.BIN")), "B.BIN: 2049, 320+2049");
+}
+
+TEST(UdfVolume, ExtentsInAnotherPartitionAreRefused) {
+    SUdfDescription description = FewUdfFiles();
+    description.files[1].allocation = EUdfAllocation::Long;
+    SUdfImage image = UdfImage(description);
+    image.bytes[image.Entry("B.BIN") + 176 + 8] = 1;
+    image.ResealEntry("B.BIN");
+    EXPECT_EQ(image.Refusal(),
+              "the UDF file entry of \"/B.BIN\" in sector 264: an extent is in a partition that does not exist");
 }
 
 TEST(UdfVolume, ReadsNamesAndFoldersOfEveryKind) {
@@ -172,6 +206,38 @@ TEST(UdfVolume, APaddingOfAnchorsEndsIt) {
     EXPECT_THAT(volume.anchors, ElementsAre(256, 390, 391, 392, 393, 394, 395, 396, 397, 398, 399));
 }
 
+TEST(UdfVolume, APaddingOfAnchorsMayReachToTheFirstOne) {
+    SUdfDescription description;
+    description.start = 72;
+    SUdfImage image = UdfImage(description);
+    std::vector<std::uint32_t> expected;
+    for (std::uint32_t sector = 256; sector < kVolumeEnd; ++sector) {
+        std::copy_n(image.bytes.begin() + 399 * kUdfSector, 512, image.bytes.begin() + std::ptrdiff_t{sector} * 2048);
+        WriteUdfTag(image.bytes, image.At(sector), 2, 512, sector);
+        expected.push_back(sector);
+    }
+    const SUdfVolume volume = image.Read().value();
+    EXPECT_EQ(volume.anchors, expected);
+    EXPECT_EQ(volume.closingAnchors, kVolumeEnd - 257);
+}
+
+TEST(UdfVolume, AnIsoVolumeLongerThanTheImageHasNoAnchorBehindIt) {
+    SUdfImage image = UdfImage(FewUdfFiles());
+    Write32(image.bytes, 16 * kUdfSector + 80, kVolumeEnd + 1);
+    const SUdfVolume volume = image.Read().value();
+    EXPECT_THAT(volume.anchors, ElementsAre(256, 399));
+    EXPECT_EQ(volume.closingAnchors, 1U);
+    EXPECT_THAT(volume.findings, IsEmpty());
+}
+
+TEST(UdfVolume, ACopyOfAnAnchorElsewhereIsNoDamagedAnchor) {
+    SUdfImage image = UdfImage(FewUdfFiles());
+    std::copy_n(image.bytes.begin() + 256 * kUdfSector, 512, image.bytes.begin() + 399 * kUdfSector);
+    const SUdfVolume volume = image.Read().value();
+    EXPECT_THAT(volume.anchors, ElementsAre(256));
+    EXPECT_THAT(volume.findings, IsEmpty());
+}
+
 TEST(UdfVolume, TheEndOfTheIsoVolumeMayHaveTheAnchor) {
     SUdfImage image = UdfImage(FewUdfFiles());
     Write32(image.bytes, 16 * kUdfSector + 80, kVolumeEnd);
@@ -200,24 +266,78 @@ TEST(UdfVolume, ADamagedCopyIsAFinding) {
     EXPECT_THAT(image.Read().value().findings,
                 ElementsAre("the UDF anchor in sector 399: the descriptor's CRC is wrong"));
     EXPECT_THAT(image.Read().value().anchors, ElementsAre(256));
-    image = UdfImage(FewUdfFiles());
-    Write32(image.bytes, image.At(50) + 192, 100);
-    image.Reseal(image.At(50), 50);
-    EXPECT_THAT(image.Read().value().findings,
-                ElementsAre("the main and the reserve UDF volume descriptor sequence disagree"));
+}
+
+TEST(UdfVolume, SequencesThatDisagreeAreAFinding) {
+    constexpr struct {
+        std::uint32_t sector;
+        std::size_t offset;
+        std::uint32_t value;
+        const char* what;
+    } kCases[] = {{50, 188, 258, "start of the partition"},
+                  {50, 192, 100, "length of the partition"},
+                  {51, 252, 1, "file set descriptor"},
+                  {51, 436, 65, "integrity sequence"}};
+    for (const auto& changed : kCases) {
+        SUdfImage image = UdfImage(FewUdfFiles());
+        Write32(image.bytes, image.At(changed.sector) + changed.offset, changed.value);
+        image.Reseal(image.At(changed.sector), changed.sector);
+        EXPECT_THAT(image.Read().value().findings,
+                    ElementsAre("the main and the reserve UDF volume descriptor sequence disagree"))
+            << changed.what;
+        EXPECT_EQ(FilesOf(image.Read().value()), FilesOf(UdfImage(FewUdfFiles()).Read().value())) << changed.what;
+    }
+}
+
+/// An image in which a changed copy of a descriptor (2: of the partition, 3: of the logical volume) replaces the
+/// descriptor of unallocated space, in both sequences.
+template <typename TChange>
+SUdfImage WithSecondDescriptor(std::uint32_t which, TChange change) {
+    SUdfImage image = UdfImage(FewUdfFiles());
+    for (const std::uint32_t sequence : {32U, 48U}) {
+        const std::uint32_t sector = sequence + 4;
+        std::copy_n(image.bytes.begin() + static_cast<std::ptrdiff_t>(image.At(sequence + which)), 512,
+                    image.bytes.begin() + static_cast<std::ptrdiff_t>(image.At(sector)));
+        change(image.bytes, image.At(sector));
+        image.Reseal(image.At(sector), sector);
+    }
+    return image;
 }
 
 TEST(UdfVolume, OfSeveralDescriptorsTheHighestNumberPrevails) {
-    SUdfImage image = UdfImage(FewUdfFiles());
-    // A descriptor of the same partition replaces the one of unallocated space.
-    for (const std::uint32_t sector : {36U, 52U}) {
-        std::copy_n(image.bytes.begin() + std::ptrdiff_t{sector - 2} * 2048, 512,
-                    image.bytes.begin() + std::ptrdiff_t{sector} * 2048);
-        Write32(image.bytes, image.At(sector) + 192, 77);
-        image.Reseal(image.At(sector), sector);
+    // The first descriptors have the numbers 2 and 3. Of two with the same number, the later one prevails.
+    for (const std::uint32_t number : {1U, 2U, 3U}) {
+        const SUdfImage image = WithSecondDescriptor(2, [&](Bytes& bytes, std::size_t at) {
+            Write32(bytes, at + 16, number);
+            Write32(bytes, at + 192, 77);
+        });
+        EXPECT_EQ(image.Read().value().partitionSectors, number < 2 ? kVolumeEnd - 1 - 257 : 77) << number;
     }
-    EXPECT_EQ(image.Refusal().substr(0, 22), "") << image.Refusal();
-    EXPECT_EQ(image.Read().value().partitionSectors, 77U);
+    for (const std::uint32_t number : {2U, 3U, 4U}) {
+        const SUdfImage image = WithSecondDescriptor(3, [&](Bytes& bytes, std::size_t at) {
+            Write32(bytes, at + 16, number);
+            Write32(bytes, at + 212, 512);
+        });
+        EXPECT_EQ(image.Refusal(), number < 3 ? "" : "UDF volumes with blocks of 512 bytes are not supported");
+    }
+}
+
+TEST(UdfVolume, DescriptorsOfOtherPartitionsDoNotMatter) {
+    const SUdfImage image = WithSecondDescriptor(2, [](Bytes& bytes, std::size_t at) {
+        Write32(bytes, at + 16, 9);
+        bytes[at + 22] = 7;
+        Write32(bytes, at + 192, 77);
+    });
+    EXPECT_EQ(image.Read().value().partitionSectors, kVolumeEnd - 1 - 257);
+}
+
+TEST(UdfVolume, AnUnrecordedSectorEndsASequence) {
+    SUdfImage image = UdfImage(FewUdfFiles());
+    for (const std::uint32_t sector : {37U, 53U}) {
+        std::fill_n(image.bytes.begin() + static_cast<std::ptrdiff_t>(image.At(sector)), 512, std::uint8_t{0});
+    }
+    EXPECT_THAT(image.Read().value().findings, IsEmpty());
+    EXPECT_EQ(FilesOf(image.Read().value()).size(), 2U);
 }
 
 TEST(UdfVolume, WithoutAUsableSequenceItIsRefused) {
@@ -347,6 +467,51 @@ TEST(UdfVolume, OtherKindsOfEntriesAreUnsupportedByName) {
            "extended attributes in an entry of their own are not supported");
     expect(WithEntry([](Bytes& bytes, std::size_t at) { bytes[at + 152] = 1; }, true),
            "named streams are not supported");
+}
+
+TEST(UdfVolume, NamedStreamsOfTheVolumeAreUnsupported) {
+    SUdfImage image = UdfImage(FewUdfFiles());
+    Write32(image.bytes, image.At(257) + 464, 2048);
+    image.Reseal(image.At(257), 0);
+    EXPECT_THROW(image.Read(), CUnsupportedUdf);
+    EXPECT_EQ(image.Refusal(),
+              "the UDF file set descriptor in block 0 of the partition: named streams are not supported");
+}
+
+TEST(UdfVolume, PathsLongerThanTheLimitAreUnsupported) {
+    SUdfDescription description;
+    description.files.push_back({std::string(1, 'A'), {}});
+    for (int depth = 0; depth < 8; ++depth) {
+        description.files[0].path = std::string(249, 'F') + '/' + description.files[0].path;
+    }
+    std::string& path = description.files[0].path;
+    path.pop_back();
+    path.pop_back();
+    EXPECT_EQ(FilesOf(UdfImage(description).Read().value()).at(0), path + ": 0") << "1999 bytes";
+    path += "AA";
+    EXPECT_THROW(UdfImage(description).Read(), CUnsupportedUdf);
+    EXPECT_THAT(UdfImage(description).Refusal(), HasSubstr("paths of more than 2000 bytes are not supported"));
+}
+
+/// Names of one file that has very many extents: a small image claims much memory.
+TEST(UdfVolume, TheMemoryForNamesIsLimited) {
+    constexpr std::uint32_t kExtents = 20'000;
+    constexpr std::uint32_t kSectors = 600;
+    SUdfDescription description;
+    description.files.push_back({"FILE", {}, EUdfAllocation::Short, {}, 200});
+    for (std::uint32_t i = 0; i < kExtents; ++i) {
+        description.files[0].extents.push_back({500 + i % 2 * 2, 2048});
+    }
+    for (int i = 0; i < 800; ++i) {
+        description.files.push_back({"NAME" + std::to_string(i), {}});
+        description.files.back().sharesEntryOf = "FILE";
+    }
+    EXPECT_EQ(UdfImage(description, kSectors).Read().value().files.size(), 802U);
+    for (int i = 0; i < 100; ++i) {
+        description.files.push_back({"MORE" + std::to_string(i), {}});
+        description.files.back().sharesEntryOf = "FILE";
+    }
+    EXPECT_THAT(UdfImage(description, kSectors).Refusal(), HasSubstr("the volume has too many names"));
 }
 
 TEST(UdfVolume, EntriesThatContradictThemselvesAreRefused) {
