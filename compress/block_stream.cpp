@@ -39,7 +39,7 @@ public:
         }
         if (input.size() != m_zeros || m_outcome.produced > output.size()) {
             m_outcome = m_coder->Run(input, output);
-            m_zeros = m_outcome.failedStep ? 0 : input.size();
+            m_zeros = input.size();
             m_compressed.assign(output.begin(), output.begin() + static_cast<std::ptrdiff_t>(m_outcome.produced));
         } else {
             std::ranges::copy(m_compressed, output.begin());

@@ -126,13 +126,12 @@ private:
     /// Returns false if the index cannot address the block.
     bool WriteBlock(std::int64_t number, const SBlock& block) {
         const SStreamOutcome& outcome = block.outcome;
-        const bool isIncompressible = m_header.IsZso() && !outcome.HasAllOutput();
-        if (outcome.FailedIn(EStreamStep::Work) && !isIncompressible) {
+        if (outcome.FailedIn(EStreamStep::Work)) {
             m_operation.Fail(Format("Code 1008-block %d:deflate : %s[%d]\n", static_cast<std::int32_t>(number),
                                     outcome.message, outcome.result));
         }
         // A block that does not shrink is stored plain.
-        const bool isPlain = isIncompressible || block.stored.size() >= block.content.size();
+        const bool isPlain = block.stored.size() >= block.content.size();
         if (!SetEntry(number, isPlain ? kCsoMarkedBlock : 0)) {
             return false;
         }

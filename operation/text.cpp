@@ -13,11 +13,8 @@ std::string Format(const char* pattern, ...) {  // NOLINT(cert-dcl50-cpp)
     const int length = std::vsnprintf(nullptr, 0, pattern, arguments);
     va_end(arguments);
     std::string text(length > 0 ? static_cast<std::size_t>(length) : 0U, '\0');
-    const int written = std::vsnprintf(text.data(), text.size() + 1, pattern, again);
+    std::vsnprintf(text.data(), text.size() + 1, pattern, again);
     va_end(again);
-    if (written != length) {
-        text.clear();
-    }
     return text;
 }
 

@@ -112,13 +112,9 @@ void CWalk::FollowPathTable() {
     ReadPathTable();
     CDirectoryReader reader(m_image);
     FindHeaderEnd(reader);
-    if (m_sideFiles) {
-        m_sideFiles->CopyHeader(m_image, m_walked.headerSectors);
-    }
+    m_sideFiles->CopyHeader(m_image, m_walked.headerSectors);
     ListFiles(reader);
-    if (m_sideFiles) {
-        m_sideFiles->WriteLists(m_walked.files);
-    }
+    m_sideFiles->WriteLists(m_walked.files);
 }
 
 /// The table extends to its optional copy. Common mastering tools write no copy; then the recorded size counts.
@@ -131,9 +127,7 @@ std::int64_t CWalk::PathTableSectors() const {
 void CWalk::ReadPathTable() {
     const std::int64_t first = LoadLe32(m_volume.pathTableLocation);
     const std::int64_t count = PathTableSectors();
-    if (m_sideFiles) {
-        m_sideFiles->CopyPathTable(m_image, first, count);
-    }
+    m_sideFiles->CopyPathTable(m_image, first, count);
     m_pathTable.Read(m_image, first * kSectorSize, count * kSectorSize, [this] { m_operation.Yield(); });
 }
 

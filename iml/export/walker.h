@@ -16,7 +16,7 @@ namespace vantrel {
 
 struct SWalkRequest {
     std::string imagePath;
-    /// The side files of the window; the console program writes none.
+    /// The side files of the window, whose walks need them; a strict walk, which the console program does, writes none.
     std::optional<SWalkFilePaths> sideFiles = std::nullopt;
     /// Follow the directory tree; an image that ends before its directories do is a failure. Otherwise follow the path
     /// table; missing bytes count as zeros.

@@ -240,7 +240,7 @@ const SExportedFile* CGapFileReader::FindFile(std::uint32_t sector, std::int64_t
 
 std::size_t CGapFileReader::ReadAt(std::size_t index, std::int64_t offset, std::span<std::uint8_t> buffer) {
     const std::int64_t rest = m_areas[index].length - offset;
-    if (offset < 0 || rest <= 0) {
+    if (rest <= 0) {
         return 0;
     }
     const auto count = static_cast<std::size_t>(std::min<std::int64_t>(rest, static_cast<std::int64_t>(buffer.size())));

@@ -67,7 +67,6 @@ public:
 
     const SGapOrigin& Origin() const { return m_origin; }
     const std::vector<SImageArea>& Areas() const { return m_areas; }
-    const std::vector<SExportedFile>& Files() const { return m_files; }
     /// The file with content at that sector with that length; null if there is none.
     const SExportedFile* FindFile(std::uint32_t sector, std::int64_t length) const;
 

@@ -26,8 +26,6 @@ public:
     /// without a list.
     void Run();
 
-    /// Whether the layout has the DVD shape.
-    bool IsDvd() const { return m_shape.isDvd; }
     /// Last sector of the leading structures in the layout; -1 if unknown.
     std::int32_t LeadingLast() const { return m_head.leadingLast; }
 

@@ -140,6 +140,15 @@ class Convert(ConsoleTest):
             self.assertEqual(self.read("out/%s.iso" % name), image, name)
             os.remove(self.path(name + ".cso"))
 
+    def test_a_damaged_block_where_the_psp_mark_is(self):
+        for magic in b"CISO", b"ZISO":
+            content = bytearray(cso_reference.compress_strict(with_identifier(psp_image(40)), magic))
+            mark = struct.unpack_from("<I", content, 24 + 4 * 16)[0] & 0x7FFFFFFF
+            content[mark:mark + 2] = b"\xFF\xFF"
+            self.write("damaged.cso", bytes(content))
+            with self.subTest(magic=magic):
+                self.assertIn("damaged block 16: its stream is damaged", self.refusal("convert", "--to", "dax", "damaged.cso"))
+
     def test_cso_2_is_expanded_by_cso2iso(self):
         self.write("a.cso", cso_reference.compress_strict(psp_image(33), b"CISO"))
         self.assert_done(self.run_here("cso2iso", "a.cso"))
@@ -161,6 +170,8 @@ class Convert(ConsoleTest):
                       (16, "<I", 1 << 21, name + " block size 2097152" + size), (16, "<I", 0, name + " block size 0" + size),
                       (20, "<B", 3, name + " version 3 is not supported"),
                       (21, "<B", 32, name + " index shift 32 is not supported: it is above 31"),
+                      (22, "<H", 0x0001, "%s unused header bytes 01 00 are not supported in version %d: they are not zero"
+                       % (name, version)),
                       (22, "<H", 0x0100, "%s unused header bytes 00 01 are not supported in version %d: they are not zero"
                        % (name, version)),
                       (8, "<Q", 0, name + " image size 0 is not supported"),

@@ -35,4 +35,12 @@ private:
     std::int64_t m_size;
 };
 
+/// An image in a container, for which there is no memory to expand it.
+class CSourceWithoutMemory : public CMemorySource {
+public:
+    using CMemorySource::CMemorySource;
+
+    std::unique_ptr<CSourcePiece> NewPiece(std::size_t /*size*/) override { return nullptr; }
+};
+
 }  // namespace vantrel::test

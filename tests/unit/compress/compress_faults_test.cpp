@@ -10,6 +10,7 @@
 #include "compress/cso.h"
 #include "compress/dax.h"
 #include "files/native_file.h"
+#include "tests/support/memory_source.h"
 #include "tests/support/recording_operation.h"
 #include "tests/unit/compress/cso_support.h"
 
@@ -97,10 +98,9 @@ int __wrap_inflateEnd(z_streamp stream) {
 }  // extern "C"
 
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    if (g_faults.allocationsLeft == 0) {
+    if (g_faults.allocationsLeft >= 0 && g_faults.allocationsLeft-- == 0) {
         return nullptr;
     }
-    g_faults.allocationsLeft -= g_faults.allocationsLeft > 0 ? 1 : 0;
     try {
         return ::operator new[](size);
     } catch (const std::bad_alloc&) {
@@ -180,6 +180,8 @@ TEST_F(CompressFaults, DaxConversionsShowTheFailedCall) {
               "Memory error while compressing.");
     EXPECT_EQ(FailureWith({EFault::Deflate, Z_OK, nullptr}, IsoToDax, "game.iso"),
               "Not enough memory in compressed buffer!\n");
+    EXPECT_EQ(FailureWith({EFault::Deflate, Z_BUF_ERROR, nullptr}, IsoToDax, "game.iso"),
+              "Not enough memory in compressed buffer!\n");
     EXPECT_EQ(FailureWith({EFault::DeflateEnd, Z_DATA_ERROR, nullptr}, IsoToDax, "game.iso"), "did not fail");
     EXPECT_EQ(FailureWith({EFault::InflateInit, Z_MEM_ERROR, nullptr}, DaxToIso, "game.dax"),
               "Error while decompressing (corrupt input?)\n");
@@ -197,6 +199,19 @@ TEST_F(CompressFaults, IsoToDaxEndsBeforeAPositionThatItsTableCannotHold) {
     EXPECT_EQ(FailureOf([&] { ImageToDax(request, operation); }), "I/O write error.\n");
 }
 
+/// One frame, which is stored as it is.
+Bytes DaxWithAPlainArea() {
+    constexpr std::uint32_t kFrame = 8192;
+    constexpr std::uint32_t kPosition = 32 + 4 + 2 + 8;  // behind the header, its tables and one area
+    Bytes dax(kPosition + kFrame, 'x');
+    const std::pair<std::size_t, std::uint32_t> numbers[] = {{0, 0x00584144}, {4, kFrame},  {8, 1},  {12, 1},
+                                                             {32, kPosition}, {36, kFrame}, {38, 0}, {42, 1}};
+    for (const auto& [position, number] : numbers) {
+        test::Write32(dax, position, number);
+    }
+    return dax;
+}
+
 /// At least three failures, all with this text.
 auto AllAre(const std::string& text) {
     return testing::AllOf(testing::SizeIs(testing::Ge(3U)), testing::Each(text));
@@ -209,6 +224,18 @@ TEST_F(CompressFaults, EveryFailedAllocationIsReported) {
                 AllAre("Code 1104-Can't allocate memory " + Path("game.cso") + "\n"));
     EXPECT_THAT(AllocationFailures(IsoToDax, "game.iso"), AllAre("Not enough memory for the frame tables!\n"));
     EXPECT_THAT(AllocationFailures(DaxToIso, "game.dax"), AllAre("Not enough memory for the frame tables!\n"));
+    test::WriteWhole(Path("areas.dax"), DaxWithAPlainArea());
+    EXPECT_THAT(AllocationFailures(DaxToIso, "areas.dax"), AllAre("Not enough memory for the frame tables!\n"));
+}
+
+TEST_F(CompressFaults, NoMemoryToExpandAContainerIsReported) {
+    test::CSourceWithoutMemory image(test::WithPspMark(test::TextLikeBytes(40'000, 1)));
+    SCompressionRequest request = DirectConversion(Path("game.bin"), Path("output"), EOutputManner::CommitNew, 0, 9);
+    request.image = &image;
+    COperation operation;
+    EXPECT_EQ(FailureOf([&] { ImageToCso(request, operation); }),
+              "Code 1004-Can't allocate memory " + Path("game.bin") + "\n");
+    EXPECT_EQ(FailureOf([&] { ImageToDax(request, operation); }), "Not enough memory for the frame tables!\n");
 }
 
 }  // namespace

@@ -156,6 +156,12 @@ TEST(Lz4Encoder, EveryBlockExpandsToItsContentAndEndsAsDecodersExpect) {
     }
 }
 
+TEST(Lz4Encoder, RunsLongerThanTheWindow) {
+    const Bytes run(70'000, 'a');
+    const Bytes in = Joined({test::RandomBytes(1000, 1), run, test::RandomBytes(1000, 2), run, Text("b")});
+    CheckBlock(in, Encoded(in), "runs");
+}
+
 TEST(Lz4Encoder, SmallBlocksOfEveryLength) {
     for (std::size_t size = 0; size < 300; ++size) {
         CheckBlock(Bytes(size), Encoded(Bytes(size)), "zeros");

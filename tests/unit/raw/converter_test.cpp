@@ -83,6 +83,20 @@ TEST(Converter, PrintsItsProgress) {
     EXPECT_EQ(run.errors, "");
 }
 
+TEST(Converter, PrintsEachPercentageOnce) {
+    const CTestFolder folder;
+    CNativeFile image;
+    ASSERT_TRUE(image.Open(folder / "in.iso", EOpenMode::CreateNew, ESharing::Anyone));
+    ASSERT_TRUE(image.Resize(static_cast<std::int64_t>(150 * 256 * kUserDataSize)));
+    image.Close();
+    const SRun run = Convert({folder / "in.iso", folder / "out.bin", "/mode2"});
+    std::string expected;
+    for (int percent = 1; percent <= 100; ++percent) {
+        expected += "\r " + std::to_string(percent) + "% completed.";
+    }
+    EXPECT_EQ(run.progress, expected + "\n");
+}
+
 TEST(Converter, PrintsItsUsageForWrongArguments) {
     const CTestFolder folder;
     test::WriteWhole(folder / "in.iso", Bytes(kUserDataSize, 1));

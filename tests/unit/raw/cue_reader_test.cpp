@@ -121,8 +121,9 @@ TEST(CueReader, MistakesAreRefusedWithTheirLine) {
     for (const auto& [text, problem] : sheets) {
         EXPECT_EQ(RefusalOf(text), "a.cue:" + problem) << text;
     }
-    for (const std::string index : {"", "01", "01 0:00:00", "01 00:60:00", "01 00:00:75", "01 00:00:0x", "x 00:00:00",
-                                    "100 00:00:00", "01 00:00:00 more", "01 00-00-00", "01 -1:00:00"}) {
+    for (const std::string index :
+         {"", "01", "01 0:00:00", "01 00:60:00", "01 00:00:75", "01 00:00:0x", "x 00:00:00", "100 00:00:00",
+          "01 00:00:00 more", "01 00-00-00", "01 00:00.00", "01 00:xx:00", "01 -1:00:00"}) {
         EXPECT_EQ(RefusalOf(begin + "INDEX " + index + "\n"),
                   "a.cue:3: INDEX needs a number from 00 to 99 and a position mm:ss:ff")
             << index;

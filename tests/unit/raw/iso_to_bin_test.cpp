@@ -6,6 +6,7 @@
 
 #include "iso/iso9660.h"
 #include "raw/raw_sector.h"
+#include "tests/support/memory_source.h"
 #include "tests/support/raw_sector_check.h"
 #include "tests/support/recording_operation.h"
 #include "tests/unit/raw/raw_support.h"
@@ -88,6 +89,17 @@ TEST(IsoToBin, WritesNothingIfTheSheetCannotBeCreated) {
     EXPECT_THAT(FailureOf([&] { IsoToBin(request, operation); }), testing::HasSubstr(folder / "game.cue"));
     EXPECT_THAT(folder.Names(), ElementsAre("game.bin", "game.cue", "game.iso"));
     EXPECT_EQ(test::ReadText(folder / "game.bin"), "older");
+}
+
+TEST(IsoToBin, ReportsThatThereIsNoMemoryToReadAContainer) {
+    const CTestFolder folder;
+    test::CSourceWithoutMemory image(test::CdImage());
+    SIsoToBinRequest request = {folder / "game.cso", folder / "game.bin", folder / "game.cue"};
+    request.image = &image;
+    CRecordingOperation operation;
+    EXPECT_THAT(FailureOf([&] { IsoToBin(request, operation); }),
+                testing::HasSubstr("not enough memory to read the image"));
+    EXPECT_THAT(folder.Names(), testing::IsEmpty());
 }
 
 TEST(IsoToBin, LeavesNothingIfTheImageShrinks) {

@@ -100,6 +100,15 @@ TEST(RawDisc, EachTrackMayHaveItsFile) {
     EXPECT_EQ(disc.Files().size(), 4U);
 }
 
+TEST(RawDisc, AFileWithoutTracksIsLeftOut) {
+    const CTestFolder folder;
+    test::WriteWhole(folder / "2", Bytes(5 * 2352));
+    const SRawDisc disc = DiscOf(folder, "FILE 1 BINARY\nFILE 2 BINARY\nTRACK 01 MODE1/2352\nINDEX 01 00:00:00\n");
+    ASSERT_EQ(disc.tracks.size(), 1U);
+    EXPECT_EQ(disc.tracks[0].position, 0);
+    EXPECT_EQ(disc.tracks[0].sectors, 5);
+}
+
 TEST(RawDisc, AnIndex00InTheFileBeforeEndsItsTrack) {
     const CTestFolder folder;
     test::WriteWhole(folder / "1", Bytes(30 * 2352));
@@ -164,6 +173,23 @@ TEST(Track, EveryModeHoldsTheSameUserData) {
         EXPECT_EQ(CheckUserData(mode, stored).edc, stored.size() != kUserDataSize);
         EXPECT_EQ(CheckSector(mode, stored, 77).parity, stored.size() != kUserDataSize);
     }
+}
+
+TEST(Track, ASyncFieldInUserDataIsNoSubchannel) {
+    const CTestFolder folder;
+    Bytes data = test::RandomBytes(kUserDataSize, 2);
+    const Bytes first = StoredSector(ETrackMode::Mode2Whole, 0, data);
+    constexpr std::size_t kWhereSubchannelsWouldEnd = 2448 - kRawSectorSize;
+    std::copy_n(first.begin(), 12, data.begin() + kWhereSubchannelsWouldEnd - kForm1DataOffset);
+    const Bytes second = StoredSector(ETrackMode::Mode2Whole, 1, data);
+    Bytes content = first;
+    content.insert(content.end(), second.begin(), second.end());
+    STrack track;
+    track.path = folder / "file";
+    test::WriteWhole(track.path, content);
+    CInputFile file;
+    ASSERT_TRUE(file.Open(track.path));
+    EXPECT_NO_THROW(RequireDataSectors(track, file));
 }
 
 TEST(Track, SectorsOfOtherSizesAreNamed) {

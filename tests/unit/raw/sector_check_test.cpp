@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "files/byte_order.h"
+#include "raw/edc.h"
 #include "raw/sector.h"
 #include "tests/support/raw_sector_check.h"
 #include "tests/support/test_folder.h"
@@ -55,6 +57,17 @@ TEST(SectorCheck, AcceptsForm2WithoutEdc) {
     EXPECT_TRUE(CheckSector(sector, 0).edc) << "these bytes are not the EDC of the longer data";
     std::fill(sector.end() - 4, sector.end(), 0);
     EXPECT_FALSE(CheckSector(sector, 0).Any());
+}
+
+TEST(SectorCheck, AcceptsForm2WithItsEdc) {
+    constexpr std::size_t kForm2EdcOffset = 2348;
+    Sector sector = Encoded(ESectorMode::Mode2Form1, 0);
+    sector[kSubHeaderOffset + 2] = sector[kSubHeaderOffset + 6] = 0x20;
+    const std::uint32_t edc = EdcOf(std::span(sector).subspan(kSubHeaderOffset, kForm2EdcOffset - kSubHeaderOffset));
+    std::ranges::copy(Le32(edc), sector.begin() + kForm2EdcOffset);
+    EXPECT_FALSE(CheckUserData(sector).edc);
+    sector[kForm2EdcOffset] ^= 1;
+    EXPECT_EQ(TextOf(CheckUserData(sector)), "wrong EDC; 2324 bytes of Form 2 data");
 }
 
 TEST(SectorCheck, OnlyForm2DataBeyondAnImageSectorIsReported) {

@@ -3,5 +3,7 @@
 #include <windows.h>
 
 int main() {
-    return CreateWindowExW(0, L"STATIC", L"", WS_OVERLAPPED, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr) == nullptr ? 1 : 0;
+    return CreateWindowExW(0, L"STATIC", L"", WS_OVERLAPPED, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr) == nullptr
+               ? 1
+               : 0;
 }

@@ -1,4 +1,5 @@
 // Walks through images with wrong structures. Every walk ends, with the files that exist or with a message.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <random>
@@ -109,6 +110,29 @@ TEST_F(HostileImageTest, AStrictWalkNamesFilesThatALayoutCannotList) {
                   "DIR\\B.BIN (hidden)"}));
 }
 
+TEST_F(HostileImageTest, AStrictWalkNamesTenFilesAndCountsTheOthers) {
+    SImageDescription description;
+    std::string names;
+    for (const char digit : std::string("0123456789AB")) {
+        description.files.push_back({std::string("F") + digit, Bytes(1, 1)});
+        names += digit > '9' ? "" : std::string("F") + digit + " (associated), ";
+    }
+    m_image = BuildImage(description);
+    for (const SBuiltFile& file : m_image.files) {
+        m_image.bytes[file.recordOffset + 25] = 4;
+    }
+    EXPECT_EQ(Strict(), "");
+    EXPECT_EQ(m_notices, std::vector{"12 files are not in the layout, which cannot represent them: " +
+                                     names.substr(0, names.size() - 2) + " and 2 more"});
+}
+
+TEST_F(HostileImageTest, AStrictWalkNamesFilesWithoutAName) {
+    m_image.bytes[RecordOf("\\A.BIN") + 33] = ';';
+    EXPECT_EQ(Strict(), "DIR\\B.BIN\nDIR\\SUB\\C.BIN\n");
+    EXPECT_EQ(m_notices, std::vector<std::string>{
+                             "1 files are not in the layout, which cannot represent them:  (without a name)"});
+}
+
 TEST_F(HostileImageTest, ADirectoryThatClaimsFourGigabytes) {
     Write32(m_image.bytes, std::size_t{m_image.directories[2].sector} * 2048 + 10, 0xFFFFFFFF);
     EXPECT_EQ(Outcome(), kAllFiles);
@@ -172,6 +196,13 @@ TEST_F(HostileImageTest, PathsBeyondTheLimitAreRefused) {
     description.files = {{path + "A.BIN", Bytes(1, 1)}};
     m_image = BuildImage(description);
     EXPECT_EQ(Outcome(), Refusal());
+    // 64 folders are within the limit of 2000 characters, but not with this name.
+    description.files[0].path = path.substr(0, std::size_t{64} * 31) + "A-NAME-OF-SOME-LENGTH.BIN";
+    m_image = BuildImage(description);
+    EXPECT_EQ(Outcome(), Refusal());
+    description.files[0].path = path.substr(0, std::size_t{64} * 31) + "A.BIN";
+    m_image = BuildImage(description);
+    EXPECT_THAT(Outcome(), testing::EndsWith("\\A.BIN\r\n"));
 }
 
 TEST_F(HostileImageTest, TruncatedImages) {

@@ -175,6 +175,7 @@ TEST_F(LayoutWriterTest, PathsStartWithTheFolderOfTheField) {
     EXPECT_EQ(pathWith("/games/one/"), "\"/games/one/DATA\\A\"");
     EXPECT_EQ(pathWith("C:"), "\"DATA\\A\"");
     EXPECT_EQ(pathWith("folder"), "\"DATA\\A\"");
+    EXPECT_EQ(pathWith("/:"), "\"DATA\\A\"") << "what stands before a colon counts as a drive";
 }
 
 TEST_F(LayoutWriterTest, TheLeadingFileIsNamedLikeTheLayout) {

@@ -138,6 +138,7 @@ TEST_F(GapFileTest, RefusesDamagedFiles) {
     EXPECT_FALSE(readsWith64(56, 9000)) << "overlapping areas";
     EXPECT_FALSE(readsWith64(56, 0xFFFFFFFFFFFFF000U)) << "a negative position";
     EXPECT_FALSE(readsWith64(56, 0xFFFFFFFFFFFFFFFFU)) << "position -1";
+    EXPECT_FALSE(readsWith64(72, 5 * 2048 + 101)) << "an area behind the image";
     EXPECT_FALSE(readsWith64(64, 0)) << "an area without length";
     EXPECT_FALSE(readsWith64(72, 1000)) << "areas that do not ascend";
 }

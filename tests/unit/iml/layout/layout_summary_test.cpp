@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "files/refused.h"
 #include "tests/support/image_builder.h"
 #include "tests/support/layout_builder.h"
 
@@ -47,6 +48,37 @@ TEST(SummarizeLayoutTest, SharedPlacesHaveTheirWholeRange) {
     EXPECT_TRUE(summary.files[0].Fits());
     EXPECT_TRUE(summary.files[1].Fits());
     EXPECT_FALSE(summary.files[2].Fits());
+}
+
+/// The summary's media, entries and listed files of a layout with the given change, or why it is refused.
+std::string SummaryOf(const std::string& from, const std::string& to) {
+    const CTestFolder folder;
+    SLayoutDescription layout;
+    layout.entries = {{18, 19, "A.BIN"}, {20, 20, "B.BIN"}};
+    std::string text = LayoutText(layout);
+    const std::size_t place = text.find(from);
+    EXPECT_NE(place, std::string::npos);
+    WriteText(folder / "game.iml", text.replace(place, from.size(), to));
+    try {
+        const SLayoutSummary summary = SummarizeLayout(folder / "game.iml", folder.Path());
+        return summary.media + " " + std::to_string(summary.entries) + " " + std::to_string(summary.files.size());
+    } catch (const CRefused& refused) {
+        return std::string(refused.what()).substr((folder / "game.iml").size());
+    }
+}
+
+TEST(SummarizeLayoutTest, ListsTheEntriesBeforeADamagedOne) {
+    EXPECT_EQ(SummaryOf("VERSION", "VERSION"), "CD 3 2");
+    EXPECT_EQ(SummaryOf("MEDIA=CD", "MEDIA=\r\n"), "CD 3 2");
+    EXPECT_EQ(SummaryOf("\"A.BIN", " A.BIN"), "CD 3 0");
+    EXPECT_EQ(SummaryOf("\"B.BIN", " B.BIN"), "CD 3 1");
+}
+
+TEST(SummarizeLayoutTest, LayoutsWithoutAListAreRefused) {
+    EXPECT_EQ(SummaryOf("entries: 3", "entries. 3"), ", line 31: the layout ends before its number of entries");
+    EXPECT_EQ(SummaryOf("entries: 3", "entries: "), ", line 24: the number of entries is 0, but there are 3");
+    EXPECT_EQ(SummaryOf("entries: 3", "entries: 0"), ", line 24: the number of entries is 0, but there are 3");
+    EXPECT_EQ(SummaryOf("MEDIA=CD", "MEDIA=XX"), ": the layout names no known medium or no number of entries");
 }
 
 }  // namespace

@@ -49,7 +49,7 @@ protected:
         return image;
     }
 
-    std::string ProblemOf(const std::string& leadingName = "game.ims") {
+    std::string ProblemOf(const std::string& leadingName = "game.ims", ERebuildRule rule = ERebuildRule::Exact) {
         SRebuildRequest request;
         request.layoutPath = m_folder / "game.iml";
         request.leadingPath = m_folder / leadingName;
@@ -58,7 +58,7 @@ protected:
         request.manner = EOutputManner::CommitNew;
         request.filesFolder = m_folder.Path();
         request.strict = true;
-        request.rule = ERebuildRule::Exact;
+        request.rule = rule;
         return test::FailureOf([&] { RebuildImage(request, m_operation); });
     }
 
@@ -98,6 +98,13 @@ TEST_F(RebuildExact, ContentInAnEmptyFileThatSharesASector) {
     ExpectRefused("A.BIN has 5 bytes, but the image records it as empty, at the sector of B.BIN");
 }
 
+TEST_F(RebuildExact, ContentInAnEmptyFileWithASectorOfItsOwn) {
+    m_description.files[0] = {"A.BIN", {}, 0, EEmptyFile::OwnsSector};
+    Export();
+    test::WriteWhole(m_folder / "A.BIN", test::RandomBytes(5, 4));
+    ExpectRefused("A.BIN has 5 bytes, but the image records 0: an exact rebuild needs unchanged files");
+}
+
 TEST_F(RebuildExact, TwoNamesOfOnePlace) {
     const Bytes image = ImageWithTwoNames();
     Export(image);
@@ -132,6 +139,26 @@ TEST_F(RebuildExact, AGapFileOfAnImageLargerThanAnyDisc) {
     ExpectRefused((m_folder / "game.gaps") + " describes an image larger than any disc");
     test::WriteText(m_folder / "game.gaps", "something else");
     ExpectRefused((m_folder / "game.gaps") + ": not a gap file");
+}
+
+TEST_F(RebuildExact, AGapFileThatLacksAFile) {
+    Export();
+    constexpr std::size_t kAreaCount = 16;
+    constexpr std::size_t kFileCount = 36;
+    constexpr std::size_t kEntry = 16;
+    Bytes gaps = test::ReadWhole(m_folder / "game.gaps");
+    const std::size_t firstFile = 56 + kEntry * test::Read32(gaps, kAreaCount);
+    test::Write32(gaps, kFileCount, test::Read32(gaps, kFileCount) - 1);
+    gaps.erase(gaps.begin() + static_cast<std::ptrdiff_t>(firstFile),
+               gaps.begin() + static_cast<std::ptrdiff_t>(firstFile + kEntry));
+    test::WriteWhole(m_folder / "game.gaps", gaps);
+    EXPECT_EQ(ProblemOf("game.ims", ERebuildRule::Edited), "did not fail");
+    RemoveFile(m_folder / "game.iso");
+    test::WriteWhole(m_folder / "A.BIN", test::RandomBytes(2043, 4));
+    const std::string problem = "The image would differ from the one that " + (m_folder / "game.iml") +
+                                " was exported from: a file or the leading structures have changed";
+    EXPECT_EQ(ProblemOf("game.ims", ERebuildRule::Edited), problem);
+    ExpectRefused(problem);
 }
 
 TEST_F(RebuildExact, LeadingStructuresOfAnotherDisc) {

@@ -1,10 +1,12 @@
 // Exports images of the builder with their files, and rebuilds them, exactly, with the edit engine and like the window.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "files/input_file.h"
 #include "iml/export/export.h"
 #include "iml/layout/layout_names.h"
 #include "iml/rebuild/rebuild.h"
+#include "operation/text.h"
 #include "tests/support/image_builder.h"
 #include "tests/support/recording_operation.h"
 
@@ -150,6 +152,67 @@ TEST_F(RoundTrip, DefaultRebuildKeepsFilesAndList) {
         // A DVD keeps its last sector, and a CD gets its postgap behind the files; neither moves an entry.
         EXPECT_EQ(ListOf("game.iml"), list);
     }
+}
+
+TEST_F(RoundTrip, WithoutAGapFileTheLeadingStructuresAreChecked) {
+    SImageDescription description;
+    description.files = {{"A.BIN", test::RandomBytes(5000, 1)}};
+    Exported(description);
+    RemoveFile(m_folder / "game.gaps");
+    const std::string layout = test::ReadText(m_folder / "game.iml");
+    const std::size_t first = layout.find('\n', layout.find("game.ims")) + 1;
+    const std::int32_t sector = std::stoi(layout.substr(first));
+    test::WriteText(m_folder / "game.iml", std::string(layout).replace(first, 2, std::to_string(sector + 1)));
+    EXPECT_EQ(test::FailureOf([&] { Rebuilt(ERebuildRule::Edited); }),
+              Format("The directories have no file A.BIN at sectors %d to %d; a rebuild cannot rename, add or move "
+                     "files, so the layout must list them as it did when it was exported",
+                     sector + 1, sector + 2));
+    test::WriteText(m_folder / "game.iml", layout);
+    Bytes leading = test::ReadWhole(m_folder / "game.ims");
+    test::Write32(leading, 0x8050, 0xFFFFFFFF);
+    test::WriteWhole(m_folder / "game.ims", leading);
+    EXPECT_EQ(test::FailureOf([&] { Rebuilt(ERebuildRule::Edited); }),
+              (m_folder / "game.ims") + " describes an image larger than any disc");
+}
+
+TEST_F(RoundTrip, AnAnchorThatDiffersFromTheTrailingSectorIsNotRepeated) {
+    SImageDescription description;
+    description.kind = EImageKind::Dvd;
+    description.files = {{"A.BIN", test::RandomBytes(5000, 1)}};
+    Bytes image = Exported(description);
+    RemoveFile(m_folder / "game.gaps");
+    EXPECT_EQ(Rebuilt(ERebuildRule::Edited), image);
+    Bytes leading = test::ReadWhole(m_folder / "game.ims");
+    leading[256 * 2048 + 5] ^= 1;
+    test::WriteWhole(m_folder / "game.ims", leading);
+    image[256 * 2048 + 5] ^= 1;
+    std::fill(image.end() - 2048, image.end(), std::uint8_t{0});
+    EXPECT_EQ(Rebuilt(ERebuildRule::Edited), image);
+}
+
+TEST_F(RoundTrip, FilesWithoutANameStayWhereTheyAre) {
+    SImageDescription description;
+    description.files = {{"A.BIN", test::RandomBytes(5000, 1)}, {"DIR/B.BIN", test::RandomBytes(100, 2)}};
+    const test::SBuiltImage built = test::BuildImage(description);
+    Bytes image = built.bytes;
+    image[built.File("\\A.BIN").recordOffset + 33] = ';';
+    image[built.File("\\DIR\\B.BIN").recordOffset + 33] = ';';
+    test::WriteWhole(m_folder / "game.iso", image);
+    Export("game.iso", "game.iml", "files/");
+    EXPECT_EQ(Rebuilt(ERebuildRule::Exact), image);
+    EXPECT_EQ(Rebuilt(ERebuildRule::Edited), image);
+    RemoveFile(m_folder / "game.gaps");
+    EXPECT_EQ(Rebuilt(ERebuildRule::Edited).size(), image.size());
+}
+
+TEST_F(RoundTrip, AnEmptyFileIsNoNameOfTheFileAtItsSector) {
+    SImageDescription description;
+    description.files = {{"A", {}, 0, EEmptyFile::SharesSector}, {"B.BIN", test::RandomBytes(5000, 1)}};
+    Exported(description);
+    test::WriteWhole(m_folder / "files/B.BIN", test::RandomBytes(5000, 2));
+    Rebuilt(ERebuildRule::Edited);
+    EXPECT_THAT(m_operation.CallsOf("notify"),
+                testing::ElementsAre("notify B.BIN: changed in place at sector 23 (5000 bytes, now 5000)"));
 }
 
 }  // namespace
