@@ -221,9 +221,12 @@ TEST(UdfVolume, APaddingOfAnchorsMayReachToTheFirstOne) {
     EXPECT_EQ(volume.closingAnchors, kVolumeEnd - 257);
 }
 
-TEST(UdfVolume, AnIsoVolumeLongerThanTheImageHasNoAnchorBehindIt) {
+TEST(UdfVolume, TheEndOfAnIsoVolumeBehindTheImageHasNoAnchors) {
     SUdfImage image = UdfImage(FewUdfFiles());
     Write32(image.bytes, 16 * kUdfSector + 80, kVolumeEnd + 1);
+    // An anchor 256 sectors before the last sector that the ISO 9660 volume claims.
+    std::copy_n(image.bytes.begin() + 399 * kUdfSector, 512, image.bytes.begin() + 144 * kUdfSector);
+    WriteUdfTag(image.bytes, image.At(144), 2, 512, 144);
     const SUdfVolume volume = image.Read().value();
     EXPECT_THAT(volume.anchors, ElementsAre(256, 399));
     EXPECT_EQ(volume.closingAnchors, 1U);
