@@ -162,6 +162,17 @@ TEST(Lz4Encoder, RunsLongerThanTheWindow) {
     CheckBlock(in, Encoded(in), "runs");
 }
 
+TEST(Lz4Encoder, AnEarlierRunMayBeginTheBlock) {
+    for (const std::size_t run : {5, 10, 40}) {
+        const Bytes in = Joined({Bytes(run, 'a'), test::RandomBytes(30, 1), Bytes(run, 'a'), test::RandomBytes(30, 2)});
+        const auto sequences = test::SequencesOf(Encoded(in));
+        const auto again = std::ranges::find_if(sequences, [](const auto& sequence) { return sequence.offset > 1; });
+        ASSERT_NE(again, sequences.end()) << run;
+        EXPECT_EQ(again->offset, run + 30);
+        EXPECT_EQ(again->length, run);
+    }
+}
+
 TEST(Lz4Encoder, SmallBlocksOfEveryLength) {
     for (std::size_t size = 0; size < 300; ++size) {
         CheckBlock(Bytes(size), Encoded(Bytes(size)), "zeros");
