@@ -51,8 +51,8 @@ std::span<const std::uint8_t> SectorOf(std::span<const std::uint8_t> bytes, std:
     return bytes.subspan(start, std::min(kDiskSector, bytes.size() - start));
 }
 
-std::size_t ReadAt(CNativeFile& file, std::int64_t position, std::span<std::uint8_t> buffer) {
-    bool failed = !file.Seek(position);
+std::size_t ReadAt(CNativeFile& file, std::int64_t position, std::span<std::uint8_t> buffer, bool& failed) {
+    failed = failed || !file.Seek(position);
     return failed ? 0 : file.Read(buffer, failed);
 }
 
@@ -61,19 +61,30 @@ std::span<const std::uint8_t> LastOldSector(std::span<const std::uint8_t> newer,
     return SectorOf(newer.first(oldLength), oldLength / kDiskSector);
 }
 
-/// Whether a sector of the file is as before the change, as after it, or with only a part of what is appended.
-/// `oldPartSum` is that of the new content up to the old length, if that ends within the sector.
+/// CRC-32 of bytes whose first `length` have the CRC-32 `firstSum`.
+std::uint32_t SumOf(std::size_t length, std::uint32_t firstSum, std::span<const std::uint8_t> rest) {
+    SChecksum sum = {static_cast<std::int64_t>(length), firstSum};
+    SChecksum added;
+    added.Add(rest);
+    sum.Append(added);
+    return sum.crc32;
+}
+
+/// Whether a sector of the file is as before the change, as after it, with only a part of what is appended, or undone
+/// without the appended bytes cut off. `oldPartSum` is that of the new content up to the old length, if that ends
+/// within the sector.
 bool IsOldOrNew(std::span<const std::uint8_t> found, std::span<const std::uint8_t> older, std::size_t newLength,
                 std::uint32_t newSum, std::uint32_t oldPartSum) {
     if (found.size() < older.size()) {
         return false;
     }
     const auto isZero = [](std::uint8_t byte) { return byte == 0; };
+    const auto appended = found.subspan(older.size());
     const bool isOld = std::equal(older.begin(), older.end(), found.begin());
-    const bool endsInZeros =
-        std::all_of(found.begin() + static_cast<std::ptrdiff_t>(older.size()), found.end(), isZero);
+    const bool endsInZeros = std::all_of(appended.begin(), appended.end(), isZero);
     const bool isPart = found.size() < newLength && (isOld || SumOf(found.first(older.size())) == oldPartSum);
-    return (isOld && endsInZeros) || isPart || SumOf(found) == newSum;
+    const bool isUndone = isOld && (endsInZeros || SumOf(older.size(), oldPartSum, appended) == newSum);
+    return isUndone || isPart || SumOf(found) == newSum;
 }
 
 }  // namespace
@@ -81,8 +92,9 @@ bool IsOldOrNew(std::span<const std::uint8_t> found, std::span<const std::uint8_
 CUndoJournal::CUndoJournal(const std::string& path)
     : m_path(path), m_journalPath(FolderOf(path) + '.' + FileNameOf(path) + ".vantrel-undo") {}
 
+/// A journal that cannot be examined counts: without it, an incomplete change would stay.
 bool CUndoJournal::Exists() const {
-    return FileKindOf(m_journalPath) == EFileKind::File;
+    return FileKindOf(m_journalPath) != EFileKind::Missing;
 }
 
 bool CUndoJournal::WritePart(std::span<const std::uint8_t> part) {
@@ -125,16 +137,28 @@ bool CUndoJournal::Flush() {
     return m_isNameFlushed;
 }
 
+bool CUndoJournal::OpenToRead() {
+    m_hasFailed = !m_file.IsOpen() && !m_file.Open(m_journalPath, EOpenMode::ReadWrite, ESharing::Readers);
+    return !m_hasFailed;
+}
+
+bool CUndoJournal::MoveTo(std::int64_t position) {
+    m_hasFailed = m_hasFailed || !m_file.Seek(position);
+    return !m_hasFailed;
+}
+
+/// Returns false at the end of what has reached the disk, and after an error.
 bool CUndoJournal::ReadPart(std::vector<std::uint8_t>& part) {
-    bool failed = false;
+    const auto reads = [this](std::span<std::uint8_t> bytes) {
+        return m_file.Read(bytes, m_hasFailed) == bytes.size();
+    };
     std::array<std::uint8_t, 4> number = {};
     // After a power cut, the journal may end in zeros, which must not count as parts without content.
-    if (m_file.Read(number, failed) != number.size() || LoadLe32(number) == 0 || LoadLe32(number) > kLongestPart) {
+    if (!reads(number) || LoadLe32(number) == 0 || LoadLe32(number) > kLongestPart) {
         return false;
     }
     part.resize(LoadLe32(number));
-    return m_file.Read(part, failed) == part.size() && m_file.Read(number, failed) == number.size() &&
-           LoadLe32(number) == SumOf(part);
+    return reads(part) && reads(number) && LoadLe32(number) == SumOf(part);
 }
 
 bool CUndoJournal::ReadChange(SChange& change) {
@@ -163,7 +187,7 @@ bool CUndoJournal::ReadChange(SChange& change) {
 std::vector<std::int64_t> CUndoJournal::FindChanges() {
     std::vector<std::int64_t> changes;
     std::vector<std::uint8_t> part;
-    for (std::int64_t position = 4 + 8 + 4; m_file.Seek(position) && ReadPart(part);
+    for (std::int64_t position = 4 + 8 + 4; MoveTo(position) && ReadPart(part);
          position += 4 + static_cast<std::int64_t>(part.size()) + 4) {
         changes.push_back(position);
     }
@@ -176,11 +200,11 @@ bool CUndoJournal::Belongs(CNativeFile& file, std::int64_t length, const std::ve
     std::vector<std::uint8_t> content;
     for (const std::int64_t place : changes) {
         SChange change;
-        if (!m_file.Seek(place) || !ReadChange(change)) {
+        if (!MoveTo(place) || !ReadChange(change)) {
             return false;
         }
         content.resize(change.newLength);
-        content.resize(ReadAt(file, change.position, content));
+        content.resize(ReadAt(file, change.position, content, m_hasFailed));
         for (std::size_t sector = 0; sector < change.newSums.size(); ++sector) {
             const std::size_t newLength = std::min(kDiskSector, change.newLength - sector * kDiskSector);
             bool& known = isKnown[change.position + static_cast<std::int64_t>(sector * kDiskSector)];
@@ -190,14 +214,15 @@ bool CUndoJournal::Belongs(CNativeFile& file, std::int64_t length, const std::ve
         end = std::max(end, change.position + static_cast<std::int64_t>(change.newLength));
     }
     const std::int64_t size = file.Size();
+    m_hasFailed = m_hasFailed || size < 0;
     return size >= length && size <= end &&
            std::all_of(isKnown.begin(), isKnown.end(), [](const auto& sector) { return sector.second; });
 }
 
-/// The old length of the file; −1 if the journal ends before it, so that no change has begun.
+/// The old length of the file; −1 if the journal ends before it, so that no change has begun, and after an error.
 std::int64_t CUndoJournal::ReadLength() {
     std::vector<std::uint8_t> part;
-    if (!m_file.Seek(0) || !ReadPart(part) || part.size() != 8) {
+    if (!MoveTo(0) || !ReadPart(part) || part.size() != 8) {
         return -1;
     }
     std::span<const std::uint8_t> number = part;
@@ -205,18 +230,21 @@ std::int64_t CUndoJournal::ReadLength() {
 }
 
 bool CUndoJournal::Undo(CNativeFile& file) {
-    if (!m_file.IsOpen() && !m_file.Open(m_journalPath, EOpenMode::ReadWrite, ESharing::Readers)) {
+    if (!OpenToRead()) {
         return false;
     }
     const std::int64_t length = ReadLength();
     if (length < 0) {
-        return true;
+        return !m_hasFailed;
     }
     const std::vector<std::int64_t> changes = FindChanges();
+    if (m_hasFailed) {
+        return false;
+    }
     // Undoing the last change first restores sectors that were changed twice.
     for (auto place = changes.rbegin(); place != changes.rend(); ++place) {
         SChange change;
-        if (!m_file.Seek(*place) || !ReadChange(change) || !file.Seek(change.position) ||
+        if (!MoveTo(*place) || !ReadChange(change) || !file.Seek(change.position) ||
             file.Write(change.older) != change.older.size()) {
             return false;
         }
@@ -225,11 +253,15 @@ bool CUndoJournal::Undo(CNativeFile& file) {
 }
 
 bool CUndoJournal::Restore(CNativeFile& file) {
-    if (!m_file.Open(m_journalPath, EOpenMode::ReadWrite, ESharing::Readers)) {
+    if (!OpenToRead()) {
         return false;
     }
     const std::int64_t length = ReadLength();
-    if (length >= 0 && !Belongs(file, length, FindChanges())) {
+    const bool belongs = length < 0 || Belongs(file, length, FindChanges());
+    if (m_hasFailed) {
+        return false;
+    }
+    if (!belongs) {
         throw CRefused(
             m_path + ": " + m_journalPath +
             " of an interrupted change does not belong to this file; delete it if the file is as it should be");

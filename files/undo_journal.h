@@ -54,6 +54,8 @@ private:
         std::vector<std::uint32_t> newSums;  ///< CRC-32 of each new sector
     };
 
+    bool OpenToRead();
+    bool MoveTo(std::int64_t position);
     bool WritePart(std::span<const std::uint8_t> part);
     bool ReadPart(std::vector<std::uint8_t>& part);
     bool ReadChange(SChange& change);
@@ -66,6 +68,7 @@ private:
     CNativeFile m_file;
     bool m_isBegun = false;
     bool m_isNameFlushed = false;
+    bool m_hasFailed = false;  ///< Whether reading has failed, so that not all changes may be known.
 };
 
 }  // namespace vantrel

@@ -151,7 +151,7 @@ bool CUpdateFile::AddToJournal(std::int64_t position, std::span<const std::uint8
     const std::int64_t length = std::clamp<std::int64_t>(size - position, 0, static_cast<std::int64_t>(content.size()));
     std::vector<std::uint8_t> older(static_cast<std::size_t>(length));
     bool failed = size < 0 || !m_file.Seek(position);
-    return !failed && m_file.Read(older, failed) == older.size() && !failed && m_journal->Add(position, older, content);
+    return !failed && m_file.Read(older, failed) == older.size() && m_journal->Add(position, older, content);
 }
 
 /// Writes the collected sectors, after what they replace is on the disk.
@@ -195,7 +195,7 @@ bool CUpdateFile::Write(std::span<const std::uint8_t> bytes) {
 
 void CUpdateFile::Undo() {
     m_collected.clear();
-    if (CanUndo() && m_file.IsOpen() && m_journal && m_journal->IsBegun() && m_journal->Undo(m_file)) {
+    if (CanUndo() && m_file.IsOpen() && m_journal->IsBegun() && m_journal->Undo(m_file)) {
         m_journal->Remove();
     }
     m_journal.reset();
