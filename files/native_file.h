@@ -124,7 +124,9 @@ bool RemoveFolder(const std::string& path);
 bool FlushFolder(const std::string& path);
 /// The names in a folder without "." and "..", sorted by bytes; empty if it cannot be read.
 std::vector<std::string> ListFolder(const std::string& path);
-/// The current folder without a closing separator; empty if unknown.
+#ifdef _WIN32
+/// The current folder without a closing separator; empty if unknown. Only the window needs it.
 std::string CurrentFolder();
+#endif
 
 }  // namespace vantrel

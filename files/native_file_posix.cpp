@@ -448,11 +448,6 @@ std::vector<std::string> ListFolder(const std::string& path) {
     return names;
 }
 
-std::string CurrentFolder() {
-    char buffer[PATH_MAX] = {};
-    return ::getcwd(buffer, sizeof buffer) != nullptr ? buffer : "";
-}
-
 std::string ResolveLink(const std::string& path) {
     struct stat status = {};
     if (::lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {

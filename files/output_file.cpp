@@ -36,11 +36,10 @@ void COutputFile::Begin(const std::string& path, EOutputManner manner, ESharing 
 }
 
 /// Takes the permissions of the file that is replaced, as far as possible.
-bool COutputFile::TakeMode() {
+void COutputFile::TakeMode() {
     if (Replaces(m_manner)) {
         m_file.TakeModeOf(m_targetPath);
     }
-    return true;
 }
 
 bool COutputFile::OpenTemporary() {
@@ -62,7 +61,11 @@ bool COutputFile::Open(const std::string& path, EOutputManner manner, ESharing s
     if (manner == EOutputManner::InPlace) {
         return m_file.Open(path, EOpenMode::CreateTruncate, sharing);
     }
-    return OpenTemporary() && TakeMode();
+    if (!OpenTemporary()) {
+        return false;
+    }
+    TakeMode();
+    return true;
 }
 
 bool COutputFile::OpenAt(const std::string& place, const std::string& path, EOutputManner manner) {
@@ -72,7 +75,8 @@ bool COutputFile::OpenAt(const std::string& place, const std::string& path, EOut
     }
     m_isPlaced = true;
     m_temporaryPath = place;
-    return TakeMode();
+    TakeMode();
+    return true;
 }
 
 bool COutputFile::NoteFailure() {
@@ -234,7 +238,7 @@ bool COutputFile::CommitAs(const std::string& path) {
 
 bool COutputFile::CommitAs(const std::string& path, bool replace) {
     const bool finished = Finish();
-    if (finished && (m_temporaryPath.empty() || (m_isPlaced && path == m_temporaryPath))) {
+    if (finished && (m_temporaryPath.empty() || path == m_temporaryPath)) {
         m_temporaryPath.clear();
         return true;
     }

@@ -44,7 +44,6 @@ public:
     /// Creates a transactional output at `place`, a path that does not exist yet, where it waits after CommitAs(place).
     /// A killed process leaves it there. Failures as above.
     bool OpenAt(const std::string& place, const std::string& path, EOutputManner manner);
-    bool IsOpen() const { return m_file.IsOpen(); }
 
     /// Writes at the current position and advances it. Returns false if not everything could be written; Problem() then
     /// has the cause.
@@ -93,7 +92,7 @@ public:
 private:
     void Begin(const std::string& path, EOutputManner manner, ESharing sharing);
     bool OpenTemporary();
-    bool TakeMode();
+    void TakeMode();
     bool Flush();
     bool PlaceZeros();
     bool ReachEnd();

@@ -54,7 +54,7 @@ bool CStaging::Open(const std::string& base) {
             continue;
         }
         if (!MakeFolder(path)) {
-            return Fail("Cannot create a folder in " + (base.empty() ? "." : base));
+            break;
         }
         m_path = WithSeparator(path);
         // Another process may take the folder for a leftover, and remove it, until it is locked.

@@ -13,17 +13,9 @@ constexpr int kNameTries = 100;
 }  // namespace
 
 CTemporaryFolder::~CTemporaryFolder() {
-    // A cause such as a file that is still open may be gone at the second try.
-    if (!m_path.empty() && !Remove()) {
-        Remove();
+    if (!m_path.empty()) {
+        RemoveEmptied(m_path);
     }
-}
-
-bool CTemporaryFolder::Remove() const {
-    for (const std::string& name : ListFolder(m_path)) {
-        RemoveTemporary(m_path + name);
-    }
-    return RemoveFolder(m_path);
 }
 
 bool CTemporaryFolder::MakeIn(const std::string& parent) {

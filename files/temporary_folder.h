@@ -1,4 +1,4 @@
-// A folder that exists only as long as its object.
+// An empty folder that exists only as long as its object.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@ public:
     CTemporaryFolder() = default;
     CTemporaryFolder(const CTemporaryFolder&) = delete;
     CTemporaryFolder& operator=(const CTemporaryFolder&) = delete;
-    /// Removes the folder and the files in it.
+    /// Removes the folder, which must be empty.
     ~CTemporaryFolder();
 
     /// Makes a new folder in `parent`, which ends in a separator or is empty. Returns false if that
@@ -21,8 +21,6 @@ public:
     const std::string& Path() const { return m_path; }
 
 private:
-    bool Remove() const;
-
     std::string m_path;
 };
 

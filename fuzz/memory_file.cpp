@@ -316,10 +316,6 @@ std::vector<std::string> ListFolder(const std::string& path) {
     return names;
 }
 
-std::string CurrentFolder() {
-    return "/";
-}
-
 void CNativeFile::TakeModeOf(const std::string& /*path*/) {}
 
 std::string ResolveLink(const std::string& path) {

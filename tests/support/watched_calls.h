@@ -3,6 +3,7 @@
 // watched folder pass through.
 #pragma once
 
+#include <cerrno>
 #include <compare>
 #include <cstddef>
 #include <functional>
@@ -68,6 +69,12 @@ struct SSystem {
     bool linksFiles = true;
     bool vanishingFiles = true;  ///< Temporary files that the system removes if they get no name.
     bool transfersWhole = true;  ///< If not, transfers are interrupted or move half of the requested bytes.
+    bool flushesFolders = true;  ///< POSIX
+    // POSIX: the error codes of unsupported calls.
+    int renameError = EINVAL;
+    int linkError = EPERM;
+    int unnamedError = EOPNOTSUPP;
+    int folderError = EINVAL;
     std::function<void(const SCall&)> beforeCall = [](const SCall&) {};
 };
 

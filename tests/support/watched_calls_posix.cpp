@@ -108,7 +108,7 @@ int __wrap_open64(const char* path, int flags, ...) {
     const bool written = (flags & O_ACCMODE) != O_RDONLY;
     const std::string file = isUnnamed ? std::string(path) + "unnamed" : path;
     if (isUnnamed && g_watch && g_watch->Below(file) && !g_watch->System().vanishingFiles) {
-        errno = EOPNOTSUPP;
+        errno = g_watch->System().unnamedError;
         return -1;
     }
     if (FailsAt(file.c_str(), ECall::Open, EFailure::Device, written)) {
@@ -188,7 +188,7 @@ int __wrap_rename(const char* from, const char* to) {
 
 int __wrap_renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned int flags) {
     if (g_watch && g_watch->Below(to) && !g_watch->System().renamesWithoutReplacing) {
-        errno = EINVAL;
+        errno = g_watch->System().renameError;
         return -1;
     }
     return FailsAt(to, ECall::Rename) ? -1 : __real_renameat2(fromFolder, from, toFolder, to, flags);
@@ -196,7 +196,7 @@ int __wrap_renameat2(int fromFolder, const char* from, int toFolder, const char*
 
 int __wrap_link(const char* from, const char* to) {
     if (g_watch && g_watch->Below(to) && !g_watch->System().linksFiles) {
-        errno = EPERM;
+        errno = g_watch->System().linkError;
         return -1;
     }
     return FailsAt(to, ECall::Link) ? -1 : __real_link(from, to);
@@ -228,6 +228,11 @@ int __wrap_flock(int descriptor, int operation) {
 }
 
 int __wrap_fsync(int descriptor) {
+    const std::optional<SCall> call = g_watch ? g_watch->CallOn(descriptor, ECall::Flush) : std::nullopt;
+    if (call && !g_watch->System().flushesFolders && (call->file.empty() || call->file.ends_with('/'))) {
+        errno = g_watch->System().folderError;
+        return -1;
+    }
     return FailsOn(descriptor, ECall::Flush) ? -1 : __real_fsync(descriptor);
 }
 
