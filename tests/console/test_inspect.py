@@ -166,6 +166,13 @@ class Inspect(ConsoleTest):
                 "bytes": len(image), "crc32": "%08x" % zlib.crc32(image),
                 "md5": hashlib.md5(image).hexdigest(), "sha1": hashlib.sha1(image).hexdigest()})
 
+    @unittest.skipIf(IS_WINDOWS, "Windows programs bring the library along, which allows MD5")
+    def test_verify_needs_md5(self):
+        """Systems that are restricted to approved algorithms refuse MD5."""
+        result = self.run_here("verify", "game.iso", env={**os.environ, "LIBGCRYPT_FORCE_FIPS_MODE": "1"})
+        self.assertEqual((result.status, result.out), (1, ""), result)
+        self.assertIn("MD5 and SHA-1 are not available on this system", result.err)
+
     def test_verify_finds_damaged_blocks(self):
         self.make_forms()
         for name, noun in (("psp.cso", "block"), ("psp.dax", "frame")):

@@ -14,15 +14,14 @@
 
 namespace {
 
-int g_allocationsLeft = -1;  ///< That many succeed, all others fail; negative: all succeed.
+int g_allocationsLeft = -1;  ///< That many succeed, the next one fails; negative: all succeed.
 
 }  // namespace
 
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    if (g_allocationsLeft == 0) {
+    if (g_allocationsLeft >= 0 && g_allocationsLeft-- == 0) {
         return nullptr;
     }
-    g_allocationsLeft -= g_allocationsLeft > 0 ? 1 : 0;
     try {
         return ::operator new[](size);
     } catch (const std::bad_alloc&) {

@@ -148,7 +148,7 @@ TEST_F(StructureCheck, PathsEndAtALength) {
                             std::to_string(m_image.directories.back().sector) + ", the directories have none there"));
 }
 
-/// An image of nothing but directory sectors full of records without content.
+/// An image of nothing but directory sectors full of records without content. The last one of each is a folder.
 class CFullDirectories : public CByteSource {
 public:
     CFullDirectories() {
@@ -160,9 +160,11 @@ public:
             std::copy(record.begin(), record.end(), m_sector.begin() + static_cast<std::ptrdiff_t>(i * record.size()));
         }
         WriteBoth(m_sector, 10, kSectors * kSector);
+        WriteBoth(m_sector, (kRecords - 1) * record.size() + kLocation, kFolderSector);
+        m_sector[(kRecords - 1) * record.size() + kFlags] = kFolder;
     }
 
-    std::int64_t Size() const override { return kSectors * std::int64_t{kSector}; }
+    std::int64_t Size() const override { return (kSectors + kFolderSector) * std::int64_t{kSector}; }
     std::size_t ReadAt(std::int64_t, std::span<std::uint8_t> buffer) override {
         std::copy_n(m_sector.begin(), buffer.size(), buffer.begin());
         return buffer.size();
@@ -170,7 +172,8 @@ public:
 
 private:
     static constexpr std::size_t kRecords = 60;
-    static constexpr std::uint32_t kSectors = 20'000;
+    static constexpr std::uint32_t kSectors = 20'000;  ///< of each directory
+    static constexpr std::uint32_t kFolderSector = 5;
 
     Bytes m_sector = Bytes(kSector);
 };
@@ -180,6 +183,8 @@ TEST(DiscTree, HasALimitOfRecords) {
     CLimitedLines problems("more");
     const std::vector<SIsoVolume> volumes = ReadIsoVolumes(image, problems);
     EXPECT_THAT(problems.Lines(), Contains("more than 1048576 records in directories: the rest is not checked"));
+    EXPECT_THAT(problems.Lines(), Contains("the root directory (sector 0) does not begin with its own record"));
+    EXPECT_THAT(problems.Lines(), testing::Not(Contains(HasSubstr("the folder A")))) << "it is not visited";
     EXPECT_EQ(volumes.at(0).tree.files.size() + volumes.at(0).tree.folders.size(), 1'048'577U);
 }
 

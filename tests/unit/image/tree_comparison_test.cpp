@@ -36,10 +36,12 @@ TEST(TreeComparison, FilesHaveOnePlaceAndLength) {
 
 TEST(TreeComparison, EveryPartOfAFileHasOnePlace) {
     const SDiscFile file = {"A", {{20, 2048}, {30, 2048}}, 20, 4096};
-    const SDiscFile other = {"A", {{20, 2048}, {40, 2048}}, 20, 4096};
     EXPECT_THAT(Compared({file}, {file}), IsEmpty());
-    EXPECT_THAT(Compared({file}, {other}),
-                ElementsAre("A is at sector 20 with 4096 bytes; UDF: A is at sector 20 with 4096 bytes"));
+    for (const std::string name : {"A", "B"}) {
+        EXPECT_THAT(
+            Compared({file}, {{name, {{20, 2048}, {40, 2048}}, 20, 4096}}),
+            ElementsAre("A is at sector 20 with 4096 bytes; UDF: " + name + " is at sector 20 with 4096 bytes"));
+    }
 }
 
 TEST(TreeComparison, ATreeMayLackFiles) {
