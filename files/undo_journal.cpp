@@ -15,6 +15,8 @@ namespace {
 
 /// Longer parts are not ours.
 constexpr std::uint32_t kLongestPart = 1U << 28U;
+/// No file reaches so far.
+constexpr std::uint64_t kFarthestPosition = 1ULL << 62U;
 
 std::uint32_t SumOf(std::span<const std::uint8_t> bytes) {
     SChecksum sum;
@@ -169,7 +171,8 @@ bool CUndoJournal::ReadChange(SChange& change) {
     std::span<const std::uint8_t> rest = part;
     change.position = TakeNumber(rest);
     change.newLength = static_cast<std::size_t>(TakeNumber(rest));
-    if (change.newLength > kLongestPart || rest.size() < (SectorsOf(change.newLength) + 1) * 4) {
+    if (static_cast<std::uint64_t>(change.position) > kFarthestPosition || change.newLength > kLongestPart ||
+        rest.size() < (SectorsOf(change.newLength) + 1) * 4) {
         return false;
     }
     change.oldPartSum = LoadLe32(rest.first<4>());

@@ -169,6 +169,7 @@ TEST_F(CheckedOutput, FullDiskFailsEveryCallThatWrites) {
     };
     failsWith([&] { m_output.WriteOrFail(Bytes{1}); });
     failsWith([&] { m_output.WriteZerosOrFail(1); });
+    failsWith([&] { m_output.WriteZerosOrFail(5000); });
 }
 
 TEST_F(CheckedOutput, SeekReportsWhatCouldNotBeWrittenBefore) {

@@ -95,6 +95,25 @@ TEST(CommitTogether, NothingChangesIfTheFirstFails) {
     ExpectFiles(folder, {{"a", ""}, {"b", "older b"}});
 }
 
+TEST(CommitTogether, AMissingFolderIsAProblem) {
+    const CTestFolder folder;
+    CJointCommit commit;
+    EXPECT_EQ(commit.PlaceFor(folder / "none/a"), "");
+    EXPECT_EQ(commit.Problem(), "Cannot create a folder in " + (folder / "none/") + ": No such file or directory");
+    ExpectFiles(folder, {});
+}
+
+TEST(CommitTogether, AnOutputInPlaceThatFailedIsAProblem) {
+    const CTestFolder folder;
+    COutputFile output;
+    ASSERT_TRUE(output.Open(folder / "a", EOutputManner::InPlace));
+    EXPECT_FALSE(output.Seek(-1));
+    CJointCommit commit;
+    EXPECT_FALSE(commit.Add(output));
+    EXPECT_EQ(commit.Problem(), "Cannot write " + (folder / "a") + ": Invalid argument");
+    ExpectFiles(folder, {{"a", ""}});
+}
+
 TEST(CommitTogether, NothingRemainsWithoutCommit) {
     const CTestFolder folder;
     { const CPair pair(folder / "a", folder / "b", EOutputManner::CommitNew); }

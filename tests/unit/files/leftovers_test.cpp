@@ -47,11 +47,31 @@ protected:
 
 TEST_F(Leftovers, TemporaryFileOfADeadProcessIsRemoved) {
     test::WriteText(m_folder / kTemporary, "unfinished");
-    test::WriteText(m_folder / ".vantrel-0123.tmp", "not a temporary file of ours");
-    test::WriteText(m_folder / "game.iso", "image");
+    const std::vector<std::string> others = {".vantrel-0123.tmp", ".vantrel-0123ABCD.tmp", ".vantrel-0123abcd.iso",
+                                             "game.iso"};
+    for (const std::string& name : others) {
+        test::WriteText(m_folder / name, "no temporary file of ours");
+    }
     RemoveLeftovers(Base());
-    EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{".vantrel-0123.tmp", "game.iso"}));
+    EXPECT_EQ(m_folder.Names(), others);
 }
+
+#ifndef _WIN32
+TEST_F(Leftovers, WhatLinksLeadToStays) {
+    const test::CTestFolder photos;
+    test::WriteText(photos / "photo", "whose?");
+    fs::create_directory_symlink(photos.Path(), m_folder / kTemporary);
+    RemoveLeftovers(Base());
+    EXPECT_EQ(m_folder.Names(), std::vector<std::string>{kTemporary}) << "not even the link is ours";
+    fs::remove(m_folder / kTemporary);
+    fs::create_directories(m_folder / ".vantrel-0123abcd.tmp/staged");
+    fs::create_directory_symlink(photos.Path(), m_folder / ".vantrel-0123abcd.tmp/staged/link");
+    test::WriteText(m_folder / ".vantrel-0123abcd.tmp/lock", "");
+    RemoveLeftovers(Base());
+    EXPECT_EQ(m_folder.Names(), std::vector<std::string>{});
+    EXPECT_EQ(test::ReadText(photos / "photo"), "whose?");
+}
+#endif
 
 TEST_F(Leftovers, TemporaryFileOfALivingProcessStays) {
     CNativeFile living;
@@ -123,6 +143,7 @@ TEST_F(Leftovers, WaitingOutputsWithoutALockAreFinished) {
     fs::create_directories(m_folder / ".vantrel-0123abcd.tmp/new");
     test::WriteText(m_folder / ".vantrel-0123abcd.tmp/new/a", "new");
     test::WriteText(m_folder / ".vantrel-0123abcd.tmp/old-0", "older");
+    test::WriteText(m_folder / ".vantrel-0123abcd.tmp/undone-1", "new, but not to keep");
     RemoveLeftovers(Base());
     EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"a"});
 }

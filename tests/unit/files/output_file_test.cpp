@@ -112,6 +112,32 @@ TEST(OutputFile, ZerosReadBackAtAnyPosition) {
     }
 }
 
+TEST(OutputFile, IsReadAtItsPathWhenItIsFinished) {
+    for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
+        const test::CTestFolder folder;
+        COutputFile output;
+        ASSERT_TRUE(output.Open(folder / "a.bin", manner));
+        EXPECT_TRUE(output.Write(Bytes{1, 2, 3}));
+        ASSERT_TRUE(output.Finish());
+        EXPECT_EQ(test::ReadWhole(output.PathToRead()), (Bytes{1, 2, 3}));
+        EXPECT_EQ(output.PathToRead() == folder / "a.bin", manner == EOutputManner::InPlace);
+    }
+}
+
+TEST(OutputFile, OnlyAnOutputInPlaceIsLeftOpen) {
+    for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
+        const test::CTestFolder folder;
+        {
+            COutputFile output;
+            ASSERT_TRUE(output.Open(folder / "a.bin", manner));
+            EXPECT_TRUE(output.Write(Bytes{1, 2, 3}));
+            output.LeaveOpen();
+        }
+        const std::vector<std::string> inPlace = {"a.bin"};
+        EXPECT_EQ(folder.Names(), manner == EOutputManner::InPlace ? inPlace : std::vector<std::string>());
+    }
+}
+
 TEST(OutputFile, ReopensWithoutTruncating) {
     for (const EOutputManner manner : {EOutputManner::InPlace, EOutputManner::CommitNew}) {
         const test::CTestFolder folder;
@@ -275,6 +301,17 @@ TEST(InputFile, RefusesAFolder) {
 }
 
 #ifndef _WIN32
+
+TEST(OutputFile, ALinkThatLeadsNowhereIsReplaced) {
+    const test::CTestFolder folder;
+    std::filesystem::create_symlink("none", folder / "link");
+    COutputFile output;
+    ASSERT_TRUE(output.Open(folder / "link", EOutputManner::CommitReplace));
+    output.Write(std::array<std::uint8_t, 3>{'n', 'e', 'w'});
+    ASSERT_TRUE(output.Commit()) << output.Problem();
+    EXPECT_EQ(test::ReadText(folder / "link"), "new");
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"link"});
+}
 
 TEST(OutputFile, ReplacingKeepsThePermissionsAndTheLink) {
     const test::CTestFolder folder;

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "files/checksum.h"
 #include "files/refused.h"
 #include "tests/support/test_folder.h"
 
@@ -171,6 +172,72 @@ TEST_F(InterruptedUpdate, JournalCutAnywhereIsEnoughForWhatItCovers) {
     }
 }
 
+/// What is appended may have reached the disk in part.
+TEST_F(InterruptedUpdate, IsUndoneIfTheFileHasNotReachedItsNewLength) {
+    Interrupt();
+    const Bytes journal = test::ReadWhole(m_journal);
+    for (std::size_t length = m_before.size(); length <= m_after.size(); ++length) {
+        test::WriteWhole(m_journal, journal);
+        test::WriteWhole(m_image, Bytes(m_after.begin(), m_after.begin() + static_cast<std::ptrdiff_t>(length)));
+        CUpdateFile file;
+        ASSERT_NO_THROW(file.Open(m_image, EUpdateManner::UndoUnlessCommitted)) << length;
+        EXPECT_EQ(test::ReadWhole(m_image), m_before) << length;
+    }
+}
+
+/// Parts with right checksums whose contents no change has written.
+TEST_F(InterruptedUpdate, JournalOfAnotherKindChangesNothing) {
+    const auto number = [](std::uint64_t value, std::size_t size) {
+        Bytes bytes;
+        for (std::size_t i = 0; i < size; ++i) {
+            bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+        }
+        return bytes;
+    };
+    const auto part = [&number](const std::vector<Bytes>& pieces) {
+        Bytes content;
+        for (const Bytes& piece : pieces) {
+            content.insert(content.end(), piece.begin(), piece.end());
+        }
+        SChecksum sum;
+        sum.Add(content);
+        Bytes whole = number(content.size(), 4);
+        for (const Bytes& piece : {content, number(sum.crc32, 4)}) {
+            whole.insert(whole.end(), piece.begin(), piece.end());
+        }
+        return whole;
+    };
+    Interrupt();
+    for (const Bytes& change : {
+             part({Bytes(5, 0)}),                                          // too short for a position
+             part({number(0, 8)}),                                         // for a length
+             part({number(0, 8), number(13, 8), Bytes(7, 0)}),             // for the checksums
+             part({number(0, 8), number(~0ULL, 8), Bytes(100, 0)}),        // an impossible length
+             part({number(~0ULL, 8), number(4, 8), Bytes(100, 0)}),        // an impossible position
+             part({number(~0ULL >> 1U, 8), number(4, 8), Bytes(100, 0)}),  // one whose end is no number
+         }) {
+        Bytes journal = part({number(10, 8)});
+        journal.insert(journal.end(), change.begin(), change.end());
+        test::WriteWhole(m_journal, journal);
+        CUpdateFile file;
+        EXPECT_THROW(file.Open(m_image, EUpdateManner::UndoUnlessCommitted), CRefused) << change.size();
+        EXPECT_EQ(test::ReadWhole(m_image), m_after);
+        EXPECT_EQ(test::ReadWhole(m_journal), journal);
+    }
+}
+
+/// Without the old length, or with a first part that is too long, no change can have begun.
+TEST_F(InterruptedUpdate, JournalWithoutTheOldLengthIsRemoved) {
+    for (const Bytes& journal : {Bytes{1, 0, 0, 0, 0, 0x8D, 0xEF, 0x02, 0xD2}, Bytes{0, 0, 0, 0x80, 1, 2, 3}}) {
+        test::WriteWhole(m_image, m_before);
+        test::WriteWhole(m_journal, journal);
+        CUpdateFile file;
+        ASSERT_TRUE(file.Open(m_image, EUpdateManner::UndoUnlessCommitted));
+        EXPECT_EQ(test::ReadWhole(m_image), m_before);
+        EXPECT_EQ(m_killed.Names(), std::vector<std::string>{"a.bin"});
+    }
+}
+
 TEST_F(InterruptedUpdate, IsReportedByARunThatChangesNothing) {
     Interrupt();
     CUpdateFile file;
@@ -187,6 +254,16 @@ TEST_F(InterruptedUpdate, JournalOfAnotherFileIsRefused) {
         EXPECT_EQ(test::ReadWhole(m_image), other);
         EXPECT_NE(FileKindOf(m_journal), EFileKind::Missing);
     }
+}
+
+TEST_F(UpdateFile, ChangeAfterAFailureIsUndone) {
+    CUpdateFile file;
+    ASSERT_TRUE(file.Open(m_path, EUpdateManner::UndoUnlessCommitted));
+    Change(file);
+    EXPECT_FALSE(file.Seek(-1));
+    EXPECT_FALSE(file.Commit()) << "something is missing";
+    EXPECT_EQ(test::ReadWhole(m_path), m_before);
+    EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"a.bin"});
 }
 
 TEST_F(UpdateFile, OneProcessAtATimeChangesAFile) {

@@ -21,6 +21,17 @@ TEST(Utf, InvalidBytesRoundTrip) {
     }
 }
 
+/// A high surrogate without a low one is a character of its own, as in names of other systems.
+TEST(Utf, UnpairedSurrogatesStay) {
+    for (const unsigned next : {0x41U, 0xDBFFU, 0xE000U}) {
+        const std::wstring text = {L'a', static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(next)};
+        const std::string narrow = Utf8Of(text);
+        EXPECT_EQ(narrow.substr(0, 4), "a\xED\xA0\xBD") << next;
+        EXPECT_EQ(narrow.size(), next == 0x41 ? 5U : 7U) << next;
+    }
+    EXPECT_EQ(Utf8Of(std::wstring{static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xDFFF)}), "\xF0\x9F\x9F\xBF");
+}
+
 /// Each byte of an invalid sequence becomes a unit of its own.
 TEST(Utf, SequencesAtTheLimitsOfValidOnes) {
     for (const char* text : {"\xC2\x80", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80"}) {
