@@ -6,7 +6,9 @@
 
 #include "files/leftovers.h"
 #include "files/native_file.h"
+#include "files/output_file.h"
 #include "files/staging.h"
+#include "files/temporary_folder.h"
 #include "files/temporary_path.h"
 #include "tests/support/test_folder.h"
 #include "tests/support/watched_calls.h"
@@ -70,6 +72,46 @@ protected:
 
 TEST_F(OtherProcess, RemovesAWaitingFolderBeforeItsLockIsMade) {
     EXPECT_EQ(Stage({ECall::Open, std::string(kAnyTemporary) + "/lock", true}, [this] { RemoveAll(); }), kStaging);
+}
+
+TEST_F(OtherProcess, RemovesEveryWaitingFolderBeforeItsLockIsMade) {
+    SSystem system;
+    int removals = 0;
+    system.beforeCall = [this, &removals](const SCall& call) {
+        if (call == SCall{ECall::Open, std::string(kAnyTemporary) + "/lock", true}) {
+            RemoveAll();
+            ++removals;
+        }
+    };
+    const CWatchedCalls watch(m_folder.Path(), {}, system);
+    CStaging staging;
+    EXPECT_FALSE(staging.Open(m_folder.Path()));
+    EXPECT_EQ(staging.Problem().find("Cannot create a folder in " + m_folder.Path() + ": "), 0U) << staging.Problem();
+    EXPECT_EQ(removals, 100);
+    EXPECT_TRUE(m_folder.Names().empty());
+}
+
+TEST_F(OtherProcess, MayHaveTheNameOfATemporaryFolder) {
+    const SCall look = {ECall::Look, kAnyTemporary, false};
+    {
+        const CWatchedCalls watch(m_folder.Path(), {look, 1});
+        CTemporaryFolder folder;
+        EXPECT_TRUE(folder.MakeIn(m_folder.Path()));
+        EXPECT_EQ(FileKindOf(folder.Path()), EFileKind::Folder);
+        EXPECT_TRUE(watch.HasFailed());
+    }
+    EXPECT_TRUE(m_folder.Names().empty());
+}
+
+TEST_F(OtherProcess, HasALockThatCannotBeOpened) {
+    fs::create_directories(m_folder / kTemporary + "/new");
+    WriteText(m_folder / kTemporary + "/new/game.bin", "image");
+    WriteText(m_folder / kTemporary + "/lock", "");
+    const CWatchedCalls watch(m_folder.Path(), {{ECall::Open, std::string(kAnyTemporary) + "/lock", true}, 1});
+    RemoveLeftovers(m_folder.Path());
+    EXPECT_TRUE(watch.HasFailed());
+    EXPECT_EQ(m_folder.Names(), std::vector<std::string>{kTemporary});
+    EXPECT_EQ(ReadText(m_folder / kTemporary + "/new/game.bin"), "image");
 }
 
 TEST_F(OtherProcess, UsesAFolderThatCouldNotBeRemoved) {
@@ -172,6 +214,16 @@ TEST_F(OtherProcess, RemovesALockBeforeItIsTaken) {
     EXPECT_EQ(Stage({ECall::Lock, std::string(kAnyTemporary) + "/lock", true}, [this] { RemoveLock(); }), kStaging);
 }
 
+TEST_F(OtherProcess, LocksAWaitingFolderFirst) {
+    CNativeFile other;
+    const auto lock = [this, &other] {
+        ASSERT_TRUE(other.Open(m_folder / m_folder.Names().at(0) + "/lock", EOpenMode::ReadWrite, ESharing::Anyone));
+        ASSERT_EQ(other.TakeLock(), ELock::Taken);
+    };
+    const std::vector<std::string> names = Stage({ECall::Lock, std::string(kAnyTemporary) + "/lock", true}, lock);
+    EXPECT_EQ(names, (std::vector<std::string>{"lock", "lock", "staged"})) << "the first folder is left to the other";
+}
+
 TEST_F(OtherProcess, RemovesATemporaryFileBeforeItIsLocked) {
     SSystem system = Before({ECall::Lock, kAnyTemporary, true}, [this] { RemoveAll(); });
     system.vanishingFiles = false;
@@ -202,6 +254,56 @@ TEST_F(OtherProcess, LocksATemporaryFileFirstAndRemovesItLater) {
     ASSERT_TRUE(file.OpenTemporary(m_folder / kTemporary, ESharing::Nobody)) << LastFileError();
     EXPECT_EQ(opened, 3);
     EXPECT_EQ(m_folder.Names(), std::vector<std::string>{kTemporary});
+}
+
+/// An output takes another name then.
+TEST_F(OtherProcess, LocksATemporaryFileFirstAndKeepsIt) {
+    CNativeFile other;
+    SSystem system = Before({ECall::Lock, kAnyTemporary, true}, [this, &other] {
+        ASSERT_TRUE(other.Open(m_folder / m_folder.Names().at(0), EOpenMode::ReadWrite, ESharing::Anyone));
+        ASSERT_EQ(other.TakeLock(), ELock::Taken);
+    });
+    system.vanishingFiles = false;
+    const CWatchedCalls watch(m_folder.Path(), {}, system);
+    COutputFile output;
+    ASSERT_TRUE(output.Open(m_folder / "game.bin", EOutputManner::CommitNew)) << LastFileError();
+    EXPECT_EQ(m_folder.Names().size(), 2U);
+    EXPECT_TRUE(output.Write(Bytes{1}) && output.Commit()) << output.Problem();
+    EXPECT_EQ(ReadWhole(m_folder / "game.bin"), Bytes{1});
+}
+
+TEST_F(OtherProcess, RemovesTheFolderOfATemporaryFile) {
+    fs::create_directory(m_folder / "folder");
+    SSystem system = Before({ECall::Lock, std::string("folder/") + kAnyTemporary, true}, [this] { RemoveAll(); });
+    system.vanishingFiles = false;
+    const CWatchedCalls watch(m_folder.Path(), {}, system);
+    COutputFile output;
+    EXPECT_FALSE(output.Open(m_folder / "folder/game.bin", EOutputManner::CommitNew));
+    EXPECT_EQ(LastFileError(), "No such file or directory");
+    EXPECT_TRUE(m_hasActed);
+}
+
+TEST_F(OtherProcess, RemovesALeftoverFirst) {
+    WriteText(m_folder / kTemporary, "leftover");
+    const SSystem system = Before({ECall::Lock, kAnyTemporary, true}, [this] { RemoveAll(); });
+    const CWatchedCalls watch(m_folder.Path(), {}, system);
+    RemoveLeftovers(m_folder.Path());
+    EXPECT_TRUE(m_hasActed);
+    EXPECT_TRUE(m_folder.Names().empty());
+    EXPECT_EQ(watch.OpenCount(), 0U);
+}
+
+/// Whose file it is, is unknown.
+TEST_F(OtherProcess, MayHaveALeftoverThatCannotBeExamined) {
+    const SFault faults[] = {{{ECall::Size, kAnyTemporary, true}, 1}, {{ECall::Look, kAnyTemporary, false}, 3}};
+    for (const SFault& fault : faults) {
+        WriteText(m_folder / kTemporary, "leftover");
+        const CWatchedCalls watch(m_folder.Path(), fault);
+        RemoveLeftovers(m_folder.Path());
+        EXPECT_TRUE(watch.HasFailed());
+        EXPECT_EQ(ReadText(m_folder / kTemporary), "leftover");
+        EXPECT_EQ(watch.OpenCount(), 0U);
+    }
 }
 
 TEST_F(OtherProcess, GivesTheNameOfALeftoverToANewFile) {
