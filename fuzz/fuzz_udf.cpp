@@ -57,14 +57,15 @@ void Replace(const Bytes& before, const SUdfVolume& volume, const SUdfFile& file
     const std::int64_t imageEnd = source.Size() / kSectorSize;
     const std::int64_t end = std::int64_t{volume.partitionStart} + volume.partitionSectors;
     const std::int64_t added = SectorsFor(size);
-    if (end < imageEnd - 1 || end + added >= std::int64_t{1} << 32U) {
+    const bool hasClosing = volume.closingAnchors > 0;
+    if (end < imageEnd - 1 || end + added >= std::int64_t{1} << 32U ||
+        (hasClosing && volume.anchors.back() + 1 != imageEnd)) {
         return;
     }
     Bytes image = before;
     try {
         Apply(image, PatchUdfFile(source, volume, file, static_cast<std::uint32_t>(end), size));
-        const auto last = static_cast<std::uint32_t>(imageEnd - 1);
-        Apply(image, PatchUdfLength(source, volume, last, static_cast<std::uint32_t>(last + added)));
+        Apply(image, PatchUdfLength(source, volume, static_cast<std::uint32_t>(added)));
     } catch (const CRefused&) {
         return;
     }

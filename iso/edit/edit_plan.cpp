@@ -311,8 +311,7 @@ private:
             if (volume.closingAnchors > 0 && !hasClosing) {
                 throw CRefused("files lie behind the closing anchor of the UDF volume, so it cannot be lengthened");
             }
-            const std::uint32_t last = volume.closingAnchors > 0 ? volume.anchors.back() : m_map.Sectors() - 1;
-            Append(PatchUdfLength(m_base, volume, last, last + added));
+            Append(PatchUdfLength(m_base, volume, added));
         }
     }
 

@@ -66,9 +66,7 @@ std::vector<SSectorPatch> PatchUdfFile(CByteSource& image, const SUdfVolume& vol
     }
 }
 
-std::vector<SSectorPatch> PatchUdfLength(CByteSource& image, const SUdfVolume& volume, std::uint32_t oldLastSector,
-                                         std::uint32_t newLastSector) {
-    const std::uint32_t added = newLastSector - oldLastSector;
+std::vector<SSectorPatch> PatchUdfLength(CByteSource& image, const SUdfVolume& volume, std::uint32_t added) {
     std::vector<SSectorPatch> patches;
     if (added == 0) {
         return patches;
@@ -87,9 +85,7 @@ std::vector<SSectorPatch> PatchUdfLength(CByteSource& image, const SUdfVolume& v
         // Behind the header, there is one free space number and one size: there is one partition.
         patches.push_back(Lengthened(image, sector, sizeof(SIntegrityDescriptor) + 4, added));
     }
-    if (volume.anchors.back() == oldLastSector) {
-        MoveAnchors(image, volume, added, patches);
-    }
+    MoveAnchors(image, volume, added, patches);
     return patches;
 }
 

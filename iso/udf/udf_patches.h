@@ -16,11 +16,9 @@ namespace vantrel {
 std::vector<SSectorPatch> PatchUdfFile(CByteSource& image, const SUdfVolume& volume, const SUdfFile& file,
                                        std::uint32_t sector, std::int64_t size);
 
-/// The patches that move the end of the volume from one last sector to another: lengths of the partition in both volume
-/// descriptor sequences and in the integrity descriptors, and the closing anchors that ended at the old last sector.
-/// Throws CRefused if the partition describes its free space, as rewritable volumes do, and if the image no longer has
-/// the volume.
-std::vector<SSectorPatch> PatchUdfLength(CByteSource& image, const SUdfVolume& volume, std::uint32_t oldLastSector,
-                                         std::uint32_t newLastSector);
+/// The patches that lengthen the volume by `added` sectors: lengths of the partition in both volume descriptor
+/// sequences and in the integrity descriptors, and the closing anchors that much later. Throws CRefused if the
+/// partition describes its free space, as rewritable volumes do, and if the image no longer has the volume.
+std::vector<SSectorPatch> PatchUdfLength(CByteSource& image, const SUdfVolume& volume, std::uint32_t added);
 
 }  // namespace vantrel

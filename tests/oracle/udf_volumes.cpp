@@ -50,7 +50,7 @@ void Move(const std::string& path, const std::string& name, const Bytes& content
     const auto last = static_cast<std::uint32_t>(image.size() / kImageSector - 1);
     const auto added = static_cast<std::uint32_t>(SectorsFor(static_cast<std::int64_t>(content.size())));
     const auto place = static_cast<std::uint32_t>(last + 1 - volume.closingAnchors);
-    std::vector<SSectorPatch> patches = PatchUdfLength(source, volume, last, last + added);
+    std::vector<SSectorPatch> patches = PatchUdfLength(source, volume, added);
     for (const SUdfFile& file : volume.files) {
         if (file.path == name) {
             const auto more = PatchUdfFile(source, volume, file, place, static_cast<std::int64_t>(content.size()));

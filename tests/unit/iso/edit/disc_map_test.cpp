@@ -179,11 +179,12 @@ protected:
         return map.places.at(PlaceOf(map, path)).obstacle;
     }
 
-    /// Makes the partition end so many sectors before the closing anchor.
-    void EndPartitionEarlier(std::uint32_t sectors) {
+    /// Makes the partition end so many sectors before the closing anchor, or behind it.
+    void EndPartitionEarlier(int sectors) {
         for (const std::uint32_t sector : {34U, 50U}) {
             const std::size_t at = std::size_t{sector} * 2048;
-            test::Write32(m_image.m_bytes, at + 192, test::Read32(m_built.bytes, at + 192) - sectors);
+            test::Write32(m_image.m_bytes, at + 192,
+                          test::Read32(m_built.bytes, at + 192) - static_cast<std::uint32_t>(sectors));
             test::WriteUdfTag(m_image.m_bytes, at, 5, 512, sector);
         }
     }
@@ -197,6 +198,9 @@ TEST_F(DiscMapOfUdf, EmptyFilesBelongTogetherByTheirNames) {
     const SDiscMap map = Map();
     EXPECT_EQ(UdfNames(map, "DIR./A-B1."), Names{"dir/a b1"});
     EXPECT_EQ(UdfNames(map, "C@2.D"), Names{"c{2.d"});
+    Build({{"F1", {}}, {"F2", {}}});
+    test::ReplaceUdf(m_image.m_bytes, {{"F2"}, {"F1"}});
+    EXPECT_EQ(UdfNames(Map(), "F1"), Names{"F1"}) << "digits count";
 }
 
 TEST_F(DiscMapOfUdf, EmptyFilesWhoseNamesDoNotTellThemCannotBeChanged) {
@@ -271,6 +275,10 @@ TEST_F(DiscMapOfUdf, WithoutAClosingAnchorNothingClosesIt) {
     m_description.anchorAtEnd = false;
     Build({{"A.BIN", test::RandomBytes(1000, 1)}});
     EXPECT_EQ(Map().closingSector, Map().Sectors());
+    // Unless it is a CD with a postgap.
+    m_image.m_bytes[33792] = 'C';
+    m_image.m_bytes.resize(m_image.m_bytes.size() + std::size_t{150} * 2048);
+    EXPECT_EQ(Map().closingSector, Map().Sectors() - 150);
 }
 
 TEST_F(DiscMapOfUdf, FreeSectorsBetweenThePartitionAndTheClosingAnchorCloseIt) {
@@ -281,6 +289,8 @@ TEST_F(DiscMapOfUdf, FreeSectorsBetweenThePartitionAndTheClosingAnchorCloseIt) {
     EXPECT_EQ(Map().closingSector, anchor - 6);
     test::SetRecord(m_image.m_bytes, RecordOf("\\A.BIN"), anchor - 3, 1000);
     EXPECT_EQ(Map().closingSector, anchor) << "a file lies between them";
+    EndPartitionEarlier(-1);
+    EXPECT_EQ(Map().closingSector, anchor) << "it counts the anchor";
 }
 
 TEST_F(DiscMapOfUdf, OnlySoManySectorsCloseIt) {

@@ -68,7 +68,7 @@ TEST_P(UdfPatchesTest, LargeFilesHaveSeveralExtents) {
     CMemorySource source(image.bytes);
     Apply(image.bytes, PatchUdfFile(source, volume, FileIn(volume, "DIR/A.BIN"), 399, 3 * kGiB + 5));
     const std::uint32_t newLast = 399 + 3 * 524288 + 1;
-    Apply(image.bytes, PatchUdfLength(source, volume, 399, newLast));
+    Apply(image.bytes, PatchUdfLength(source, volume, newLast - 399));
     SUdfDescription expected = Description();
     SUdfFileDescription& file = expected.files[0];
     file.allocation = file.allocation == EUdfAllocation::Embedded ? EUdfAllocation::Short : file.allocation;
@@ -128,7 +128,7 @@ TEST(UdfPatches, TheVolumeEndsLater) {
     for (const std::uint32_t added : {1U, 100U, 1000U}) {
         SUdfImage image = UdfImage(FewUdfFiles());
         CMemorySource source(image.bytes);
-        const auto patches = PatchUdfLength(source, image.Read().value(), 399, 399 + added);
+        const auto patches = PatchUdfLength(source, image.Read().value(), added);
 
         SUdfDescription description = FewUdfFiles();
         description.lastSector = 399 + added;
@@ -143,7 +143,7 @@ TEST(UdfPatches, TheVolumeEndsLater) {
     }
     const SUdfImage image = UdfImage(FewUdfFiles());
     CMemorySource source(image.bytes);
-    EXPECT_THAT(PatchUdfLength(source, image.Read().value(), 399, 399), IsEmpty());
+    EXPECT_THAT(PatchUdfLength(source, image.Read().value(), 0), IsEmpty());
 }
 
 TEST(UdfPatches, AllClosingAnchorsMove) {
@@ -154,7 +154,7 @@ TEST(UdfPatches, AllClosingAnchorsMove) {
     }
     const SUdfVolume volume = image.Read().value();
     CMemorySource source(image.bytes);
-    Apply(image.bytes, PatchUdfLength(source, volume, 399, 401));
+    Apply(image.bytes, PatchUdfLength(source, volume, 2));
     EXPECT_THAT(image.Read().value().anchors, ElementsAre(256, 395, 396, 397, 398, 399, 400, 401));
     EXPECT_THAT(image.Read().value().findings, IsEmpty());
 }
@@ -164,7 +164,7 @@ TEST(UdfPatches, AnAnchorThatIsNotAtTheEndStays) {
     description.anchorAtEnd = false;
     const SUdfImage image = UdfImage(description);
     CMemorySource source(image.bytes);
-    for (const SSectorPatch& patch : PatchUdfLength(source, image.Read().value(), 399, 410)) {
+    for (const SSectorPatch& patch : PatchUdfLength(source, image.Read().value(), 11)) {
         EXPECT_LT(patch.position, 65 * kSectorSize);
     }
 }
@@ -180,7 +180,7 @@ TEST(UdfPatches, OnlyIntegrityDescriptorsOfTheSequenceAreLengthened) {
     image.Reseal(image.At(65), 65);
     CMemorySource source(image.bytes);
     std::vector<std::int64_t> sectors;
-    for (const SSectorPatch& patch : PatchUdfLength(source, image.Read().value(), 399, 410)) {
+    for (const SSectorPatch& patch : PatchUdfLength(source, image.Read().value(), 11)) {
         sectors.push_back(patch.position / kSectorSize);
     }
     EXPECT_THAT(sectors, ElementsAre(34, 50, 64, 410));
@@ -190,7 +190,7 @@ TEST(UdfPatches, AVolumeThatCanNoLongerBeReadIsNotLengthened) {
     SUdfImage image = UdfImage(FewUdfFiles());
     const SUdfVolume volume = image.Read().value();
     CMemorySource source(Bytes(image.bytes.size()));
-    EXPECT_THROW(PatchUdfLength(source, volume, 399, 410), CRefused);
+    EXPECT_THROW(PatchUdfLength(source, volume, 11), CRefused);
 }
 
 TEST(UdfPatches, VolumesWithTablesOfTheirSpaceStayAsLong) {
@@ -202,7 +202,7 @@ TEST(UdfPatches, VolumesWithTablesOfTheirSpaceStayAsLong) {
     }
     const SUdfVolume volume = image.Read().value();
     CMemorySource source(image.bytes);
-    EXPECT_THROW(PatchUdfLength(source, volume, 399, 410), CRefused);
+    EXPECT_THROW(PatchUdfLength(source, volume, 11), CRefused);
     EXPECT_THAT(volume.structures, testing::Contains(testing::Field(&SExtent::sector, 277U)));
 }
 
