@@ -57,8 +57,17 @@ bool CJointCommit::Add(COutputFile& output) {
 }
 
 bool CJointCommit::Commit() {
-    return std::all_of(m_stagings.begin(), m_stagings.end(),
-                       [this](const auto& staging) { return Note(*staging, staging->Commit(m_replaces)); });
+    const bool committed = std::all_of(m_stagings.begin(), m_stagings.end(), [this](const auto& staging) {
+        return Note(*staging, staging->Commit(m_replaces));
+    });
+    if (committed) {
+        return true;
+    }
+    for (const auto& staging : m_stagings) {
+        staging->Undo();
+        m_problem += staging->Kept();
+    }
+    return false;
 }
 
 void CJointCommit::Keep() {

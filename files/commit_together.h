@@ -22,7 +22,7 @@ public:
     std::string PlaceFor(const std::string& target);
     /// Finishes an output. Outputs in place are complete with that.
     bool Add(COutputFile& output);
-    /// Gives all outputs their names.
+    /// Gives all outputs their names, or none.
     bool Commit();
     /// Makes the commit permanent.
     void Keep();

@@ -27,6 +27,20 @@ void RemoveTree(const std::string& path) {
     RemoveFolder(path);
 }
 
+/// Removes what is in a folder of waiting outputs, except its lock and kept files.
+void RemoveWaiting(const std::string& path) {
+    for (const std::string& name : ListFolder(path)) {
+        if (name == kStagingLock || name.starts_with(kKeptFile)) {
+            continue;
+        }
+        if (IsFolder(path + name)) {
+            RemoveTree(path + name);
+        } else {
+            RemoveTemporary(path + name);
+        }
+    }
+}
+
 /// Moves everything in one folder into another. Both end in a separator; the second may be empty.
 void MoveAll(const std::string& from, const std::string& to) {
     for (const std::string& name : ListFolder(from)) {
@@ -87,22 +101,15 @@ void RemoveLeftovers(const std::string& folder) {
 }
 
 void RemoveStaging(const std::string& path, CNativeFile& lock) {
-    for (const std::string& name : ListFolder(path)) {
-        if (name == kStagingLock) {
-            continue;
-        }
-        if (IsFolder(path + name)) {
-            RemoveTree(path + name);
-        } else {
-            RemoveTemporary(path + name);
-        }
-    }
+    RemoveWaiting(path);
     // While it is locked, where the system removes open files: who waits for the lock of a removed file has lost.
     RemoveFile(path + kStagingLock);
     lock.Close();
     RemoveTemporary(path + kStagingLock);
     if (!RemoveFolder(path)) {
-        RemoveTree(path);  // what could not be removed at the first try
+        RemoveWaiting(path);  // what could not be removed at the first try
+        RemoveTemporary(path + kStagingLock);
+        RemoveFolder(path);
     }
 }
 

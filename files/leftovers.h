@@ -15,12 +15,14 @@ inline constexpr const char* kStagedFolder = "staged";
 inline constexpr const char* kCompleteFolder = "new";
 inline constexpr const char* kReplacedFile = "old-";
 inline constexpr const char* kUndoneFile = "undone-";
+inline constexpr const char* kKeptFile = "kept-";
 
 /// Removes such leftovers from a folder, which ends in a separator or is empty. Outputs that were all complete get the
 /// names that they have not got yet. Whatever cannot be removed stays.
 void RemoveLeftovers(const std::string& folder);
 
-/// Removes a folder of waiting outputs with everything in it, and its lock last. `path` ends in a separator.
+/// Removes a folder of waiting outputs with everything in it, and its lock last; but never a kept file. `path` ends in a
+/// separator.
 void RemoveStaging(const std::string& path, CNativeFile& lock);
 
 }  // namespace vantrel

@@ -168,6 +168,18 @@ bool CStaging::KeepOlder(const std::string& target, const std::string& older) {
     return LinkFile(target, older) || RenameFile(target, older, false) || Fail("Cannot replace " + target);
 }
 
+/// Gives a replaced file its name back. If another process prevents that, keeps it where no run removes it.
+void CStaging::Restore(const SGiven& given) {
+    if (RenameFile(given.older, given.target, true)) {
+        RemoveFile(given.older);  // renaming a hard link to its other name does nothing
+        return;
+    }
+    const std::string kept = m_path + kKeptFile + FileNameOf(given.older) + '-' + FileNameOf(given.target);
+    if (!IsSameFile(given.older, given.target) && RenameFile(given.older, kept, false)) {
+        m_kept += "; the older file is now " + kept;
+    }
+}
+
 bool CStaging::Move(const std::string& from, const std::string& to, bool replace) {
     SGiven given = {replace ? ResolveLink(to) : to, ""};
     const bool replaces = replace && FileKindOf(given.target) == EFileKind::File;
@@ -179,8 +191,8 @@ bool CStaging::Move(const std::string& from, const std::string& to, bool replace
     }
     if (!RenameFile(from, given.target, replaces)) {
         Fail("Cannot write " + given.target);
-        if (replaces && RenameFile(given.older, given.target, true)) {
-            RemoveFile(given.older);  // renaming a hard link to its other name does nothing
+        if (replaces) {
+            Restore(given);
         }
         return false;
     }
@@ -199,7 +211,7 @@ void CStaging::Undo() {
         if (given.older.empty()) {
             RenameFile(given.target, m_path + kUndoneFile + std::to_string(m_given.size()), false);
         } else {
-            RenameFile(given.older, given.target, true);
+            Restore(given);
         }
     }
     Remove();

@@ -3,7 +3,7 @@
 //
 // The folder is named like a temporary file and holds a locked file "lock"; "staged" with the outputs, in the same
 // folders below it as their targets below the base; "new", the name of "staged" once all outputs are complete; and
-// replaced files, "old-0" and so on.
+// replaced files, "old-0" and so on. A replaced file that cannot be restored stays as "kept-old-0-NAME".
 #pragma once
 
 #include <set>
@@ -48,6 +48,8 @@ public:
     void Keep();
 
     const std::string& Problem() const { return m_problem; }
+    /// What to add to the problem: where replaced files are that Undo could not restore. Mostly empty.
+    const std::string& Kept() const { return m_kept; }
 
 private:
     /// A name given, and where the replaced file is (empty if there was none).
@@ -62,6 +64,7 @@ private:
     bool MoveAll(const std::string& from, const std::string& to, bool replace);
     bool Move(const std::string& from, const std::string& to, bool replace);
     bool KeepOlder(const std::string& target, const std::string& older);
+    void Restore(const SGiven& given);
     void Remove();
     bool Fail(const std::string& text);
 
@@ -74,6 +77,7 @@ private:
     std::vector<std::string> m_unflushed;  ///< Where outputs wait that do not.
     std::vector<SGiven> m_given;
     std::string m_problem;
+    std::string m_kept;
 };
 
 }  // namespace vantrel

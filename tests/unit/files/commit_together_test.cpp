@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <filesystem>
 #include <map>
 
 #include "tests/support/test_folder.h"
@@ -112,6 +113,21 @@ TEST(CommitTogether, AnOutputInPlaceThatFailedIsAProblem) {
     EXPECT_FALSE(commit.Add(output));
     EXPECT_EQ(commit.Problem(), "Cannot write " + (folder / "a") + ": Invalid argument");
     ExpectFiles(folder, {{"a", ""}});
+}
+
+/// The paths of a folder that was not made would be relative.
+TEST(CommitTogether, WithoutAFolderNothingIsRemoved) {
+    const CTestFolder folder;
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.Path());
+    test::WriteText("lock", "whose?");
+    CStaging staging;
+    EXPECT_FALSE(staging.Open("none/"));
+    staging.Keep();
+    staging.Undo();
+    std::filesystem::current_path(before);
+    EXPECT_EQ(staging.Problem(), "Cannot create a folder in none/: No such file or directory");
+    ExpectFiles(folder, {{"lock", "whose?"}});
 }
 
 TEST(CommitTogether, NothingRemainsWithoutCommit) {
