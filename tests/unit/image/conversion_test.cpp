@@ -31,7 +31,7 @@ public:
     std::int64_t Size() const override { return static_cast<std::int64_t>(m_bytes.size()); }
 
     std::size_t ReadAt(std::int64_t position, std::span<std::uint8_t> buffer) override {
-        const auto start = static_cast<std::size_t>(std::min(position, Size()));
+        const std::size_t start = std::min(static_cast<std::size_t>(position), m_bytes.size());
         const std::size_t count = std::min(buffer.size(), m_bytes.size() - start);
         std::copy_n(m_bytes.begin() + static_cast<std::ptrdiff_t>(start), count, buffer.begin());
         if (m_change == EChange::Byte && start + count == m_bytes.size()) {
