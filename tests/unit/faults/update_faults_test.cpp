@@ -2,8 +2,6 @@
 // journal still restores it.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "files/refused.h"
 #include "files/update_file.h"
 #include "tests/unit/faults/fault_sweep.h"
@@ -121,16 +119,17 @@ TEST_P(UpdateFaults, ACallThatFailsWhileAChangeIsUndoneLeavesItsJournal) {
 }
 
 TEST_P(UpdateFaults, ACallThatFailsWhileAnInterruptedChangeIsUndoneLeavesItsJournal) {
-    const CTestFolder killed;
+    FolderState killed;
     {
         CUpdateFile file;
         ASSERT_TRUE(file.Open(m_path, EUpdateManner::UndoUnlessCommitted));
         ASSERT_TRUE(Change(file));
-        std::filesystem::copy(m_folder.Path(), killed.Path());
+        killed = StateOf(m_folder);
     }
-    for (const char* name : {"game.iso", kJournal}) {
-        std::filesystem::copy_file(killed / name, m_folder / name, std::filesystem::copy_options::overwrite_existing);
+    for (const auto& [name, content] : killed) {
+        WriteText(m_folder / name, content);
     }
+    ASSERT_EQ(m_folder.Names(), (std::vector<std::string>{kJournal, "game.iso"}));
     bool opened = false;
     std::string refusal;
     const auto run = [&] { opened = Opens(refusal); };
