@@ -54,7 +54,7 @@ std::span<const std::uint8_t> SectorOf(std::span<const std::uint8_t> bytes, std:
 }
 
 std::size_t ReadAt(CNativeFile& file, std::int64_t position, std::span<std::uint8_t> buffer, bool& failed) {
-    failed = failed || !file.Seek(position);
+    failed = !file.Seek(position);
     return failed ? 0 : file.Read(buffer, failed);
 }
 
@@ -222,10 +222,11 @@ bool CUndoJournal::Belongs(CNativeFile& file, std::int64_t length, const std::ve
            std::all_of(isKnown.begin(), isKnown.end(), [](const auto& sector) { return sector.second; });
 }
 
-/// The old length of the file; −1 if the journal ends before it, so that no change has begun, and after an error.
+/// Opens the journal. Returns the old length of the file; −1 if the journal ends before it, so that no change has
+/// begun, and after an error.
 std::int64_t CUndoJournal::ReadLength() {
     std::vector<std::uint8_t> part;
-    if (!MoveTo(0) || !ReadPart(part) || part.size() != 8) {
+    if (!OpenToRead() || !MoveTo(0) || !ReadPart(part) || part.size() != 8) {
         return -1;
     }
     std::span<const std::uint8_t> number = part;
@@ -233,9 +234,6 @@ std::int64_t CUndoJournal::ReadLength() {
 }
 
 bool CUndoJournal::Undo(CNativeFile& file) {
-    if (!OpenToRead()) {
-        return false;
-    }
     const std::int64_t length = ReadLength();
     if (length < 0) {
         return !m_hasFailed;
@@ -256,9 +254,6 @@ bool CUndoJournal::Undo(CNativeFile& file) {
 }
 
 bool CUndoJournal::Restore(CNativeFile& file) {
-    if (!OpenToRead()) {
-        return false;
-    }
     const std::int64_t length = ReadLength();
     const bool belongs = length < 0 || Belongs(file, length, FindChanges());
     if (m_hasFailed) {

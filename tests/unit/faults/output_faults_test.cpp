@@ -161,6 +161,20 @@ TEST_F(JointCommit, AllAppearOrNone) {
     EXPECT_GT(faults, 50U);
 }
 
+#ifdef _WIN32
+/// POSIX systems replace open files.
+TEST_F(JointCommit, AnOpenFileIsNotReplaced) {
+    const FolderState before = StateOf(m_folder);
+    CNativeFile other;
+    ASSERT_TRUE(other.Open(m_folder / "game/OLD/a", EOpenMode::Read, ESharing::Anyone));
+    std::string problem;
+    EXPECT_FALSE(Commit(problem));
+    EXPECT_EQ(problem.find(" is now "), std::string::npos) << problem;
+    other.Close();
+    EXPECT_EQ(StateOf(m_folder), before);
+}
+#endif
+
 /// Another process prevents that a replaced file gets its name back: it is kept, and nothing removes it later.
 TEST_F(JointCommit, ReplacedFilesAreNeverLost) {
     // The outputs that fail: the one that replaces something, or one after it.

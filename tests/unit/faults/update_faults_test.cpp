@@ -152,8 +152,10 @@ TEST_P(UpdateFaults, AWriteThatFillsTheDiskEndsALargeChange) {
         CUpdateFile file;
         ASSERT_TRUE(file.Open(m_path, EUpdateManner::UndoUnlessCommitted));
         EXPECT_FALSE(file.Write(large));
-        EXPECT_EQ(file.Problem(), "Cannot write " + m_path + ": " + SystemText(EFailure::NoSpace));
-        EXPECT_TRUE(file.Seek(0) && file.Write(Bytes{1})) << "only the first failure counts";
+        const std::string problem = "Cannot write " + m_path + ": " + SystemText(EFailure::NoSpace);
+        EXPECT_EQ(file.Problem(), problem);
+        EXPECT_FALSE(file.Seek(-1));
+        EXPECT_EQ(file.Problem(), problem) << "the first failure counts";
         EXPECT_FALSE(file.Commit());
         EXPECT_TRUE(watch.HasFailed());
     }

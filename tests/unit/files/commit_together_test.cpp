@@ -125,8 +125,13 @@ TEST(CommitTogether, WithoutAFolderNothingIsRemoved) {
     EXPECT_FALSE(staging.Open("none/"));
     staging.Keep();
     staging.Undo();
-    std::filesystem::current_path(before);
     EXPECT_EQ(staging.Problem(), "Cannot create a folder in none/: No such file or directory");
+    ASSERT_TRUE(MakeFolder("gone"));
+    std::filesystem::current_path(folder / "gone");
+    ASSERT_TRUE(RemoveFolder(folder / "gone"));
+    EXPECT_FALSE(staging.Open(""));
+    EXPECT_EQ(staging.Problem(), "Cannot create a folder in .: No such file or directory");
+    std::filesystem::current_path(before);
     ExpectFiles(folder, {{"lock", "whose?"}});
 }
 
