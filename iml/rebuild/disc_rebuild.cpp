@@ -310,7 +310,6 @@ private:
             return std::move(m_report);
         }
         const char* const exactText = m_isDvd ? "Rebuilding [dvd] ISO done!" : "Rebuilding [cd] ISO done!";
-        m_operation.SetPane(EPane::File, m_request.outputPath);
         m_operation.Complete(m_isExact ? exactText : SummaryOf(m_report).c_str());
         return std::move(m_report);
     }

@@ -34,6 +34,13 @@ class CsoCommands(ConsoleTest):
             os.remove(self.path(output))
             os.remove(self.path(output[:-3] + "iso"))
 
+    @unittest.skipIf(IS_WINDOWS, "handles of files are numbers from 0 on only elsewhere")
+    def test_without_standard_input(self):
+        self.write("game.iso", psp_image(30))
+        for words in ("iso2cso", "game.iso"), ("cso2iso", "game.cso", "-o", "again.iso"):
+            self.assert_done(self.run_here(*words, preexec_fn=lambda: os.close(0)))
+        self.assertEqual(self.read("again.iso"), psp_image(30))
+
     def test_output_options(self):
         self.write("game.iso", psp_image())
         os.mkdir(self.path("folder"))
