@@ -21,7 +21,7 @@ inline constexpr const char* kKeptFile = "kept-";
 /// names that they have not got yet. Whatever cannot be removed stays.
 void RemoveLeftovers(const std::string& folder);
 
-/// Removes a folder of waiting outputs with everything in it, and its lock last; but never a kept file. `path` ends in a
+/// Removes a folder of waiting outputs with everything in it, and its lock last; but no kept file. `path` ends in a
 /// separator.
 void RemoveStaging(const std::string& path, CNativeFile& lock);
 
