@@ -60,9 +60,10 @@ def is_evaluated_by_compiler(text, line):
 
 
 def is_no_condition(text, branch):
-    """Whether this is a constant, or the value of a switch."""
-    condition = text[branch[0] - 1][branch[1] - 1:branch[3] - 1]
-    return condition == "true" or "switch (%s)" % condition in text[branch[0] - 1]
+    """Whether this is a constant, a condition of the compiler, or the value of a switch."""
+    line = text[branch[0] - 1]
+    condition = line[branch[1] - 1:branch[3] - 1]
+    return condition == "true" or "if constexpr (" in line or "switch (%s)" % condition in line
 
 
 def lines(segments):

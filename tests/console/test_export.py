@@ -48,6 +48,17 @@ class Export(ConsoleTest):
         self.assertEqual(result.status, 0, result)
         self.assertEqual(result.err.count("\n"), 1, result)
 
+    def test_a_folder_with_other_files_is_named(self):
+        self.master("game.iso", game="first")
+        os.mkdir(self.path("files"))
+        self.write("files/NOTES.TXT", b"mine")
+        result = self.run_here("iso2iml", "game.iso", "--extract", "files")
+        self.assertEqual((result.status, result.err), (1, "vantrel iso2iml: game.iso: %s exists already; -f adds the files "
+                                                       "to it and replaces those that exist\n" % os.path.join("files", "")))
+        self.assertEqual((os.listdir(self.path("files")), os.path.exists(self.path("game.iml"))), (["NOTES.TXT"], False))
+        self.assert_done(self.run_here("iso2iml", "-f", "game.iso", "--extract", "files"))
+        self.assertEqual(self.read("files/NOTES.TXT"), b"mine")
+
     def test_without_a_folder_the_layouts_name_the_folders(self):
         images = {"one": self.master("one.iso", game="first"), "two": self.master("two.iso", game="second")}
         self.assert_done_in_batch(self.run_here("iso2iml", "--output-dir", "out", "one.iso", "two.iso", "--extract"))

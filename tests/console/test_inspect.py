@@ -371,7 +371,16 @@ class Inspect(ConsoleTest):
         self.assertEqual((result.status, result.out, result.err), (
             1, "", 'vantrel extract: game.bin: Cannot read "DIR\\B.BIN" from game.bin (damaged sector: wrong EDC)\n'))
         self.assertFalse(os.path.exists(self.path("out")))
+        result = self.run_here("extract", "game.bin", "--stdout", "DIR/B.BIN")
+        self.assertEqual((result.status, result.err), (1, "vantrel extract: game.bin: damaged sector: wrong EDC\n"))
         self.assert_done(self.run_here("extract", "game.bin", "A.TXT", "-C", "out"))
+
+    def test_extract_to_standard_output_names_a_file_beyond_the_image(self):
+        last = max((file for file in self.report("list", "game.iso")[1]["files"] if file["bytes"]), key=lambda file: file["sector"])
+        self.write("game.iso", self.image[:last["sector"] * SECTOR])
+        result = self.run_here("extract", "game.iso", "--stdout", last["path"])
+        self.assertEqual((result.status, result.out), (1, ""), result)
+        self.assertIn("game.iso: the image ends within " + last["path"].replace("/", "\\"), result.err)
 
     def test_images_without_all_of_their_directories(self):
         root = int.from_bytes(self.image[32768 + 158:32768 + 162], "little")

@@ -155,6 +155,12 @@ class Words(Replacing):
         self.assert_unchanged(2, ["game.iso", SMALL + "=new", "-o", "out.iso", "--in-place"])
         self.assert_unchanged(2, ["game.iso", "-o", "out.iso"])
         self.assert_unchanged(2, ["game.iso", SMALL, "-o", "out.iso"], SMALL)
+        self.assert_unchanged(2, ["game.iso", SMALL + "=", "-o", "out.iso"], SMALL + "=\" is not PATH=FILE")
+
+    def test_quiet(self):
+        result = self.run_here("replace", "-q", "game.iso", GAMMA + "=new", "-o", "out.iso")
+        self.assertEqual((result.status, result.out, result.err), (0, "", ""))
+        self.assert_content("out.iso", GAMMA, self.read("new"))
 
     def test_the_same_path_twice(self):
         self.write("other", b"other")

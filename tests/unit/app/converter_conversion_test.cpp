@@ -209,6 +209,12 @@ TEST(ConverterConversion, BypassesTheCommandProcessorForNamesThatItInterprets) {
     }
 }
 
+TEST(BatchLine, HasTheArgumentsOfADirectCall) {
+    EXPECT_EQ(BatchLineOf({"a.iso", "a.bin", false}), "tmpfile a.iso a.bin /mode2\n");
+    EXPECT_EQ(BatchLineOf({"a.iso", "a.bin", true}), "tmpfile a.iso a.bin /mode2 /postgap\n");
+    EXPECT_THAT(ArgumentsOf({"a.iso", "a.bin", true}), testing::ElementsAre("a.iso", "a.bin", "/mode2", "/postgap"));
+}
+
 TEST(BatchLine, IsUnsafeInFoldersThatTheCommandProcessorCannotUse) {
     const SConverterCall call = {"game.iso", "game.bin", false};
     EXPECT_TRUE(IsBatchLineSafe("C:\\My Games\\", call));
@@ -218,6 +224,8 @@ TEST(BatchLine, IsUnsafeInFoldersThatTheCommandProcessorCannotUse) {
     EXPECT_FALSE(IsBatchLineSafe("C:\\caf\xC3\xA9\\", call));
     EXPECT_FALSE(IsBatchLineSafe("\\\\server\\share\\", call));
     EXPECT_FALSE(IsBatchLineSafe("//server/share/", call));
+    EXPECT_FALSE(IsBatchLineSafe("C:\\", {"a b.iso", "game.bin", false}));
+    EXPECT_FALSE(IsBatchLineSafe("C:\\", {"game.iso", "a b.bin", false}));
     const CTestFolder folder;
     EXPECT_TRUE(IsBatchLineSafe(folder.Path(), call));
     {

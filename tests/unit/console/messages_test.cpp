@@ -13,6 +13,8 @@ TEST(Messages, NamesCannotControlTheTerminal) {
     EXPECT_EQ(Escaped("a\x1b[2Jb\n\r\x7f"), "a\\x1B[2Jb\\x0A\\x0D\\x7F");
     EXPECT_EQ(Escaped("\u009b31m"), "\\xC2\\x9B31m") << "a control character beyond ASCII";
     EXPECT_EQ(Escaped("\u202egpj.exe"), "\\xE2\\x80\\xAEgpj.exe") << "reverses the direction";
+    EXPECT_EQ(Escaped("\u2066a\u2069\u206a"), "\\xE2\\x81\\xA6a\\xE2\\x81\\xA9\u206a") << "isolates a direction";
+    EXPECT_EQ(Escaped("a\u2027\u2028b\u2029"), "a\u2027\\xE2\\x80\\xA8b\\xE2\\x80\\xA9") << "ends a line";
     EXPECT_EQ(Escaped("\xff\xc3"), "\\xFF\\xC3") << "invalid UTF-8";
     EXPECT_EQ(Escaped("\xff\xc3(a)\xe2\x82(\xe2\x82"), "\\xFF\\xC3(a)\\xE2\\x82(\\xE2\\x82") << "incomplete";
     EXPECT_EQ(Escaped("\xc1\xbf\xe0\x9f\xbf\xf0\x8f\xbf\xbf"), "\\xC1\\xBF\\xE0\\x9F\\xBF\\xF0\\x8F\\xBF\\xBF")
