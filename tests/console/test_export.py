@@ -5,6 +5,8 @@ import unittest
 
 from support import IS_WINDOWS, ConsoleTest
 
+SEPARATOR = "\\" if IS_WINDOWS else "/"
+
 
 class Export(ConsoleTest):
     def master(self, name, **files):
@@ -53,8 +55,8 @@ class Export(ConsoleTest):
         os.mkdir(self.path("files"))
         self.write("files/NOTES.TXT", b"mine")
         result = self.run_here("iso2iml", "game.iso", "--extract", "files")
-        self.assertEqual((result.status, result.err), (1, "vantrel iso2iml: game.iso: %s exists already; -f adds the files "
-                                                       "to it and replaces those that exist\n" % os.path.join("files", "")))
+        self.assertEqual((result.status, result.err), (1, "vantrel iso2iml: game.iso: files%s exists already; -f adds the "
+                                                       "files to it and replaces those that exist\n" % SEPARATOR))
         self.assertEqual((os.listdir(self.path("files")), os.path.exists(self.path("game.iml"))), (["NOTES.TXT"], False))
         self.assert_done(self.run_here("iso2iml", "-f", "game.iso", "--extract", "files"))
         self.assertEqual(self.read("files/NOTES.TXT"), b"mine")
