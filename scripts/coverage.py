@@ -110,7 +110,9 @@ def table(results):
 
 
 def missing(result, folders):
+    """Fails if there is anything."""
     named = reasons()
+    printed = False
     for path, file in sorted(load(result).items()):
         if folders and not any(path.startswith(folder.rstrip("/") + "/") or path == folder for folder in folders):
             continue
@@ -123,10 +125,13 @@ def missing(result, folders):
                 found.append((line, "never %s: %s" % ("false" if times_true else "true", condition)))
         for line, what in sorted(found):
             if "%s: %s" % (path, what) not in named:
+                printed = True
                 print("%s:%d: %s" % (path, line, what))
         reached = {name for name in named if name.startswith(path + ": ")} - {"%s: %s" % (path, what) for _, what in found}
         for name in sorted(reached):
+            printed = True
             print("needs no reason any more: " + name)
+    return 1 if printed else 0
 
 
 def reasons():
@@ -145,8 +150,9 @@ def main():
     elif action == "table":
         table(arguments)
     else:
-        missing(arguments[0], arguments[1:])
+        return missing(arguments[0], arguments[1:])
+    return 0
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())

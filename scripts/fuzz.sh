@@ -103,7 +103,8 @@ measure_coverage() {
     done
     scripts/coverage.py measure "$build" build/fuzzers.json
     scripts/coverage.py table build/tests.json build/fuzzers.json
-    echo "scripts/coverage.py missing build/tests.json [FOLDER...] lists what the tests do not reach."
+    echo "Of the engine, the tests do not reach, and tests/uncovered does not name:"
+    scripts/coverage.py missing build/tests.json operation pipeline files iso iml raw compress image
 }
 
 action=$1

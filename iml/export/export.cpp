@@ -163,7 +163,7 @@ private:
             const std::int64_t start = file.start * kSectorSize;
             const bool isSame =
                 !files.empty() && files.back().sector == file.start && files.back().sum.length == file.size;
-            if (file.size == 0 || !file.IsListed() || isSame) {
+            if (file.size == 0 || isSame) {
                 continue;
             }
             const bool isNext = start >= image.length;

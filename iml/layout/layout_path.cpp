@@ -36,7 +36,7 @@ std::string CPathResolver::Find(const std::string& folder, const std::string& na
     }
     const auto [known, isNew] = m_namesOf.try_emplace(folder);
     if (isNew) {
-        for (const std::string& existing : ListFolder(folder.empty() ? "." : folder)) {
+        for (const std::string& existing : ListFolder(folder)) {
             known->second.try_emplace(LowerAscii(existing), existing);
         }
     }

@@ -176,6 +176,9 @@ class CueSheets(ConsoleTest):
         status, report = self.report("verify", "game.cue")
         self.assertEqual((status, report["problems"]), (1, ["track 2: sector 7: wrong EDC, parity"]))
         self.assertEqual(report["image"], sums(self.image))
+        os.remove(self.path("game (Track 2).bin"))
+        status, report = self.report("verify", "game.cue")
+        self.assertEqual((status, [track["checked"] for track in report["tracks"]]), (1, [True, False]), report)
 
     def test_bytes_left_over(self):
         self.write("game.bin", self.raw(1) + bytes(7))

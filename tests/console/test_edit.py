@@ -336,6 +336,11 @@ class Rules(Edited):
             self.assertEqual(self.without_result(done.out), self.without_result(told.out))
             os.remove(self.path("new.iso"))
         self.assertEqual(self.rebuild("--dry-run", "--keep-places").status, 1)
+        os.remove(self.path("game.gaps"))
+        told = self.rebuild("--dry-run")
+        self.assertEqual(told.status, 0, told)
+        self.assertIn("nothing was written", told.out)
+        self.assertNotIn("new.iso", self.names())
 
     def without_result(self, text):
         """A report without what says whether it was written."""

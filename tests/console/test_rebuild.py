@@ -34,6 +34,13 @@ class Rebuild(ConsoleTest):
         self.assert_done(self.run_here("iml2iso", "--like-window", "game.v2.iml"))
         self.assertEqual(len(self.read("game.v2.iso")), 18 * SECTOR)
 
+    @unittest.skipIf(IS_WINDOWS, "the system finds names in any case")
+    def test_leading_structures_in_the_current_folder_in_any_case(self):
+        self.write("game.iml", layout([]))
+        self.write("GAME.IMS", bytes(18 * SECTOR))
+        self.assert_done(self.run_here("iml2iso", "--like-window", "game.iml"))
+        self.assertEqual(len(self.read("game.iso")), 18 * SECTOR)
+
     def test_a_missing_file_leaves_everything_unchanged(self):
         self.write_layout((18, 18, "NOWHERE"))
         self.write("game.iso", b"older")

@@ -171,6 +171,12 @@ TEST_F(CompressFaults, CsoToIsoShowsTheFailedCall) {
               "Code 1106-deflateIniterror\n");
     EXPECT_EQ(FailureWith({EFault::InflateEnd, Z_STREAM_ERROR, nullptr}, CsoToIso, "game.cso"),
               "Code 1111-inflateEnd: error\n");
+    Bytes damaged = test::ReadWhole(Path("game.cso"));
+    damaged[test::Read32(damaged, 24)] = 0xFF;
+    test::WriteWhole(Path("damaged.cso"), damaged);
+    const std::string damage = FailureWith({}, CsoToIso, "damaged.cso");
+    EXPECT_TRUE(damage.starts_with("Code 1108-inflate : ")) << damage;
+    EXPECT_EQ(FailureWith({EFault::InflateEnd, Z_STREAM_ERROR, "later"}, CsoToIso, "damaged.cso"), damage);
 }
 
 TEST_F(CompressFaults, DaxConversionsShowTheFailedCall) {

@@ -6,6 +6,7 @@
 
 #include "compress/cso.h"
 #include "tests/support/file_size_limit.h"
+#include "tests/support/memory_source.h"
 #include "tests/support/recording_operation.h"
 #include "tests/unit/compress/cso_support.h"
 
@@ -141,6 +142,29 @@ TEST(IsoToCso, RefusesOtherImagesBeforeItCreatesAnything) {
     EXPECT_EQ(FailureOf([&] { IsoToCso(WindowRequest(folder.Path(), "short.iso"), operation); }),
               "Code 50 PSP - invalid PSP iso  file header  short.iso");
     EXPECT_THAT(folder.Names(), ElementsAre("a.b.iso", "short.iso"));
+}
+
+/// The image in a container whose first blocks are damaged.
+class CDamagedSource : public test::CMemorySource {
+public:
+    CDamagedSource() : CMemorySource(Bytes(40'000)) {}
+
+    std::size_t ReadAt(std::int64_t /*position*/, std::span<std::uint8_t> /*buffer*/) override { return 0; }
+    const std::string& ReadProblem() const override { return m_problem; }
+
+private:
+    std::string m_problem = "game.dax: damaged frame 4: its stream is damaged";
+};
+
+TEST(IsoToCso, SaysWhyTheMarkInAContainerCannotBeRead) {
+    const CTestFolder folder;
+    CDamagedSource image;
+    SCompressionRequest request =
+        DirectConversion(folder / "game.dax", folder / "game.cso", EOutputManner::CommitNew, 0, 9);
+    request.image = &image;
+    CRecordingOperation operation;
+    EXPECT_EQ(FailureOf([&] { IsoToCso(request, operation); }), image.ReadProblem());
+    EXPECT_THAT(folder.Names(), ElementsAre());
 }
 
 TEST(IsoToCso, NamesMissingFiles) {
