@@ -60,6 +60,10 @@ std::string ProgressText(const std::string& name, const SProgressState& state, i
     return ShortenedTo(std::max(columns - ColumnsOf(tail), 0), name) + tail;
 }
 
+double FractionOf(std::int64_t done, std::int64_t total) {
+    return total > 0 ? static_cast<double>(done) / static_cast<double>(total) : 1.0;
+}
+
 CProgressLine::CProgressLine(bool shown, const std::string& name, std::int64_t totalBytes)
     : m_shown(shown), m_name(Escaped(name)), m_totalBytes(totalBytes) {}
 
@@ -73,10 +77,10 @@ void CProgressLine::Update(std::int64_t done, std::int64_t total) {
     }
     m_drawn = now;
     m_onScreen = true;
-    const double fraction = total > 0 ? static_cast<double>(done) / static_cast<double>(total) : 1.0;
     const double seconds = std::chrono::duration<double>(now - m_start).count();
     // Some terminals wrap already when the last column is used.
-    const std::string text = ProgressText(m_name, {fraction, m_totalBytes, seconds}, TerminalColumns() - 1);
+    const std::string text =
+        ProgressText(m_name, {FractionOf(done, total), m_totalBytes, seconds}, TerminalColumns() - 1);
     std::fprintf(stderr, "\r\x1b[K%s", text.c_str());
     std::fflush(stderr);
 }

@@ -10,6 +10,9 @@ namespace vantrel {
 /// Bytes in decimal units with three significant figures: "12.3 MB".
 std::string SizeText(double bytes);
 
+/// The share of the units that are done, 0 to 1. Everything is done if there are none.
+double FractionOf(std::int64_t done, std::int64_t total);
+
 /// How far a conversion is.
 struct SProgressState {
     double fraction;          ///< from 0 to 1

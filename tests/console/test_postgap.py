@@ -92,6 +92,12 @@ class Postgap(ConsoleTest):
             self.assertEqual(len(content), sectors * SECTOR)
             self.assertEqual(content[32848:32856], struct.pack("<I", sectors) + struct.pack(">I", sectors))
 
+    @unittest.skipIf(IS_WINDOWS, "handles of files are numbers from 0 on only elsewhere")
+    def test_add_postgap_without_standard_input(self):
+        self.write("game.iso", image(30, 180, b"PSP GAME"))
+        self.assert_done(self.run_here("add-postgap", "--count", "3", "game.iso", preexec_fn=lambda: os.close(0)))
+        self.assertEqual(len(self.read("game.iso")), 33 * SECTOR)
+
     def test_add_postgap_refuses_the_rest(self):
         for content in dvd_image(), os.urandom(30 * SECTOR), image(30, 180, b"PSP GAME") + b"x":
             self.write("game.iso", content)

@@ -27,6 +27,12 @@ TEST(ProgressLine, PercentBytesRateAndRemainingTime) {
     EXPECT_EQ(ProgressText("game.iso", {1.0, 1000, 0.1}, 79), "game.iso  100%  1.00 kB") << "too early for a rate";
 }
 
+TEST(ProgressLine, NothingToDoIsDone) {
+    EXPECT_EQ(FractionOf(1, 4), 0.25);
+    EXPECT_EQ(FractionOf(4, 4), 1.0);
+    EXPECT_EQ(FractionOf(0, 0), 1.0);
+}
+
 TEST(ProgressLine, FitsAnyTerminal) {
     const SProgressState state = {0.25, 40'000'000, 2.0};
     for (const std::string& name : {std::string("game.iso"), std::string(100, 'x') + ".iso", std::string("a"),
