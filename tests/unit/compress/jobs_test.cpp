@@ -326,6 +326,12 @@ TEST(WorkPlan, BoundsTheMemoryForAnyNumberOfWorkersAndBlockSize) {
     }
 }
 
+TEST(WorkPlan, CountsTheMemoryOfADeflateStream) {
+    constexpr std::uint32_t kWindowAndMatches = (1U << 17U) + (1U << 17U);  // as zlib's manual gives it
+    EXPECT_GT(SBlockSizes().coder, kWindowAndMatches);
+    EXPECT_LT(SBlockSizes().coder, 2 * kWindowAndMatches);
+}
+
 TEST(WorkPlan, WithoutWorkersTakesBlockByBlockWithAFreshStream) {
     const SWorkPlan plan = PlanWork(0, {2048, 4096}, 1000);
     EXPECT_EQ(plan.workers, 0U);
