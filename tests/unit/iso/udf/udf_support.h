@@ -2,6 +2,8 @@
 #pragma once
 
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "iso/udf/udf_volume.h"
 #include "tests/support/memory_source.h"
@@ -66,6 +68,26 @@ inline const SUdfFile& FileIn(const SUdfVolume& volume, const std::string& path)
         }
     }
     throw std::out_of_range(path);
+}
+
+/// "path: size, sector+bytes ..."
+inline std::string TextOf(const SUdfFile& file) {
+    std::string text = file.path + (file.isFolder ? "/: " : ": ") + std::to_string(file.size);
+    for (const SExtent& extent : file.extents) {
+        text += ", " + std::to_string(extent.sector) + '+' + std::to_string(extent.size);
+    }
+    return text + (file.embedded ? " embedded" : "");
+}
+
+/// The texts of all files that are no folders.
+inline std::vector<std::string> FilesOf(const SUdfVolume& volume) {
+    std::vector<std::string> texts;
+    for (const SUdfFile& file : volume.files) {
+        if (!file.isFolder) {
+            texts.push_back(TextOf(file));
+        }
+    }
+    return texts;
 }
 
 }  // namespace vantrel::test
