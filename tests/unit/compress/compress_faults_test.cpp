@@ -4,12 +4,12 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
-#include <new>
 #include <optional>
 
 #include "compress/cso.h"
 #include "compress/dax.h"
 #include "files/native_file.h"
+#include "tests/support/failing_allocations.h"
 #include "tests/support/memory_source.h"
 #include "tests/support/recording_operation.h"
 #include "tests/unit/compress/cso_support.h"
@@ -27,12 +27,11 @@ enum class EFault { None, DeflateInit, Deflate, DeflateEnd, InflateInit, Inflate
 /// Result of a fake deflate, which fills the whole output and does nothing else.
 constexpr int kFillsOutput = 1000;
 
-/// What fails next: a call of zlib with a result and a message, or an allocation.
+/// Which call of zlib fails next, with a result and a message.
 struct SFaults {
     EFault call = EFault::None;
     int result = Z_OK;
     const char* message = nullptr;
-    int allocationsLeft = -1;  ///< That many succeed, the next one fails; negative: all succeed.
 } g_faults;
 
 std::optional<int> FaultIn(EFault call, z_streamp stream) {
@@ -97,23 +96,15 @@ int __wrap_inflateEnd(z_streamp stream) {
 
 }  // extern "C"
 
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    if (g_faults.allocationsLeft >= 0 && g_faults.allocationsLeft-- == 0) {
-        return nullptr;
-    }
-    try {
-        return ::operator new[](size);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-}
-
 namespace vantrel {
 namespace {
 
 class CompressFaults : public testing::Test {
 protected:
-    ~CompressFaults() override { g_faults = {}; }
+    ~CompressFaults() override {
+        g_faults = {};
+        test::g_allocationsLeft = -1;
+    }
 
     void SetUp() override {
         test::WriteWhole(m_folder / "game.iso", test::WithPspMark(test::TextLikeBytes(40'000, 1)));
@@ -135,9 +126,10 @@ protected:
     std::vector<std::string> AllocationFailures(void (*conversion)(const SCompressionRequest&, COperation&),
                                                 const char* input) {
         std::vector<std::string> texts;
-        SFaults faults;
-        for (faults.allocationsLeft = 0; faults.allocationsLeft < 20; ++faults.allocationsLeft) {
-            texts.push_back(FailureWith(faults, conversion, input));
+        for (int successes = 0; successes < 20; ++successes) {
+            test::g_allocationsLeft = successes;
+            texts.push_back(FailureWith({}, conversion, input));
+            test::g_allocationsLeft = -1;
             if (texts.back() == "did not fail") {
                 texts.pop_back();
                 break;

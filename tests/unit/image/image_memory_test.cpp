@@ -1,38 +1,20 @@
-// The texts for allocations that fail. Memory whose size a file determines is allocated by the operator below, which
-// fails on demand.
+// The texts for allocations that fail.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <new>
 
 #include "compress/cso.h"
 #include "compress/dax.h"
 #include "files/refused.h"
 #include "image/conversion.h"
+#include "tests/support/failing_allocations.h"
 #include "tests/support/image_builder.h"
 #include "tests/support/recording_operation.h"
-
-namespace {
-
-int g_allocationsLeft = -1;  ///< That many succeed, the next one fails; negative: all succeed.
-
-}  // namespace
-
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    if (g_allocationsLeft >= 0 && g_allocationsLeft-- == 0) {
-        return nullptr;
-    }
-    try {
-        return ::operator new[](size);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-}
 
 namespace vantrel {
 namespace {
 
 using test::Bytes;
+using test::g_allocationsLeft;
 using testing::ThrowsMessage;
 
 class ImageMemory : public testing::Test {
