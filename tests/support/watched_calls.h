@@ -78,6 +78,15 @@ struct SSystem {
     std::function<void(const SCall&)> beforeCall = [](const SCall&) {};
 };
 
+/// A system that removes no temporary files and has neither links nor renaming without replacing.
+inline SSystem LimitedSystem() {
+    SSystem system;
+    system.renamesWithoutReplacing = false;
+    system.linksFiles = false;
+    system.vanishingFiles = false;
+    return system;
+}
+
 /// Watches the calls of all threads on one folder and everything below it. Only one object may exist at a time.
 class CWatchedCalls {
 public:

@@ -386,19 +386,14 @@ class ConsoleFaultsOnLimitedSystems : public ConsoleFaults {};
 
 TEST_P(ConsoleFaultsOnLimitedSystems, LeaveNothingBehind) {
     GetParam().prepare(m_folder);
-    SSystem system;
-    system.renamesWithoutReplacing = false;
-    system.vanishingFiles = false;
+    SSystem system = LimitedSystem();
+    system.linksFiles = true;
     Sweep(system);
 }
 
 TEST_P(ConsoleFaultsOnLimitedSystems, LeaveNothingBehindWithoutLinks) {
     GetParam().prepare(m_folder);
-    SSystem system;
-    system.renamesWithoutReplacing = false;
-    system.linksFiles = false;
-    system.vanishingFiles = false;
-    Sweep(system);
+    Sweep(LimitedSystem());
 }
 
 INSTANTIATE_TEST_SUITE_P(ReadingBack, ConsoleFaultsOnLimitedSystems, testing::ValuesIn(ReadingBack()), NameOf);

@@ -114,13 +114,8 @@ TEST_P(InterruptedRun, IsCompletedByTheNextOne) {
     }
 }
 
-/// Where the system removes no temporary files and has neither links nor renaming without replacing.
 TEST_P(InterruptedRun, IsCompletedByTheNextOneOnLimitedSystems) {
-    SSystem system;
-    system.renamesWithoutReplacing = false;
-    system.linksFiles = false;
-    system.vanishingFiles = false;
-    TakeStates(system);
+    TakeStates(LimitedSystem());
     EXPECT_GT(m_states.size(), 1U);
     for (const FolderState& state : m_states) {
         ExpectCompletion(state);

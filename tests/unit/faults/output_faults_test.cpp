@@ -14,14 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-SSystem LimitedSystem() {
-    SSystem system;
-    system.renamesWithoutReplacing = false;
-    system.linksFiles = false;
-    system.vanishingFiles = false;
-    return system;
-}
-
 /// Writes, zeros and copies, each after something that waits to be written. Returns whether all of it was accepted.
 bool WriteParts(COutputFile& output, const std::string& source, Bytes& expected) {
     const Bytes content = ReadWhole(source);
