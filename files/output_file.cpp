@@ -111,7 +111,7 @@ void COutputFile::MoveOn(std::size_t count) {
 }
 
 bool COutputFile::Write(std::span<const std::uint8_t> bytes) {
-    if (m_unplacedZeros > 0 && !PlaceZeros()) {
+    if (!PlaceZeros()) {
         return false;
     }
     MoveOn(bytes.size());
@@ -128,7 +128,7 @@ bool COutputFile::Write(std::span<const std::uint8_t> bytes) {
 std::size_t COutputFile::CopyWithinSystem(CByteSource& source, std::int64_t position, std::size_t length) {
     CInputFile* const file = source.PlainFile();
     const bool isWorthIt = m_manner != EOutputManner::InPlace && length >= kDirectWrite;
-    if (file == nullptr || !isWorthIt || (m_unplacedZeros > 0 && !PlaceZeros()) || !Flush()) {
+    if (file == nullptr || !isWorthIt || !PlaceZeros() || !Flush()) {
         return 0;
     }
     const std::size_t count = file->CopyTo(m_file, position, length);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <rapidxml/rapidxml.hpp>
-#include <string_view>
 
 #include "files/input_file.h"
 #include "files/letter_case.h"
@@ -34,23 +33,25 @@ std::vector<char> ReadText(const std::string& path) {
     return text;
 }
 
-/// Whether elements are nested so deeply that the parser, which calls itself for each, would exhaust the stack.
-bool IsTooDeep(std::string_view text) {
-    constexpr int kDeepest = 1000;
-    int depth = 0;
-    for (std::size_t i = text.find('<'); i != std::string_view::npos && i + 1 < text.size();
-         i = text.find('<', i + 1)) {
-        if (text[i + 1] == '/') {
-            --depth;
-        } else if (text[i + 1] != '?' && text[i + 1] != '!') {
-            const std::size_t end = text.find('>', i);
-            depth += end != std::string_view::npos && text[end - 1] == '/' ? 0 : 1;
-        }
-        if (depth > kDeepest) {
-            return true;
-        }
+/// The stack at the call of the parser.
+thread_local std::uintptr_t t_stack = 0;
+
+std::uintptr_t CurrentStack() {
+    return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+}
+
+/// Refuses elements that are nested so deeply that the parser, which calls itself for each, would exhaust the stack. It
+/// allocates memory every few hundred elements.
+void* AllocateUnlessTooDeep(std::size_t size) {
+    constexpr std::uintptr_t kDeepest = 256U << 10U;
+    if (t_stack - CurrentStack() > kDeepest) {
+        throw rapidxml::parse_error("elements are nested too deeply", nullptr);
     }
-    return false;
+    return new char[size];
+}
+
+void Free(void* memory) {
+    delete[] static_cast<char*>(memory);
 }
 
 std::string TextOf(const Node& node, const char* attribute) {
@@ -79,9 +80,8 @@ CDatFile::CDatFile(const std::string& path) : m_path(path) {
     std::vector<char> text = ReadText(path);
     rapidxml::xml_document<> document;
     try {
-        if (IsTooDeep({text.data(), text.size() - 1})) {
-            throw rapidxml::parse_error("elements are nested too deeply", nullptr);
-        }
+        t_stack = CurrentStack();
+        document.set_allocator(AllocateUnlessTooDeep, Free);
         document.parse<0>(text.data());
     } catch (const rapidxml::parse_error& error) {
         throw CRefused(path + ": not a disc database: " + error.what());

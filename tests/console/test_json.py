@@ -166,7 +166,9 @@ class Json(ConsoleTest):
 
     def test_unusable_databases(self):
         self.write("bad.dat", b"<datafile><game>")
-        for name, cause in ("bad.dat", "not a disc database"), ("cd.iso", "not a disc database"), ("none.dat", "none.dat: "):
+        self.write("deep.dat", b"<datafile>" + b"<game><!--</game>-->" * 100_000)
+        for name, cause in (("bad.dat", "not a disc database"), ("deep.dat", "elements are nested too deeply"),
+                            ("cd.iso", "not a disc database"), ("none.dat", "none.dat: ")):
             result = self.run_here("verify", "--dat", name, "psp.iso")
             self.assertEqual((result.status, result.out), (1, ""))
             self.assertIn("vantrel verify: psp.iso: %s: " % name, result.err)

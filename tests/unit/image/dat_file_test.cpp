@@ -71,12 +71,26 @@ TEST(DatFile, RefusesAFileThatIsMuchTooLong) {
                 testing::ThrowsMessage<CRefused>(path + ": the file is too large for a disc database"));
 }
 
-TEST(DatFile, SurvivesDeepNesting) {
-    std::string deep;
-    for (int i = 0; i < 1'000'000; ++i) {
-        deep += "<a>";
+std::string Repeated(const std::string& text, int times) {
+    std::string repeated;
+    for (int i = 0; i < times; ++i) {
+        repeated += text;
     }
-    EXPECT_THAT(ProblemOf(deep), testing::HasSubstr("elements are nested too deeply"));
+    return repeated;
+}
+
+TEST(DatFile, RefusesDeepNesting) {
+    for (const std::string element :
+         {"<a>", "<a b='</'>", "<a b='/>'>", "<a><!--</a>-->", "<a><![CDATA[</a>]]>", "<a><?p </a>?>"}) {
+        EXPECT_THAT(ProblemOf("<datafile>" + Repeated(element, 1'000'000)),
+                    testing::HasSubstr("not a disc database: elements are nested too deeply"))
+            << element;
+    }
+}
+
+TEST(DatFile, AcceptsManyElementsThatAreNotNested) {
+    EXPECT_EQ(ProblemOf("<datafile>" + Repeated("<a><b><c/></b></a>", 100'000) + "</datafile>"), "");
+    EXPECT_EQ(ProblemOf(Repeated("<datafile>", 100) + Repeated("</datafile>", 100)), "");
 }
 
 }  // namespace
