@@ -227,13 +227,32 @@ TEST(OverlapCheck, NothingOverlapsAnEmptyArea) {
     }
 }
 
-TEST(StructureCheckOfUdf, AVolumeThatNeedsMoreThanIsReadMayBeSound) {
-    constexpr std::size_t kLogicalVolumes[] = {35 * kSector, 51 * kSector};
+test::SBuiltImage ImageWithUdf() {
     test::SImageDescription description;
     description.kind = test::EImageKind::Dvd;
     description.udf = test::EUdf::Volume;
     description.files = {{"A.BIN", test::RandomBytes(100, 1)}};
-    test::SBuiltImage built = test::BuildImage(description);
+    return test::BuildImage(description);
+}
+
+/// The volume recognition sequence, from sector 18 to 20, belongs to the descriptors.
+TEST(StructureCheckOfUdf, FilesOverlapNoDescriptor) {
+    for (const std::uint32_t sector : {18U, 20U, 21U}) {
+        test::SBuiltImage built = ImageWithUdf();
+        WriteBoth(built.bytes, built.File("\\A.BIN").recordOffset + kLocation, sector);
+        test::CMemorySource image(built.bytes);
+        const auto overlap = Contains(HasSubstr("the volume descriptors (sectors 16 to 20) and A.BIN"));
+        if (sector < 21) {
+            EXPECT_THAT(StructureProblems(image), overlap) << sector;
+        } else {
+            EXPECT_THAT(StructureProblems(image), testing::Not(overlap)) << sector;
+        }
+    }
+}
+
+TEST(StructureCheckOfUdf, AVolumeThatNeedsMoreThanIsReadMayBeSound) {
+    constexpr std::size_t kLogicalVolumes[] = {35 * kSector, 51 * kSector};
+    test::SBuiltImage built = ImageWithUdf();
     for (const std::uint32_t blockSize : {2048U, 4096U}) {
         for (const std::size_t position : kLogicalVolumes) {
             ASSERT_EQ(built.bytes[position], 6) << "a logical volume descriptor";
