@@ -117,6 +117,7 @@ TEST(ImageSource, ADamagedRawSectorIsUnreadable) {
     EXPECT_EQ(source->ReadAt(4 * 2048, buffer), kUserDataSize);
     EXPECT_EQ(source->Fault(), "no data sector, perhaps audio");
     EXPECT_EQ(source->ReadAt(6 * 2048, buffer), buffer.size());
+    EXPECT_EQ(source->ReadProblem(), folder / "game.bin" + ": damaged sector 5: no data sector, perhaps audio");
 }
 
 void ExpectRefusal(const std::string& content, const std::string& cause) {
