@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "compress/cso.h"
 #include "compress/dax.h"
 #include "files/refused.h"
@@ -118,6 +120,19 @@ TEST(ImageSource, ADamagedRawSectorIsUnreadable) {
     EXPECT_EQ(source->Fault(), "no data sector, perhaps audio");
     EXPECT_EQ(source->ReadAt(6 * 2048, buffer), buffer.size());
     EXPECT_EQ(source->ReadProblem(), folder / "game.bin" + ": damaged sector 5: no data sector, perhaps audio");
+}
+
+TEST(ImageSource, ARawImageThatShrinksEndsARead) {
+    const CTestFolder folder;
+    const std::string path = folder / "game.bin";
+    Bytes image = BuiltUmd();
+    image.resize(300 * kUserDataSize);  // more than is read ahead
+    test::WriteWhole(path, RawImage(image));
+    const auto source = OpenImage(path);
+    std::filesystem::resize_file(path, 202 * kRawSectorSize + 100);
+    Bytes buffer(5 * kUserDataSize);
+    EXPECT_EQ(source->ReadAt(200 * kUserDataSize, buffer), 2U * kUserDataSize);
+    EXPECT_EQ(source->ReadProblem(), path + ": damaged sector 202: it cannot be read");
 }
 
 void ExpectRefusal(const std::string& content, const std::string& cause) {
