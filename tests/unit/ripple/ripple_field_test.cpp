@@ -7,6 +7,7 @@
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 namespace vantrel {
@@ -30,6 +31,16 @@ TEST(RippleField, ShowsThePictureUnchangedAtRest) {
     EXPECT_EQ(view, picture);
     EXPECT_TRUE(field.IsAtRest());
     EXPECT_EQ(field.Energy(), 0U);
+}
+
+TEST(RippleField, RendersNothingIntoOrFromAPictureThatIsTooSmall) {
+    const CRippleField field(40, 30);
+    for (const auto& [pictureSize, viewSize] : {std::pair(1199U, 1200U), std::pair(1200U, 1199U)}) {
+        const std::vector<std::uint32_t> picture(pictureSize, 1);
+        std::vector<std::uint32_t> view(viewSize);
+        field.Render(picture, view);
+        EXPECT_EQ(view, std::vector<std::uint32_t>(viewSize));
+    }
 }
 
 TEST(RippleField, DropChangesPixelsNearItOnly) {
