@@ -80,5 +80,16 @@ TEST(CommandLine, HelpAndVersionGoToStandardOutput) {
     }
 }
 
+TEST(CommandLine, HelpShowsWhatACommandRequires) {
+    for (const char* usage : {"iso2cso [options] FILE...", "extract [options] FILE [PATH...]",
+                              "replace [options] IMAGE CHANGE...", "add-postgap [options] --count N FILE..."}) {
+        std::ostringstream out;
+        std::ostringstream errors;
+        const std::string line = usage;
+        ReadCommandLine({"help", line.substr(0, line.find(' '))}, out, errors);
+        EXPECT_THAT(out.str(), HasSubstr("Usage: vantrel " + line + "\n"));
+    }
+}
+
 }  // namespace
 }  // namespace vantrel
