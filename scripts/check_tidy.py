@@ -5,11 +5,15 @@
 
 Checks the sources that BUILD_FOLDER compiles and OTHER_BUILD_FOLDER does not, except tests, fuzzers and benchmarks. A clean
 source is skipped until it, a header of the checkout that it includes, its compile command or .clang-tidy changes.
+
+Most of the time goes into the headers of the system. So sources of a folder are checked together, as one that includes
+them; if such a group is not clean, or does not compile because of equal names, its halves are checked.
 """
 import argparse
 import concurrent.futures
 import functools
 import hashlib
+import itertools
 import json
 import os
 import re
@@ -18,6 +22,7 @@ import subprocess
 import sys
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+GROUP = 8  # sources that are checked together
 LEFT_OUT = ("tests/", "fuzz/", "bench/", "../")  # "../": libraries that are built from source
 
 
@@ -108,16 +113,40 @@ class Checker:
         except FileNotFoundError:
             return False
 
-    def check(self, source):
-        """The findings as text; empty if there are none."""
-        digest = self.digest(source)
-        done = subprocess.run(["clang-tidy", "-p", self.stamps, "--quiet", os.path.join(ROOT, source)],
-                              capture_output=True, text=True)
-        if done.returncode == 0:
+    def options(self, source):
+        arguments = self.sources[source]["arguments"]
+        return arguments[1:arguments.index("-o")]
+
+    def groups(self, sources):
+        """Sources of the same folder and options, the large groups first, so that none runs alone at the end."""
+        found = {}
+        for source in sources:
+            found.setdefault((os.path.dirname(source), *self.options(source)), []).append(source)
+        parts = [group[i:i + GROUP] for group in found.values() for i in range(0, len(group), GROUP)]
+        return sorted(parts, key=len, reverse=True)
+
+    def words(self, group):
+        """The arguments of clang-tidy for a group."""
+        if len(group) == 1:
+            return ["-p", self.stamps, os.path.join(ROOT, group[0])]
+        path = os.path.join(self.stamps, group[0].replace(os.sep, "_"))
+        with open(path, "w", encoding="utf-8") as file:
+            for source in group:
+                file.write('#include "%s"  // NOLINT(bugprone-suspicious-include)\n' % os.path.join(ROOT, source))
+        return [path, "--", *self.options(group[0])]
+
+    def check(self, group):
+        """The findings as texts; empty if there are none."""
+        digests = [self.digest(source) for source in group]
+        done = subprocess.run(["clang-tidy", "--quiet", *self.words(group)], capture_output=True, text=True)
+        if done.returncode != 0 and len(group) > 1:
+            return self.check(group[:len(group) // 2]) + self.check(group[len(group) // 2:])
+        if done.returncode != 0:
+            return [done.stdout + ("" if done.stdout else done.stderr)]
+        for source, digest in zip(group, digests):
             with open(self.stamp(source), "w", encoding="utf-8") as file:
                 file.write(digest)
-            return ""
-        return done.stdout + ("" if done.stdout else done.stderr)
+        return []
 
 
 def main():
@@ -127,13 +156,11 @@ def main():
     options = parser.parse_args()
     checker = Checker(options.build, entries_of(options.besides) if options.besides else {})
     waiting = [source for source in checker.sources if not checker.is_known_clean(source)]
-    # The sources with most headers first, so that no long one runs alone at the end.
-    waiting.sort(key=lambda source: -len(checker.dependencies.get(os.path.join(ROOT, source), ())))
     findings = set()
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        for text in pool.map(checker.check, waiting):
+        for text in itertools.chain.from_iterable(pool.map(checker.check, checker.groups(waiting))):
             # Findings in a header are repeated for every source that includes it.
-            findings.update(re.findall(r"(?m)^\S.*?: (?:warning|error): .*$", text) or filter(None, [text]))
+            findings.update(re.findall(r"(?m)^\S.*?: (?:warning|error): .*$", text) or [text])
     for finding in sorted(findings):
         print(finding)
     print(f"{len(checker.sources)} sources, {len(waiting)} checked, {len(findings)} findings")
