@@ -6,7 +6,7 @@ set -eu
 nm=$1 archive=$2
 shift 2
 # Calls that do not access files: C++, the runtimes of compiler and sanitizers, memory, strings, waiting, errors.
-harmless='_[^_].*|__[^i].*|mem.*|str.*|wmem.*|wcslen|crc32_combine.*|crc32_z|abort|atexit|getcwd|nanosleep'
+harmless='_[^_].*|__[^i].*|bcmp|mem.*|str.*|wmem.*|wcslen|crc32_combine.*|crc32_z|abort|atexit|getcwd|nanosleep'
 harmless+='|__imp_(GetLastError|SetLastError|FormatMessageW|GetCurrentDirectoryW|GetCurrentProcess|GetFullPathNameW|SetConsoleOutputCP|_errno)'
 # Calls whose failure loses no data: permissions, dates, links, the console.
 harmless+='|fchmod|ioctl|isatty|realpath|utimensat'
