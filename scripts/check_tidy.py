@@ -54,22 +54,22 @@ def words_for_system(compiler):
     """The options that make Clang compile like a cross compiler: its target, and its headers except those with processor
     intrinsics, which only GCC understands."""
     if "mingw" not in compiler:
-        return [compiler]
+        return []
     told = subprocess.run([compiler, "-xc++", "-E", "-v", os.devnull], capture_output=True, text=True, check=True).stderr
     folders = re.findall(r"(?m)^ (\S+)$", told.split("#include <...>", 1)[1].split("End of", 1)[0])
     wanted = [folder for folder in folders if "c++" in folder or not folder.startswith("/usr/lib/gcc") or "/../" in folder]
-    words = ["clang++", "--target=x86_64-w64-windows-gnu", "-nostdinc++", "-nostdlibinc"]
+    words = ["--target=x86_64-w64-windows-gnu", "-nostdinc++", "-nostdlibinc"]
     return words + [word for folder in wanted for word in ("-isystem", folder)]
 
 
-def clean_command(command):
-    """The compile command without precompiled headers and options that only GCC knows."""
+def options_of(command):
+    """The options of a compile command without precompiled headers and options that only GCC knows."""
     words = shlex.split(command)
     while words[0].endswith("ccache"):
         words.pop(0)
     kept = list(words_for_system(words.pop(0)))
     skip = False
-    for word in words:
+    for word in words[:words.index("-o")]:
         if skip:
             skip = word == "-include"
         elif word == "-include" or word.endswith("cmake_pch.hxx"):
@@ -87,17 +87,14 @@ class Checker:
         version = subprocess.run(["clang-tidy", "--version"], capture_output=True, check=True).stdout
         with open(os.path.join(ROOT, ".clang-tidy"), "rb") as configuration:
             self.common = version + configuration.read()
-        self.sources = {}
+        self.options = {}
         for source, entry in entries_of(build).items():
             if source.endswith(".cpp") and not source.startswith(LEFT_OUT) and source not in others:
-                entry["arguments"] = clean_command(entry.pop("command"))
-                self.sources[source] = entry
-        with open(os.path.join(self.stamps, "compile_commands.json"), "w", encoding="utf-8") as file:
-            json.dump(list(self.sources.values()), file)
+                self.options[source] = options_of(entry["command"])
 
     def digest(self, source):
         path = os.path.join(ROOT, source)
-        total = hashlib.sha256(self.common + json.dumps(self.sources[source]["arguments"]).encode())
+        total = hashlib.sha256(self.common + json.dumps(self.options[source]).encode())
         for included in sorted(self.dependencies.get(path, {path})):
             with open(included, "rb") as file:
                 total.update(file.read())
@@ -113,27 +110,23 @@ class Checker:
         except FileNotFoundError:
             return False
 
-    def options(self, source):
-        arguments = self.sources[source]["arguments"]
-        return arguments[1:arguments.index("-o")]
-
     def groups(self, sources):
         """Sources of the same folder and options, the large groups first, so that none runs alone at the end."""
         found = {}
         for source in sources:
-            found.setdefault((os.path.dirname(source), *self.options(source)), []).append(source)
+            found.setdefault((os.path.dirname(source), *self.options[source]), []).append(source)
         parts = [group[i:i + GROUP] for group in found.values() for i in range(0, len(group), GROUP)]
         return sorted(parts, key=len, reverse=True)
 
     def words(self, group):
         """The arguments of clang-tidy for a group."""
-        if len(group) == 1:
-            return ["-p", self.stamps, os.path.join(ROOT, group[0])]
-        path = os.path.join(self.stamps, group[0].replace(os.sep, "_"))
-        with open(path, "w", encoding="utf-8") as file:
-            for source in group:
-                file.write('#include "%s"  // NOLINT(bugprone-suspicious-include)\n' % os.path.join(ROOT, source))
-        return [path, "--", *self.options(group[0])]
+        path = os.path.join(ROOT, group[0])
+        if len(group) > 1:
+            path = os.path.join(self.stamps, group[0].replace(os.sep, "_"))
+            with open(path, "w", encoding="utf-8") as file:
+                for source in group:
+                    file.write('#include "%s"  // NOLINT(bugprone-suspicious-include)\n' % os.path.join(ROOT, source))
+        return [path, "--", *self.options[group[0]]]
 
     def check(self, group):
         """The findings as texts; empty if there are none."""
@@ -155,7 +148,7 @@ def main():
     parser.add_argument("build", type=os.path.abspath)
     options = parser.parse_args()
     checker = Checker(options.build, entries_of(options.besides) if options.besides else {})
-    waiting = [source for source in checker.sources if not checker.is_known_clean(source)]
+    waiting = [source for source in checker.options if not checker.is_known_clean(source)]
     findings = set()
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         for text in itertools.chain.from_iterable(pool.map(checker.check, checker.groups(waiting))):
@@ -163,8 +156,8 @@ def main():
             findings.update(re.findall(r"(?m)^\S.*?: (?:warning|error): .*$", text) or [text])
     for finding in sorted(findings):
         print(finding)
-    print(f"{len(checker.sources)} sources, {len(waiting)} checked, {len(findings)} findings")
-    return 1 if findings or not checker.sources else 0
+    print(f"{len(checker.options)} sources, {len(waiting)} checked, {len(findings)} findings")
+    return 1 if findings or not checker.options else 0
 
 
 if __name__ == "__main__":
