@@ -148,10 +148,7 @@ TEST(UdfPatches, TheVolumeEndsLater) {
 
 TEST(UdfPatches, AllClosingAnchorsMove) {
     SUdfImage image = UdfImage(FewUdfFiles());
-    for (std::uint32_t sector = 395; sector < 399; ++sector) {
-        std::copy_n(image.bytes.begin() + 399 * kUdfSector, 512, image.bytes.begin() + std::ptrdiff_t{sector} * 2048);
-        WriteUdfTag(image.bytes, image.At(sector), 2, 512, sector);
-    }
+    image.RepeatClosingAnchor(395);
     const SUdfVolume volume = image.Read().value();
     CMemorySource source(image.bytes);
     Apply(image.bytes, PatchUdfLength(source, volume, 2));

@@ -28,6 +28,14 @@ struct SUdfImage {
     }
     /// The same for a file entry.
     void ResealEntry(const std::string& path) { Reseal(Entry(path), built.entries.at(path) - 257); }
+    /// Fills the sectors from `first` to the end with copies of the closing anchor.
+    void RepeatClosingAnchor(std::uint32_t first) {
+        const auto anchor = bytes.begin() + static_cast<std::ptrdiff_t>(At(kVolumeEnd - 1));
+        for (std::uint32_t sector = first; sector < kVolumeEnd - 1; ++sector) {
+            std::copy_n(anchor, 512, bytes.begin() + static_cast<std::ptrdiff_t>(At(sector)));
+            WriteUdfTag(bytes, At(sector), 2, 512, sector);
+        }
+    }
     std::optional<SUdfVolume> Read() const {
         CMemorySource source(bytes);
         return ReadUdfVolume(source);

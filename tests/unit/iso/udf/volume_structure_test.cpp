@@ -74,10 +74,7 @@ TEST(UdfVolumeStructure, FindsItsAnchorsInAnyPlace) {
 
 TEST(UdfVolumeStructure, APaddingOfAnchorsEndsIt) {
     SUdfImage image = UdfImage(FewUdfFiles());
-    for (std::uint32_t sector = 390; sector < 399; ++sector) {
-        std::copy_n(image.bytes.begin() + 399 * kUdfSector, 512, image.bytes.begin() + std::ptrdiff_t{sector} * 2048);
-        WriteUdfTag(image.bytes, image.At(sector), 2, 512, sector);
-    }
+    image.RepeatClosingAnchor(390);
     const SUdfVolume volume = image.Read().value();
     EXPECT_EQ(volume.closingAnchors, 10U);
     EXPECT_THAT(volume.anchors, ElementsAre(256, 390, 391, 392, 393, 394, 395, 396, 397, 398, 399));
